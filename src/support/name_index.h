@@ -1,0 +1,29 @@
+// Name index: finds the row of a name in a table of up to 1,000 rows without walking it.
+//
+// The rows belong to the table's owner and are only ever added, each with a name of its own. So the index
+// finds what a search from the first row would find. A name's places start at its hash and go on one by
+// one; at least half of the places stay empty.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+constexpr uint32_t name_index_places = 2048;
+
+struct name_index {
+    const char *names; // the name of row 0, NUL-terminated
+    size_t stride;     // bytes from one row's name to the next row's
+    int32_t length;    // characters of a name that count
+    bool nocase;       // names compare without regard to case
+    int32_t rows;      // rows in the index
+    uint16_t places[name_index_places]; // row number + 1; 0: empty
+};
+
+// Empties the index for a new table.
+void name_index_start(name_index *index, const void *names, size_t stride, int32_t length, bool nocase);
+
+// The row of a name, or -1. Then place is where name_index_add puts it, until the next call.
+int32_t name_index_find(const name_index *index, const char *name, uint32_t *place);
+
+// Adds the next row, whose name is in the table by now, at the place that name_index_find gave for it.
+void name_index_add(name_index *index, uint32_t place);

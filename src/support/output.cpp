@@ -1,0 +1,81 @@
+#include "support/output.h"
+
+#include <stdarg.h>
+
+out_state out_file;
+
+void out_open(FILE *stream)
+{
+    out_file.stream = stream;
+    out_file.used = 0;
+    // The buffer here is the only one: none in the stream, so that no byte is copied twice.
+    setvbuf(stream, nullptr, _IONBF, 0);
+}
+
+void out_flush()
+{
+    if (out_file.used > 0)
+        (void)fwrite(out_file.buffer, 1, out_file.used, out_file.stream);
+    out_file.used = 0;
+}
+
+void out_close()
+{
+    out_flush();
+    (void)fclose(out_file.stream);
+    out_file.stream = nullptr;
+}
+
+void out_bytes_slow(const char *bytes, size_t size)
+{
+    while (size > 0) {
+        if (out_file.used == out_buffer_size)
+            out_flush();
+        size_t room = out_buffer_size - out_file.used;
+        size_t part = size < room ? size : room;
+        memcpy(out_file.buffer + out_file.used, bytes, part);
+        out_file.used += part;
+        bytes += part;
+        size -= part;
+    }
+}
+
+static void out_integer(int32_t value)
+{
+    char digits[12];
+    int at = sizeof digits;
+    int64_t rest = value < 0 ? -static_cast<int64_t>(value) : value;
+    do {
+        digits[--at] = static_cast<char>('0' + rest % 10);
+        rest /= 10;
+    } while (rest > 0);
+    if (value < 0)
+        digits[--at] = '-';
+    out_bytes(digits + at, sizeof digits - static_cast<size_t>(at));
+}
+
+static void out_float(double value)
+{
+    // The largest double has 309 digits in front of its point.
+    char digits[400];
+    int size = snprintf(digits, sizeof digits, "%f", value);
+    out_bytes(digits, static_cast<size_t>(size));
+}
+
+void out_format(const char *format, ...)
+{
+    va_list values;
+    va_start(values, format);
+    for (const char *mark = strchr(format, '%'); mark != nullptr; mark = strchr(format, '%')) {
+        out_bytes(format, static_cast<size_t>(mark - format));
+        switch (mark[1]) {
+        case 's': out_text(va_arg(values, const char *)); break;
+        case 'd': out_integer(va_arg(values, int32_t)); break;
+        case 'f': out_float(va_arg(values, double)); break;
+        default: out_char(mark[1]); break;
+        }
+        format = mark + 2;
+    }
+    va_end(values);
+    out_text(format);
+}

@@ -1,0 +1,64 @@
+// Output: the script that is being written.
+//
+// One output is open at a time. Whatever a writer hands over is gathered in one buffer of 64 KB, which
+// goes to the stream in one piece when it is full and at the close. The stream was opened in text mode
+// by the platform, so a line feed becomes the platform's line end. Nobody looks at the result of a
+// write: a full disk costs the output, not the run.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+#include <stdio.h>
+#include <string.h>
+
+constexpr size_t out_buffer_size = 65536;
+
+// The output of the file under conversion; it has no meaning between two files.
+struct out_state {
+    FILE *stream; // null when nothing is open
+    size_t used;  // bytes gathered in the buffer, 0 to out_buffer_size
+    char buffer[out_buffer_size];
+};
+extern out_state out_file;
+
+// Starts an output on an opened stream, which out_close takes over.
+void out_open(FILE *stream);
+
+// Writes what is gathered and closes the stream.
+void out_close();
+
+// Writes what is gathered to the stream.
+void out_flush();
+
+// out_bytes for what does not fit the buffer's rest.
+void out_bytes_slow(const char *bytes, size_t size);
+
+// Bytes as they are.
+inline void out_bytes(const char *bytes, size_t size)
+{
+    if (size > out_buffer_size - out_file.used) {
+        out_bytes_slow(bytes, size);
+        return;
+    }
+    memcpy(out_file.buffer + out_file.used, bytes, size);
+    out_file.used += size;
+}
+
+// One character, 0 to 255.
+inline void out_char(int c)
+{
+    if (out_file.used == out_buffer_size)
+        out_flush();
+    out_file.buffer[out_file.used++] = static_cast<char>(c);
+}
+
+// A NUL-terminated text.
+inline void out_text(const char *text)
+{
+    out_bytes(text, strlen(text));
+}
+
+// Literal text of the program with values in its places, written as printf writes them: %s a text of
+// any length, %d an int32_t, %f a double with six decimals, %% a percent sign. Nothing else is known.
+// A script's text is only ever a value here, never the format.
+void out_format(const char *format, ...) __attribute__((format(printf, 1, 2)));

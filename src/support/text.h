@@ -1,0 +1,111 @@
+// Text: the character classes of the language and the comparisons without regard to case.
+//
+// Characters are bytes. Only ASCII has classes: a byte of 128 or above is no letter, no white
+// space and nothing printable. Nothing here depends on the locale, and no state is kept.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+// The classes of one byte; a byte can have several.
+enum : uint8_t {
+    CHAR_WHITE = 1,  // blank, tab, line feed, vertical tab, form feed, CR
+    CHAR_LETTER = 2, // A to Z, a to z
+    CHAR_DIGIT = 4,  // 0 to 9
+    CHAR_WORD = 8,   // letter, digit, underscore
+    CHAR_GRAPH = 16, // printable ASCII, the blank excepted
+    CHAR_OCTAL = 32, // 0 to 7
+    CHAR_HEX = 64    // 0 to 9, A to F, a to f
+};
+
+struct char_class_map {
+    uint8_t bits[256];
+};
+
+constexpr char_class_map char_classes_make()
+{
+    char_class_map map{};
+    for (int c = 0; c < 256; c++) {
+        unsigned bits = 0;
+        if (c == ' ' || (c >= '\t' && c <= '\r'))
+            bits |= CHAR_WHITE;
+        if ((c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'))
+            bits |= CHAR_LETTER | CHAR_WORD;
+        if (c >= '0' && c <= '9')
+            bits |= CHAR_DIGIT | CHAR_WORD | CHAR_HEX;
+        if (c >= '0' && c <= '7')
+            bits |= CHAR_OCTAL;
+        if (c == '_')
+            bits |= CHAR_WORD;
+        if ((c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f'))
+            bits |= CHAR_HEX;
+        if (c > ' ' && c < 127)
+            bits |= CHAR_GRAPH;
+        map.bits[c] = static_cast<uint8_t>(bits);
+    }
+    return map;
+}
+
+inline constexpr char_class_map char_classes = char_classes_make();
+
+// True if c, a character from 0 to 255, has one of the classes. -1, the end of a source, has none.
+inline bool char_is(int c, unsigned classes)
+{
+    return c >= 0 && (char_classes.bits[c & 0xFF] & classes) != 0;
+}
+
+// The same for a character of a text.
+inline bool text_is(char c, unsigned classes)
+{
+    return (char_classes.bits[static_cast<unsigned char>(c)] & classes) != 0;
+}
+
+// A capital ASCII letter lowered; every other character as it is.
+constexpr int char_lower(int c)
+{
+    return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c;
+}
+
+// Compares two NUL-terminated texts on their lower-case forms: below 0, 0 or above 0.
+int text_compare_nocase(const char *left, const char *right);
+
+// True if a constant table whose rows begin with a name stands in ascending order of its lower-case names.
+template <typename row, int count> constexpr bool text_table_sorted(const row (&rows)[count])
+{
+    for (int i = 1; i < count; i++) {
+        const char *a = rows[i - 1].name;
+        const char *b = rows[i].name;
+        while (char_lower(*a) == char_lower(*b) && *a != 0)
+            a++, b++;
+        if (char_lower(*a) >= char_lower(*b))
+            return false;
+    }
+    return true;
+}
+
+// Searches a word, in any case, in halves of such a table: rows of row_size bytes, each with a name, a
+// NUL-terminated array, in front. Gives the index of its row, or -1.
+int text_table_find(const void *rows, size_t row_size, int count, const char *word);
+
+// Index of the first occurrence of pattern in text without regard to case, or -1. An empty text gives -1.
+int find_nocase(const char *text, const char *pattern);
+
+// First character of text that is no white space; at the latest the NUL.
+char *text_skip_white(char *text);
+
+// The low 32 bits of a number, read as a signed 32-bit integer.
+inline int32_t wrap_int32(uint64_t value)
+{
+    return static_cast<int32_t>(static_cast<uint32_t>(value));
+}
+
+// A float as a 32-bit integer: truncated toward zero, then the low 32 bits as signed. NaN and anything
+// outside the signed 64-bit range give 0.
+int32_t int_from_double(double value);
+
+// A double as a float, rounded; what is too large for one is infinite.
+float float_from_double(double value);
+
+// A leading decimal integer after white space and one optional sign, as atoi reads it; a value outside
+// the 32-bit range gives the nearer end of that range, no number gives 0.
+int32_t int_from_text(const char *text);
