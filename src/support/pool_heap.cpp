@@ -1,0 +1,356 @@
+// Every routine leaves both rings whole. A block is on the free ring exactly if its free flag is set, the
+// base block apart. Two blocks merge only where they really touch: each test of a ring neighbour looks at
+// the addresses too, because areas next to each other on the ring need not be so in memory.
+#include "support/pool_heap.h"
+
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include "support/text.h"
+
+pool_heap *heap_list;
+int32_t heap_debug;
+void *(*heap_malloc)(size_t size) = malloc;
+
+// The two rings, as list_insert and list_unlink take them.
+static constexpr size_t next_free_at = offsetof(heap_block, next_free);
+static constexpr size_t prev_free_at = offsetof(heap_block, prev_free);
+static constexpr size_t next_item_at = offsetof(heap_block, next_item);
+static constexpr size_t prev_item_at = offsetof(heap_block, prev_item);
+
+static char *address_of(heap_block *block)
+{
+    return reinterpret_cast<char *>(block);
+}
+
+static heap_block *block_at(void *address)
+{
+    return static_cast<heap_block *>(address);
+}
+
+// The header in front of a user's area.
+static heap_block *block_of(void *pointer)
+{
+    return block_at(static_cast<char *>(pointer) - sizeof(heap_block));
+}
+
+static size_t bytes_of(const heap_block *block)
+{
+    return static_cast<size_t>(block->size) * heap_granule;
+}
+
+static size_t user_bytes_of(const heap_block *block)
+{
+    return bytes_of(block) - sizeof(heap_block);
+}
+
+// The address behind a block, where the next one begins if it touches this one.
+static char *end_of(heap_block *block)
+{
+    return address_of(block) + bytes_of(block);
+}
+
+static heap_block *&link_at(heap_block *block, size_t field)
+{
+    return *reinterpret_cast<heap_block **>(address_of(block) + field);
+}
+
+int list_insert(heap_block *anchor, heap_block *node, size_t next_field, size_t prev_field)
+{
+    heap_block *after = link_at(anchor, next_field);
+    link_at(node, next_field) = after;
+    link_at(node, prev_field) = anchor;
+    link_at(after, prev_field) = node;
+    link_at(anchor, next_field) = node;
+    return 0;
+}
+
+int list_unlink(heap_block *node, size_t next_field, size_t prev_field)
+{
+    heap_block *before = link_at(node, prev_field);
+    heap_block *after = link_at(node, next_field);
+    link_at(before, next_field) = after;
+    link_at(after, prev_field) = before;
+    return 0;
+}
+
+void heap_abort(pool_heap *, [[maybe_unused]] const char *text)
+{
+#ifdef MURL_HEAP_CHECKS
+    fprintf(stderr, "%s\n", text);
+    abort();
+#endif
+}
+
+// A block is about to be freed or moved: reports one that isn't allocated. The caller goes on either way.
+static void expect_allocated(heap_block *block)
+{
+    if (block->sig == heap_signature && block->free == 0)
+        return;
+    heap_dump(nullptr);
+    heap_abort(block->heap, "Block not allocated");
+}
+
+// The rover never rests on a block that leaves the free ring. The base block is always on it, so there is
+// another one to move to.
+static void rover_leave(heap_block *block)
+{
+    if (block->heap->rover == block)
+        block->heap->rover = block->next_free;
+}
+
+pool_heap *heap_create(const char *name, uint32_t growth)
+{
+    pool_heap *heap = static_cast<pool_heap *>(heap_malloc(sizeof(pool_heap)));
+    if (heap == nullptr)
+        return nullptr;
+    heap_block *base = block_at(heap_malloc(sizeof(heap_block)));
+    if (base == nullptr) {
+        free(heap);
+        return nullptr;
+    }
+    *base = {base, base, base, base, 0, "HEAP_BASE", 0, heap_signature, heap};
+    *heap = {base, name, growth, nullptr, heap_list, base};
+    heap_list = heap;
+    return heap;
+}
+
+int heap_add(pool_heap *heap, void *base, uint32_t size, int32_t can_free)
+{
+    if (size < sizeof(heap_block) || reinterpret_cast<uintptr_t>(base) % alignof(heap_block) != 0)
+        return 1;
+    heap_area *area = static_cast<heap_area *>(heap_malloc(sizeof(heap_area)));
+    if (area == nullptr)
+        return 1;
+    *area = {base, size, can_free, heap->areas};
+    heap->areas = area;
+
+    heap_block *block = block_at(base);
+    *block = {nullptr, nullptr, nullptr, nullptr, size / heap_granule, "HEAP_ADD", 1, heap_signature, heap};
+    list_insert(heap->items, block, next_item_at, prev_item_at);
+    list_insert(heap->rover, block, next_free_at, prev_free_at);
+    heap->rover = block;
+    return 0;
+}
+
+// The first free block of at least need granules from the rover on, or null. A damaged one is passed by.
+static heap_block *find_free(pool_heap *heap, uint32_t need)
+{
+    heap_block *block = heap->rover;
+    do {
+        if (block->sig != heap_signature) {
+            heap_dump(nullptr);
+            heap_abort(heap, "Non magic block");
+        } else if (block->free != 0 && block->size >= need) {
+            return block;
+        }
+        block = block->next_free;
+    } while (block != heap->rover);
+    return nullptr;
+}
+
+// Adds an area that a block of size bytes is sure to fit into. False if the heap doesn't grow, there is
+// no memory, or the area can't be counted in 32 bits.
+static bool heap_grow(pool_heap *heap, uint32_t size)
+{
+    if (heap->growth == 0)
+        return false;
+    uint64_t bytes = uint64_t{size} + sizeof(heap_block) + heap_granule;
+    if (bytes < heap->growth)
+        bytes = heap->growth;
+    if (bytes > UINT32_MAX)
+        return false;
+    void *memory = heap_malloc(static_cast<size_t>(bytes));
+    if (memory == nullptr)
+        return false;
+    if (heap_add(heap, memory, static_cast<uint32_t>(bytes), 1) != 0) {
+        free(memory);
+        return false;
+    }
+    return true;
+}
+
+// Takes a free block for an allocation of need granules, whole or its upper end. Cutting from the upper
+// end leaves its links on the free ring as they are, and the rover on it lets the next allocations go on
+// downward without a search.
+static heap_block *take_block(heap_block *block, uint32_t need)
+{
+    // A rest of a header or less could serve nobody.
+    if (block->size - need <= heap_header_granules) {
+        rover_leave(block);
+        list_unlink(block, next_free_at, prev_free_at);
+        return block;
+    }
+    block->heap->rover = block;
+    block->size -= need;
+    heap_block *upper = block_at(end_of(block));
+    upper->next_free = nullptr;
+    upper->prev_free = nullptr;
+    upper->size = need;
+    list_insert(block, upper, next_item_at, prev_item_at);
+    return upper;
+}
+
+void *heap_alloc(pool_heap *heap, const char *owner, uint32_t size)
+{
+    // At most 2^27 granules and the header's: no overflow.
+    uint32_t need = size / heap_granule + (size % heap_granule != 0 ? 1 : 0) + heap_header_granules;
+    heap_block *block = nullptr;
+    while (block == nullptr) {
+        if (heap_debug != 0)
+            heap_check(heap);
+        block = find_free(heap, need);
+        if (block == nullptr && !heap_grow(heap, size)) {
+            heap_dump(heap);
+            return nullptr;
+        }
+    }
+    block = take_block(block, need);
+    block->free = 0;
+    block->owner = owner;
+    block->sig = heap_signature;
+    block->heap = heap;
+    void *pointer = address_of(block) + sizeof(heap_block);
+    memset(pointer, 0, user_bytes_of(block));
+    return pointer;
+}
+
+// What a free block looks like. A header that was merged into another one gets it too, so that a late
+// look at it shows that it is gone.
+static void mark_free(heap_block *block)
+{
+    block->free = 1;
+    block->owner = "POOL FREE";
+}
+
+int heap_free(void *pointer)
+{
+    if (pointer == nullptr)
+        return 0;
+    heap_block *block = block_of(pointer);
+    pool_heap *heap = block->heap;
+    if (heap_debug != 0)
+        heap_check(heap);
+    expect_allocated(block);
+
+    heap_block *below = block->prev_item;
+    if (below->free != 0 && end_of(below) == address_of(block)) {
+        list_unlink(block, next_item_at, prev_item_at);
+        below->size += block->size;
+        mark_free(block);
+        block = below;
+    }
+    heap_block *above = block->next_item;
+    if (above->free != 0 && end_of(block) == address_of(above)) {
+        block->size += above->size;
+        rover_leave(above);
+        list_unlink(above, next_item_at, prev_item_at);
+        list_unlink(above, next_free_at, prev_free_at);
+    }
+    // Merged into the block below it is on the free ring already.
+    if (block->free == 0) {
+        list_insert(heap->rover, block, next_free_at, prev_free_at);
+        mark_free(block);
+    }
+    return 0;
+}
+
+void *heap_realloc(void *pointer, uint32_t size)
+{
+    if (pointer == nullptr)
+        return nullptr;
+    heap_block *block = block_of(pointer);
+    if (heap_debug != 0)
+        heap_check(block->heap);
+    expect_allocated(block);
+    void *moved = heap_alloc(block->heap, block->owner, size);
+    if (moved == nullptr)
+        return nullptr;
+    size_t old_bytes = user_bytes_of(block);
+    memcpy(moved, pointer, size < old_bytes ? size : old_bytes);
+    heap_free(pointer);
+    return moved;
+}
+
+static void expect_signed(pool_heap *heap, const heap_block *block, const char *text)
+{
+    if (block->sig != heap_signature)
+        heap_abort(heap, text);
+}
+
+static void check_one(pool_heap *heap)
+{
+    heap_block *block = heap->rover;
+    do {
+        expect_signed(heap, block, "Non magic block");
+        if (block->heap != heap)
+            heap_abort(heap, "internal heap field bad");
+        expect_signed(heap, block->next_item, "next item field fubar");
+        expect_signed(heap, block->prev_item, "prev item field fubar");
+        if (block->free != 0) {
+            expect_signed(heap, block->next_free, "next free field fubar");
+            expect_signed(heap, block->prev_free, "prev free field fubar");
+        }
+        block = block->next_item;
+    } while (block != heap->rover);
+}
+
+int heap_check(pool_heap *heap)
+{
+    if (heap != nullptr) {
+        check_one(heap);
+        return -1;
+    }
+    for (heap = heap_list; heap != nullptr; heap = heap->next)
+        check_one(heap);
+    return 0;
+}
+
+// Two lines for each block of one ring from the rover on, then the sums in bytes.
+static void dump_ring(pool_heap *heap, size_t next_field)
+{
+    uint64_t allocated = 0;
+    uint64_t unused = 0;
+    heap_block *block = heap->rover;
+    do {
+        printf("%p: nfree %p, pfree = %p, nitem = %p, pitem = %p\n", static_cast<void *>(block),
+               static_cast<void *>(block->next_free), static_cast<void *>(block->prev_free),
+               static_cast<void *>(block->next_item), static_cast<void *>(block->prev_item));
+        printf("  sz = %ld, own = '%s', free = %d, sig = %hx\n", static_cast<long>(bytes_of(block)),
+               block->owner, block->free, block->sig);
+        (block->free != 0 ? unused : allocated) += bytes_of(block);
+        block = link_at(block, next_field);
+    } while (block != heap->rover);
+    printf("balloc = %d, bfree = %d, tot = %d\n", wrap_int32(allocated), wrap_int32(unused),
+           wrap_int32(allocated + unused));
+}
+
+static void dump_one(pool_heap *heap)
+{
+    void *address = heap;
+    printf("\nHEAP %s %p: BLOCK MAP\n", heap->name, address);
+    for (const heap_area *area = heap->areas; area != nullptr; area = area->next)
+        printf("  base %p, size %8lx, can_free = %d\n", area->base, static_cast<unsigned long>(area->size),
+               area->can_free);
+    printf("\nHEAP %s %p: ALLOC/FREE LIST\n", heap->name, address);
+    dump_ring(heap, next_item_at);
+    printf("\nHEAP %s %p: FREE LIST\n", heap->name, address);
+    dump_ring(heap, next_free_at);
+}
+
+int heap_dump(pool_heap *heap)
+{
+    if (heap_debug == 0)
+        return 0;
+    if (heap != nullptr) {
+        dump_one(heap);
+        return -1;
+    }
+    for (heap = heap_list; heap != nullptr; heap = heap->next) {
+        dump_one(heap);
+        if (heap->next != nullptr)
+            printf("\n");
+    }
+    return 0;
+}

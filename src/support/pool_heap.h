@@ -1,0 +1,99 @@
+// Pool heap: memory for variables and argument texts, zero-filled, from areas that are never given back.
+//
+// A first-fit allocator with a roving pointer. A heap gets areas from malloc as it fills up and cuts
+// blocks from them; every block carries a signed header that names its owner and its heap, so a block
+// can be freed, moved or looked at without being told where it came from. Sizes inside are counted in
+// granules of 32 bytes, the header included. All heaps are chained and live until the process ends.
+//
+// Each heap has two rings of blocks. The item ring holds every block; a split puts the two parts next to
+// each other on it, so the neighbours on the ring are the only candidates for a merge. The free ring
+// holds the free ones. The base block stands on both, is never free and never handed out: the rings are
+// never empty.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+struct pool_heap;
+
+// The header in front of a user's area. The order of the fields leaves no odd rest with 32-bit and with
+// 64-bit pointers.
+struct heap_block {
+    heap_block *next_free; // the free ring; without meaning while the block is allocated
+    heap_block *prev_free;
+    heap_block *next_item; // the item ring
+    heap_block *prev_item;
+    uint32_t size;     // granules, header included; 0 in the base block
+    const char *owner; // who asked for it: a string constant, held by pointer
+    uint16_t free;     // 1 free, 0 allocated
+    uint16_t sig;      // heap_signature
+    pool_heap *heap;   // the heap it belongs to
+};
+
+// A piece of memory that was added to a heap.
+struct heap_area {
+    void *base;
+    uint32_t size;    // bytes
+    int32_t can_free; // 1 if heap_alloc got it from malloc; a note only, areas stay
+    heap_area *next;  // the one added before
+};
+
+struct pool_heap {
+    heap_block *rover; // where on the free ring the next search starts
+    const char *name;  // a string constant, held by pointer
+    uint32_t growth;   // bytes, the least size of a new area; 0: the heap doesn't grow
+    heap_area *areas;  // newest first
+    pool_heap *next;   // the heap made before
+    heap_block *items; // the base block, anchor of the item ring
+};
+
+constexpr uint16_t heap_signature = 0xAABB;
+constexpr uint32_t heap_granule = 32; // bytes
+constexpr uint32_t heap_header_granules = sizeof(heap_block) / heap_granule;
+
+static_assert(sizeof(heap_block) % heap_granule == 0, "a header must fill its granules");
+static_assert(heap_granule % alignof(double) == 0 && heap_granule % alignof(heap_block) == 0,
+              "user areas must suit pointers and doubles");
+
+// State of the process; it outlives the files.
+extern pool_heap *heap_list; // the chain of all heaps, newest first; null before the first
+extern int32_t heap_debug; // 0: no checks, no dumps; anything else: heap_check at every call, and dumps print
+extern void *(*heap_malloc)(size_t size); // gets records and areas: malloc, unless a test wants it to fail
+
+// Makes a heap with no area. Null if there is no memory.
+pool_heap *heap_create(const char *name, uint32_t growth);
+
+// Adds size bytes at base as one free block; the heap keeps them. 0, or 1 if they can't be added: no
+// memory for the area's record, not even room for a header, or a base that isn't aligned for one.
+int heap_add(pool_heap *heap, void *base, uint32_t size, int32_t can_free);
+
+// A block of at least size bytes, all of them zero; 0 bytes give a valid address too. Null if there is
+// no memory or the size can't be counted. The block is the caller's until heap_free.
+void *heap_alloc(pool_heap *heap, const char *owner, uint32_t size);
+
+// Takes a block back; always 0. A null pointer is let pass.
+int heap_free(void *pointer);
+
+// Moves a block to a new one of size bytes on the same heap, under the same owner: contents kept as far
+// as they fit, the rest zero. It always moves, also to a smaller size. Null if there is no memory, the
+// old block untouched then.
+void *heap_realloc(void *pointer, uint32_t size);
+
+// Verifies the blocks of a heap, or with null of all heaps; each fault goes to heap_abort. -1 for one
+// heap, 0 for all of them: the result says nothing about faults.
+int heap_check(pool_heap *heap);
+
+// Prints areas, blocks and free blocks of a heap, or with null of all heaps, to standard output. Result
+// as of heap_check. Does nothing and gives 0 while heap_debug is 0.
+int heap_dump(pool_heap *heap);
+
+// Told of each fault that a check finds. It does nothing; in a build with MURL_HEAP_CHECKS it prints the
+// text to standard error and aborts.
+void heap_abort(pool_heap *heap, const char *text);
+
+// Puts node on a ring right behind anchor; always 0. next_field and prev_field say which ring: the
+// offsets of its two links in heap_block.
+int list_insert(heap_block *anchor, heap_block *node, size_t next_field, size_t prev_field);
+
+// Takes node off a ring; always 0. Its own links stay as they are.
+int list_unlink(heap_block *node, size_t next_field, size_t prev_field);
