@@ -1,0 +1,42 @@
+// Platform: the little that the converter asks of the system it runs on.
+//
+// Each side (posix.cpp, windows.cpp) is a whole file of its own, and the build takes one of them. Paths
+// are bytes as the system gives them and have no length limit of ours. Only the driver calls these
+// routines, and whoever opens a file.
+#pragma once
+
+#include <stddef.h>
+#include <stdio.h>
+
+// Opens a script for reading, byte for byte (the reader folds line ends itself), and gives the stream,
+// or null if it can't be read, as with a folder.
+FILE *plat_open_input(const char *path);
+
+// Opens a script for writing with the platform's line ends, emptying a file that is there already.
+// Gives null if that can't be done, or if path leads to the very file that input reads from: then that
+// file is left as it is.
+FILE *plat_open_output(const char *path, FILE *input);
+
+// Moves in a stream as fseek does, from its start, beyond 2 GB too. 0, or another value on failure.
+int plat_seek(FILE *stream, long long offset);
+
+// Where a path's file name can be split.
+struct plat_path_parts {
+    size_t base_start;      // index of the file name's first character, behind drive and folders
+    size_t extension_start; // index of the dot of the extension; the path's length if it has none
+};
+plat_path_parts plat_split_path(const char *path);
+
+// Lets the user pick scripts. Calls take(path, context) for each path in the order of the selection, the
+// first time when the whole selection is known; the path belongs to the caller of take and is valid during
+// the call only. Gives 0, or -1 if the user picked nothing.
+int plat_select_files(void (*take)(const char *path, void *context), void *context);
+
+// Shows the user one line; text has no line end.
+void plat_show_line(const char *text);
+
+// Prepares the program's start. 0, or 1 if the platform can't run the program; it tells the user nothing.
+int plat_start();
+
+// 27 if an Escape key event waits, else -1. The event isn't consumed.
+int plat_poll_escape();

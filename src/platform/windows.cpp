@@ -1,0 +1,147 @@
+// The Windows side of the platform layer, on the plain Win32 interface.
+//
+// Paths and texts are bytes of the system's code page (the A functions), as the command line and the dialog
+// give them, and are never converted.
+#include "platform/platform.h"
+
+#include "platform/windows_paths.h"
+
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+
+#include <cderr.h>
+#include <commdlg.h>
+#include <fcntl.h>
+#include <io.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/stat.h>
+
+// Room for what the dialog selects, in bytes: 3,000 names of the longest kind take less than a fourth.
+static constexpr DWORD selection_size = 4u << 20;
+
+FILE *plat_open_input(const char *path)
+{
+    return fopen(path, "rb");
+}
+
+// True if both are files on a disk, and the same one.
+static bool is_same_file(int left, int right)
+{
+    BY_HANDLE_FILE_INFORMATION left_info;
+    BY_HANDLE_FILE_INFORMATION right_info;
+    return GetFileInformationByHandle(reinterpret_cast<HANDLE>(_get_osfhandle(left)), &left_info) &&
+           GetFileInformationByHandle(reinterpret_cast<HANDLE>(_get_osfhandle(right)), &right_info) &&
+           left_info.dwVolumeSerialNumber == right_info.dwVolumeSerialNumber &&
+           left_info.nFileIndexHigh == right_info.nFileIndexHigh &&
+           left_info.nFileIndexLow == right_info.nFileIndexLow;
+}
+
+// Links can lead from the output's path back to the input, so an existing file is only emptied once it is
+// known for another one.
+FILE *plat_open_output(const char *path, FILE *input)
+{
+    int file = _open(path, _O_WRONLY | _O_CREAT | _O_TEXT | _O_NOINHERIT, _S_IREAD | _S_IWRITE);
+    if (file < 0)
+        return nullptr;
+    FILE *stream = is_same_file(file, _fileno(input)) ? nullptr : _fdopen(file, "wt");
+    if (stream == nullptr) {
+        _close(file);
+        return nullptr;
+    }
+    // A device or a pipe has nothing to empty.
+    if (GetFileType(reinterpret_cast<HANDLE>(_get_osfhandle(file))) == FILE_TYPE_DISK &&
+        _chsize(file, 0) != 0) {
+        fclose(stream);
+        return nullptr;
+    }
+    return stream;
+}
+
+int plat_seek(FILE *stream, long long offset)
+{
+    return _fseeki64(stream, offset, SEEK_SET);
+}
+
+plat_path_parts plat_split_path(const char *path)
+{
+    plat_path_parts parts;
+    parts.base_start = winpath_base_start(path);
+    const char *base = path + parts.base_start;
+    // No double-byte character has a dot for its second byte.
+    const char *dot = strrchr(base, '.');
+    parts.extension_start =
+        parts.base_start + (dot == nullptr ? strlen(base) : static_cast<size_t>(dot - base));
+    return parts;
+}
+
+// The folder that the dialog starts in, null without memory: the program's own, when it was started by its
+// quoted whole path as the desktop does. Otherwise the command line gives something shorter or nothing, and
+// the system chooses. The caller frees it.
+static char *start_folder()
+{
+    const char *command_line = GetCommandLineA();
+    if (*command_line != '\0')
+        command_line++;
+    char *folder = _strdup(command_line);
+    if (folder != nullptr)
+        winpath_cut_name(folder);
+    return folder;
+}
+
+// Lets the dialog run; true if it has a selection. The current folder stays what it was, as the prompt file
+// is looked for there.
+static bool run_dialog(char *selection, const char *folder)
+{
+    OPENFILENAMEA dialog = {};
+    dialog.lStructSize = sizeof dialog;
+    dialog.lpstrFilter = "MURL Files (*.mrl)\0*.mrl\0MURL Files (*.mrp)\0*.mrp\0";
+    dialog.nFilterIndex = 1;
+    dialog.lpstrFile = selection;
+    dialog.nMaxFile = selection_size;
+    dialog.lpstrInitialDir = folder;
+    dialog.lpstrDefExt = "mrl";
+    dialog.Flags =
+        OFN_ALLOWMULTISELECT | OFN_HIDEREADONLY | OFN_OVERWRITEPROMPT | OFN_EXPLORER | OFN_NOCHANGEDIR;
+    if (GetOpenFileNameA(&dialog))
+        return true;
+    if (CommDlgExtendedError() == FNERR_BUFFERTOOSMALL)
+        plat_show_line("Too many files selected");
+    return false;
+}
+
+int plat_select_files(void (*take)(const char *path, void *context), void *context)
+{
+    // Zeros: no file name at first.
+    char *selection = static_cast<char *>(calloc(selection_size, 1));
+    char *folder = start_folder();
+    int result = -1;
+    if (selection == nullptr || folder == nullptr)
+        plat_show_line("Out of memory");
+    else if (run_dialog(selection, folder))
+        result = winpath_walk_selection(selection, take, context);
+    free(folder);
+    free(selection);
+    return result;
+}
+
+void plat_show_line(const char *text)
+{
+    MessageBoxA(nullptr, text, "murlconv", MB_OK | MB_ICONEXCLAMATION);
+}
+
+// A path on a drive without a disk then fails like any other; without this the system would ask for the
+// disk.
+int plat_start()
+{
+    SetErrorMode(SEM_FAILCRITICALERRORS);
+    return GetModuleHandleA(nullptr) == nullptr ? 1 : 0;
+}
+
+int plat_poll_escape()
+{
+    MSG message;
+    if (PeekMessageA(&message, nullptr, WM_KEYDOWN, WM_KEYDOWN, PM_NOREMOVE) && message.wParam == VK_ESCAPE)
+        return VK_ESCAPE;
+    return -1;
+}

@@ -1,0 +1,399 @@
+// The POSIX platform layer, against real files, pipes, a pseudo terminal and stand-ins for the dialog
+// programs.
+#include "platform/platform.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <string>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+using name_list = std::vector<std::string>;
+
+// An empty directory to work in. Standard input, PATH and what tells of a display are put back at the end.
+class PlatformTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        char name[] = "/tmp/murlconv_test_XXXXXX";
+        ASSERT_NE(mkdtemp(name), nullptr);
+        directory = name;
+        start = open(".", O_RDONLY | O_CLOEXEC);
+        ASSERT_EQ(chdir(name), 0);
+        old_input = dup(STDIN_FILENO);
+        old_path = getenv("PATH");
+        unsetenv("DISPLAY");
+        unsetenv("WAYLAND_DISPLAY");
+    }
+
+    void TearDown() override
+    {
+        setenv("PATH", old_path.c_str(), 1);
+        dup2(old_input, STDIN_FILENO);
+        close(old_input);
+        EXPECT_EQ(fchdir(start), 0);
+        close(start);
+        std::string command = "rm -rf " + directory;
+        EXPECT_EQ(system(command.c_str()), 0);
+    }
+
+    static void write_file(const char *path, const std::string &bytes)
+    {
+        FILE *file = fopen(path, "w");
+        ASSERT_NE(file, nullptr) << path;
+        fwrite(bytes.data(), 1, bytes.size(), file);
+        fclose(file);
+    }
+
+    static std::string read_file(const char *path)
+    {
+        std::string bytes;
+        FILE *file = fopen(path, "r");
+        if (file == nullptr)
+            return "(missing)";
+        for (int c = getc(file); c != EOF; c = getc(file))
+            bytes += static_cast<char>(c);
+        fclose(file);
+        return bytes;
+    }
+
+    // A program of the test's own in front of everything else in PATH.
+    void write_program(const char *name, const std::string &script)
+    {
+        mkdir("bin", 0777);
+        std::string path = std::string("bin/") + name;
+        write_file(path.c_str(), "#!/bin/sh\n" + script);
+        chmod(path.c_str(), 0777);
+        setenv("PATH", (directory + "/bin:" + old_path).c_str(), 1);
+    }
+
+    static name_list selected(int *result)
+    {
+        name_list names;
+        *result = plat_select_files(
+            [](const char *path, void *context) { static_cast<name_list *>(context)->push_back(path); },
+            &names);
+        return names;
+    }
+
+    // The selection when standard input is a file or pipe that holds these bytes.
+    static name_list selected_from(const std::string &input, int *result)
+    {
+        write_file("input", input);
+        int file = open("input", O_RDONLY);
+        dup2(file, STDIN_FILENO);
+        close(file);
+        name_list names = selected(result);
+        unlink("input");
+        return names;
+    }
+
+    // The selection when standard input is a terminal at which the user types a text. shown is what appears
+    // on standard error.
+    static name_list selected_by(const std::string &typed, int *result, std::string *shown = nullptr)
+    {
+        int master = posix_openpt(O_RDWR | O_NOCTTY);
+        grantpt(master);
+        unlockpt(master);
+        int terminal = open(ptsname(master), O_RDWR | O_NOCTTY);
+        dup2(terminal, STDIN_FILENO);
+        close(terminal);
+        EXPECT_EQ(write(master, typed.data(), typed.size()), static_cast<ssize_t>(typed.size()));
+        clearerr(stdin);
+        testing::internal::CaptureStderr();
+        name_list names = selected(result);
+        std::string text = testing::internal::GetCapturedStderr();
+        if (shown != nullptr)
+            *shown = text;
+        close(master);
+        return names;
+    }
+
+    static int open_files()
+    {
+        int count = 0;
+        for (int file = 0; file < 256; file++)
+            count += fcntl(file, F_GETFD) >= 0;
+        return count;
+    }
+
+    std::string directory;
+    std::string old_path;
+    int start = -1;
+    int old_input = -1;
+};
+
+TEST_F(PlatformTest, InputIsReadAsItIs)
+{
+    write_file("a.mrl", std::string("A\r\nB\0\x1a\xff", 7));
+    FILE *input = plat_open_input("a.mrl");
+    ASSERT_NE(input, nullptr);
+    char bytes[16];
+    EXPECT_EQ(fread(bytes, 1, sizeof bytes, input), 7u);
+    EXPECT_EQ(memcmp(bytes, "A\r\nB\0\x1a\xff", 7), 0);
+    EXPECT_EQ(plat_seek(input, 3), 0);
+    EXPECT_EQ(getc(input), 'B');
+    EXPECT_EQ(plat_seek(input, 3000000000), 0);
+    EXPECT_EQ(getc(input), EOF);
+    EXPECT_TRUE(fcntl(fileno(input), F_GETFD) & FD_CLOEXEC);
+    fclose(input);
+}
+
+TEST_F(PlatformTest, InputThatCanNotBeReadIsRefusedWithoutALeak)
+{
+    mkdir("folder", 0777);
+    ASSERT_EQ(symlink("loop", "loop"), 0);
+    int before = open_files();
+    EXPECT_EQ(plat_open_input("missing.mrl"), nullptr);
+    EXPECT_EQ(plat_open_input("folder"), nullptr);
+    EXPECT_EQ(plat_open_input("folder/"), nullptr);
+    EXPECT_EQ(plat_open_input("loop"), nullptr);
+    EXPECT_EQ(plat_open_input(""), nullptr);
+    EXPECT_EQ(plat_open_input(std::string(100000, 'a').c_str()), nullptr);
+    EXPECT_EQ(open_files(), before);
+}
+
+TEST_F(PlatformTest, InputFromAFifo)
+{
+    ASSERT_EQ(mkfifo("fifo", 0666), 0);
+    pid_t writer = fork();
+    if (writer == 0) {
+        FILE *fifo = fopen("fifo", "w");
+        fputs("LINE", fifo);
+        fclose(fifo);
+        _exit(0);
+    }
+    FILE *input = plat_open_input("fifo");
+    ASSERT_NE(input, nullptr);
+    char bytes[8] = "";
+    EXPECT_EQ(fread(bytes, 1, sizeof bytes, input), 4u);
+    EXPECT_STREQ(bytes, "LINE");
+    fclose(input);
+    waitpid(writer, nullptr, 0);
+}
+
+TEST_F(PlatformTest, OutputReplacesWhatWasThere)
+{
+    write_file("a.mrl", "in");
+    write_file("a_conv.mrl", "a long old output");
+    FILE *input = plat_open_input("a.mrl");
+    FILE *output = plat_open_output("a_conv.mrl", input);
+    ASSERT_NE(output, nullptr);
+    EXPECT_TRUE(fcntl(fileno(output), F_GETFD) & FD_CLOEXEC);
+    fputs("new\n", output);
+    fclose(output);
+    EXPECT_EQ(read_file("a_conv.mrl"), "new\n");
+
+    output = plat_open_output("/dev/full", input);
+    ASSERT_NE(output, nullptr);
+    fclose(output);
+    fclose(input);
+}
+
+TEST_F(PlatformTest, OutputNeverTouchesItsInput)
+{
+    write_file("a.mrl", "precious");
+    ASSERT_EQ(symlink("a.mrl", "soft_conv.mrl"), 0);
+    ASSERT_EQ(link("a.mrl", "hard_conv.mrl"), 0);
+    mkdir("folder_conv", 0777);
+    FILE *input = plat_open_input("a.mrl");
+    ASSERT_NE(input, nullptr);
+    int before = open_files();
+    EXPECT_EQ(plat_open_output("a.mrl", input), nullptr);
+    EXPECT_EQ(plat_open_output("soft_conv.mrl", input), nullptr);
+    EXPECT_EQ(plat_open_output("hard_conv.mrl", input), nullptr);
+    EXPECT_EQ(plat_open_output("folder_conv", input), nullptr);
+    EXPECT_EQ(plat_open_output("missing/a.mrl", input), nullptr);
+    EXPECT_EQ(open_files(), before);
+    EXPECT_EQ(read_file("a.mrl"), "precious");
+    fclose(input);
+}
+
+TEST_F(PlatformTest, PathSplits)
+{
+    struct {
+        const char *path, *folder, *base, *extension;
+    } const cases[] = {
+        {"a.mrl", "", "a", ".mrl"},
+        {"a", "", "a", ""},
+        {"", "", "", ""},
+        {"a.", "", "a", "."},
+        {".mrl", "", "", ".mrl"},
+        {"a.b.mrl", "", "a.b", ".mrl"},
+        {"x.y/a", "x.y/", "a", ""},
+        {"/x/a.mrp", "/x/", "a", ".mrp"},
+        {"x/", "x/", "", ""},
+        {"x\\a.mrl", "", "x\\a", ".mrl"},
+        {"c:a.mrl", "", "c:a", ".mrl"},
+        {"./a b\xff.mrl", "./", "a b\xff", ".mrl"},
+    };
+    for (const auto &row : cases) {
+        plat_path_parts parts = plat_split_path(row.path);
+        std::string path = row.path;
+        EXPECT_EQ(path.substr(0, parts.base_start), row.folder) << path;
+        EXPECT_EQ(path.substr(parts.base_start, parts.extension_start - parts.base_start), row.base) << path;
+        EXPECT_EQ(path.substr(parts.extension_start), row.extension) << path;
+    }
+}
+
+TEST_F(PlatformTest, PipedSelection)
+{
+    std::string long_name(1000000, 'n');
+    struct {
+        std::string input;
+        name_list names;
+    } const cases[] = {
+        {"", {}},
+        {"\n\n\n", {}},
+        {"a.mrl", {"a.mrl"}},
+        {"b.mrl\na.mrl\n", {"b.mrl", "a.mrl"}},
+        {"a.mrl\na.mrl\n", {"a.mrl", "a.mrl"}},
+        {"\n a b, c.mrl \n\n\"q\"\nall\n1", {" a b, c.mrl ", "\"q\"", "all", "1"}},
+        {"x\r\n\xff\xfe\n", {"x\r", "\xff\xfe"}},
+        {long_name + "\n" + long_name, {long_name, long_name}},
+    };
+    for (const auto &row : cases) {
+        int result;
+        EXPECT_EQ(selected_from(row.input, &result), row.names) << row.input.substr(0, 100);
+        EXPECT_EQ(result, row.names.empty() ? -1 : 0) << row.input.substr(0, 100);
+    }
+}
+
+// A list that is still being written while scripts are converted must not meet its own outputs.
+TEST_F(PlatformTest, PipedSelectionIsWholeBeforeTheFirstPathIsTaken)
+{
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    dup2(ends[0], STDIN_FILENO);
+    close(ends[0]);
+    pid_t writer = fork();
+    if (writer == 0) {
+        dprintf(ends[1], "a.mrl\n");
+        usleep(50000);
+        dprintf(ends[1], access("taken", F_OK) == 0 ? "too_early\n" : "b.mrl\n");
+        _exit(0);
+    }
+    close(ends[1]);
+    name_list names;
+    plat_select_files(
+        [](const char *path, void *context) {
+            write_file("taken", "");
+            static_cast<name_list *>(context)->push_back(path);
+        },
+        &names);
+    EXPECT_EQ(names, (name_list{"a.mrl", "b.mrl"}));
+    waitpid(writer, nullptr, 0);
+}
+
+TEST_F(PlatformTest, TerminalListAndAnswers)
+{
+    for (const char *name : {"c.mrl", "a.mrp", "d e.mrl", "B.MRL", "x.txt", "mrl", ".hidden.mrl"})
+        write_file(name, "");
+    mkdir("folder.mrl", 0777);
+    write_file("z\x1b.mrl", "");
+    std::string escape = "z\x1b.mrl";
+    struct {
+        const char *typed;
+        name_list names;
+    } const cases[] = {
+        {"2\n", {"a.mrp"}},
+        {"3, 1\n", {"c.mrl", "B.MRL"}},
+        {"2-4\n", {"a.mrp", "c.mrl", "d e.mrl"}},
+        {"3-1 1\n", {"c.mrl", "a.mrp", "B.MRL", "B.MRL"}},
+        {"all\n", {"B.MRL", "a.mrp", "c.mrl", "d e.mrl", escape}},
+        {"/x/y.mrl 1 other.mrl\n", {"/x/y.mrl", "B.MRL", "other.mrl"}},
+        {"'d e.mrl',\"f, g\"1\n", {"d e.mrl", "f, g", "B.MRL"}},
+        {"0 6 1-6 2- -3 2x 99999999999999999999999\n",
+         {"0", "6", "1-6", "2-", "-3", "2x", "99999999999999999999999"}},
+        {"it's\n", {"it's"}},
+        {"\n", {}},
+        {" , ,\t\n", {}},
+        {"\x04", {}}, // end of input
+    };
+    for (const auto &row : cases) {
+        int result;
+        std::string shown;
+        EXPECT_EQ(selected_by(row.typed, &result, &shown), row.names) << row.typed;
+        EXPECT_EQ(result, row.names.empty() ? -1 : 0) << row.typed;
+        EXPECT_EQ(
+            shown.find("    1  B.MRL\n    2  a.mrp\n    3  c.mrl\n    4  d e.mrl\n    5  z?.mrl\nConvert"),
+            0u)
+            << shown;
+    }
+}
+
+TEST_F(PlatformTest, TerminalInAFolderWithoutScripts)
+{
+    int result;
+    std::string shown;
+    EXPECT_EQ(selected_by("all x.mrl\n", &result, &shown), (name_list{"all", "x.mrl"}));
+    EXPECT_EQ(shown.find("No *.mrl or *.mrp files"), 0u) << shown;
+}
+
+TEST_F(PlatformTest, DialogPrograms)
+{
+    write_file("list.mrl", "");
+    setenv("DISPLAY", ":0", 1);
+    int result;
+    // Arguments as they come: one a line.
+    write_program("zenity", "printf '%s|' \"$@\" >arguments; printf '/x/a b\\377.mrl\\n/x/c.mrp\\n'\n");
+    EXPECT_EQ(selected_by("", &result), (name_list{"/x/a b\xff.mrl", "/x/c.mrp"}));
+    EXPECT_EQ(result, 0);
+    std::string arguments = read_file("arguments");
+    for (const char *part : {"--file-selection|", "--multiple|", "--separator=\n|", "|*.mrl|", "|*.mrp|"})
+        EXPECT_NE(arguments.find(part), std::string::npos) << part << " in " << arguments;
+
+    write_program("zenity", "echo lost; exit 1\n");
+    EXPECT_EQ(selected_by("all\n", &result), name_list{});
+    EXPECT_EQ(result, -1);
+
+    // A dialog that can't be shown leaves the choice to the next way.
+    write_program("zenity", "echo lost; exit 255\n");
+    write_program("kdialog", "echo /x/k.mrl\n");
+    EXPECT_EQ(selected_by("all\n", &result), name_list{"/x/k.mrl"});
+    write_program("kdialog", "echo lost; kill -9 $$\n");
+    EXPECT_EQ(selected_by("all\n", &result), name_list{"list.mrl"});
+
+    // No display, no dialog.
+    write_program("zenity", "echo lost\n");
+    unsetenv("DISPLAY");
+    EXPECT_EQ(selected_by("all\n", &result), name_list{"list.mrl"});
+    setenv("WAYLAND_DISPLAY", "wayland-0", 1);
+    EXPECT_EQ(selected_by("all\n", &result), name_list{"lost"});
+    unsetenv("WAYLAND_DISPLAY");
+}
+
+TEST_F(PlatformTest, NoDialogProgramInPath)
+{
+    write_file("list.mrl", "");
+    setenv("DISPLAY", ":0", 1);
+    setenv("PATH", "", 1);
+    int before = open_files();
+    int result;
+    EXPECT_EQ(selected_by("1\n", &result), name_list{"list.mrl"});
+    EXPECT_EQ(open_files(), before);
+}
+
+// A script that took the number of a closed standard stream would get the program's messages.
+TEST_F(PlatformTest, ClosedStandardStreamsAreFilled)
+{
+    pid_t child = fork();
+    if (child == 0) {
+        close(STDIN_FILENO);
+        close(STDOUT_FILENO);
+        close(STDERR_FILENO);
+        bool good = plat_start() == 0;
+        FILE *input = plat_open_input("/dev/null");
+        _exit(good && input != nullptr && fileno(input) > STDERR_FILENO ? 0 : 1);
+    }
+    int status;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+}
+
+} // namespace

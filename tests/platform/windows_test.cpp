@@ -1,0 +1,252 @@
+// The Windows platform layer, run by wine: a plain program that prints each failed check and ends with status
+// 1 if there was one. It works in the current directory, which is empty. The open dialog and the message box
+// are tried by windows_dialog.sh.
+#include "platform/platform.h"
+#include "platform/windows_paths.h"
+
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+
+#include <shlwapi.h>
+
+#include <stdlib.h>
+#include <string.h>
+
+static int failures;
+
+#define CHECK(condition, subject)                                                                            \
+    do {                                                                                                     \
+        if (!(condition)) {                                                                                  \
+            printf("%s:%d: %s: %s\n", __FILE__, __LINE__, #condition, subject);                              \
+            failures++;                                                                                      \
+        }                                                                                                    \
+    } while (0)
+
+static void write_file(const char *path, const char *bytes)
+{
+    FILE *file = fopen(path, "wb");
+    CHECK(file != nullptr, path);
+    fputs(bytes, file);
+    fclose(file);
+}
+
+static bool file_holds(const char *path, const char *bytes)
+{
+    char found[64] = "";
+    FILE *file = fopen(path, "rb");
+    if (file == nullptr)
+        return false;
+    size_t size = fread(found, 1, sizeof found, file);
+    fclose(file);
+    return size == strlen(bytes) && memcmp(found, bytes, size) == 0;
+}
+
+// Paths of every shape; the system's own routines say what is right.
+static const char *const paths[] = {
+    "",
+    "a",
+    "a.mrl",
+    ".mrl",
+    "a.",
+    "a.b.mrl",
+    "a b.mrl",
+    "x.y\\a",
+    "x.y/a",
+    "x\\y/a.mrl",
+    "x\\",
+    "x/",
+    "\\",
+    "/",
+    "\\a.mrl",
+    "\\\\server\\share\\x\\a.mrl",
+    "\\\\server",
+    "c:",
+    "c:a.mrl",
+    "c:\\",
+    "c:\\a.mrl",
+    "c:\\x y\\a.b.mrl",
+    "c:/x/a",
+    "c:x\\a",
+    "cc:a.mrl",
+    "..\\a.mrl",
+    "..",
+    "\xc4\xd6\\\xdf\xff.mrl",
+    "C:\\Program Files\\murlconv\\murlconv.exe\"",
+    "C:\\murlconv.exe\" ",
+    "urlconv",
+};
+
+static void test_path_splits()
+{
+    for (const char *path : paths) {
+        char drive[_MAX_DRIVE];
+        char folder[_MAX_DIR];
+        char base[_MAX_FNAME];
+        char extension[_MAX_EXT];
+        _splitpath(path, drive, folder, base, extension);
+        plat_path_parts parts = plat_split_path(path);
+        CHECK(parts.base_start == strlen(drive) + strlen(folder), path);
+        CHECK(parts.extension_start == parts.base_start + strlen(base), path);
+        CHECK(strcmp(path + parts.extension_start, extension) == 0, path);
+
+        char ours[MAX_PATH];
+        char theirs[MAX_PATH];
+        strcpy(ours, path);
+        strcpy(theirs, path);
+        winpath_cut_name(ours);
+        PathRemoveFileSpecA(theirs);
+        CHECK(strcmp(ours, theirs) == 0, path);
+    }
+    static char long_path[100000];
+    memset(long_path, 'n', sizeof long_path - 1);
+    memcpy(long_path + 50000, "\\x.mrl", 6);
+    plat_path_parts parts = plat_split_path(long_path);
+    CHECK(parts.base_start == 50001, "long path");
+    CHECK(parts.extension_start == 50002, "long path");
+}
+
+// Collects paths, each in brackets.
+struct path_list {
+    char *text;
+    size_t used;
+    int count;
+};
+
+static void add_path(const char *path, void *context)
+{
+    path_list *list = static_cast<path_list *>(context);
+    list->used += static_cast<size_t>(sprintf(list->text + list->used, "[%s]", path));
+    list->count++;
+}
+
+static void test_selections()
+{
+    static const struct {
+        const char *selection;
+        const char *taken;
+        int result;
+    } cases[] = {
+        {"", "", -1},
+        {"C:\\x\\a b.mrl\0", "[C:\\x\\a b.mrl]", 0},
+        {"C:\\x\0a.mrl\0", "[C:\\x\\a.mrl]", 0},
+        {"C:\\x y\0b.mrl\0a.mrp\0c\0", "[C:\\x y\\b.mrl][C:\\x y\\a.mrp][C:\\x y\\c]", 0},
+        {"C:\\\0b.mrl\0a.mrp\0", "[C:\\b.mrl][C:\\a.mrp]", 0},
+        {"\\\\server\\share\0b.mrl\0a.mrp\0", "[\\\\server\\share\\b.mrl][\\\\server\\share\\a.mrp]", 0},
+        {"C:\\x\0b.mrl\0D:\\y\\a.mrp\0\\\\z\\q\0a\0", "[C:\\x\\b.mrl][D:\\y\\a.mrp][\\\\z\\q][C:\\x\\a]", 0},
+    };
+    for (const auto &row : cases) {
+        char text[256] = "";
+        path_list list = {text, 0, 0};
+        CHECK(winpath_walk_selection(row.selection, add_path, &list) == row.result, row.taken);
+        CHECK(strcmp(text, row.taken) == 0, row.taken);
+    }
+}
+
+// As many names as a user may mark in one folder, each as long as a name can be.
+static void test_large_selection()
+{
+    const int count = 3000;
+    const size_t length = 255;
+    char *selection = static_cast<char *>(calloc(count + 1, length + 1));
+    char *text = static_cast<char *>(calloc(count, length + 10));
+    strcpy(selection, "C:\\cad");
+    char *name = selection + 7;
+    for (int i = 0; i < count; i++) {
+        memset(name, 'n', length);
+        sprintf(name + length - 9, "%05d.mrl", i);
+        name += length + 1;
+    }
+    path_list list = {text, 0, 0};
+    CHECK(winpath_walk_selection(selection, add_path, &list) == 0, "3000 names");
+    CHECK(list.count == count, "3000 names");
+    CHECK(strstr(text, "n00000.mrl][C:\\cad\\nnn") != nullptr, "3000 names");
+    CHECK(strcmp(text + list.used - 11, "n02999.mrl]") == 0, "3000 names");
+    free(text);
+    free(selection);
+}
+
+static void test_input()
+{
+    write_file("a.mrl",
+               "A\r\nB\x1a"
+               "C");
+    FILE *input = plat_open_input("a.mrl");
+    char bytes[16];
+    CHECK(fread(bytes, 1, sizeof bytes, input) == 6, "binary input");
+    CHECK(memcmp(bytes,
+                 "A\r\nB\x1a"
+                 "C",
+                 6) == 0,
+          "binary input");
+    CHECK(plat_seek(input, 3) == 0, "seek");
+    CHECK(getc(input) == 'B', "seek");
+    CHECK(plat_seek(input, 3000000000) == 0, "seek");
+    CHECK(getc(input) == EOF, "seek");
+    fclose(input);
+
+    static char long_path[100000];
+    memset(long_path, 'n', sizeof long_path - 1);
+    const char *const refused[] = {"missing.mrl", "folder", "folder\\", "", "missing\\a.mrl", "?", long_path};
+    CreateDirectoryA("folder", nullptr);
+    for (const char *path : refused)
+        CHECK(plat_open_input(path) == nullptr, path);
+}
+
+static void test_output()
+{
+    write_file("a.mrl", "precious");
+    write_file("a_conv.mrl", "a long old output");
+    FILE *input = plat_open_input("a.mrl");
+    FILE *output = plat_open_output("a_conv.mrl", input);
+    CHECK(output != nullptr, "output");
+    fputs("new\n\n", output);
+    fclose(output);
+    CHECK(file_holds("a_conv.mrl", "new\r\n\r\n"), "output");
+    output = plat_open_output("NUL", input);
+    CHECK(output != nullptr, "device");
+    fclose(output);
+
+    static char long_path[100000];
+    memset(long_path, 'n', sizeof long_path - 1);
+    CHECK(CreateHardLinkA("link_conv.mrl", "a.mrl", nullptr), "link");
+    const char *const refused[] = {"a.mrl",  "A.MRL", "folder\\..\\a.mrl",   "link_conv.mrl",
+                                   "folder", "",      "missing\\a_conv.mrl", long_path};
+    // Many times, as a leak shows when the files run out.
+    for (int i = 0; i < 600; i++) {
+        for (const char *path : refused)
+            CHECK(plat_open_output(path, input) == nullptr, path);
+    }
+    CHECK(file_holds("a.mrl", "precious"), "input");
+    fclose(input);
+}
+
+static void test_escape_poll()
+{
+    MSG message;
+    DWORD thread = GetCurrentThreadId();
+    PeekMessageA(&message, nullptr, 0, 0, PM_NOREMOVE); // a thread gets its queue with its first look
+    CHECK(plat_poll_escape() == -1, "no message");
+    PostThreadMessageA(thread, WM_KEYUP, VK_ESCAPE, 0);
+    PostThreadMessageA(thread, WM_CHAR, VK_ESCAPE, 0);
+    PostThreadMessageA(thread, WM_SYSKEYDOWN, VK_ESCAPE, 0);
+    CHECK(plat_poll_escape() == -1, "other messages");
+    PostThreadMessageA(thread, WM_KEYDOWN, VK_ESCAPE, 0);
+    CHECK(plat_poll_escape() == 27, "Escape");
+    CHECK(plat_poll_escape() == 27, "Escape stays");
+    CHECK(PeekMessageA(&message, nullptr, WM_KEYDOWN, WM_KEYDOWN, PM_REMOVE), "Escape is there");
+    PostThreadMessageA(thread, WM_KEYDOWN, VK_RETURN, 0);
+    CHECK(plat_poll_escape() == -1, "other key");
+}
+
+int main()
+{
+    CHECK(plat_start() == 0, "start");
+    test_path_splits();
+    test_selections();
+    test_large_selection();
+    test_input();
+    test_output();
+    test_escape_poll();
+    printf("windows platform: %d checks failed\n", failures);
+    return failures == 0 ? 0 : 1;
+}
