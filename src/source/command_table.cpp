@@ -1,0 +1,238 @@
+#include "source/command_table.h"
+
+#include "support/text.h"
+
+#include <array>
+#include <stddef.h>
+
+// ---- The table in search order ----
+
+// A name as two numbers that order as the lower-case names do, so that a comparison is one of numbers.
+struct command_key {
+    uint64_t high; // the first eight characters
+    uint32_t low;  // the other four bytes
+};
+
+constexpr bool key_less(const command_key &a, const command_key &b)
+{
+    return a.high < b.high || (a.high == b.high && a.low < b.low);
+}
+
+// The key of a name of at most 11 characters.
+constexpr command_key key_make(const char *name)
+{
+    command_key key{0, 0};
+    int i = 0;
+    for (; name[i] != 0; i++) {
+        auto c = static_cast<unsigned char>(char_lower(name[i]));
+        if (i < 8)
+            key.high |= static_cast<uint64_t>(c) << (56 - 8 * i);
+        else
+            key.low |= static_cast<uint32_t>(c) << (24 - 8 * (i - 8));
+    }
+    return key;
+}
+
+struct sorted_row {
+    command_key key;
+    int16_t source; // index in command_rows
+};
+
+using sorted_rows = std::array<sorted_row, command_row_count>;
+
+// Merge sort, from runs of one row up.
+constexpr sorted_rows rows_sort()
+{
+    sorted_rows rows{};
+    for (int i = 0; i < command_row_count; i++)
+        rows[static_cast<size_t>(i)] = sorted_row{key_make(command_rows[i].name), static_cast<int16_t>(i)};
+    const size_t count = rows.size();
+    for (size_t run = 1; run < count; run *= 2) {
+        sorted_rows merged{};
+        for (size_t start = 0; start < count; start += 2 * run) {
+            size_t middle = start + run < count ? start + run : count;
+            size_t end = start + 2 * run < count ? start + 2 * run : count;
+            size_t left = start;
+            size_t right = middle;
+            for (size_t to = start; to < end; to++) {
+                bool from_left = right >= end || (left < middle && !key_less(rows[right].key, rows[left].key));
+                merged[to] = from_left ? rows[left++] : rows[right++];
+            }
+        }
+        rows = merged;
+    }
+    return rows;
+}
+
+static constexpr sorted_rows command_order = rows_sort();
+
+// ---- The specs as bytes ----
+
+constexpr size_t spec_bytes_total()
+{
+    size_t total = 0;
+    for (const command_source_row &row : command_rows)
+        total += static_cast<size_t>(spec_length(row.spec));
+    return total;
+}
+
+struct spec_store {
+    std::array<uint8_t, spec_bytes_total()> bytes;
+    std::array<uint16_t, command_row_count> start; // by index in command_rows
+};
+
+constexpr spec_store specs_make()
+{
+    spec_store store{};
+    size_t used = 0;
+    for (size_t row = 0; row < command_row_count; row++) {
+        store.start[row] = static_cast<uint16_t>(used);
+        const char *spec = command_rows[row].spec;
+        int count = spec_length(spec);
+        for (int i = 0; i < count; i++)
+            store.bytes[used++] = static_cast<uint8_t>(spec_digit(spec[3 * i]) * 16 + spec_digit(spec[3 * i + 1]));
+    }
+    return store;
+}
+
+static constexpr spec_store command_specs = specs_make();
+
+// ---- What is claimed ----
+
+constexpr bool rows_well_formed()
+{
+    for (const command_source_row &row : command_rows) {
+        int length = 0;
+        for (const char *c = row.name; *c != 0; c++, length++)
+            if ((char_classes.bits[static_cast<unsigned char>(*c)] & CHAR_WORD) == 0)
+                return false;
+        if (length == 0 || length >= command_name_size || spec_length(row.spec) < 0)
+            return false;
+    }
+    return true;
+}
+
+// The type code of every spec byte is known, and a position that repeats is the last of its row.
+constexpr bool specs_known()
+{
+    for (const command_source_row &row : command_rows) {
+        int count = spec_length(row.spec);
+        for (int i = 0; i < count; i++) {
+            int flags = spec_digit(row.spec[3 * i]);
+            if (spec_digit(row.spec[3 * i + 1]) > 8 || flags > 7 || ((flags & 6) != 0 && i + 1 < count) ||
+                ((flags & 4) != 0 && (flags & 2) == 0))
+                return false;
+        }
+    }
+    return true;
+}
+
+// Ids rise within a family, and each family keeps to its range.
+constexpr bool ids_in_range()
+{
+    constexpr struct {
+        char initial; // of the family's words; 0 for capitals
+        int first;
+        int last;
+    } ranges[] = {{0, 1, 299},       {0, 300, 399},     {0, 400, 499},     {0, 500, 999},    {'r', 1001, 1636},
+                  {'i', 1701, 1755}, {'e', 1801, 1817}, {'d', 1828, 1860}, {'u', 1901, 1907}};
+    size_t range = 0;
+    int last_id = 0;
+    for (const command_source_row &row : command_rows) {
+        if (row.id < last_id || row.id > ranges[range].last) {
+            range++;
+            last_id = 0;
+        }
+        bool lower = row.name[0] >= 'a' && row.name[0] <= 'z';
+        if (range == sizeof ranges / sizeof ranges[0] || row.id < ranges[range].first ||
+            row.id > ranges[range].last || (lower ? row.name[0] : 0) != ranges[range].initial)
+            return false;
+        last_id = row.id;
+    }
+    return true;
+}
+
+constexpr bool names_ascend()
+{
+    for (size_t i = 1; i < command_order.size(); i++)
+        if (!key_less(command_order[i - 1].key, command_order[i].key))
+            return false;
+    return true;
+}
+
+static_assert(command_row_count == command_count, "the number of commands");
+static_assert(rows_well_formed(), "a name has 1 to 11 word characters, a spec pairs of hexadecimal digits");
+static_assert(specs_known(), "an unknown type code, or a flag where it can't stand");
+static_assert(ids_in_range(), "an id outside its family's range, or out of order");
+static_assert(names_ascend(), "two commands of one name");
+
+// ---- The table itself ----
+
+using command_rows_sorted = std::array<cmd_row, command_row_count>;
+
+constexpr command_rows_sorted rows_make()
+{
+    command_rows_sorted table{};
+    for (size_t i = 0; i < table.size(); i++) {
+        auto source = static_cast<size_t>(command_order[i].source);
+        const command_source_row &row = command_rows[source];
+        for (int c = 0; row.name[c] != 0; c++)
+            table[i].name[c] = row.name[c];
+        table[i].id = row.id;
+        table[i].spec_count = static_cast<uint8_t>(spec_length(row.spec));
+        table[i].spec =
+            table[i].spec_count != 0 ? command_specs.bytes.data() + command_specs.start[source] : nullptr;
+    }
+    return table;
+}
+
+static constexpr command_rows_sorted cmd_table = rows_make();
+
+// The rows whose names begin with a letter: from first[letter] to first[letter + 1], a being 0.
+struct letter_ranges {
+    std::array<int16_t, 27> first;
+};
+
+constexpr letter_ranges letters_make()
+{
+    letter_ranges ranges{};
+    size_t row = 0;
+    for (size_t letter = 0; letter <= 26; letter++) {
+        while (row < cmd_table.size() && static_cast<size_t>(char_lower(cmd_table[row].name[0]) - 'a') < letter)
+            row++;
+        ranges.first[letter] = static_cast<int16_t>(row);
+    }
+    return ranges;
+}
+
+static constexpr letter_ranges command_letters = letters_make();
+
+const cmd_row &command_row_at(int32_t index)
+{
+    return cmd_table[static_cast<size_t>(index)];
+}
+
+int32_t command_find(const char *word)
+{
+    int length = 0;
+    while (word[length] != 0)
+        if (++length == command_name_size)
+            return -1;
+    if (!text_is(word[0], CHAR_LETTER))
+        return -1;
+    command_key key = key_make(word);
+    auto letter = static_cast<size_t>(char_lower(word[0]) - 'a');
+    int32_t low = command_letters.first[letter];
+    int32_t high = command_letters.first[letter + 1];
+    while (low < high) {
+        int32_t middle = (low + high) / 2;
+        const command_key &at = command_order[static_cast<size_t>(middle)].key;
+        if (key_less(at, key))
+            low = middle + 1;
+        else if (key_less(key, at))
+            high = middle;
+        else
+            return middle;
+    }
+    return -1;
+}

@@ -1,0 +1,148 @@
+#include "source/labels.h"
+
+#include "source/src_stream.h"
+#include "source/statement_text.h"
+#include "support/name_index.h"
+#include "support/prompt_report.h"
+#include "support/text.h"
+
+#include <stdlib.h>
+#include <string.h>
+
+constexpr int32_t line_operands_size = 79; // characters of a #LINE that are read with it
+constexpr int32_t prompt_no_memory = 203;
+
+label_row *label_table;
+int32_t label_count;
+line_directive_state line_directives = {1, 1, "", "", false, nullptr};
+
+static name_index label_names; // over label_table
+
+void labels_start(label_row *table)
+{
+    label_table = table;
+    label_count = 0;
+    name_index_start(&label_names, table, sizeof(label_row), label_name_length, true);
+}
+
+// Tells of a second label of a name and of one label too many alike.
+static int32_t label_report(const char *name)
+{
+    fputs(name, stdout);
+    return STATEMENT_END;
+}
+
+int32_t label_define(FILE *stream, char *word, int32_t)
+{
+    label_row row{};
+    strncpy(row.name, word + 1, label_name_length);
+    (void)rem_copy(stream, word);
+    if (row.name[0] == 0)
+        return STATEMENT_NO_LABEL;
+    row.position = wrap_int32(static_cast<uint64_t>(src_raw_tell()));
+    row.line_physical = src_lines.line_physical;
+    row.line_current = src_lines.line_current;
+    row.line_statement = src_lines.line_statement;
+    row.counting = src_lines.line_counting;
+    row.pending = src_lines.line_pending;
+
+    uint32_t place;
+    int32_t known = name_index_find(&label_names, row.name, &place);
+    if (known >= 0 && label_table[known].position == row.position &&
+        label_table[known].line_physical == row.line_physical)
+        return STATEMENT_NO_LABEL;
+    if (known >= 0)
+        return label_report(row.name);
+    if (label_count == label_capacity)
+        return label_report(row.name);
+    label_table[label_count++] = row;
+    name_index_add(&label_names, place);
+    return STATEMENT_DONE;
+}
+
+int32_t line_directive(FILE *stream, char *, int32_t)
+{
+    char operands[line_operands_size + 1];
+    if (src_read_line(operands, line_operands_size, stream) == 0)
+        return STATEMENT_TEXT;
+    return line_directive_parse(operands);
+}
+
+// Copies the next word of text, at most size - 1 characters of it, and gives the place behind it.
+static const char *word_next(const char *text, char *word, size_t size)
+{
+    while (text_is(*text, CHAR_WHITE))
+        text++;
+    size_t used = 0;
+    for (; *text != 0 && !text_is(*text, CHAR_WHITE); text++)
+        if (used < size - 1)
+            word[used++] = *text;
+    word[used] = 0;
+    return text;
+}
+
+// Appends to source_name, of which used characters are written, as much of a text as it has room for.
+static size_t source_name_append(size_t used, const char *text, size_t size)
+{
+    size_t room = sizeof line_directives.source_name - 1 - used;
+    if (size > room)
+        size = room;
+    memcpy(line_directives.source_name + used, text, size);
+    line_directives.source_name[used + size] = 0;
+    return used + size;
+}
+
+static void source_name_set(const char *word)
+{
+    size_t size = strlen(word);
+    if (word[0] == '<' && word[size - 1] == '>') {
+        (void)source_name_append(0, word + 1, size - 2);
+        return;
+    }
+    const char *folder = line_directives.source_name_base;
+    size_t used = source_name_append(0, folder, static_cast<size_t>(base_name(folder) - folder));
+    (void)source_name_append(used, base_name(word), strlen(base_name(word)));
+}
+
+int32_t line_directive_parse(const char *text)
+{
+    char number[sizeof line_directives.source_name];
+    char name[sizeof line_directives.source_name];
+    text = word_next(text, number, sizeof number);
+    word_next(text, name, sizeof name);
+    if (!text_is(number[0], CHAR_DIGIT))
+        return STATEMENT_TEXT;
+    uint32_t value = 0;
+    const char *c = number;
+    for (; text_is(*c, CHAR_DIGIT); c++)
+        value = value * 10 + static_cast<uint32_t>(*c - '0');
+    line_directives.line_number = wrap_int32(value);
+    line_directives.line_plus = *c == '+';
+    if (name[0] == 0)
+        return STATEMENT_TEXT;
+    source_name_set(name);
+    if (line_directives.source_name_recording)
+        source_name_record();
+    return STATEMENT_TEXT;
+}
+
+void source_name_record()
+{
+    const char *name = base_name(line_directives.source_name);
+    size_t size = strlen(name);
+    char *block = static_cast<char *>(malloc(size + 1));
+    if (block == nullptr) {
+        prompt_report(-prompt_no_memory, line_directives.line_number);
+        return;
+    }
+    *line_directives.source_name_slot = static_cast<char *>(memcpy(block, name, size + 1));
+}
+
+const char *base_name(const char *path)
+{
+    const char *base = path;
+    for (; *path != 0; path++)
+        if (*path == '\\' || *path == '/' || *path == ':')
+            base = path + 1;
+    return base;
+}

@@ -1,0 +1,56 @@
+// Labels and line directives: the statements that are about the script's own text.
+//
+// A label line is copied to the output and entered in label_table, whose one job is to find a label that
+// is defined twice or one too many. A #LINE is read and leaves nothing.
+#pragma once
+
+#include <stdint.h>
+#include <stdio.h>
+
+constexpr int32_t label_capacity = 1000; // labels of one file
+constexpr int label_name_length = 12;    // characters of a label that count
+
+// One label. Position and lines say where the line behind the label begins.
+struct label_row {
+    char name[16]; // as typed, cut to label_name_length characters
+    int32_t position; // in bytes, low 32 bits
+    uint32_t line_physical;
+    uint32_t line_current;
+    uint32_t line_statement;
+    uint8_t counting;
+    uint8_t pending;
+};
+
+extern label_row *label_table; // label_capacity rows from malloc, made for each file
+extern int32_t label_count;    // rows in use
+
+// What the last #LINE said. It outlives a file, and nothing in the output depends on it.
+struct line_directive_state {
+    int32_t line_number;
+    int32_t line_plus;             // 1 if a + stood behind the number
+    char source_name[512];         // the file name given
+    const char *source_name_base;  // a plain file name takes the place of its last part
+    bool source_name_recording;    // switch: each name is handed to source_name_slot
+    char **source_name_slot;       // where a recorded name goes; the block is the owner's of the slot
+};
+extern line_directive_state line_directives;
+
+// Forgets the labels of the last file, and starts on the rows of table.
+void labels_start(label_row *table);
+
+// A label line: word holds the colon and the label. Gives STATEMENT_DONE, STATEMENT_NO_LABEL for a lone
+// colon, or STATEMENT_END for a second label of a name or one label too many, after printing its name.
+int32_t label_define(FILE *stream, char *word, int32_t size);
+
+// The statement #LINE. Gives STATEMENT_TEXT, whatever the line holds.
+int32_t line_directive(FILE *stream, char *word, int32_t size);
+
+// The operands of a #LINE: a number, perhaps with a + behind it, and perhaps a name. Gives STATEMENT_TEXT.
+int32_t line_directive_parse(const char *text);
+
+// Hands the base name of source_name to source_name_slot as a block from malloc. Without memory the run
+// ends with prompt 203.
+void source_name_record();
+
+// The part of a path behind its last \, / or :, inside path.
+const char *base_name(const char *path);

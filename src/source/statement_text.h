@@ -1,0 +1,31 @@
+// Statement text: what the readers of one statement share.
+//
+// The buffers hold the statement that is being read; nothing of them outlives it. They stand in a room of
+// their own below the recogniser, the fetcher, the labels and the declarations, which all use them.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+#include <stdio.h>
+
+// Statement result codes. 0 or above is the index of a row of the command table.
+enum : int32_t {
+    STATEMENT_END = -1,     // reading of this source stops
+    STATEMENT_TEXT = -2,    // handled and written
+    STATEMENT_NO_LABEL = -3, // a label line without a name, or one met again at its own place
+    STATEMENT_DONE = -4     // handled and written
+};
+
+constexpr int32_t word_size = 128;        // the first word of a statement: 127 characters and a NUL
+constexpr int32_t line_buf_capacity = 3900; // characters of a statement's text
+
+// The collecting buffer: the whole text of a statement that is no command, or the argument that is being
+// fetched. After a failed fetch it holds what the statement loop prints.
+extern char line_buf[line_buf_capacity + 1];
+
+// The copy of a text that an evaluation or a declaration works on, and cuts up.
+extern char stmt_text[line_buf_capacity + 4];
+
+// Copies a statement's word, a blank and the rest of its line as read to the output. Gives STATEMENT_DONE,
+// or STATEMENT_END if the source ended before the line did; then the output has no line end.
+int32_t rem_copy(FILE *stream, const char *word);
