@@ -1,0 +1,88 @@
+// Argument slots: the fetched arguments of the current statement, the hand-over from the fetcher to the
+// conversion rules.
+//
+// The fetcher fills the slots, the rules read them; both walk them with one cursor. All of it is valid
+// from the fetch until the next statement starts. Slot 0 holds the command word, slot i+1 belongs to
+// spec position i. Whatever lies behind the statement's last slot reads as a cleared slot, so a rule may
+// read a fixed number of slots, more than the statement gave.
+#pragma once
+
+#include <stdint.h>
+
+// Type codes of an argument: the low nibble of a spec byte and of an arg_types byte.
+enum : uint8_t {
+    ARG_STR = 0,    // quoted string, or raw text
+    ARG_LONG = 1,   // evaluated, lval
+    ARG_INT = 2,    // evaluated, ival
+    ARG_FLOAT = 3,  // evaluated, fval
+    ARG_DOUBLE = 4, // evaluated, dval
+    ARG_NAME = 5,   // raw text: a name or a file variable
+    ARG_WORD = 6,   // raw text: a bare word or a label
+    ARG_VAR = 7,    // raw text: a variable that the command would store into
+    ARG_ITEM = 8,   // print item: quoted string, or raw text with parentheses counted
+    ARG_TYPE = 15   // mask of the type code
+};
+
+// Flags of a spec byte.
+enum : uint8_t {
+    ARG_OPTIONAL = 16, // the argument may be left out or empty
+    ARG_REPEAT = 32,   // the last position of a row, which takes every further argument too
+    ARG_PRINT = 64     // beside ARG_REPEAT: an empty item inside the list is an argument of its own
+};
+
+// Flag of an arg_types byte: the argument was left out or empty.
+constexpr uint8_t ARG_ABSENT = 16;
+
+// The mark of the slot list: begin_mark of slot 0, and state of a slot that holds no argument.
+constexpr int32_t slot_mark = 999;
+
+constexpr int arg_types_size = 100; // spec positions that one statement may walk
+constexpr int arg_text_room = 251;  // characters that the text of a numeric argument may have
+
+// Slots: the word, every argument, the end of the list, and as many behind it as the widest rule reads.
+constexpr int arg_slots_size = 1 + arg_types_size + 1 + 26;
+
+// One argument. Only the value field of the argument's own type is set; the others are 0.
+struct arg_slot {
+    const char *text;    // what rules write: as typed, a quoted string decoded and between double quotes
+    const char *str;     // the text without quotes; null for numeric types and for an empty argument
+    const double *dval;  // value of a type 4 argument, in arg_pool; else null
+    uint32_t text_size;  // length of text
+    int32_t begin_mark;  // slot_mark in slot 0, 0 elsewhere
+    int32_t state;       // 0: a fetched argument, an empty one too; slot_mark: no argument here
+    int32_t lval;        // value of a type 1 argument
+    int32_t ival;        // value of a type 2 argument
+    float fval;          // value of a type 3 argument
+};
+
+extern arg_slot arg_slots[arg_slots_size];
+extern arg_slot *arg_cursor; // the current slot
+
+// A byte for each spec position that was walked: type code and ARG_ABSENT.
+extern uint8_t arg_types[arg_types_size];
+extern uint8_t *arg_type_cursor;
+
+// Puts both cursors on their first element, forgets the last statement's texts and marks slot 0.
+void slots_start_statement();
+
+// Writes the command word, as typed, to slot 0.
+void slot_set_word(const char *word);
+
+// Clears the slot under arg_cursor: no text, no values, state slot_mark.
+void slot_clear();
+
+// Steps arg_cursor to the next slot and clears that.
+void slot_advance();
+
+// Ends the list at the slot under arg_cursor: everything behind it reads as cleared.
+void slots_end_list();
+
+// Room for a text of the given length and a NUL that stays valid for the statement.
+char *slot_text_room(uint32_t size);
+
+// Gives the text of the slot under arg_cursor and steps the cursor. It looks neither at state nor at
+// arg_types. The text is valid for the statement.
+inline const char *take_text()
+{
+    return (arg_cursor++)->text;
+}

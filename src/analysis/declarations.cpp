@@ -1,0 +1,343 @@
+#include "analysis/declarations.h"
+
+#include "analysis/expr_eval.h"
+#include "analysis/expr_lexer.h"
+#include "analysis/var_store.h"
+#include "source/labels.h"
+#include "source/src_stream.h"
+#include "source/statement_text.h"
+#include "support/output.h"
+#include "support/text.h"
+
+#include <string.h>
+
+constexpr int32_t value_line_length = 511; // characters of a line of initial values that are read at once
+
+struct decl_type {
+    char name[7];
+    int8_t type;
+};
+
+// Sorted by name.
+static constexpr decl_type decl_type_table[] = {
+    {"CHAR", VAR_CHAR},   {"DOUBLE", VAR_DOUBLE}, {"FLOAT", VAR_FLOAT}, {"INT", VAR_INT},
+    {"LONG", VAR_LONG},   {"SHORT", VAR_SHORT},   {"SLIST", VAR_SLIST}, {"STRING", VAR_STRING},
+    {"UCHAR", VAR_UCHAR}, {"UINT", VAR_UINT},     {"ULONG", VAR_ULONG}, {"USHORT", VAR_USHORT},
+};
+
+constexpr int decl_type_count = sizeof decl_type_table / sizeof decl_type_table[0];
+static_assert(decl_type_count == 12 && text_table_sorted(decl_type_table), "searched in halves");
+
+// The type of a word, or VAR_NONE.
+static int8_t decl_type_find(const char *word)
+{
+    int row = text_table_find(decl_type_table, sizeof(decl_type), decl_type_count, word);
+    return row < 0 ? static_cast<int8_t>(VAR_NONE) : decl_type_table[row].type;
+}
+
+// ---- Lists and references ----
+
+static char *item_bad(char *next_text, char **next)
+{
+    *next = next_text;
+    return nullptr;
+}
+
+static bool is_quote(char c)
+{
+    return c == '"' || c == '`' || c == '\'';
+}
+
+char *next_item(char *text, char **next, int *delimiter)
+{
+    char *from = text_skip_white(text);
+    if (*from == 0)
+        return item_bad(nullptr, next);
+    if (!text_is(*from, CHAR_LETTER) && *from != '$' && *from != '@')
+        return item_bad(from, next);
+    char *item = from;
+    char *to = from;
+    int32_t parentheses = 0;
+    int32_t brackets = 0;
+    bool blank_seen = false; // outside of parentheses and brackets
+    for (; *from != 0; from++) {
+        char c = *from;
+        bool outside = parentheses == 0 && brackets == 0;
+        if (text_is(c, CHAR_WHITE)) {
+            blank_seen |= outside;
+            continue;
+        }
+        if ((c == ',' && outside) || (blank_seen && c != '['))
+            break;
+        blank_seen = false;
+        parentheses += (c == '(') - (c == ')');
+        brackets += (c == '[') - (c == ']');
+        if (parentheses < 0 || brackets < 0 || is_quote(c))
+            return item_bad(from + 1, next);
+        *to++ = c;
+    }
+    if (parentheses > 0 || brackets > 0)
+        return item_bad(from, next);
+    *delimiter = *from == ',' ? ITEM_COMMA : *from != 0 ? ITEM_BLANK : ITEM_LAST;
+    *next = *from == ',' ? from + 1 : from;
+    *to = 0;
+    return item;
+}
+
+static void drop_white(char *text)
+{
+    char *to = text;
+    for (; *text != 0; text++)
+        if (!text_is(*text, CHAR_WHITE))
+            *to++ = *text;
+    *to = 0;
+}
+
+// Value of a subscript's text: plain digits are decimal, anything else is evaluated. False if it is no
+// expression.
+static bool subscript_value(char *text, int32_t *value)
+{
+    int64_t number = 0;
+    const char *c = text;
+    for (; text_is(*c, CHAR_DIGIT); c++)
+        if (number <= INT32_MAX)
+            number = number * 10 + (*c - '0');
+    if (*c == 0) {
+        *value = number <= INT32_MAX ? static_cast<int32_t>(number) : -1;
+        return true;
+    }
+    const double *result = eval_expr(text);
+    if (result == nullptr)
+        return false;
+    *value = int_from_double(*result);
+    return true;
+}
+
+int32_t parse_var_ref(char *text, int32_t max_dims, int32_t *dims)
+{
+    drop_white(text);
+    char *c = text;
+    if (*c == '$')
+        c += c[1] == '$' ? 2 : 1;
+    if (!text_is(*c, CHAR_LETTER))
+        return -1;
+    while (text_is(*c, CHAR_WORD))
+        c++;
+    char *name_end = c;
+    int32_t count = 0;
+    while (*c == '[') {
+        char *subscript = c + 1;
+        char *close = strchr(subscript, ']');
+        if (close == nullptr || close == subscript || count == max_dims)
+            return -1;
+        *close = 0;
+        if (!subscript_value(subscript, &dims[count++]))
+            return -1;
+        c = close + 1;
+    }
+    if (*c != 0)
+        return -1;
+    *name_end = 0;
+    return count;
+}
+
+// ---- Type words and LOCAL ----
+
+static void write_declaration(const char *word, const char *text)
+{
+    out_format("%s ", word);
+    for (; *text != 0; text++) {
+        if (*text == '\r')
+            out_text("\\r");
+        else
+            out_char(*text);
+    }
+}
+
+// Enters one variable in the store. A variable that is declared again keeps its value if its dimensions
+// stay; a dimension of 0 fits any. False if the store doesn't take it.
+static bool declare(const char *name, int8_t type, int32_t count, const int32_t *dims)
+{
+    int32_t known = var_read(name, nullptr);
+    if (known != count)
+        return var_make(name, type, count, dims) == 0;
+    if (var_current.type != type)
+        return false;
+    int32_t compared = type == VAR_SLIST ? 1 : count; // of a string list the items alone
+    for (int32_t i = 0; i < compared; i++)
+        if (dims[i] != 0 && dims[i] != var_current.block->dims[i])
+            return var_make(name, type, count, dims) == 0;
+    return true;
+}
+
+// Declares the items of a list; VAR_NONE only checks their names. first is the item that was cut off
+// already, or null.
+static int32_t declare_list(char *first, int first_delimiter, char *next, int8_t type)
+{
+    int32_t max_dims = type == VAR_NONE ? 0 : var_dims_max;
+    int32_t count = 0;
+    char *item = first;
+    int delimiter = first_delimiter;
+    if (item == nullptr)
+        item = next_item(next, &next, &delimiter);
+    for (; item != nullptr; item = next_item(next, &next, &delimiter)) {
+        count++;
+        int32_t dims[var_dims_max];
+        if (delimiter == ITEM_BLANK)
+            return STATEMENT_END;
+        int32_t ndims = parse_var_ref(item, max_dims, dims);
+        if (ndims < 0 || (type != VAR_NONE && !declare(item, type, ndims, dims)))
+            return STATEMENT_END;
+    }
+    return next == nullptr && count > 0 ? STATEMENT_TEXT : STATEMENT_END;
+}
+
+// LOCAL type list, or LOCAL list: whether the first word is a type and whether a further word follows it
+// have to agree.
+static int32_t declare_local(char *text)
+{
+    char *next;
+    int delimiter = ITEM_LAST;
+    char *item = next_item(text, &next, &delimiter);
+    if (item == nullptr)
+        return STATEMENT_END;
+    int8_t type = decl_type_find(item);
+    if ((type != VAR_NONE) != (delimiter == ITEM_BLANK))
+        return STATEMENT_END;
+    return type != VAR_NONE ? declare_list(nullptr, 0, next, type)
+                            : declare_list(item, delimiter, next, VAR_NONE);
+}
+
+int32_t decl_statement(FILE *stream, char *word, int32_t)
+{
+    if (src_read_line(stmt_text, line_buf_capacity, stream) == 0)
+        return STATEMENT_END;
+    if (text_compare_nocase(word, "LOCAL") == 0) {
+        // Kept: the text brings its own line feed, so an empty line follows a LOCAL.
+        out_format("LOCAL %s\n", stmt_text);
+        return declare_local(stmt_text);
+    }
+    write_declaration(word, stmt_text);
+    return declare_list(nullptr, 0, stmt_text, decl_type_find(word));
+}
+
+// ---- ARRAY ----
+
+// Reads the head of an ARRAY into line_buf, up to its line's end or the = outside of brackets. Gives what
+// ended it.
+static int read_array_head(FILE *stream)
+{
+    int32_t used = 0;
+    int64_t depth = 0;
+    int c = src_getc(stream);
+    for (; c != -1 && c != '\n' && (c != '=' || depth > 0); c = src_getc(stream)) {
+        depth += (c == '(' || c == '[') - (c == ')' || c == ']');
+        if (used < line_buf_capacity - 1)
+            line_buf[used++] = static_cast<char>(c);
+    }
+    line_buf[used] = 0;
+    return c;
+}
+
+// Reads one number as the C library's "%lf" does. Gives the place behind it, or null if there is none.
+static char *scan_value(char *text, double *value)
+{
+    char *start = text_skip_white(text);
+    char *c = start;
+    bool minus = *c == '-';
+    if (*c == '-' || *c == '+')
+        c++;
+    // A short plain number; 15 digits are exact, and so is the power of ten.
+    uint64_t mantissa = 0;
+    int32_t fraction_digits = 0;
+    char *digits = c;
+    for (; text_is(*c, CHAR_DIGIT); c++)
+        mantissa = mantissa * 10 + static_cast<uint64_t>(*c - '0');
+    bool whole = c > digits;
+    if (*c == '.')
+        for (c++; text_is(*c, CHAR_DIGIT); c++, fraction_digits++)
+            mantissa = mantissa * 10 + static_cast<uint64_t>(*c - '0');
+    if ((whole || fraction_digits > 0) && c - digits <= 15 && !text_is(*c, CHAR_WORD)) {
+        double number = static_cast<double>(mantissa) / power_of_ten(fraction_digits);
+        *value = minus ? -number : number;
+        return c;
+    }
+    int used = 0;
+    if (sscanf(start, "%lf%n", value, &used) != 1)
+        return nullptr;
+    return start + used;
+}
+
+// Stores the values of one line in the array that is being filled. What is no number ends the line.
+static void store_values(char *text)
+{
+    double value;
+    while ((text = scan_value(text, &value)) != nullptr) {
+        var_fill_next(value);
+        text = strchr(text, ',');
+        if (text == nullptr)
+            return;
+        text++;
+    }
+}
+
+// A # among the values has to be a #LINE. False if it isn't.
+static bool value_line_directive(const char *text)
+{
+    char word[7] = "";
+    size_t length = 0;
+    while (length < 6 && text[length] != 0 && !text_is(text[length], CHAR_WHITE)) {
+        word[length] = text[length];
+        length++;
+    }
+    if (text_compare_nocase(word, "#LINE") != 0)
+        return false;
+    (void)line_directive_parse(text + length);
+    return true;
+}
+
+// The initial values behind an ARRAY's =, line by line up to the closing brace.
+static int32_t read_values(FILE *stream)
+{
+    bool first = true; // the opening brace has still to come
+    var_fill_start();
+    while (src_read_line(line_buf, value_line_length, stream) > 0) {
+        out_text(line_buf);
+        char *text = text_skip_white(line_buf);
+        if (*text == 0)
+            continue;
+        if (*text == '#') {
+            if (!value_line_directive(text))
+                return STATEMENT_END;
+            continue;
+        }
+        if (first && *text++ != '{')
+            return STATEMENT_END;
+        first = false;
+        char *close = strchr(text, '}');
+        if (close != nullptr)
+            *close = 0;
+        store_values(text);
+        if (close != nullptr)
+            return STATEMENT_DONE;
+    }
+    return STATEMENT_END;
+}
+
+int32_t array_statement(FILE *stream, char *word, int32_t)
+{
+    (void)src_skip_space(stream);
+    int c = read_array_head(stream);
+    out_format("%s %s", word, line_buf);
+    if (c == '=')
+        out_char('=');
+    int32_t dims[var_dims_max];
+    int32_t count = parse_var_ref(line_buf, var_dims_max, dims);
+    if (count <= 0 || var_make(line_buf, VAR_NONE, count, dims) != 0 || var_current.type == VAR_SLIST)
+        return STATEMENT_END;
+    if (c != '=') {
+        out_char('\n');
+        return STATEMENT_DONE;
+    }
+    return read_values(stream);
+}

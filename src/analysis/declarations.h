@@ -1,0 +1,32 @@
+// Declarations: the statements that declare variables.
+//
+// Their text goes to the output at once; then the variables enter the store, so that later expressions find
+// them. A fault in the analysis stops the reading of the whole file, though the text is written by then.
+#pragma once
+
+#include <stdint.h>
+#include <stdio.h>
+
+// The type words and LOCAL. word is the statement's word as typed. Gives STATEMENT_TEXT, or STATEMENT_END
+// for a fault.
+int32_t decl_statement(FILE *stream, char *word, int32_t size);
+
+// ARRAY, with initial values that may run over lines. Gives STATEMENT_DONE, or STATEMENT_END for a fault.
+int32_t array_statement(FILE *stream, char *word, int32_t size);
+
+// What ended an item of a declaration list.
+enum : int {
+    ITEM_BLANK = 32, // a further word follows with no comma between
+    ITEM_COMMA = ',',
+    ITEM_LAST = 99 // the text has ended
+};
+
+// Cuts the next item off a list, in place and with the white space inside it dropped. Gives the item, and
+// sets *next to where to go on and *delimiter to what ended it. Null with *next null: the list is finished;
+// null with *next set: it is bad.
+char *next_item(char *text, char **next, int *delimiter);
+
+// Reads a reference name[i][j]..., white space anywhere: the text is the bare name afterwards, dims the
+// values of the subscripts. Gives their number, at most max_dims, or -1 for a bad reference. A subscript
+// that no 32-bit integer holds reads as -1, which no variable takes.
+int32_t parse_var_ref(char *text, int32_t max_dims, int32_t *dims);

@@ -1,0 +1,69 @@
+#include "analysis/math_functions.h"
+
+#include "support/text.h"
+
+#include <math.h>
+
+// Rounded values, and results show it: scripts were written against these.
+constexpr double deg_to_rad = 0.017453292520882225;
+constexpr double rad_to_deg = 57.29577951;
+
+static double math_dms(const double *a)
+{
+    return a[2] * 0.0002777777777777778 + a[1] * 0.016666666666666666 + a[0];
+}
+
+constexpr uint32_t angle_in = MATH_ANGLE_FIRST;
+constexpr uint32_t angle_out = MATH_ANGLE_RESULT;
+
+// Sorted by name.
+static constexpr math_func math_func_table[] = {
+    {"abs", [](const double *a) { return fabs(a[0]); }, 1},
+    {"acos", [](const double *a) { return acos(a[0]); }, 1 | angle_out},
+    {"asin", [](const double *a) { return asin(a[0]); }, 1 | angle_out},
+    {"atan", [](const double *a) { return atan(a[0]); }, 1 | angle_out},
+    {"atan2", [](const double *a) { return atan2(a[0], a[1]); }, 2 | angle_out},
+    {"ceil", [](const double *a) { return ceil(a[0]); }, 1},
+    {"cos", [](const double *a) { return cos(a[0]); }, 1 | angle_in},
+    {"cosh", [](const double *a) { return cosh(a[0]); }, 1 | angle_in},
+    {"dms", math_dms, 3},
+    {"exp", [](const double *a) { return exp(a[0]); }, 1},
+    {"floor", [](const double *a) { return floor(a[0]); }, 1},
+    {"fmod", [](const double *a) { return fmod(a[0], a[1]); }, 2},
+    {"hypot", [](const double *a) { return hypot(a[0], a[1]); }, 2},
+    {"log", [](const double *a) { return log(a[0]); }, 1},
+    {"log10", [](const double *a) { return log10(a[0]); }, 1},
+    {"pow", [](const double *a) { return pow(a[0], a[1]); }, 2},
+    {"sin", [](const double *a) { return sin(a[0]); }, 1 | angle_in},
+    {"sinh", [](const double *a) { return sinh(a[0]); }, 1 | angle_in},
+    {"sqrt", [](const double *a) { return sqrt(a[0]); }, 1},
+    {"tan", [](const double *a) { return tan(a[0]); }, 1 | angle_in},
+    {"tanh", [](const double *a) { return tanh(a[0]); }, 1 | angle_in},
+};
+
+constexpr int math_func_count = sizeof math_func_table / sizeof math_func_table[0];
+static_assert(math_func_count == 21 && text_table_sorted(math_func_table), "searched in halves");
+
+// The one function with a domain error of its own.
+static constexpr const math_func *math_sqrt = &math_func_table[18];
+static_assert(math_sqrt->name[1] == 'q', "the row of sqrt");
+
+const math_func *math_find(const char *name)
+{
+    int row = text_table_find(math_func_table, sizeof(math_func), math_func_count, name);
+    return row < 0 ? nullptr : &math_func_table[row];
+}
+
+bool math_call(const math_func *row, double *arguments, double *value)
+{
+    uint32_t count = row->flags & MATH_ARGUMENTS;
+    for (uint32_t i = 0; i < count; i++)
+        if ((row->flags & MATH_ANGLE_FIRST << MATH_ANGLE_STEP * i) != 0)
+            arguments[i] *= deg_to_rad;
+    if (row == math_sqrt && arguments[0] < 0)
+        return false;
+    *value = row->function(arguments);
+    if ((row->flags & MATH_ANGLE_RESULT) != 0)
+        *value *= rad_to_deg;
+    return true;
+}

@@ -1,0 +1,118 @@
+// Variable store: the variables that a script declares or assigns, with type, dimensions and value.
+//
+// The store is one flat table for each file; it starts empty and nothing of it is kept. Scalars lie in
+// their record, arrays, strings and string lists in a block from the pool heap. Reading a variable selects
+// it: the result stands in var_current, and the next store goes there. Names compare with case. Names that
+// start with @ are system variables of the running CAD system: there is none here, so none is ever found.
+#pragma once
+
+#include "support/pool_heap.h"
+
+#include <stdint.h>
+
+// Type codes of a variable, another numbering than the argument types.
+enum : int8_t {
+    VAR_NONE = 0, // no type: the variable's own, or the one of the name's prefix
+    VAR_CHAR = 1,
+    VAR_UCHAR = 2,
+    VAR_SHORT = 3,
+    VAR_USHORT = 4,
+    VAR_INT = 5,
+    VAR_UINT = 6,
+    VAR_LONG = 7, // 32 bits, as is ULONG
+    VAR_ULONG = 8,
+    VAR_FLOAT = 9,
+    VAR_DOUBLE = 10,
+    VAR_STRING = 11, // characters, always one dimension
+    VAR_SLIST = 12   // a list of strings, always two dimensions: items, characters
+};
+
+constexpr int var_dims_max = 5;
+constexpr int var_name_length = 255;
+constexpr int32_t var_capacity = 1000;                  // variables of one file
+constexpr uint64_t var_payload_max = 256u * 1024 * 1024; // bytes that one variable's block may hold
+
+// What var_make gives when it can't; a positive number, told apart in messages only.
+enum : int32_t {
+    VAR_TABLE_FULL = 1,
+    VAR_NO_MEMORY = 3,   // or more than 5 dimensions, or a negative one
+    VAR_SYSTEM_NAME = 4, // the name starts with @
+    VAR_SCALAR = 5,      // the variable exists, and the new declaration or the old one is a scalar
+    VAR_DIMENSIONS = 6,  // a string without exactly one dimension, a string list without exactly two
+    VAR_TYPE = 7         // the type doesn't fit the variable or the name's prefix
+};
+
+// What reading a variable gives when it can't.
+enum : int32_t {
+    VAR_UNKNOWN = -1,
+    VAR_BAD_SUBSCRIPT = -2 // wrong count of subscripts, or one out of range
+};
+
+// The head of a variable's block; the payload that it points into follows it.
+struct var_block {
+    int32_t *dims;       // one number for each dimension; for a string list the item count alone
+    unsigned char *rows; // row tables, or a string list's offset table, or data itself (one dimension)
+    unsigned char *data; // the elements
+    unsigned char *end;  // the first byte behind the elements
+};
+
+// Where the elements of an array are.
+struct var_array {
+    var_block *block;
+    uint32_t block_size; // bytes of payload in use
+    uint32_t block_room; // bytes of payload that the block has room for
+};
+
+struct var_rec {
+    char name[var_name_length + 1];
+    int8_t type;
+    int8_t ndims; // 0 scalar, 1 to 5 array, 1 string, 2 string list
+    union {
+        unsigned char value[8]; // a scalar, in the width of its type
+        var_array array;
+    };
+};
+
+extern var_rec *var_table; // var_capacity records from malloc, made for each file
+extern int32_t var_count;  // records in use
+
+// The variable that was read last.
+struct var_selection {
+    int32_t var;        // index of the selected array, -1 if none
+    var_block *block;   // its block
+    int8_t type;        // type code of the last variable read or made
+    double value;       // the value read; it stays when a name isn't found, and storing doesn't change it
+    unsigned char *ptr; // storage of the scalar or element, the target of the next store; null: whole array
+};
+extern var_selection var_current;
+
+// Forgets the variables of the last file, and starts on the records of table and the blocks of heap.
+void vars_start(var_rec *table, pool_heap *heap);
+
+// Reads a variable: gives its number of dimensions, or VAR_UNKNOWN. If size_out isn't null it receives the
+// element count: 1 for a scalar, the product of the dimensions, a string's length with its NUL, a string
+// list's items.
+int32_t var_read(const char *name, int32_t *size_out);
+
+// Reads an element. 0, or VAR_UNKNOWN or VAR_BAD_SUBSCRIPT. A character of a string list's item has two
+// subscripts, item and character.
+int32_t var_read_element(const char *name, int32_t count, const int32_t *subscripts);
+
+// Makes a variable, or gives an array new dimensions, its elements zero. 0, or one of the codes above; then
+// a known variable is as it was.
+int32_t var_make(const char *name, int8_t type, int32_t ndims, const int32_t *dims);
+
+// Type code of a known variable; else the one of the name's prefix.
+int8_t var_type_of(const char *name);
+
+// Stores a value where var_current points, in the width of its type, and gives it as it then stands there.
+double var_store_value(double value);
+
+// Makes room for a string of length bytes, its NUL included, in a string variable (subscript -1) or in an
+// item of a string list, and selects it. 0, -1 if the variable's kind doesn't fit, or a code of var_make.
+int32_t var_store_string(const char *name, int32_t subscript, int32_t length);
+
+// Filling the array that var_make has just selected, in the order of its storage: start, then a value at a
+// time. What lies beyond the array's end is ignored.
+void var_fill_start();
+void var_fill_next(double value);
