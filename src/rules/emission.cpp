@@ -1,0 +1,222 @@
+// The writer of forms and the helpers that several commands share. Slots are read in order, so each routine
+// says where it leaves arg_cursor. Texts are never copied: they stay valid until the next statement.
+#include "rules/emission.h"
+
+// Menu strings that one statement may have.
+constexpr int menu_strings = 9;
+
+// The menu strings of the current statement: set by emit_menu_comment, read by emit_menu_string.
+static const arg_slot *menu_first; // slot of the first; the others follow it
+static int32_t menu_count;         // how many of them aren't empty
+
+// Optional arguments of GETCUR that both lines show, the positions 3 to 7.
+constexpr int getcur_first = 3;
+constexpr int getcur_optional = 5;
+
+// The optional arguments of the current GETCUR as its comment pass took them, and one text from behind its
+// last integer: set by emit_getcur_comment, read by emit_getcur_tail.
+static const arg_slot *getcur_kept[getcur_optional];
+static const arg_slot *getcur_last;
+static constexpr arg_slot getcur_no_last{"", nullptr, nullptr, 0, 0, slot_mark, 0, 0, 0.0F};
+
+// INPUT looks at no more of its format than this.
+constexpr int scan_format_max = 1299;
+
+void emit_form(const form_code &form, int32_t last_slot)
+{
+    const form_piece *end = form.pieces + form.pieces_used;
+    for (const form_piece *piece = form.pieces; piece < end; piece++) {
+        const char *literal = form.text + piece->start;
+        const char *joint = literal + piece->size + 1;
+        const arg_slot *slot = arg_slots + piece->slot;
+        out_bytes(literal, piece->size);
+        switch (piece->mark) {
+        case MARK_TEXT: out_bytes(slot->text, slot->text_size); break;
+        case MARK_LVAL: out_format("%d", slot->lval); break;
+        case MARK_IVAL: out_format("%d", slot->ival); break;
+        case MARK_IF_ANY:
+            if (slot->text_size == 0)
+                break;
+            out_bytes(joint, piece->joint);
+            out_bytes(slot->text, slot->text_size);
+            break;
+        case MARK_LIST:
+            for (const arg_slot *last = arg_slots + last_slot; slot <= last; slot++) {
+                out_bytes(joint, piece->joint);
+                out_bytes(slot->text, slot->text_size);
+            }
+            break;
+        default: break;
+        }
+    }
+}
+
+int32_t take_bounded_int(uint8_t type_byte, int32_t low, int32_t high)
+{
+    if ((type_byte & ARG_ABSENT) != 0)
+        return 0;
+    int32_t value = (arg_cursor++)->lval;
+    return value >= low && value <= high ? value : 0;
+}
+
+void emit_menu_comment()
+{
+    menu_first = arg_cursor;
+    menu_count = 0;
+    for (int i = 0; i < menu_strings && arg_cursor->state != slot_mark; i++, arg_cursor++) {
+        // Kept: no blank behind the comma, and a lone comma for an empty string. Old menus read so.
+        out_char(',');
+        out_bytes(arg_cursor->text, arg_cursor->text_size);
+        if (arg_cursor->text_size > 0)
+            menu_count++;
+    }
+}
+
+// Tells whether any of the menu strings was given.
+static bool menu_any(const uint8_t *types)
+{
+    for (int i = 0; i < menu_strings; i++)
+        if ((types[i] & ARG_ABSENT) == 0)
+            return true;
+    return false;
+}
+
+void emit_menu_string(const uint8_t *types)
+{
+    if (!menu_any(types))
+        return;
+    out_text(", \"");
+    int32_t written = (types[0] & ARG_ABSENT) == 0 ? 1 : 0;
+    bool last_empty = true; // whether the string of the last present position came out empty
+    for (int i = 0; i < menu_strings; i++) {
+        bool present = (types[i] & ARG_ABSENT) == 0;
+        if (i > 0 && (present || menu_count > written))
+            out_char('|');
+        if (present) {
+            // Without the character at either end: the quotes, or whatever a raw text has there.
+            const arg_slot *entry = menu_first + i;
+            last_empty = entry->text_size <= 2;
+            if (!last_empty)
+                out_bytes(entry->text + 1, entry->text_size - 2);
+        }
+        // Kept: a gap counts too if the string before it wasn't empty, so two gaps in a row leave one bar.
+        if (i > 0 && !last_empty)
+            written++;
+    }
+    out_char('"');
+}
+
+// GETMENU prompt, strings, place, count -> REM GETMENU prompt,strings,place,count
+//                                          GETMENU prompt, "strings"
+void conv_getmenu(const uint8_t *types)
+{
+    static constexpr form_code old_line = form("REM {W} {A1}");
+    static constexpr form_code new_line = form("\n{W} {A1}");
+
+    arg_cursor++;
+    emit_form(old_line);
+    emit_menu_comment();
+    bool tail = false; // whether the last argument has a text
+    for (int i = 0; i < 2; i++, arg_cursor++) {
+        if (arg_cursor->state == slot_mark)
+            continue;
+        out_char(',');
+        out_bytes(arg_cursor->text, arg_cursor->text_size);
+        tail = i == 1 && arg_cursor->text_size > 0;
+    }
+    emit_form(new_line);
+    emit_menu_string(types + 1);
+    // Kept: with a last argument the new line ends in a comma and a blank, for what is written is the slot
+    // behind that argument.
+    if (tail)
+        emit_argument(arg_cursor++);
+    out_char('\n');
+}
+
+void emit_getcur_comment()
+{
+    // Kept: an absent position takes no slot here even where it has one, so a list with gaps shifts.
+    for (int i = 0; i < getcur_optional; i++) {
+        if ((arg_types[getcur_first + i] & ARG_ABSENT) != 0)
+            continue;
+        getcur_kept[i] = arg_cursor++;
+        emit_argument(getcur_kept[i]);
+    }
+    emit_menu_comment();
+    getcur_last = &getcur_no_last;
+    (void)take_bounded_int(arg_types[17], 1, INT32_MAX);
+    const arg_slot *last = arg_cursor++;
+    if (last->lval != 0)
+        emit_argument(last);
+    if ((arg_cursor++)->lval != 0) {
+        getcur_last = arg_cursor;
+        emit_argument(getcur_last);
+    }
+}
+
+void emit_getcur_tail()
+{
+    for (int i = 0; i < getcur_optional; i++)
+        if ((arg_types[getcur_first + i] & ARG_ABSENT) == 0)
+            emit_argument(getcur_kept[i]);
+    emit_menu_string(arg_types + getcur_first + getcur_optional);
+    if ((arg_cursor++)->lval != 0)
+        emit_argument(getcur_last);
+}
+
+// The format between quotes, its line ends spelled as escapes again and nothing else escaped.
+static void emit_format_text(const char *format, int size)
+{
+    out_text(" \"");
+    for (int i = 0; i < size; i++) {
+        if (format[i] == '\n')
+            out_text("\\n");
+        else if (format[i] == '\r')
+            out_text("\\r");
+        else
+            out_char(static_cast<unsigned char>(format[i]));
+    }
+    out_char('"');
+}
+
+// What may stand between the percent sign of a scan format and its conversion, and the conversions. The
+// bracket at the end of a scan set counts as one.
+static constexpr char scan_modifiers[] = "0123456789hl";
+static constexpr char scan_conversions[] = "cdiouxeEfgGs]";
+
+void emit_scan_format(int32_t count)
+{
+    const char *format = arg_cursor->str != nullptr ? arg_cursor->str : "";
+    int size = 0;
+    while (size < scan_format_max && format[size] != '\0')
+        size++;
+    arg_cursor++;
+    emit_format_text(format, size);
+
+    bool in = false;      // behind a percent sign, before its conversion
+    bool star = false;    // the conversion is suppressed
+    bool bracket = false; // in a scan set
+    for (int i = 0; i < size; i++) {
+        char c = format[i];
+        if (!in) {
+            in = c == '%';
+            star = bracket = false;
+        } else if (bracket && c != ']') {
+            continue;
+        } else if (c == '*') {
+            star = true;
+        } else if (c == '[') {
+            bracket = true;
+        } else if (strchr(scan_conversions, c) != nullptr) {
+            // Kept: a suppressed conversion doesn't end its percent sign, so %*d%d consumes nothing.
+            if (star)
+                continue;
+            if (--count == 0)
+                return;
+            emit_argument(arg_cursor++);
+            in = false;
+        } else if (strchr(scan_modifiers, c) == nullptr) {
+            in = false;
+        }
+    }
+}
