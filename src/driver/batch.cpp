@@ -1,0 +1,145 @@
+#include "driver/batch.h"
+
+#include "analysis/arg_fetcher.h"
+#include "analysis/var_store.h"
+#include "driver/statement_loop.h"
+#include "platform/platform.h"
+#include "source/labels.h"
+#include "source/src_stream.h"
+#include "support/output.h"
+
+#include <stdlib.h>
+#include <string.h>
+
+constexpr uint32_t heap_growth = 4096; // bytes
+constexpr char output_suffix[] = "_conv";
+
+pool_heap *G3buf;
+pool_heap *Vbuf;
+
+// ---- One file ----
+
+// Makes a file's heaps and tables, in this order. 0, or 1 at the first that can't be had.
+static int pools_init()
+{
+    if ((G3buf = heap_create("G3buf", heap_growth)) == nullptr)
+        return 1;
+    auto *variables = static_cast<var_rec *>(malloc(var_capacity * sizeof(var_rec)));
+    if (variables == nullptr)
+        return 1;
+    auto *labels = static_cast<label_row *>(malloc(label_capacity * sizeof(label_row)));
+    if (labels == nullptr) {
+        free(variables);
+        return 1;
+    }
+    if ((Vbuf = heap_create("Vbuf", heap_growth)) == nullptr) {
+        free(labels);
+        free(variables);
+        return 1;
+    }
+    vars_start(variables, Vbuf);
+    labels_start(labels);
+    return 0;
+}
+
+// Takes a block of the run itself. Null if there is no memory.
+static void *g3_alloc(uint32_t size, const char *owner)
+{
+    return heap_alloc(G3buf, owner, size);
+}
+
+static int setup_alloc()
+{
+    arg_pool = static_cast<char *>(g3_alloc(arg_pool_block, "cl_setup"));
+    return arg_pool != nullptr ? 0 : 1;
+}
+
+int convert_file(const char *source_name, FILE *source_stream)
+{
+    if (pools_init() != 0 || setup_alloc() != 0)
+        return BATCH_NO_MEMORY;
+    src_open(source_name, source_stream);
+    statement_loop(source_stream);
+    return BATCH_DONE;
+}
+
+// ---- The run ----
+
+// How messages reach the user, and what has become of the run.
+struct batch_run {
+    bool dialog; // files were picked: messages are shown; else they go to standard output
+    int result;  // BATCH_DONE or BATCH_NO_MEMORY
+};
+
+// Path of the output for an input, from malloc; null if there is no memory.
+static char *output_path_make(const char *input_path)
+{
+    size_t length = strlen(input_path);
+    size_t extension = plat_split_path(input_path).extension_start;
+    auto *path = static_cast<char *>(malloc(length + sizeof output_suffix));
+    if (path == nullptr)
+        return nullptr;
+    memcpy(path, input_path, extension);
+    strcpy(path + extension, output_suffix);
+    strcat(path + extension, input_path + extension);
+    return path;
+}
+
+// Tells that a file can't be opened. On standard output the message has no line end.
+static void report(const batch_run *run, const char *text, const char *path)
+{
+    if (!run->dialog) {
+        fputs(text, stdout);
+        fputs(path, stdout);
+        return;
+    }
+    size_t length = strlen(text);
+    auto *line = static_cast<char *>(malloc(length + strlen(path) + 1));
+    if (line == nullptr)
+        return;
+    strcpy(line, text);
+    strcpy(line + length, path);
+    plat_show_line(line);
+    free(line);
+}
+
+static int convert_pair(const batch_run *run, const char *input_path, const char *output_path)
+{
+    FILE *input = plat_open_input(input_path);
+    if (input == nullptr) {
+        report(run, "Unable to open ", input_path);
+        return BATCH_DONE;
+    }
+    FILE *output = plat_open_output(output_path, input);
+    if (output == nullptr) {
+        report(run, run->dialog ? "Unable to open " : "Unable to Open file ", output_path);
+        (void)fclose(input);
+        return BATCH_DONE;
+    }
+    out_open(output);
+    int result = convert_file(input_path, input);
+    out_close();
+    (void)fclose(input);
+    return result;
+}
+
+// Converts one input path, unless the run is out of memory.
+static void convert_path(const char *input_path, void *context)
+{
+    auto *run = static_cast<batch_run *>(context);
+    if (run->result != BATCH_DONE)
+        return;
+    char *output_path = output_path_make(input_path);
+    run->result = output_path != nullptr ? convert_pair(run, input_path, output_path) : BATCH_NO_MEMORY;
+    free(output_path);
+}
+
+int conv_main(int arg_count, char **arg_vector)
+{
+    batch_run run{arg_count <= 1, BATCH_DONE};
+    if (run.dialog && plat_select_files(convert_path, &run) != 0)
+        return BATCH_CANCELLED;
+    for (int i = 1; i < arg_count; i++)
+        convert_path(arg_vector[i], &run);
+    return run.result;
+}

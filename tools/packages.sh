@@ -1,0 +1,48 @@
+#!/bin/sh
+# The one list of Debian packages. Installs what is missing of the groups that are named:
+#   tools/packages.sh build          what ./convert builds with
+#   tools/packages.sh build check    and what the tests need, and so on
+# Installs as root or through sudo; without either it prints the line to run and fails.
+set -eu
+
+group_packages() {
+    case $1 in
+    build) echo g++ cmake ninja-build ;;
+    check) echo libgtest-dev clang clang-format clang-tidy ;;
+    windows) echo g++-mingw-w64-x86-64-posix wine wine64 xvfb xauth xdotool zip unzip ;;
+    bench) echo libbenchmark-dev hyperfine time ;;
+    fuzz) echo clang libclang-rt-14-dev ;;
+    coverage) echo gcovr ;;
+    *)
+        echo "packages.sh: no group of packages is called $1" >&2
+        exit 2
+        ;;
+    esac
+}
+
+missing=
+for group in "$@"; do
+    for package in $(group_packages "$group"); do
+        status=$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null) || status=none
+        [ "$status" = installed ] || missing="$missing $package"
+    done
+done
+[ -n "$missing" ] || exit 0
+
+if [ "$(id -u)" = 0 ]; then
+    as_root=
+elif command -v sudo >/dev/null 2>&1; then
+    as_root=sudo
+else
+    echo "murlconv needs these packages; please run: apt-get install$missing" >&2
+    exit 1
+fi
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+# shellcheck disable=SC2086
+if ! { $as_root apt-get update && $as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y \
+    --no-install-recommends $missing; } >"$log" 2>&1 </dev/null; then
+    cat "$log" >&2
+    echo "murlconv needs these packages, which could not be installed:$missing" >&2
+    exit 1
+fi
