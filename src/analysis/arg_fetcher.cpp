@@ -5,6 +5,7 @@
 #include "analysis/expr_lexer.h"
 #include "source/src_stream.h"
 #include "source/statement_text.h"
+#include "support/number.h"
 #include "support/text.h"
 
 #include <string.h>
@@ -136,14 +137,12 @@ static bool collect_string(FILE *stream, int quote, int *last)
             closed = true;
         } else if (!closed && c == '\\') {
             collect_escape(stream);
-        } else if (!closed) {
+        } else if (!closed || c == ' ') {
             line_store(c);
         } else if (c == ',' || c == '\n') {
             break;
         } else if (char_is(c, CHAR_GRAPH)) {
             return false;
-        } else if (c == ' ') {
-            line_store(c);
         }
     }
     line_buf[line_used] = 0;

@@ -10,7 +10,8 @@
 #include <stdio.h>
 
 constexpr uint32_t arg_pool_block = 3008; // bytes of arg_pool
-constexpr int32_t arg_pool_size = 3001;   // of them in use: values from the bottom up, strings from the top down
+constexpr int32_t arg_pool_size =
+    3001; // of them in use: values from the bottom up, strings from the top down
 
 // The argument store, one block for each file: the values of type 4 arguments and the strings.
 extern char *arg_pool;

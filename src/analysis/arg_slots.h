@@ -44,15 +44,15 @@ constexpr int arg_slots_size = 1 + arg_types_size + 1 + 26;
 
 // One argument. Only the value field of the argument's own type is set; the others are 0.
 struct arg_slot {
-    const char *text;    // what rules write: as typed, a quoted string decoded and between double quotes
-    const char *str;     // the text without quotes; null for numeric types and for an empty argument
-    const double *dval;  // value of a type 4 argument, in arg_pool; else null
-    uint32_t text_size;  // length of text
-    int32_t begin_mark;  // slot_mark in slot 0, 0 elsewhere
-    int32_t state;       // 0: a fetched argument, an empty one too; slot_mark: no argument here
-    int32_t lval;        // value of a type 1 argument
-    int32_t ival;        // value of a type 2 argument
-    float fval;          // value of a type 3 argument
+    const char *text;   // what rules write: as typed, a quoted string decoded and between double quotes
+    const char *str;    // the text without quotes; null for numeric types and for an empty argument
+    const double *dval; // value of a type 4 argument, in arg_pool; else null
+    uint32_t text_size; // length of text
+    int32_t begin_mark; // slot_mark in slot 0, 0 elsewhere
+    int32_t state;      // 0: a fetched argument, an empty one too; slot_mark: no argument here
+    int32_t lval;       // value of a type 1 argument
+    int32_t ival;       // value of a type 2 argument
+    float fval;         // value of a type 3 argument
 };
 
 extern arg_slot arg_slots[arg_slots_size];

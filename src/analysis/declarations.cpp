@@ -6,6 +6,7 @@
 #include "source/labels.h"
 #include "source/src_stream.h"
 #include "source/statement_text.h"
+#include "support/number.h"
 #include "support/output.h"
 #include "support/text.h"
 

@@ -11,6 +11,7 @@
 #include "analysis/expr_lexer.h"
 #include "analysis/math_functions.h"
 #include "analysis/var_store.h"
+#include "support/number.h"
 #include "support/text.h"
 
 #include <math.h>
@@ -54,11 +55,11 @@ struct expr_symbol {
     int16_t symbol; // a token or one of the symbols above
     int16_t rule;   // the production that an operand directly above this symbol belongs to; 0: none
     union {
-        double number; // EXPR, FEET, INCHES, NUMBER
-        char *text;    // NAME, the string symbols
-        int8_t type;   // TYPEWORD
+        double number;  // EXPR, FEET, INCHES, NUMBER
+        char *text;     // NAME, the string symbols
+        int8_t type;    // TYPEWORD
         expr_list list; // SUBSCRIPTS, ARG_LIST
-        int32_t count; // DECL_LIST: items in decl_items
+        int32_t count;  // DECL_LIST: items in decl_items
     };
 };
 
@@ -100,39 +101,39 @@ struct rule_row {
 
 // By rule number. Equal levels complete the rule: every binary operator associates to the left.
 static constexpr rule_row rule_table[] = {
-    {0, 0},                                              // no rule has the number 0
-    {2, 0},  {2, 0},                                     // 1 input: expr END, 2 input: decl END
-    {0, 0},  {1, 0},  {3, 0},  {2, 0},                   // 3 to 6 decl
-    {1, 0},  {1, 0},  {1, 0},  {2, 0},  {1, 0},  {1, 0}, // 7 to 12 expr
-    {4, 0},  {0, 0},  {4, 0},  {4, 0},  {2, 0},  {1, 0}, // 13 to 18 expr, 14 raw_text
-    {3, 0},                                              // 19 ( expr )
-    {2, 90}, {2, 90}, {2, 90},                           // 20 ~, 21 +, 22 -
-    {3, 80},                                             // 23 ^
-    {3, 70}, {3, 70}, {3, 70},                           // 24 *, 25 /, 26 %
-    {3, 60}, {3, 60},                                    // 27 +, 28 -
-    {4, 50}, {4, 50},                                    // 29 >>, 30 <<
-    {3, 50}, {3, 50},                                    // 31 <, 32 >
-    {4, 5},  {4, 5},                                     // 33 <=, 34 >=
-    {3, 40}, {4, 40},                                    // 35 ==, 36 !=
-    {3, 30}, {3, 30}, {3, 25},                           // 37 &, 38 #, 39 |
-    {4, 25}, {4, 20},                                    // 40 &&, 41 ||
-    {5, 15},                                             // 42 ?:
-    {4, 5},  {3, 5},  {4, 0},  {3, 0},                   // 43 to 46 assignment
-    {0, 0},  {3, 0},                                     // 47 string_text, 48 string
-    {2, 0},  {2, 0},                                     // 49 feet, 50 inches
-    {3, 0},  {1, 0},  {2, 0},  {1, 0},                   // 51, 52 decl_list, 53, 54 decl_item
-    {3, 0},  {1, 0},                                     // 55, 56 arg_list
-    {4, 0},  {3, 0},                                     // 57, 58 subscripts
-    {0, 0},  {0, 0},                                     // rule_condition, rule_inches
+    {0, 0},                                            // no rule has the number 0
+    {2, 0},  {2, 0},                                   // 1 input: expr END, 2 input: decl END
+    {0, 0},  {1, 0},  {3, 0},  {2, 0},                 // 3 to 6 decl
+    {1, 0},  {1, 0},  {1, 0},  {2, 0}, {1, 0}, {1, 0}, // 7 to 12 expr
+    {4, 0},  {0, 0},  {4, 0},  {4, 0}, {2, 0}, {1, 0}, // 13 to 18 expr, 14 raw_text
+    {3, 0},                                            // 19 ( expr )
+    {2, 90}, {2, 90}, {2, 90},                         // 20 ~, 21 +, 22 -
+    {3, 80},                                           // 23 ^
+    {3, 70}, {3, 70}, {3, 70},                         // 24 *, 25 /, 26 %
+    {3, 60}, {3, 60},                                  // 27 +, 28 -
+    {4, 50}, {4, 50},                                  // 29 >>, 30 <<
+    {3, 50}, {3, 50},                                  // 31 <, 32 >
+    {4, 5},  {4, 5},                                   // 33 <=, 34 >=
+    {3, 40}, {4, 40},                                  // 35 ==, 36 !=
+    {3, 30}, {3, 30}, {3, 25},                         // 37 &, 38 #, 39 |
+    {4, 25}, {4, 20},                                  // 40 &&, 41 ||
+    {5, 15},                                           // 42 ?:
+    {4, 5},  {3, 5},  {4, 0},  {3, 0},                 // 43 to 46 assignment
+    {0, 0},  {3, 0},                                   // 47 string_text, 48 string
+    {2, 0},  {2, 0},                                   // 49 feet, 50 inches
+    {3, 0},  {1, 0},  {2, 0},  {1, 0},                 // 51, 52 decl_list, 53, 54 decl_item
+    {3, 0},  {1, 0},                                   // 55, 56 arg_list
+    {4, 0},  {3, 0},                                   // 57, 58 subscripts
+    {0, 0},  {0, 0},                                   // rule_condition, rule_inches
 };
 static_assert(sizeof rule_table / sizeof rule_table[0] == rule_inches + 1, "a row for each rule");
 
 // ---- State of one evaluation ----
 
 static expr_symbol expr_stack[stack_depth + 1];
-static expr_symbol *top;    // the topmost symbol
-static int16_t lookahead;   // the token read ahead; 0: none
-static double expr_result;  // what eval_expr points to
+static expr_symbol *top;   // the topmost symbol
+static int16_t lookahead;  // the token read ahead; 0: none
+static double expr_result; // what eval_expr points to
 
 // Arguments and items wait here; the entries in use only grow during an evaluation.
 static expr_parked expr_pool[expr_pool_size];
@@ -253,29 +254,29 @@ static int reduce_binary(int rule)
     int32_t i = int_from_double(a);
     int32_t k = int_from_double(b);
     switch (rule) {
-    case 23: return reduce_expr(rule, pow(a, b));                   // operation: expr ^ expr
-    case 24: return reduce_expr(rule, a * b);                       // operation: expr * expr
-    case 25:                                                        // operation: expr / expr
+    case 23: return reduce_expr(rule, pow(a, b)); // operation: expr ^ expr
+    case 24: return reduce_expr(rule, a * b);     // operation: expr * expr
+    case 25:                                      // operation: expr / expr
         return b == 0 ? fail(STEP_RECOVER, "divide by zero") : reduce_expr(rule, a / b);
-    case 26:                                                        // operation: expr % expr
+    case 26: // operation: expr % expr
         if (k == 0)
             return fail(STEP_RECOVER, "divide by zero");
         return reduce_expr(rule, k == -1 ? 0 : i % k);
-    case 27: return reduce_expr(rule, a + b);                       // operation: expr + expr
-    case 28: return reduce_expr(rule, a - b);                       // operation: expr - expr
-    case 29: return reduce_expr(rule, shift_right(i, k));           // operation: expr > > expr
-    case 30: return reduce_expr(rule, shift_left(i, k));            // operation: expr < < expr
-    case 31: return reduce_expr(rule, a < b);                       // operation: expr < expr
-    case 32: return reduce_expr(rule, a > b);                       // operation: expr > expr
-    case 33: return reduce_expr(rule, a <= b);                      // operation: expr < = expr
-    case 34: return reduce_expr(rule, a >= b);                      // operation: expr > = expr
-    case 35: return reduce_expr(rule, a == b);                      // operation: expr EQEQ expr
-    case 36: return reduce_expr(rule, a != b);                      // operation: expr ! = expr
-    case 37: return reduce_expr(rule, i & k);                       // operation: expr & expr
-    case 38: return reduce_expr(rule, i ^ k);                       // operation: expr # expr
-    case 39: return reduce_expr(rule, i | k);                       // operation: expr | expr
-    case 40: return reduce_expr(rule, a != 0 && b != 0);            // operation: expr & & expr
-    default: return reduce_expr(rule, a != 0 || b != 0);            // 41 operation: expr | | expr
+    case 27: return reduce_expr(rule, a + b);             // operation: expr + expr
+    case 28: return reduce_expr(rule, a - b);             // operation: expr - expr
+    case 29: return reduce_expr(rule, shift_right(i, k)); // operation: expr > > expr
+    case 30: return reduce_expr(rule, shift_left(i, k));  // operation: expr < < expr
+    case 31: return reduce_expr(rule, a < b);             // operation: expr < expr
+    case 32: return reduce_expr(rule, a > b);             // operation: expr > expr
+    case 33: return reduce_expr(rule, a <= b);            // operation: expr < = expr
+    case 34: return reduce_expr(rule, a >= b);            // operation: expr > = expr
+    case 35: return reduce_expr(rule, a == b);            // operation: expr EQEQ expr
+    case 36: return reduce_expr(rule, a != b);            // operation: expr ! = expr
+    case 37: return reduce_expr(rule, i & k);             // operation: expr & expr
+    case 38: return reduce_expr(rule, i ^ k);             // operation: expr # expr
+    case 39: return reduce_expr(rule, i | k);             // operation: expr | expr
+    case 40: return reduce_expr(rule, a != 0 && b != 0);  // operation: expr & & expr
+    default: return reduce_expr(rule, a != 0 || b != 0);  // 41 operation: expr | | expr
     }
 }
 
@@ -284,13 +285,17 @@ static int take_operator(int16_t token)
 {
     static constexpr struct {
         int16_t token;
-        int16_t rule;       // of the token alone; 0: it needs its second character
+        int16_t rule;        // of the token alone; 0: it needs its second character
         int16_t double_rule; // of the same character twice; 0: no such pair
         int16_t equal_rule;  // with an = behind; 0: no such pair
     } operator_table[] = {
-        {'^', 23, 0, 0},  {'*', 24, 0, 0},        {'/', 25, 0, 0}, {'%', 26, 0, 0},   {'+', 27, 0, 0},
-        {'-', 28, 0, 0},  {'>', 32, 29, 34},      {'<', 31, 30, 33}, {TOKEN_EQEQ, 35, 0, 0}, {'!', 0, 0, 36},
-        {'&', 37, 40, 0}, {'#', 38, 0, 0},        {'|', 39, 41, 0}, {'?', rule_condition, 0, 0},
+        {'^', 23, 0, 0},        {'*', 24, 0, 0},
+        {'/', 25, 0, 0},        {'%', 26, 0, 0},
+        {'+', 27, 0, 0},        {'-', 28, 0, 0},
+        {'>', 32, 29, 34},      {'<', 31, 30, 33},
+        {TOKEN_EQEQ, 35, 0, 0}, {'!', 0, 0, 36},
+        {'&', 37, 40, 0},       {'#', 38, 0, 0},
+        {'|', 39, 41, 0},       {'?', rule_condition, 0, 0},
     };
     const auto *row = operator_table;
     while (row->token != token)
@@ -685,9 +690,7 @@ static int complete(int rule)
     case 55:
     case 56: return reduce_argument(rule);
     case 57:
-    case 58:
-        step = shift_expected(']', 0);
-        return step != STEP_ON ? step : reduce_subscript(rule);
+    case 58: step = shift_expected(']', 0); return step != STEP_ON ? step : reduce_subscript(rule);
     case rule_inches: return syntax_error();
     default: return reduce_binary(rule);
     }

@@ -1,5 +1,6 @@
 #include "analysis/expr_lexer.h"
 
+#include "support/number.h"
 #include "support/text.h"
 
 #include <math.h>
@@ -15,11 +16,11 @@ struct expr_keyword {
 
 // Sorted by name.
 static constexpr expr_keyword expr_keyword_table[] = {
-    {"ARRAY", TOKEN_ARRAY, 0},    {"CHAR", TOKEN_TYPEWORD, 1},    {"COPSIZE", TOKEN_COPSIZE, 0},
-    {"DOUBLE", TOKEN_TYPEWORD, 10}, {"FLOAT", TOKEN_TYPEWORD, 9}, {"INT", TOKEN_TYPEWORD, 5},
-    {"LONG", TOKEN_TYPEWORD, 7},  {"SHORT", TOKEN_TYPEWORD, 3},   {"SIZEOF", TOKEN_SIZEOF, 0},
-    {"SLIST", TOKEN_TYPEWORD, 12}, {"STRING", TOKEN_TYPEWORD, 11}, {"UCHAR", TOKEN_TYPEWORD, 2},
-    {"UINT", TOKEN_TYPEWORD, 6},  {"ULONG", TOKEN_TYPEWORD, 8},   {"USHORT", TOKEN_TYPEWORD, 4},
+    {"ARRAY", TOKEN_ARRAY, 0},      {"CHAR", TOKEN_TYPEWORD, 1},    {"COPSIZE", TOKEN_COPSIZE, 0},
+    {"DOUBLE", TOKEN_TYPEWORD, 10}, {"FLOAT", TOKEN_TYPEWORD, 9},   {"INT", TOKEN_TYPEWORD, 5},
+    {"LONG", TOKEN_TYPEWORD, 7},    {"SHORT", TOKEN_TYPEWORD, 3},   {"SIZEOF", TOKEN_SIZEOF, 0},
+    {"SLIST", TOKEN_TYPEWORD, 12},  {"STRING", TOKEN_TYPEWORD, 11}, {"UCHAR", TOKEN_TYPEWORD, 2},
+    {"UINT", TOKEN_TYPEWORD, 6},    {"ULONG", TOKEN_TYPEWORD, 8},   {"USHORT", TOKEN_TYPEWORD, 4},
 };
 
 constexpr int keyword_count = sizeof expr_keyword_table / sizeof expr_keyword_table[0];

@@ -20,16 +20,16 @@ enum : int16_t {
     TOKEN_EQEQ = 264
 };
 
-constexpr int32_t lex_name_length = 255;   // characters of a name
-constexpr int32_t lex_system_length = 9;   // of a name that starts with @, its @ included
+constexpr int32_t lex_name_length = 255; // characters of a name
+constexpr int32_t lex_system_length = 9; // of a name that starts with @, its @ included
 
 struct lex_state {
-    char *pos;         // the next character of the text
-    char saved;        // a character that a NUL replaced, to be read before pos; 0: none
-    bool name_seen;    // a name was read since lex_start, so the text ends behind it
-    double number;     // value of the last TOKEN_NUMBER
-    char *name;        // value of the last TOKEN_NAME, inside the text
-    int8_t type_code;  // value of the last TOKEN_TYPEWORD: a variable type
+    char *pos;        // the next character of the text
+    char saved;       // a character that a NUL replaced, to be read before pos; 0: none
+    bool name_seen;   // a name was read since lex_start, so the text ends behind it
+    double number;    // value of the last TOKEN_NUMBER
+    char *name;       // value of the last TOKEN_NAME, inside the text
+    int8_t type_code; // value of the last TOKEN_TYPEWORD: a variable type
 };
 extern lex_state lex;
 

@@ -4,6 +4,7 @@
 #include "analysis/var_store.h"
 
 #include "support/name_index.h"
+#include "support/number.h"
 #include "support/text.h"
 
 #include <string.h>

@@ -29,7 +29,7 @@ enum : int8_t {
 
 constexpr int var_dims_max = 5;
 constexpr int var_name_length = 255;
-constexpr int32_t var_capacity = 1000;                  // variables of one file
+constexpr int32_t var_capacity = 1000;                   // variables of one file
 constexpr uint64_t var_payload_max = 256u * 1024 * 1024; // bytes that one variable's block may hold
 
 // What var_make gives when it can't; a positive number, told apart in messages only.

@@ -11,11 +11,7 @@
 #include <stdio.h>
 
 // Results of the driver. The last is the only one that the process's exit status tells.
-enum : int {
-    BATCH_DONE = 0,
-    BATCH_CANCELLED = -1,
-    BATCH_NO_MEMORY = -2
-};
+enum : int { BATCH_DONE = 0, BATCH_CANCELLED = -1, BATCH_NO_MEMORY = -2 };
 
 extern pool_heap *G3buf; // blocks of the run itself
 extern pool_heap *Vbuf;  // blocks of variables

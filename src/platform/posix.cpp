@@ -16,6 +16,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+// NOLINTNEXTLINE(readability-redundant-declaration): only some C libraries declare it.
 extern char **environ;
 
 // Names, or whatever else grows byte by byte.

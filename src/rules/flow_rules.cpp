@@ -6,6 +6,7 @@
 #include "rules/rule_table.h"
 #include "rules/rules.h"
 #include "source/command_table.h"
+#include "support/number.h"
 #include "support/text.h"
 
 constexpr int flow_first = 500;

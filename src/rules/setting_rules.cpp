@@ -5,6 +5,7 @@
 #include "rules/rule_table.h"
 #include "rules/rules.h"
 #include "source/command_table.h"
+#include "support/number.h"
 #include "support/text.h"
 
 constexpr int setting_first = 300;

@@ -55,7 +55,8 @@ constexpr sorted_rows rows_sort()
             size_t left = start;
             size_t right = middle;
             for (size_t to = start; to < end; to++) {
-                bool from_left = right >= end || (left < middle && !key_less(rows[right].key, rows[left].key));
+                bool from_left =
+                    right >= end || (left < middle && !key_less(rows[right].key, rows[left].key));
                 merged[to] = from_left ? rows[left++] : rows[right++];
             }
         }
@@ -90,7 +91,8 @@ constexpr spec_store specs_make()
         const char *spec = command_rows[row].spec;
         int count = spec_length(spec);
         for (int i = 0; i < count; i++)
-            store.bytes[used++] = static_cast<uint8_t>(spec_digit(spec[3 * i]) * 16 + spec_digit(spec[3 * i + 1]));
+            store.bytes[used++] =
+                static_cast<uint8_t>(spec_digit(spec[3 * i]) * 16 + spec_digit(spec[3 * i + 1]));
     }
     return store;
 }
@@ -134,15 +136,14 @@ constexpr bool ids_in_range()
         char initial; // of the family's words; 0 for capitals
         int first;
         int last;
-    } ranges[] = {{0, 1, 299},       {0, 300, 399},     {0, 400, 499},     {0, 500, 999},    {'r', 1001, 1636},
-                  {'i', 1701, 1755}, {'e', 1801, 1817}, {'d', 1828, 1860}, {'u', 1901, 1907}};
+    } ranges[] = {{0, 1, 299},       {0, 300, 399},     {0, 400, 499},
+                  {0, 500, 999},     {'r', 1001, 1636}, {'i', 1701, 1755},
+                  {'e', 1801, 1817}, {'d', 1828, 1860}, {'u', 1901, 1907}};
     size_t range = 0;
     int last_id = 0;
     for (const command_source_row &row : command_rows) {
-        if (row.id < last_id || row.id > ranges[range].last) {
+        if (row.id < last_id || row.id > ranges[range].last)
             range++;
-            last_id = 0;
-        }
         bool lower = row.name[0] >= 'a' && row.name[0] <= 'z';
         if (range == sizeof ranges / sizeof ranges[0] || row.id < ranges[range].first ||
             row.id > ranges[range].last || (lower ? row.name[0] : 0) != ranges[range].initial)
@@ -198,7 +199,8 @@ constexpr letter_ranges letters_make()
     letter_ranges ranges{};
     size_t row = 0;
     for (size_t letter = 0; letter <= 26; letter++) {
-        while (row < cmd_table.size() && static_cast<size_t>(char_lower(cmd_table[row].name[0]) - 'a') < letter)
+        while (row < cmd_table.size() &&
+               static_cast<size_t>(char_lower(cmd_table[row].name[0]) - 'a') < letter)
             row++;
         ranges.first[letter] = static_cast<int16_t>(row);
     }

@@ -3,6 +3,7 @@
 #include "source/src_stream.h"
 #include "source/statement_text.h"
 #include "support/name_index.h"
+#include "support/number.h"
 #include "support/prompt_report.h"
 #include "support/text.h"
 
@@ -106,8 +107,8 @@ static void source_name_set(const char *word)
 
 int32_t line_directive_parse(const char *text)
 {
-    char number[sizeof line_directives.source_name];
-    char name[sizeof line_directives.source_name];
+    char number[sizeof line_directives.source_name] = "";
+    char name[sizeof line_directives.source_name] = "";
     text = word_next(text, number, sizeof number);
     word_next(text, name, sizeof name);
     if (!text_is(number[0], CHAR_DIGIT))

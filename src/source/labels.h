@@ -12,7 +12,7 @@ constexpr int label_name_length = 12;    // characters of a label that count
 
 // One label. Position and lines say where the line behind the label begins.
 struct label_row {
-    char name[16]; // as typed, cut to label_name_length characters
+    char name[16];    // as typed, cut to label_name_length characters
     int32_t position; // in bytes, low 32 bits
     uint32_t line_physical;
     uint32_t line_current;
@@ -27,11 +27,11 @@ extern int32_t label_count;    // rows in use
 // What the last #LINE said. It outlives a file, and nothing in the output depends on it.
 struct line_directive_state {
     int32_t line_number;
-    int32_t line_plus;             // 1 if a + stood behind the number
-    char source_name[512];         // the file name given
-    const char *source_name_base;  // a plain file name takes the place of its last part
-    bool source_name_recording;    // switch: each name is handed to source_name_slot
-    char **source_name_slot;       // where a recorded name goes; the block is the owner's of the slot
+    int32_t line_plus;            // 1 if a + stood behind the number
+    char source_name[512];        // the file name given
+    const char *source_name_base; // a plain file name takes the place of its last part
+    bool source_name_recording;   // switch: each name is handed to source_name_slot
+    char **source_name_slot;      // where a recorded name goes; the block is the owner's of the slot
 };
 extern line_directive_state line_directives;
 

@@ -153,12 +153,12 @@ struct stmt_keyword {
 
 // Sorted by name.
 static constexpr stmt_keyword stmt_keyword_table[] = {
-    {"#LINE", line_directive},    {"ARRAY", array_statement},  {"CHAR", decl_statement},
-    {"DOUBLE", decl_statement},   {"FLOAT", decl_statement},   {"INT", decl_statement},
-    {"LOCAL", decl_statement},    {"LONG", decl_statement},    {"ON", on_goto},
-    {"REM", rem_statement},       {"SHORT", decl_statement},   {"SLIST", decl_statement},
-    {"STRING", decl_statement},   {"UCHAR", decl_statement},   {"UINT", decl_statement},
-    {"ULONG", decl_statement},    {"USHORT", decl_statement},
+    {"#LINE", line_directive},  {"ARRAY", array_statement}, {"CHAR", decl_statement},
+    {"DOUBLE", decl_statement}, {"FLOAT", decl_statement},  {"INT", decl_statement},
+    {"LOCAL", decl_statement},  {"LONG", decl_statement},   {"ON", on_goto},
+    {"REM", rem_statement},     {"SHORT", decl_statement},  {"SLIST", decl_statement},
+    {"STRING", decl_statement}, {"UCHAR", decl_statement},  {"UINT", decl_statement},
+    {"ULONG", decl_statement},  {"USHORT", decl_statement},
 };
 
 constexpr int stmt_keyword_count = sizeof stmt_keyword_table / sizeof stmt_keyword_table[0];

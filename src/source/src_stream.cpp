@@ -10,7 +10,7 @@
 
 constexpr size_t src_block_size = 65536; // bytes of one read
 constexpr size_t src_kept_size = 4096;   // bytes in front of a block that can still be gone back to in a pipe
-constexpr char src_magic[] = "Murivo";               // with its NUL, in front of an enciphered source
+constexpr char src_magic[] = "Murivo";   // with its NUL, in front of an enciphered source
 constexpr size_t src_magic_size = sizeof src_magic; // 7 bytes
 
 key_record src_key;
@@ -34,7 +34,8 @@ static void plain_update()
     src_raw.plain_end = odd ? src_raw.pos : src_raw.end;
 }
 
-// Reads the next block behind the last bytes of the one before. False at the end of the file; a read error counts as that.
+// Reads the next block behind the last bytes of the one before. False at the end of the file; a read error
+// counts as that.
 static bool block_fill(FILE *stream)
 {
     size_t kept = static_cast<size_t>(src_raw.end - src_block);

@@ -17,7 +17,7 @@
 // The key of an enciphered source. The key runs once from 0 to key_len - 1 and then cycles from key_restart
 // on, so 0 <= key_restart < key_len. Without a key, key_bytes is null and key_len 0.
 struct key_record {
-    unsigned char head[12]; // belongs to key_load
+    unsigned char head[12];   // belongs to key_load
     unsigned char *key_bytes; // from malloc
     int16_t key_len;
     int16_t key_restart;
@@ -29,13 +29,14 @@ extern key_record src_key;
 // file's name alone. Null: no source is enciphered.
 extern void (*key_load)(const char *name, key_record *key);
 
-// Line counters of the source. They reflect the characters handed out and not taken back, and wrap at 32 bits.
+// Line counters of the source. They reflect the characters handed out and not taken back, and wrap at 32
+// bits.
 struct src_line_state {
     uint32_t line_physical;  // line feeds read, plus 1
     uint32_t line_current;   // the same while line_counting is set
     uint32_t line_statement; // line_current where the logical line being read began
-    uint8_t line_counting;  // line_current and line_statement run
-    uint8_t line_pending;   // a line end was read: line_statement takes over at the next character
+    uint8_t line_counting;   // line_current and line_statement run
+    uint8_t line_pending;    // a line end was read: line_statement takes over at the next character
 };
 extern src_line_state src_lines;
 

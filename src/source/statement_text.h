@@ -10,13 +10,13 @@
 
 // Statement result codes. 0 or above is the index of a row of the command table.
 enum : int32_t {
-    STATEMENT_END = -1,     // reading of this source stops
-    STATEMENT_TEXT = -2,    // handled and written
+    STATEMENT_END = -1,      // reading of this source stops
+    STATEMENT_TEXT = -2,     // handled and written
     STATEMENT_NO_LABEL = -3, // a label line without a name, or one met again at its own place
-    STATEMENT_DONE = -4     // handled and written
+    STATEMENT_DONE = -4      // handled and written
 };
 
-constexpr int32_t word_size = 128;        // the first word of a statement: 127 characters and a NUL
+constexpr int32_t word_size = 128;          // the first word of a statement: 127 characters and a NUL
 constexpr int32_t line_buf_capacity = 3900; // characters of a statement's text
 
 // The collecting buffer: the whole text of a statement that is no command, or the argument that is being

@@ -11,11 +11,11 @@
 constexpr uint32_t name_index_places = 2048;
 
 struct name_index {
-    const char *names; // the name of row 0, NUL-terminated
-    size_t stride;     // bytes from one row's name to the next row's
-    int32_t length;    // characters of a name that count
-    bool nocase;       // names compare without regard to case
-    int32_t rows;      // rows in the index
+    const char *names;                  // the name of row 0, NUL-terminated
+    size_t stride;                      // bytes from one row's name to the next row's
+    int32_t length;                     // characters of a name that count
+    bool nocase;                        // names compare without regard to case
+    int32_t rows;                       // rows in the index
     uint16_t places[name_index_places]; // row number + 1; 0: empty
 };
 

@@ -7,6 +7,7 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "support/number.h"
 #include "support/text.h"
 
 pool_heap *heap_list;

@@ -5,6 +5,7 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "support/number.h"
 #include "support/output.h"
 #include "support/text.h"
 

@@ -1,0 +1,43 @@
+#include "support/number.h"
+
+#include "support/text.h"
+
+#include <float.h>
+#include <math.h>
+
+int32_t int_from_double(double value)
+{
+    // 2^63 itself is outside; the comparison is false for NaN.
+    const double limit = 9223372036854775808.0;
+    if (!(value >= -limit && value < limit))
+        return 0;
+    return wrap_int32(static_cast<uint64_t>(static_cast<int64_t>(value)));
+}
+
+float float_from_double(double value)
+{
+    // Up to half a step behind the largest float, that is what is nearest.
+    const double half_step = 10141204801825835211973625643008.0; // 2^103
+    const double limit = static_cast<double>(FLT_MAX) + half_step;
+    if (value >= limit || value <= -limit)
+        return value > 0 ? HUGE_VALF : -HUGE_VALF;
+    if (value > FLT_MAX || value < -FLT_MAX)
+        return value > 0 ? FLT_MAX : -FLT_MAX;
+    return static_cast<float>(value);
+}
+
+int32_t int_from_text(const char *text)
+{
+    while (text_is(*text, CHAR_WHITE))
+        text++;
+    bool minus = *text == '-';
+    if (*text == '-' || *text == '+')
+        text++;
+    int64_t value = 0;
+    for (; text_is(*text, CHAR_DIGIT); text++)
+        if (value <= INT32_MAX)
+            value = value * 10 + (*text - '0');
+    if (minus)
+        return value > INT32_MAX ? INT32_MIN : static_cast<int32_t>(-value);
+    return value > INT32_MAX ? INT32_MAX : static_cast<int32_t>(value);
+}
