@@ -6,6 +6,7 @@
 #include "source/src_stream.h"
 #include "source/statement_text.h"
 #include "support/number.h"
+#include "support/output.h"
 #include "support/text.h"
 
 #include <string.h>
@@ -15,26 +16,28 @@ char *arg_pool;
 static int32_t pool_bottom; // bytes of arg_pool that values have taken from below
 static int32_t pool_top;    // where the strings begin that were stored from above
 static int32_t line_used;   // characters gathered in line_buf
-static double plain_value;  // what number_is_plain read
+static const char *line_owed; // a text that line_buf should hold and doesn't yet; null: it does
 
 // How a character of raw text is taken: stored at once, or looked at.
-enum : uint8_t { RAW_STORED = 1, RAW_STORED_COUNTED = 2 };
+enum : uint8_t { RAW_STORED = 1, RAW_STORED_COUNTED = 2, STRING_STORED = 4 };
 
 struct raw_class_map {
     uint8_t bits[256];
 };
 
-// Printable characters and the blank are stored, the comma ends the argument, parentheses are looked at where
-// they are counted. The backslash isn't in it: the source has to see whether it joins two lines.
+// In raw text printable characters and the blank are stored, the comma ends the argument, parentheses are
+// looked at where they are counted. In a string all is stored up to a quote. The backslash isn't in it: the
+// source has to see whether it joins two lines.
 static constexpr raw_class_map raw_classes_make()
 {
     raw_class_map map{};
-    for (int c = ' '; c < 127; c++) {
-        if (c == ',' || c == '\\')
-            continue;
-        map.bits[c] = RAW_STORED;
-        if (c != '(' && c != ')')
-            map.bits[c] = RAW_STORED | RAW_STORED_COUNTED;
+    for (int c = 0; c < 256; c++) {
+        unsigned bits = 0;
+        if (src_plain.plain[c] && c != '"' && c != '`')
+            bits |= STRING_STORED;
+        if (c >= ' ' && c < 127 && c != ',' && c != '\\')
+            bits |= c == '(' || c == ')' ? RAW_STORED : RAW_STORED | RAW_STORED_COUNTED;
+        map.bits[c] = static_cast<uint8_t>(bits);
     }
     return map;
 }
@@ -132,12 +135,16 @@ static bool collect_string(FILE *stream, int quote, int *last)
     bool closed = false;
     int c = src_getc(stream);
     for (; c != -1 && !line_full(); c = src_getc(stream)) {
+        // What follows a closing quote is looked at one by one.
         if (!closed && c == quote) {
             line_store(0);
             closed = true;
         } else if (!closed && c == '\\') {
             collect_escape(stream);
-        } else if (!closed || c == ' ') {
+        } else if (!closed) {
+            line_store(c);
+            store_ready(STRING_STORED);
+        } else if (c == ' ') {
             line_store(c);
         } else if (c == ',' || c == '\n') {
             break;
@@ -156,7 +163,7 @@ static void slot_set_text(const char *text, uint32_t size, bool quoted)
     uint32_t quotes = quoted ? 1 : 0;
     char *room = slot_text_room(size + 2 * quotes);
     room[0] = '"';
-    memcpy(room + quotes, text, size);
+    bytes_copy(room + quotes, text, size);
     room[quotes + size] = '"';
     room[2 * quotes + size] = 0;
     arg_cursor->text = room;
@@ -177,39 +184,6 @@ static bool store_text(bool quoted)
     return true;
 }
 
-// Reads the commonest numeric argument, a plain decimal number with a sign at the most, as the evaluator
-// would; false for any other text. 15 digits are exact in a double.
-static bool number_is_plain(const char *text)
-{
-    bool minus = *text == '-';
-    if (minus)
-        text++;
-    if (text[0] == '0' && text_is(text[1], CHAR_DIGIT))
-        return false; // octal, perhaps
-    const char *start = text;
-    uint64_t mantissa = 0;
-    for (; text_is(*text, CHAR_DIGIT); text++)
-        mantissa = mantissa * 10 + static_cast<uint64_t>(*text - '0');
-    int32_t fraction_digits = 0;
-    if (*text == '.')
-        for (text++; text_is(*text, CHAR_DIGIT); text++, fraction_digits++)
-            mantissa = mantissa * 10 + static_cast<uint64_t>(*text - '0');
-    if (text == start || text - start > 15)
-        return false;
-    while (*text == ' ')
-        text++;
-    if (*text != 0)
-        return false;
-    double value = static_cast<double>(mantissa) * power_of_ten(-fraction_digits);
-    plain_value = minus ? -value : value;
-    return true;
-}
-
-static const double *evaluate()
-{
-    return number_is_plain(line_buf) ? &plain_value : eval_expr(line_buf);
-}
-
 static bool store_double(double value)
 {
     if (pool_bottom + 8 >= pool_top)
@@ -219,21 +193,24 @@ static bool store_double(double value)
     return true;
 }
 
+static bool store_value(uint8_t type, double value)
+{
+    switch (type) {
+    case ARG_LONG: arg_cursor->lval = int_from_double(value); return true;
+    case ARG_INT: arg_cursor->ival = int_from_double(value); return true;
+    case ARG_FLOAT: arg_cursor->fval = float_from_double(value); return true;
+    default: return store_double(value);
+    }
+}
+
 // Stores a numeric argument that isn't empty.
 static bool store_number(uint8_t type)
 {
     if (line_used > arg_text_room)
         return false;
     slot_set_text(line_buf, static_cast<uint32_t>(line_used), false);
-    const double *value = evaluate();
-    if (value == nullptr)
-        return false;
-    switch (type) {
-    case ARG_LONG: arg_cursor->lval = int_from_double(*value); return true;
-    case ARG_INT: arg_cursor->ival = int_from_double(*value); return true;
-    case ARG_FLOAT: arg_cursor->fval = float_from_double(*value); return true;
-    default: return store_double(*value);
-    }
+    const double *value = eval_expr(line_buf);
+    return value != nullptr && store_value(type, *value);
 }
 
 static bool is_numeric(uint8_t type)
@@ -241,10 +218,96 @@ static bool is_numeric(uint8_t type)
     return type >= ARG_LONG && type <= ARG_DOUBLE;
 }
 
+// A number as it stands in the source: sign, digits, point, digits.
+struct plain_number {
+    const unsigned char *start; // its first character
+    const unsigned char *end;   // the comma or line feed behind it
+    double value;
+};
+
+constexpr int plain_digits_max = 15; // that many are exact in a double, and so are the evaluator's steps
+constexpr int plain_text_room = 17;  // characters of such a number: sign, digits, point
+constexpr int plain_look = 24;       // characters from its first on that have to lie ready
+
+// Reads a plain number that lies ready from p on, blanks in front of it allowed. False for anything else,
+// and near the end of what lies ready.
+static inline bool read_plain_number(const unsigned char *p, plain_number *number)
+{
+    const unsigned char *limit = src_raw.plain_end - plain_look;
+    while (p < limit && (*p == ' ' || *p == '\t'))
+        p++;
+    if (p >= limit)
+        return false;
+    number->start = p;
+    bool minus = *p == '-';
+    p += minus;
+    if (p[0] == '0' && p[1] >= '0' && p[1] <= '9')
+        return false; // octal, perhaps
+    const unsigned char *digits = p;
+    const unsigned char *last = p + plain_digits_max;
+    uint64_t mantissa = 0;
+    for (; *p >= '0' && *p <= '9' && p < last; p++)
+        mantissa = mantissa * 10 + (*p - '0');
+    const unsigned char *fraction = p;
+    if (*p == '.') {
+        fraction = ++p;
+        for (; *p >= '0' && *p <= '9' && p < last; p++)
+            mantissa = mantissa * 10 + (*p - '0');
+    }
+    if (p == digits || (*p != ',' && *p != '\n'))
+        return false;
+    number->end = p;
+    number->value = static_cast<double>(static_cast<int64_t>(mantissa));
+    if (p > fraction)
+        number->value *= power_of_ten(static_cast<int32_t>(fraction - p));
+    if (minus)
+        number->value = -number->value;
+    return true;
+}
+
+// True if a position takes one numeric argument.
+static inline bool takes_one_number(uint8_t spec)
+{
+    return is_numeric(spec & static_cast<uint8_t>(~ARG_OPTIONAL));
+}
+
+// Takes the commonest arguments straight from the source, as long as one plain number follows the other: at
+// most count of them, by the positions at spec. Gives how many it took, each stored and stepped behind; *last
+// is the comma or line feed that ended the last of them.
+static int32_t take_plain_numbers(FILE *stream, const uint8_t *spec, int32_t count, int *last)
+{
+    plain_number number;
+    int32_t taken = 0;
+    while (taken < count && takes_one_number(spec[taken]) && pool_bottom + 8 < pool_top &&
+           read_plain_number(src_raw.pos, &number)) {
+        auto size = static_cast<uint32_t>(number.end - number.start);
+        char *text = slot_text_room(size);
+        memcpy(text, number.start, plain_text_room); // of one size for all: what lies behind is free
+        text[size] = 0;
+        arg_cursor->text = text;
+        arg_cursor->text_size = size;
+        arg_cursor->state = 0;
+        *arg_type_cursor++ = spec[taken] & ARG_TYPE;
+        (void)store_value(spec[taken] & ARG_TYPE, number.value);
+        slot_advance();
+        line_owed = text;
+        taken++;
+        src_raw.pos = number.end;
+        *last = *number.end;
+        if (*last == '\n') {
+            (void)src_getc(stream);
+            break;
+        }
+        src_raw.pos++;
+    }
+    return taken;
+}
+
 // Reads one argument into the slot under arg_cursor. *last is the character that ended it, *empty tells an
 // empty argument. False if it fails.
 static bool fetch_one(FILE *stream, uint8_t type, int *last, bool *empty)
 {
+    line_owed = nullptr;
     line_used = 0;
     int c = skip_blanks(stream);
     bool quote = c == '"' || c == '`';
@@ -263,6 +326,26 @@ static bool fetch_one(FILE *stream, uint8_t type, int *last, bool *empty)
     return is_numeric(type) ? store_number(type) : store_text(false);
 }
 
+// The list has ended: passes the optional positions that follow, at most count of them, none of which takes a
+// slot. Gives how many there were.
+static int32_t pass_absent(const uint8_t *spec, int32_t count, int32_t *walked)
+{
+    int32_t passed = 0;
+    while (passed < count && (spec[passed] & (ARG_OPTIONAL | ARG_REPEAT)) == ARG_OPTIONAL)
+        *arg_type_cursor++ = static_cast<uint8_t>((spec[passed++] & ARG_TYPE) | ARG_ABSENT);
+    *walked += passed;
+    return passed;
+}
+
+// Gives line_buf the text that it is owed, for the statement loop to print.
+static int32_t fetch_failed()
+{
+    slots_abandon_list();
+    if (line_owed != nullptr)
+        strcpy(line_buf, line_owed);
+    return -1;
+}
+
 static void skip_line(FILE *stream, int c)
 {
     while (c != '\n' && c != -1)
@@ -272,25 +355,34 @@ static void skip_line(FILE *stream, int c)
 int32_t fetch_args(FILE *stream, int32_t spec_count, const uint8_t *spec, bool keep_absent)
 {
     slot_clear();
+    line_owed = nullptr;
     pool_bottom = 0;
     pool_top = arg_pool_size;
     bool more = spec_count != 0; // the list goes on
     int32_t walked = 0;
     int c = 0;
     for (int32_t p = 0;; p++) {
+        if (more) {
+            int32_t taken = take_plain_numbers(stream, spec + p, spec_count - p, &c);
+            walked += taken;
+            p += taken;
+            more = taken == 0 || (c == ',' && p < spec_count);
+        }
+        if (!more && !keep_absent)
+            p += pass_absent(spec + p, spec_count - p, &walked);
         if (p == spec_count) {
             if (!more)
                 break;
             p--; // the last position again: it repeats
         }
         if (walked == arg_types_size)
-            return -1;
+            return fetch_failed();
         bool repeats = (spec[p] & ARG_REPEAT) != 0;
         *arg_type_cursor = spec[p] & ARG_TYPE;
         bool empty = true;
         if (more) {
             if (!fetch_one(stream, spec[p] & ARG_TYPE, &c, &empty))
-                return -1;
+                return fetch_failed();
             more = c == ',' && (p + 1 < spec_count || repeats);
             keep_absent |= empty;
         }
@@ -301,7 +393,7 @@ int32_t fetch_args(FILE *stream, int32_t spec_count, const uint8_t *spec, bool k
         if (!empty || keep_absent)
             slot_advance();
         if (empty && (spec[p] & (ARG_OPTIONAL | ARG_PRINT)) == 0)
-            return -1;
+            return fetch_failed();
         if (empty)
             *arg_type_cursor |= ARG_ABSENT;
         walked++;

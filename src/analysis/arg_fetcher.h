@@ -2,8 +2,9 @@
 //
 // It sees no lines but a stream of characters, in which a quoted string may run over a line end. Each
 // argument is gathered in line_buf first. Numeric arguments are evaluated there, in place, after their typed
-// text has been put by: so after a success line_buf ends behind the last argument's first name, and after a
-// failure it holds what the statement loop prints.
+// text has been put by: so after a failure line_buf, which the statement loop prints, ends behind the first
+// name of the last text that was evaluated. Plain numbers, the commonest arguments, go straight from the
+// source to their slot; line_buf gets such a text only when the fetch fails. After a success it is nobody's.
 #pragma once
 
 #include <stdint.h>

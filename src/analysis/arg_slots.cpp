@@ -2,43 +2,20 @@
 
 #include <string.h>
 
-// All texts of one statement lie here back to back, each with its NUL: the word (127 characters), the
-// numeric arguments (100 of 251 characters at the most), and the others (as many characters as arg_pool
-// has bytes) with a pair of quotes each. Keeping them together keeps a short statement in few cache lines.
-constexpr uint32_t text_store_size = 128 + arg_types_size * (arg_text_room + 1 + 2) + 3008;
-
 arg_slot arg_slots[arg_slots_size];
 arg_slot *arg_cursor = arg_slots;
 uint8_t arg_types[arg_types_size];
 uint8_t *arg_type_cursor = arg_types;
 
-static char text_store[text_store_size];
-static uint32_t text_store_used; // bytes of text_store that the statement has taken
+char slot_texts[slot_texts_size];
+uint32_t slot_texts_used;
 
 // The first slot from which on all slots are clear: what lies there was never written or was cleared.
 static arg_slot *clear_from = arg_slots;
 
-char *slot_text_room(uint32_t size)
-{
-    char *room = text_store + text_store_used;
-    text_store_used += size + 1;
-    return room;
-}
-
-void slot_clear()
-{
-    *arg_cursor = arg_slot{"", nullptr, nullptr, 0, 0, slot_mark, 0, 0, 0};
-}
-
-void slot_advance()
-{
-    arg_cursor++;
-    slot_clear();
-}
-
 void slots_start_statement()
 {
-    text_store_used = 0;
+    slot_texts_used = 0;
     arg_type_cursor = arg_types;
     arg_cursor = arg_slots;
     slot_clear();
@@ -61,4 +38,10 @@ void slots_end_list()
         slot_clear();
     clear_from = last + 1;
     arg_cursor = last;
+}
+
+void slots_abandon_list()
+{
+    if (arg_cursor >= clear_from)
+        clear_from = arg_cursor + 1;
 }

@@ -68,21 +68,36 @@ void slots_start_statement();
 // Writes the command word, as typed, to slot 0.
 void slot_set_word(const char *word);
 
+// All texts of one statement lie here back to back, each with its NUL: the word (127 characters), the
+// numeric arguments (100 of 251 characters at the most), and the others (as many characters as arg_pool
+// has bytes) with a pair of quotes each. Together they keep a short statement in few cache lines.
+constexpr uint32_t slot_texts_size = 128 + arg_types_size * (arg_text_room + 1 + 2) + 3008;
+extern char slot_texts[slot_texts_size];
+extern uint32_t slot_texts_used;
+
+// Room for a text of the given length and a NUL that stays valid for the statement.
+inline char *slot_text_room(uint32_t size)
+{
+    char *room = slot_texts + slot_texts_used;
+    slot_texts_used += size + 1;
+    return room;
+}
+
 // Clears the slot under arg_cursor: no text, no values, state slot_mark.
-void slot_clear();
+inline void slot_clear()
+{
+    *arg_cursor = arg_slot{"", nullptr, nullptr, 0, 0, slot_mark, 0, 0, 0};
+}
 
 // Steps arg_cursor to the next slot and clears that.
-void slot_advance();
+inline void slot_advance()
+{
+    arg_cursor++;
+    slot_clear();
+}
 
 // Ends the list at the slot under arg_cursor: everything behind it reads as cleared.
 void slots_end_list();
 
-// Room for a text of the given length and a NUL that stays valid for the statement.
-char *slot_text_room(uint32_t size);
-
-// Gives the text of the slot under arg_cursor and steps the cursor. It looks neither at state nor at
-// arg_types. The text is valid for the statement.
-inline const char *take_text()
-{
-    return (arg_cursor++)->text;
-}
+// Gives the list up at the slot under arg_cursor: what was filled is cleared with the next list's end.
+void slots_abandon_list();

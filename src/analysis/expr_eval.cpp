@@ -70,29 +70,27 @@ struct expr_parked {
     expr_list subscripts;
 };
 
-// The power of a token to pull itself into the operand in front of it.
-static constexpr uint8_t token_level(int token)
+// The power of a token to pull itself into the operand in front of it, by token; 0: it has none.
+struct token_levels {
+    uint8_t level[TOKEN_EQEQ + 1];
+};
+
+static constexpr token_levels token_levels_make()
 {
-    switch (token) {
-    case '\'':
-    case '"':
-    case '!': return 100;
-    case '^': return 80;
-    case '*':
-    case '/':
-    case '%': return 70;
-    case '+':
-    case '-': return 60;
-    case '<':
-    case '>': return 50;
-    case TOKEN_EQEQ: return 40;
-    case '#': return 30;
-    case '&': return 25;
-    case '|': return 20;
-    case '?': return 15;
-    default: return 0;
-    }
+    token_levels levels{};
+    levels.level['\''] = levels.level['"'] = levels.level['!'] = 100;
+    levels.level['^'] = 80;
+    levels.level['*'] = levels.level['/'] = levels.level['%'] = 70;
+    levels.level['+'] = levels.level['-'] = 60;
+    levels.level['<'] = levels.level['>'] = 50;
+    levels.level[TOKEN_EQEQ] = 40;
+    levels.level['#'] = 30;
+    levels.level['&'] = 25;
+    levels.level['|'] = 20;
+    levels.level['?'] = 15;
+    return levels;
 }
+static constexpr token_levels token_table = token_levels_make();
 
 struct rule_row {
     uint8_t length; // symbols of the right side
@@ -701,7 +699,7 @@ static int take_behind_operand()
 {
     int16_t rule = top[-1].rule;
     int16_t token = peek();
-    if (token_level(token) <= rule_table[rule].level)
+    if (token_table.level[token] <= rule_table[rule].level)
         return complete(rule);
     if (token == '\'')
         return take_foot_mark();
@@ -728,6 +726,12 @@ static int expr_parse()
 
 const double *eval_expr(char *text)
 {
+    if (lex_is_bare_name(text)) {
+        // What the parser would do with it, without the parser.
+        (void)var_read(text, nullptr);
+        expr_result = var_current.value;
+        return &expr_result;
+    }
     expr_pool_used = 0;
     lex_start(text);
     return expr_parse() == 0 ? &expr_result : nullptr;

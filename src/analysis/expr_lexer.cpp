@@ -26,6 +26,36 @@ static constexpr expr_keyword expr_keyword_table[] = {
 constexpr int keyword_count = sizeof expr_keyword_table / sizeof expr_keyword_table[0];
 static_assert(keyword_count == 15 && text_table_sorted(expr_keyword_table), "searched in halves");
 
+// The letters that keywords begin with, a bit each: most names are told apart by their first letter.
+constexpr uint32_t keyword_initials_make()
+{
+    uint32_t letters = 0;
+    for (const expr_keyword &keyword : expr_keyword_table)
+        letters |= 1u << (keyword.name[0] - 'A');
+    return letters;
+}
+static constexpr uint32_t keyword_initials = keyword_initials_make();
+
+// The row of a keyword, or null. name is not empty.
+static const expr_keyword *keyword_find(const char *name)
+{
+    unsigned letter = static_cast<unsigned>(char_lower(static_cast<unsigned char>(name[0])) - 'a');
+    if (letter > 25 || (keyword_initials >> letter & 1) == 0)
+        return nullptr;
+    int row = text_table_find(expr_keyword_table, sizeof(expr_keyword), keyword_count, name);
+    return row < 0 ? nullptr : &expr_keyword_table[row];
+}
+
+bool lex_is_bare_name(const char *text)
+{
+    if (!text_is(*text, CHAR_LETTER))
+        return false;
+    const char *end = text + 1;
+    while (text_is(*end, CHAR_WORD))
+        end++;
+    return *end == 0 && keyword_find(text) == nullptr;
+}
+
 void lex_start(char *text)
 {
     lex.pos = text;
@@ -79,11 +109,11 @@ static int16_t lex_name(char c, char *start)
         *end = 0;
         lex.pos = end + 1;
     }
-    int row = text_table_find(expr_keyword_table, sizeof(expr_keyword), keyword_count, lex.name);
-    if (row < 0)
+    const expr_keyword *keyword = keyword_find(lex.name);
+    if (keyword == nullptr)
         return TOKEN_NAME;
-    lex.type_code = expr_keyword_table[row].value;
-    return expr_keyword_table[row].token;
+    lex.type_code = keyword->value;
+    return keyword->token;
 }
 
 // Digits of an octal or hexadecimal number: a 32-bit signed integer, wrapping.
@@ -98,17 +128,14 @@ static int16_t lex_based(unsigned digit_class, uint32_t base)
     return TOKEN_NUMBER;
 }
 
-double power_of_ten(int32_t n)
+double powers_of_ten[2 * powers_kept + 1];
+
+double power_of_ten_slow(int32_t n)
 {
-    // Filled by pow itself on first use, so that a power is the same number from the table and from pow.
-    constexpr int32_t kept = 24;
-    static double powers[2 * kept + 1];
-    if (n < -kept || n > kept)
-        return pow(10.0, n);
-    double *power = &powers[n + kept];
-    if (*power == 0)
-        *power = pow(10.0, n);
-    return *power;
+    double power = pow(10.0, n);
+    if (n >= -powers_kept && n <= powers_kept)
+        powers_of_ten[n + powers_kept] = power;
+    return power;
 }
 
 static int16_t lex_decimal(char c)

@@ -36,6 +36,9 @@ extern lex_state lex;
 // Starts on a NUL-terminated text.
 void lex_start(char *text);
 
+// True if a text is one name of letters, digits and underscores and nothing else, and no keyword.
+bool lex_is_bare_name(const char *text);
+
 // Gives the next token; its value is in lex. Not to be called again after TOKEN_END.
 int16_t expr_lex();
 
@@ -47,5 +50,15 @@ void lex_finish();
 // terminator it gives an empty string and leaves pos where it was.
 char *expr_read_string(char terminator);
 
-// The value of 10 to the power n, as pow gives it.
-double power_of_ten(int32_t n);
+// The value of 10 to the power n, as pow gives it. The small powers are kept, filled by pow itself on first
+// use, so that a power is the same number from the table and from pow.
+constexpr int32_t powers_kept = 24;
+extern double powers_of_ten[2 * powers_kept + 1]; // from -powers_kept up; 0: not filled yet
+double power_of_ten_slow(int32_t n);
+
+inline double power_of_ten(int32_t n)
+{
+    if (n < -powers_kept || n > powers_kept || powers_of_ten[n + powers_kept] == 0)
+        return power_of_ten_slow(n);
+    return powers_of_ten[n + powers_kept];
+}

@@ -30,17 +30,34 @@ static int copy_white(FILE *stream)
     return c;
 }
 
+// Takes the characters of a word that lie ready in the source, as long as there is room. Gives its length then.
+static int32_t take_ready_word(char *word, int32_t length, int32_t *room)
+{
+    const unsigned char *p = src_raw.pos;
+    for (; p < src_raw.plain_end && *room > 1 && char_is(*p, CHAR_WORD); p++, (*room)--)
+        word[length++] = static_cast<char>(*p);
+    if (p > src_raw.pos)
+        src_raw.pos = p;
+    return length;
+}
+
 // Reads over the blanks behind a word. 1 if an assignment or a subscript follows, for which the word then has
 // one blank behind it, else 0.
 static int32_t behind_word(FILE *stream, char *word, int32_t length, int32_t room)
 {
+    while (src_raw.pos < src_raw.plain_end && (*src_raw.pos == ' ' || *src_raw.pos == '\t'))
+        src_raw.pos++;
     int c;
-    do
-        c = src_getc(stream);
-    while (c == ' ' || c == '\t');
-    if (c == -1)
-        return 0;
-    src_ungetc(c);
+    if (src_raw.pos < src_raw.plain_end && src_plain.plain[*src_raw.pos] && *src_raw.pos != 0) {
+        c = *src_raw.pos; // as good as read and pushed back; a NUL would be lost there
+    } else {
+        do
+            c = src_getc(stream);
+        while (c == ' ' || c == '\t');
+        if (c == -1)
+            return 0;
+        src_ungetc(c);
+    }
     if (c != '[' && c != '=')
         return 0;
     if (room > 1) {
@@ -62,6 +79,7 @@ int32_t read_first_word(FILE *stream, char *word, int32_t size)
     if (!char_is(c, CHAR_LETTER) && c != '#' && c != ':')
         return 1;
     bool label = c == ':';
+    length = take_ready_word(word, length, &room);
     c = src_getc(stream);
     // A word that fills its room loses the character that no longer fits.
     while (c != -1 && !char_is(c, CHAR_WHITE) && --room > 0) {

@@ -154,6 +154,15 @@ static void count_line_end()
     src_lines.line_current++;
 }
 
+// A character is asked for: a line end that stood before it is settled.
+static void settle_line_end()
+{
+    if (src_lines.line_pending == 0 || src_lines.line_counting == 0)
+        return;
+    src_lines.line_pending = 0;
+    src_lines.line_statement = src_lines.line_current;
+}
+
 // Counts a line feed that a continuation swallows. The two kinds of continuation differ in whether they
 // look at line_counting.
 static void count_continuation(bool always)
@@ -208,10 +217,7 @@ static int join_lines(int c, bool lf_continues, FILE *stream)
 
 static int getc_logical(bool lf_continues, FILE *stream)
 {
-    if (src_lines.line_pending != 0 && src_lines.line_counting != 0) {
-        src_lines.line_pending = 0;
-        src_lines.line_statement = src_lines.line_current;
-    }
+    settle_line_end();
     if (pushback_a != 0) {
         int c = pushback_take();
         if (c == '\n')
@@ -234,6 +240,20 @@ static int getc_logical(bool lf_continues, FILE *stream)
 
 int src_getc_slow(FILE *stream)
 {
+    // The commonest odd characters by far are a line feed and the first one of the next line.
+    bool ready = src_raw.pos < src_raw.end && pushback_a == 0 && src_key.key_bytes == nullptr;
+    if (ready && src_lines.line_pending != 0 && src_plain.plain[*src_raw.pos]) {
+        settle_line_end();
+        plain_update();
+        return *src_raw.pos++;
+    }
+    if (ready && *src_raw.pos == '\n') {
+        settle_line_end();
+        count_line_end();
+        src_raw.pos++;
+        plain_update();
+        return '\n';
+    }
     int c = getc_logical(true, stream);
     plain_update();
     return c;
