@@ -13,9 +13,9 @@
 
 char *arg_pool;
 
-static int32_t pool_bottom; // bytes of arg_pool that values have taken from below
-static int32_t pool_top;    // where the strings begin that were stored from above
-static int32_t line_used;   // characters gathered in line_buf
+static int32_t pool_bottom;   // bytes of arg_pool that values have taken from below
+static int32_t pool_top;      // where the strings begin that were stored from above
+static int32_t line_used;     // characters gathered in line_buf
 static const char *line_owed; // a text that line_buf should hold and doesn't yet; null: it does
 
 // How a character of raw text is taken: stored at once, or looked at.
@@ -184,22 +184,17 @@ static bool store_text(bool quoted)
     return true;
 }
 
-static bool store_double(double value)
-{
-    if (pool_bottom + 8 >= pool_top)
-        return false;
-    arg_cursor->dval = static_cast<double *>(memcpy(arg_pool + pool_bottom, &value, sizeof value));
-    pool_bottom += 8;
-    return true;
-}
-
-static bool store_value(uint8_t type, double value)
+// Stores the value of a numeric type in a slot. There is room in the pool.
+static inline void store_value(arg_slot *slot, uint8_t type, double value)
 {
     switch (type) {
-    case ARG_LONG: arg_cursor->lval = int_from_double(value); return true;
-    case ARG_INT: arg_cursor->ival = int_from_double(value); return true;
-    case ARG_FLOAT: arg_cursor->fval = float_from_double(value); return true;
-    default: return store_double(value);
+    case ARG_LONG: slot->lval = int_from_double(value); break;
+    case ARG_INT: slot->ival = int_from_double(value); break;
+    case ARG_FLOAT: slot->fval = float_from_double(value); break;
+    default:
+        slot->dval = static_cast<double *>(memcpy(arg_pool + pool_bottom, &value, sizeof value));
+        pool_bottom += 8;
+        break;
     }
 }
 
@@ -210,7 +205,10 @@ static bool store_number(uint8_t type)
         return false;
     slot_set_text(line_buf, static_cast<uint32_t>(line_used), false);
     const double *value = eval_expr(line_buf);
-    return value != nullptr && store_value(type, *value);
+    if (value == nullptr || (type == ARG_DOUBLE && pool_bottom + 8 >= pool_top))
+        return false;
+    store_value(arg_cursor, type, *value);
+    return true;
 }
 
 static bool is_numeric(uint8_t type)
@@ -218,88 +216,122 @@ static bool is_numeric(uint8_t type)
     return type >= ARG_LONG && type <= ARG_DOUBLE;
 }
 
-// A number as it stands in the source: sign, digits, point, digits.
-struct plain_number {
+// An argument that lies ready in the source and needs no more than a look: a number of a sign, digits, point
+// and digits, or a bare name.
+struct plain_argument {
     const unsigned char *start; // its first character
     const unsigned char *end;   // the comma or line feed behind it
-    double value;
+    double value;               // of a name; a number's stays in its text
+    bool name;
 };
 
-constexpr int plain_digits_max = 15; // that many are exact in a double, and so are the evaluator's steps
-constexpr int plain_text_room = 17;  // characters of such a number: sign, digits, point
-constexpr int plain_look = 24;       // characters from its first on that have to lie ready
+constexpr int plain_look = 24; // characters from its first on that have to lie ready
 
-// Reads a plain number that lies ready from p on, blanks in front of it allowed. False for anything else,
-// and near the end of what lies ready.
-static inline bool read_plain_number(const unsigned char *p, plain_number *number)
+static inline bool ends_plainly(const plain_argument *argument)
 {
-    const unsigned char *limit = src_raw.plain_end - plain_look;
-    while (p < limit && (*p == ' ' || *p == '\t'))
-        p++;
-    if (p >= limit)
+    return *argument->end == ',' || *argument->end == '\n';
+}
+
+static inline int lowest_byte_set(uint64_t marks)
+{
+    return __builtin_ctzll(marks) / 8;
+}
+
+// Reads a number of at most seven characters behind its sign, all eight bytes at once: how long the next
+// number is can't be foreseen, and a wrong guess costs more than all the rest. Byte n of a word is character
+// n of the text here, so on a machine with the other byte order no number is plain.
+static inline bool read_plain_number(plain_argument *argument)
+{
+    constexpr uint64_t ones = 0x0101010101010101;
+    constexpr bool first_is_lowest = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
+
+    unsigned minus = *argument->start == '-';
+    uint64_t characters;
+    memcpy(&characters, argument->start + minus, sizeof characters);
+    uint64_t digits = characters ^ '0' * ones; // 0 to 9 in the bytes of digits
+    uint64_t others = (((digits & 0x7F * ones) + (0x80 - 10) * ones) | digits) & 0x80 * ones;
+    if (!first_is_lowest || others == 0)
         return false;
-    number->start = p;
-    bool minus = *p == '-';
-    p += minus;
-    if (p[0] == '0' && p[1] >= '0' && p[1] <= '9')
-        return false; // octal, perhaps
-    const unsigned char *digits = p;
-    const unsigned char *last = p + plain_digits_max;
-    uint64_t mantissa = 0;
-    for (; *p >= '0' && *p <= '9' && p < last; p++)
-        mantissa = mantissa * 10 + (*p - '0');
-    const unsigned char *fraction = p;
-    if (*p == '.') {
-        fraction = ++p;
-        for (; *p >= '0' && *p <= '9' && p < last; p++)
-            mantissa = mantissa * 10 + (*p - '0');
-    }
-    if (p == digits || (*p != ',' && *p != '\n'))
+    int whole = lowest_byte_set(others);
+    unsigned point = (characters >> 8 * whole & 0xFF) == '.';
+    uint64_t ends = point != 0 ? others & (others - 1) : others;
+    if (ends == 0)
         return false;
-    number->end = p;
-    number->value = static_cast<double>(static_cast<int64_t>(mantissa));
-    if (p > fraction)
-        number->value *= power_of_ten(static_cast<int32_t>(fraction - p));
-    if (minus)
-        number->value = -number->value;
+    int length = lowest_byte_set(ends);
+    int count = length - static_cast<int>(point);
+    argument->end = argument->start + minus + length;
+    bool octal = (digits & 0xFF) == 0 && whole > 1; // perhaps
+    if (count == 0 || octal || !ends_plainly(argument))
+        return false;
     return true;
 }
 
-// True if a position takes one numeric argument.
-static inline bool takes_one_number(uint8_t spec)
+static inline bool read_plain_name(plain_argument *argument)
 {
-    return is_numeric(spec & static_cast<uint8_t>(~ARG_OPTIONAL));
+    const unsigned char *p = argument->start;
+    while (p < argument->start + slot_text_slack && char_is(*p, CHAR_WORD))
+        p++;
+    argument->end = p;
+    return ends_plainly(argument);
 }
 
-// Takes the commonest arguments straight from the source, as long as one plain number follows the other: at
+// Takes the commonest arguments straight from the source, as long as one plain argument follows the other: at
 // most count of them, by the positions at spec. Gives how many it took, each stored and stepped behind; *last
-// is the comma or line feed that ended the last of them.
-static int32_t take_plain_numbers(FILE *stream, const uint8_t *spec, int32_t count, int *last)
+// is the comma or line feed that ended the last of them. All that moves is kept at hand until the end.
+static int32_t take_plain_arguments(FILE *stream, const uint8_t *spec, int32_t count, int *last)
 {
-    plain_number number;
+    if (pool_bottom + 8 * count >= pool_top)
+        return 0;
+    const unsigned char *p = src_raw.pos;
+    const unsigned char *limit = src_raw.plain_end;
+    if (limit - p < plain_look)
+        return 0;
+    limit -= plain_look;
+    char *text = slot_texts + slot_texts_used;
+    arg_slot *slot = arg_cursor;
     int32_t taken = 0;
-    while (taken < count && takes_one_number(spec[taken]) && pool_bottom + 8 < pool_top &&
-           read_plain_number(src_raw.pos, &number)) {
-        auto size = static_cast<uint32_t>(number.end - number.start);
-        char *text = slot_text_room(size);
-        memcpy(text, number.start, plain_text_room); // of one size for all: what lies behind is free
-        text[size] = 0;
-        arg_cursor->text = text;
-        arg_cursor->text_size = size;
-        arg_cursor->state = 0;
-        *arg_type_cursor++ = spec[taken] & ARG_TYPE;
-        (void)store_value(spec[taken] & ARG_TYPE, number.value);
-        slot_advance();
-        line_owed = text;
-        taken++;
-        src_raw.pos = number.end;
-        *last = *number.end;
-        if (*last == '\n') {
-            (void)src_getc(stream);
+    bool line_end = false;
+    while (taken < count && !line_end) {
+        auto type = static_cast<uint8_t>(spec[taken] & ~ARG_OPTIONAL);
+        if (!is_numeric(type))
             break;
-        }
-        src_raw.pos++;
+        p += p < limit && *p == ' ';
+        while (p < limit && (*p == ' ' || *p == '\t'))
+            p++;
+        if (p >= limit)
+            break;
+        plain_argument argument;
+        argument.start = p;
+        argument.name = char_is(*p, CHAR_LETTER);
+        if (!(argument.name ? read_plain_name(&argument) : read_plain_number(&argument)))
+            break;
+        auto size = static_cast<uint32_t>(argument.end - argument.start);
+        memcpy(text, argument.start, slot_text_slack); // of one size for all: what lies behind is free
+        text[size] = 0;
+        if (argument.name && !eval_bare_name(text, &argument.value))
+            break;
+        *slot = arg_slot{text, nullptr, nullptr, size, 0, 0, 0, 0, 0, argument.name ? uint8_t{0} : type};
+        if (argument.name)
+            store_value(slot, type, argument.value);
+        else if (type == ARG_DOUBLE)
+            pool_bottom += 8; // its place, though it stays empty
+        slot++;
+        arg_type_cursor[taken++] = type;
+        text += size + 1;
+        line_end = *argument.end == '\n';
+        p = argument.end + 1;
     }
+    if (taken == 0)
+        return 0;
+    *last = line_end ? '\n' : ',';
+    line_owed = slot[-1].text;
+    slot_texts_used = static_cast<uint32_t>(text - slot_texts);
+    arg_type_cursor += taken;
+    arg_cursor = slot;
+    slot_clear();
+    src_raw.pos = line_end ? p - 1 : p;
+    if (line_end)
+        (void)src_getc(stream);
     return taken;
 }
 
@@ -363,7 +395,7 @@ int32_t fetch_args(FILE *stream, int32_t spec_count, const uint8_t *spec, bool k
     int c = 0;
     for (int32_t p = 0;; p++) {
         if (more) {
-            int32_t taken = take_plain_numbers(stream, spec + p, spec_count - p, &c);
+            int32_t taken = take_plain_arguments(stream, spec + p, spec_count - p, &c);
             walked += taken;
             p += taken;
             more = taken == 0 || (c == ',' && p < spec_count);

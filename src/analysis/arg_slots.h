@@ -7,6 +7,8 @@
 // read a fixed number of slots, more than the statement gave.
 #pragma once
 
+#include "support/number.h"
+
 #include <stdint.h>
 
 // Type codes of an argument: the low nibble of a spec byte and of an arg_types byte.
@@ -42,7 +44,9 @@ constexpr int arg_text_room = 251;  // characters that the text of a numeric arg
 // Slots: the word, every argument, the end of the list, and as many behind it as the widest rule reads.
 constexpr int arg_slots_size = 1 + arg_types_size + 1 + 26;
 
-// One argument. Only the value field of the argument's own type is set; the others are 0.
+// One argument. Only the value field of the argument's own type is set; the others are 0. The value of a
+// plain number is only worked out from its text if a rule asks for it, which few do: rules read values by
+// slot_lval and its like.
 struct arg_slot {
     const char *text;   // what rules write: as typed, a quoted string decoded and between double quotes
     const char *str;    // the text without quotes; null for numeric types and for an empty argument
@@ -53,6 +57,7 @@ struct arg_slot {
     int32_t lval;       // value of a type 1 argument
     int32_t ival;       // value of a type 2 argument
     float fval;         // value of a type 3 argument
+    uint8_t deferred;   // type code of a plain number whose value is in its text alone; else 0
 };
 
 extern arg_slot arg_slots[arg_slots_size];
@@ -72,8 +77,11 @@ void slot_set_word(const char *word);
 // numeric arguments (100 of 251 characters at the most), and the others (as many characters as arg_pool
 // has bytes) with a pair of quotes each. Together they keep a short statement in few cache lines.
 constexpr uint32_t slot_texts_size = 128 + arg_types_size * (arg_text_room + 1 + 2) + 3008;
-extern char slot_texts[slot_texts_size];
+constexpr uint32_t slot_text_slack =
+    16; // bytes behind any text that may be read, and written while it is made
+extern char slot_texts[slot_texts_size + slot_text_slack];
 extern uint32_t slot_texts_used;
+extern const char slot_no_text[1 + slot_text_slack]; // the text of a cleared slot
 
 // Room for a text of the given length and a NUL that stays valid for the statement.
 inline char *slot_text_room(uint32_t size)
@@ -86,7 +94,7 @@ inline char *slot_text_room(uint32_t size)
 // Clears the slot under arg_cursor: no text, no values, state slot_mark.
 inline void slot_clear()
 {
-    *arg_cursor = arg_slot{"", nullptr, nullptr, 0, 0, slot_mark, 0, 0, 0};
+    *arg_cursor = arg_slot{slot_no_text, nullptr, nullptr, 0, 0, slot_mark, 0, 0, 0, 0};
 }
 
 // Steps arg_cursor to the next slot and clears that.
@@ -94,6 +102,32 @@ inline void slot_advance()
 {
     arg_cursor++;
     slot_clear();
+}
+
+// The number that the text of a deferred slot spells: a sign, digits, a point, digits.
+double slot_plain_number(const arg_slot *slot);
+
+// The value of a slot, 0 if it isn't of that type.
+inline int32_t slot_lval(const arg_slot *slot)
+{
+    return slot->deferred == ARG_LONG ? int_from_double(slot_plain_number(slot)) : slot->lval;
+}
+
+inline int32_t slot_ival(const arg_slot *slot)
+{
+    return slot->deferred == ARG_INT ? int_from_double(slot_plain_number(slot)) : slot->ival;
+}
+
+inline float slot_fval(const arg_slot *slot)
+{
+    return slot->deferred == ARG_FLOAT ? float_from_double(slot_plain_number(slot)) : slot->fval;
+}
+
+inline double slot_dval(const arg_slot *slot)
+{
+    if (slot->deferred == ARG_DOUBLE)
+        return slot_plain_number(slot);
+    return slot->dval != nullptr ? *slot->dval : 0;
 }
 
 // Ends the list at the slot under arg_cursor: everything behind it reads as cleared.

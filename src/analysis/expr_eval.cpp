@@ -92,13 +92,13 @@ static constexpr token_levels token_levels_make()
 }
 static constexpr token_levels token_table = token_levels_make();
 
-struct rule_row {
+struct grammar_row {
     uint8_t length; // symbols of the right side
     uint8_t level;  // the power of the finished rule to keep its right operand short; 0: it has none
 };
 
 // By rule number. Equal levels complete the rule: every binary operator associates to the left.
-static constexpr rule_row rule_table[] = {
+static constexpr grammar_row rule_table[] = {
     {0, 0},                                            // no rule has the number 0
     {2, 0},  {2, 0},                                   // 1 input: expr END, 2 input: decl END
     {0, 0},  {1, 0},  {3, 0},  {2, 0},                 // 3 to 6 decl
@@ -511,6 +511,8 @@ static int take_start()
     } else if (peek() == TOKEN_TYPEWORD) {
         if ((step = shift(52)) == STEP_ON)
             step = take_decl_item();
+    } else if (peek() == TOKEN_END) {
+        step = STEP_DECLARATION; // decl: (empty), 3
     }
     return step;
 }
@@ -716,7 +718,9 @@ static int expr_parse()
     int step = take_start();
     while (step == STEP_ON)
         step = top->symbol == SYMBOL_EXPR ? take_behind_operand() : take_operand();
-    // 2 input: decl END. A declaration that something follows is a fault too; either way there is no value.
+    // 2 input: decl END
+    if (step == STEP_DECLARATION && peek() != TOKEN_END)
+        step = syntax_error();
     if (step == STEP_DECLARATION || step == STEP_RECOVER) {
         if (lookahead != TOKEN_END)
             lex_finish();
@@ -724,14 +728,19 @@ static int expr_parse()
     return step == STEP_ACCEPT ? 0 : 1;
 }
 
+bool eval_bare_name(const char *text, double *value)
+{
+    if (!lex_is_bare_name(text))
+        return false;
+    (void)var_read(text, nullptr);
+    *value = var_current.value;
+    return true;
+}
+
 const double *eval_expr(char *text)
 {
-    if (lex_is_bare_name(text)) {
-        // What the parser would do with it, without the parser.
-        (void)var_read(text, nullptr);
-        expr_result = var_current.value;
+    if (eval_bare_name(text, &expr_result))
         return &expr_result;
-    }
     expr_pool_used = 0;
     lex_start(text);
     return expr_parse() == 0 ? &expr_result : nullptr;

@@ -3,7 +3,6 @@
 #include "support/number.h"
 #include "support/text.h"
 
-#include <math.h>
 #include <string.h>
 
 lex_state lex;
@@ -126,16 +125,6 @@ static int16_t lex_based(unsigned digit_class, uint32_t base)
     }
     lex.number = wrap_int32(value);
     return TOKEN_NUMBER;
-}
-
-double powers_of_ten[2 * powers_kept + 1];
-
-double power_of_ten_slow(int32_t n)
-{
-    double power = pow(10.0, n);
-    if (n >= -powers_kept && n <= powers_kept)
-        powers_of_ten[n + powers_kept] = power;
-    return power;
 }
 
 static int16_t lex_decimal(char c)

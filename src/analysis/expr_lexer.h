@@ -49,16 +49,3 @@ void lex_finish();
 // " or ): decodes it in place, ends it with a NUL, and leaves the terminator to be the next token. Without a
 // terminator it gives an empty string and leaves pos where it was.
 char *expr_read_string(char terminator);
-
-// The value of 10 to the power n, as pow gives it. The small powers are kept, filled by pow itself on first
-// use, so that a power is the same number from the table and from pow.
-constexpr int32_t powers_kept = 24;
-extern double powers_of_ten[2 * powers_kept + 1]; // from -powers_kept up; 0: not filled yet
-double power_of_ten_slow(int32_t n);
-
-inline double power_of_ten(int32_t n)
-{
-    if (n < -powers_kept || n > powers_kept || powers_of_ten[n + powers_kept] == 0)
-        return power_of_ten_slow(n);
-    return powers_of_ten[n + powers_kept];
-}

@@ -17,45 +17,71 @@ constexpr int getcur_optional = 5;
 // last integer: set by emit_getcur_comment, read by emit_getcur_tail.
 static const arg_slot *getcur_kept[getcur_optional];
 static const arg_slot *getcur_last;
-static constexpr arg_slot getcur_no_last{"", nullptr, nullptr, 0, 0, slot_mark, 0, 0, 0.0F};
+static constexpr arg_slot getcur_no_last{slot_no_text, nullptr, nullptr, 0, 0, slot_mark, 0, 0, 0, 0};
 
 // INPUT looks at no more of its format than this.
 constexpr int scan_format_max = 1299;
 
-void emit_form(const form_code &form, int32_t last_slot)
+char *put_long_text(char *place, const char *text, size_t size)
 {
-    const form_piece *end = form.pieces + form.pieces_used;
-    for (const form_piece *piece = form.pieces; piece < end; piece++) {
-        const char *literal = form.text + piece->start;
-        const char *joint = literal + piece->size + 1;
-        const arg_slot *slot = arg_slots + piece->slot;
-        out_bytes(literal, piece->size);
-        switch (piece->mark) {
-        case MARK_TEXT: out_bytes(slot->text, slot->text_size); break;
-        case MARK_LVAL: out_format("%d", slot->lval); break;
-        case MARK_IVAL: out_format("%d", slot->ival); break;
-        case MARK_IF_ANY:
-            if (slot->text_size == 0)
-                break;
+    out_give_place(place);
+    out_bytes(text, size);
+    return out_take_place(put_room);
+}
+
+static inline char *put_literal(char *place, const form_code &form, const form_piece *piece)
+{
+    if (piece->size > sizeof piece->head)
+        return put_long_text(place, form.text + piece->start, piece->size);
+    memcpy(place, piece->head, sizeof piece->head);
+    return place + piece->size;
+}
+
+static void emit_rare_mark(const form_code &form, const form_piece *piece, int32_t last_slot)
+{
+    const char *joint = form.text + piece->start + piece->size + 1;
+    const arg_slot *slot = arg_slots + piece->slot;
+    switch (piece->mark) {
+    case MARK_LVAL: out_format("%d", slot_lval(slot)); break;
+    case MARK_IVAL: out_format("%d", slot_ival(slot)); break;
+    case MARK_IF_ANY:
+        if (slot->text_size == 0)
+            break;
+        out_bytes(joint, piece->joint);
+        out_bytes(slot->text, slot->text_size);
+        break;
+    case MARK_LIST:
+        for (const arg_slot *last = arg_slots + last_slot; slot <= last; slot++) {
             out_bytes(joint, piece->joint);
             out_bytes(slot->text, slot->text_size);
-            break;
-        case MARK_LIST:
-            for (const arg_slot *last = arg_slots + last_slot; slot <= last; slot++) {
-                out_bytes(joint, piece->joint);
-                out_bytes(slot->text, slot->text_size);
-            }
-            break;
-        default: break;
+        }
+        break;
+    default: break;
+    }
+}
+
+void emit_form(const form_code &form, int32_t last_slot)
+{
+    char *place = out_take_place(put_room);
+    const form_piece *end = form.pieces + form.pieces_used;
+    for (const form_piece *piece = form.pieces; piece < end; piece++) {
+        place = put_literal(place, form, piece);
+        if (piece->mark == MARK_TEXT) {
+            place = put_text(place, arg_slots + piece->slot);
+        } else if (piece->mark != MARK_NONE) {
+            out_give_place(place);
+            emit_rare_mark(form, piece, last_slot);
+            place = out_take_place(put_room);
         }
     }
+    out_give_place(place);
 }
 
 int32_t take_bounded_int(uint8_t type_byte, int32_t low, int32_t high)
 {
     if ((type_byte & ARG_ABSENT) != 0)
         return 0;
-    int32_t value = (arg_cursor++)->lval;
+    int32_t value = slot_lval(arg_cursor++);
     return value >= low && value <= high ? value : 0;
 }
 
@@ -146,9 +172,9 @@ void emit_getcur_comment()
     getcur_last = &getcur_no_last;
     (void)take_bounded_int(arg_types[17], 1, INT32_MAX);
     const arg_slot *last = arg_cursor++;
-    if (last->lval != 0)
+    if (slot_lval(last) != 0)
         emit_argument(last);
-    if ((arg_cursor++)->lval != 0) {
+    if (slot_lval(arg_cursor++) != 0) {
         getcur_last = arg_cursor;
         emit_argument(getcur_last);
     }
@@ -160,7 +186,7 @@ void emit_getcur_tail()
         if ((arg_types[getcur_first + i] & ARG_ABSENT) == 0)
             emit_argument(getcur_kept[i]);
     emit_menu_string(arg_types + getcur_first + getcur_optional);
-    if ((arg_cursor++)->lval != 0)
+    if (slot_lval(arg_cursor++) != 0)
         emit_argument(getcur_last);
 }
 

@@ -9,15 +9,38 @@
 #include "support/output.h"
 
 #include <stdint.h>
+#include <string.h>
 
 // Writes a form. last_slot is where a list mark ends. The slot cursor stays where it is.
 void emit_form(const form_code &form, int32_t last_slot = 0);
 
-// Writes ", " and the text of a slot; an empty text so leaves the place holder, ", " alone.
+// Room for all the short pieces that a form or a tail may have. A longer piece finds its own room and makes
+// this much again for those behind it.
+constexpr size_t put_room = form_pieces_max * (sizeof(form_piece::head) + slot_text_slack);
+
+// put_text for a text that isn't short.
+char *put_long_text(char *place, const char *text, size_t size);
+
+// Puts the text of a slot at a place in the output, see out_take_place. Gives the place behind it.
+inline char *put_text(char *place, const arg_slot *slot)
+{
+    if (slot->text_size > slot_text_slack)
+        return put_long_text(place, slot->text, slot->text_size);
+    memcpy(place, slot->text, slot_text_slack);
+    return place + slot->text_size;
+}
+
+// Puts ", " and the text of a slot; an empty text so leaves the place holder, ", " alone.
+inline char *put_argument(char *place, const arg_slot *slot)
+{
+    memcpy(place, ", ", 2);
+    return put_text(place + 2, slot);
+}
+
+// The same for a single argument.
 inline void emit_argument(const arg_slot *slot)
 {
-    out_bytes(", ", 2);
-    out_bytes(slot->text, slot->text_size);
+    out_give_place(put_argument(out_take_place(put_room), slot));
 }
 
 // Reads a bounded integer: 0 with no step of the cursor if type_byte has ARG_ABSENT; otherwise the cursor

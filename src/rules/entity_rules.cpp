@@ -157,12 +157,14 @@ static void emit_attr_tail()
     int last = attr_end(span);
     // Kept: the place of the first attribute holds this constant; the attribute itself is gone.
     out_text(", 0");
+    char *place = out_take_place(put_room);
     for (int i = 1; i < attr_span - 1; i++)
         if (i + 1 < last || span[i].text_size > 0)
-            emit_argument(span + i);
+            place = put_argument(place, span + i);
     if (span[attr_span - 1].text_size > 0)
-        emit_argument(span + attr_span - 1);
-    out_char('\n');
+        place = put_argument(place, span + attr_span - 1);
+    *place++ = '\n';
+    out_give_place(place);
     arg_cursor += attr_span;
 }
 
@@ -172,10 +174,12 @@ static void emit_attr_comment()
     const arg_slot *span = arg_cursor;
     int last = attr_end(span);
     // Kept: the eighth attribute is missing from comments, though it counts for the place holders.
+    char *place = out_take_place(put_room);
     for (int i = 0; i < attr_span - 1; i++)
         if (i + 1 < last || span[i].text_size > 0)
-            emit_argument(span + i);
-    out_char('\n');
+            place = put_argument(place, span + i);
+    *place++ = '\n';
+    out_give_place(place);
 }
 
 // Reads six attributes under the cursor and leaves the cursor behind them. fill takes the third place.
@@ -196,12 +200,14 @@ static void emit_poly_tail(int32_t fill)
 static void emit_text_comment()
 {
     const arg_slot *span = arg_cursor;
+    char *place = out_take_place(put_room);
     for (int i = 0; i < text_span; i++) {
         // Kept: the eleventh never shows in a comment.
         if (i != 10 && span[i].text_size > 0)
-            emit_argument(span + i);
+            place = put_argument(place, span + i);
     }
-    out_char('\n');
+    *place++ = '\n';
+    out_give_place(place);
 }
 
 // The style attribute of a text in words.
@@ -235,18 +241,20 @@ static void emit_text_tail(const uint8_t *types)
     // Kept: a style below 0 leaves its place out, with no comma.
     if (style >= 0)
         out_text(text_styles[style]);
+    char *place = out_take_place(put_room);
     for (int i = 7; i < text_span; i++)
-        emit_argument(span + i);
-    out_char('\n');
+        place = put_argument(place, span + i);
+    *place++ = '\n';
+    out_give_place(place);
     arg_cursor = span + text_span;
 }
 
 // POLYGON mode, fill, count, points, attributes -> POLYLINE count, points, 2 or 3, attributes with fill
 static void conv_polygon()
 {
-    int32_t mode = arg_slots[1].lval == 2 ? 3 : 2;
-    int32_t fill = arg_slots[2].lval;
-    int32_t count = arg_slots[3].lval;
+    int32_t mode = slot_lval(arg_slots + 1) == 2 ? 3 : 2;
+    int32_t fill = slot_lval(arg_slots + 2);
+    int32_t count = slot_lval(arg_slots + 3);
     const char *points = arg_slots[4].text;
     out_format(tip_fill_color, fill);
     out_format("POLYLINE %d, %s, %d", count, points, mode);
@@ -257,8 +265,8 @@ static void conv_polygon()
 // VPOLYGON mode, fill, count, points, number, attributes -> POLYLINE count, points, attributes with fill
 static void conv_vpolygon()
 {
-    int32_t fill = arg_slots[2].lval;
-    int32_t count = arg_slots[3].lval;
+    int32_t fill = slot_lval(arg_slots + 2);
+    int32_t count = slot_lval(arg_slots + 3);
     const char *points = arg_slots[4].text;
     out_text(tip_default_matrix);
     // Kept: no third field here, and the last attribute is dropped: the tail is narrower than the list.
@@ -273,7 +281,7 @@ static void conv_polyline()
 {
     static constexpr form_code new_line = form("{W}, {A1}, {A2}, {A4}", command_spec_count(7));
 
-    int32_t fill = arg_slots[7].lval;
+    int32_t fill = slot_lval(arg_slots + 7);
     out_text(tip_system_view);
     // Kept: a comma directly behind the word.
     emit_form(new_line);
@@ -290,7 +298,7 @@ static void conv_view()
         "MATRIX {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, {A7}, {A8}, {A9}, {A10}\n",
         command_spec_count(129));
 
-    if (arg_slots[1].lval < system_views)
+    if (slot_lval(arg_slots + 1) < system_views)
         out_text(tip_system_view);
     emit_form(lines);
 }

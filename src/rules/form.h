@@ -17,6 +17,7 @@ enum form_mark : uint8_t { MARK_NONE, MARK_TEXT, MARK_LVAL, MARK_IVAL, MARK_IF_A
 
 // A literal and the mark behind it. The joint, the ", " of {, A3}, stands behind the mark's brace.
 struct form_piece {
+    char head[8];   // the literal itself if it is no longer than this
     uint16_t start; // of the literal in the form's text
     uint16_t size;  // of the literal
     uint8_t mark;   // a form_mark
@@ -85,6 +86,8 @@ constexpr form_code form(const char *text, int slots = form_slot_max)
         while (text[at] != '{' && text[at] != '\0')
             at++;
         piece->size = static_cast<uint16_t>(at - piece->start);
+        for (int i = 0; i < 8 && i < piece->size; i++)
+            piece->head[i] = text[piece->start + i];
         if (text[at] == '{')
             at = form_read_mark(text, at, piece);
         if (piece->mark != MARK_LIST && piece->slot > code.top_slot)

@@ -178,14 +178,14 @@ static void conv_delent(int32_t)
 
     emit_form(word);
     // Kept: only the entity -1 survives, any other is dropped.
-    out_text(arg_slots[1].ival == -1 ? " -1\n" : "\n");
+    out_text(slot_ival(arg_slots + 1) == -1 ? " -1\n" : "\n");
 }
 
 // With the cursor on the last integer of a menu: steps over it.
 static void emit_menu_integer()
 {
     // Kept: an integer other than 0 shows as a comma and a blank, for what is written is the slot behind it.
-    if ((arg_cursor++)->lval != 0)
+    if (slot_lval(arg_cursor++) != 0)
         emit_argument(arg_cursor);
 }
 

@@ -127,7 +127,7 @@ static void conv_setcur(int32_t)
 {
     static constexpr form_code head = form("REM {W} {A1}, {A2}", command_spec_count(313));
 
-    int32_t mode = arg_slots[3].lval;
+    int32_t mode = slot_lval(arg_slots + 3);
     emit_form(head);
     if (mode != 0)
         out_format(", %d", mode);
@@ -142,8 +142,8 @@ static void conv_prange(int32_t)
     // Kept: no comma behind the second number. All are values here, the coordinates with six decimals.
     emit_form(head);
     const arg_slot *slot = arg_slots + 3;
-    out_format("%f, %f, %f, ", *slot[0].dval, *slot[1].dval, *slot[2].dval);
-    out_format("%f, %f, %f\n", *slot[3].dval, *slot[4].dval, *slot[5].dval);
+    out_format("%f, %f, %f, ", slot_dval(slot), slot_dval(slot + 1), slot_dval(slot + 2));
+    out_format("%f, %f, %f\n", slot_dval(slot + 3), slot_dval(slot + 4), slot_dval(slot + 5));
 }
 
 // Kept: the tip is one long line, and an empty line follows it.

@@ -189,25 +189,33 @@ constexpr command_rows_sorted rows_make()
 
 static constexpr command_rows_sorted cmd_table = rows_make();
 
-// The rows whose names begin with a letter: from first[letter] to first[letter + 1], a being 0.
-struct letter_ranges {
-    std::array<int16_t, 27> first;
-};
+// A place for each row by a hash of its key, so that most words are found or missed at one look: the index of
+// the row and 1, or 0. A taken place gives way to the next one.
+constexpr uint32_t key_places = 2048;
 
-constexpr letter_ranges letters_make()
+constexpr uint32_t key_place(const command_key &key)
 {
-    letter_ranges ranges{};
-    size_t row = 0;
-    for (size_t letter = 0; letter <= 26; letter++) {
-        while (row < cmd_table.size() &&
-               static_cast<size_t>(char_lower(cmd_table[row].name[0]) - 'a') < letter)
-            row++;
-        ranges.first[letter] = static_cast<int16_t>(row);
-    }
-    return ranges;
+    uint64_t mixed = (key.high ^ key.low * 0x9E3779B97F4A7C15u) * 0xFF51AFD7ED558CCDu;
+    return static_cast<uint32_t>(mixed >> 53);
 }
 
-static constexpr letter_ranges command_letters = letters_make();
+struct key_index {
+    std::array<uint16_t, key_places> row;
+};
+
+constexpr key_index keys_index()
+{
+    key_index index{};
+    for (size_t row = 0; row < command_order.size(); row++) {
+        uint32_t place = key_place(command_order[row].key);
+        while (index.row[place] != 0)
+            place = (place + 1) % key_places;
+        index.row[place] = static_cast<uint16_t>(row + 1);
+    }
+    return index;
+}
+
+static constexpr key_index command_index = keys_index();
 
 const cmd_row &command_row_at(int32_t index)
 {
@@ -220,21 +228,13 @@ int32_t command_find(const char *word)
     while (word[length] != 0)
         if (++length == command_name_size)
             return -1;
-    if (!text_is(word[0], CHAR_LETTER))
-        return -1;
     command_key key = key_make(word);
-    auto letter = static_cast<size_t>(char_lower(word[0]) - 'a');
-    int32_t low = command_letters.first[letter];
-    int32_t high = command_letters.first[letter + 1];
-    while (low < high) {
-        int32_t middle = (low + high) / 2;
-        const command_key &at = command_order[static_cast<size_t>(middle)].key;
-        if (key_less(at, key))
-            low = middle + 1;
-        else if (key_less(key, at))
-            high = middle;
-        else
-            return middle;
+    for (uint32_t place = key_place(key);; place = (place + 1) % key_places) {
+        int32_t row = command_index.row[place] - 1;
+        if (row < 0)
+            return -1;
+        const command_key &known = command_order[static_cast<size_t>(row)].key;
+        if (known.high == key.high && known.low == key.low)
+            return row;
     }
-    return -1;
 }

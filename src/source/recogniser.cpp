@@ -30,11 +30,12 @@ static int copy_white(FILE *stream)
     return c;
 }
 
-// Takes the characters of a word that lie ready in the source, as long as there is room. Gives its length then.
+// Takes the characters of a word that lie ready in the source, as long as there is room. Gives its length
+// then.
 static int32_t take_ready_word(char *word, int32_t length, int32_t *room)
 {
     const unsigned char *p = src_raw.pos;
-    for (; p < src_raw.plain_end && *room > 1 && char_is(*p, CHAR_WORD); p++, (*room)--)
+    for (; p<src_raw.plain_end && * room> 1 && char_is(*p, CHAR_WORD); p++, (*room)--)
         word[length++] = static_cast<char>(*p);
     if (p > src_raw.pos)
         src_raw.pos = p;

@@ -5,15 +5,6 @@
 #include <float.h>
 #include <math.h>
 
-int32_t int_from_double(double value)
-{
-    // 2^63 itself is outside; the comparison is false for NaN.
-    const double limit = 9223372036854775808.0;
-    if (!(value >= -limit && value < limit))
-        return 0;
-    return wrap_int32(static_cast<uint64_t>(static_cast<int64_t>(value)));
-}
-
 float float_from_double(double value)
 {
     // Up to half a step behind the largest float, that is what is nearest.
@@ -40,4 +31,14 @@ int32_t int_from_text(const char *text)
     if (minus)
         return value > INT32_MAX ? INT32_MIN : static_cast<int32_t>(-value);
     return value > INT32_MAX ? INT32_MAX : static_cast<int32_t>(value);
+}
+
+double powers_of_ten[2 * powers_kept + 1];
+
+double power_of_ten_slow(int32_t n)
+{
+    double power = pow(10.0, n);
+    if (n >= -powers_kept && n <= powers_kept)
+        powers_of_ten[n + powers_kept] = power;
+    return power;
 }

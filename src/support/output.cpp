@@ -51,7 +51,8 @@ static void out_integer(int32_t value)
     } while (rest > 0);
     if (value < 0)
         digits[--at] = '-';
-    out_bytes(digits + at, sizeof digits - static_cast<size_t>(at));
+    for (; at < static_cast<int>(sizeof digits); at++)
+        out_char(digits[at]);
 }
 
 static void out_float(double value)
