@@ -9,7 +9,10 @@ group_packages() {
     case $1 in
     build) echo g++ cmake ninja-build ;;
     check) echo libgtest-dev clang clang-format clang-tidy ;;
-    windows) echo g++-mingw-w64-x86-64-posix wine wine64 xvfb xauth xdotool zip unzip ;;
+    windows) echo g++-mingw-w64-x86-64-posix ;;
+    wine) echo wine wine64 ;;
+    dialog) echo xvfb xdotool ;;
+    packages) echo dpkg-dev gzip groff-base ;;
     bench) echo libbenchmark-dev hyperfine time ;;
     fuzz) echo clang libclang-rt-14-dev ;;
     coverage) echo gcovr ;;

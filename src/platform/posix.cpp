@@ -233,16 +233,34 @@ static select_result select_from_program(const char *const *arguments, void (*ta
     return result;
 }
 
+// The option that lets zenity begin in the current directory, which it must be told as a whole path. Null if
+// that can't be had: then zenity begins where it likes. The caller frees it.
+static char *zenity_folder_option()
+{
+    static const char option[] = "--filename=";
+    char *folder = realpath(".", nullptr);
+    if (folder == nullptr)
+        return nullptr;
+    size_t size = sizeof option + strlen(folder) + 1;
+    char *text = static_cast<char *>(malloc(size));
+    if (text != nullptr)
+        snprintf(text, size, "%s%s/", option, folder);
+    free(folder);
+    return text;
+}
+
 static select_result select_from_dialog(void (*take)(const char *path, void *context), void *context)
 {
-    static const char *const zenity[] = {"zenity",
-                                         "--file-selection",
-                                         "--multiple",
-                                         "--separator=\n",
-                                         "--title=Open",
-                                         "--file-filter=MURL Files (*.mrl)|*.mrl",
-                                         "--file-filter=MURL Files (*.mrp)|*.mrp",
-                                         nullptr};
+    char *folder_option = zenity_folder_option();
+    const char *const zenity[] = {"zenity",
+                                  "--file-selection",
+                                  "--multiple",
+                                  "--separator=\n",
+                                  "--title=Open",
+                                  "--file-filter=MURL Files (*.mrl)|*.mrl",
+                                  "--file-filter=MURL Files (*.mrp)|*.mrp",
+                                  folder_option,
+                                  nullptr};
     static const char *const kdialog[] = {"kdialog",
                                           "--title",
                                           "Open",
@@ -253,6 +271,7 @@ static select_result select_from_dialog(void (*take)(const char *path, void *con
                                           "MURL Files (*.mrl)\nMURL Files (*.mrp)",
                                           nullptr};
     select_result result = select_from_program(zenity, take, context);
+    free(folder_option);
     if (result == SELECT_MISSING)
         result = select_from_program(kdialog, take, context);
     return result;

@@ -1,0 +1,105 @@
+#!/bin/sh
+# The Windows side: builds murlconv.exe and its tests, and runs them under wine. Every golden pair and sample
+# must give what the POSIX build gives, with CR LF for LF.
+set -eu
+cd "$(dirname -- "$0")/.."
+root=$PWD
+check_name=check_windows
+work=$root/build/windows/check
+wine_home=$root/build/windows/wine
+. tools/checks.sh
+
+# ---- The file itself: small, and at home on any Windows ----
+
+check_exe() {
+    size=$(wc -c <"$1")
+    [ "$size" -lt 1000000 ] || fail "murlconv.exe has $size bytes"
+    strange=$(x86_64-w64-mingw32-objdump -p "$1" | sed -n 's/.*DLL Name: //p' | tr '[:upper:]' '[:lower:]' |
+        grep -v -x -e kernel32.dll -e msvcrt.dll -e user32.dll -e comdlg32.dll) || true
+    [ -z "$strange" ] || fail "murlconv.exe needs $strange"
+    x86_64-w64-mingw32-objdump -h "$1" | grep -q '\.rsrc' || fail 'murlconv.exe has no icon and version'
+}
+
+# ---- The same results as on POSIX ----
+
+# Two copies of all scripts, as they are and with CR LF: one for each program.
+copy_scripts() {
+    mkdir -p "$work/posix/crlf"
+    cp -R samples "$work/posix/samples"
+    cp -R tests/golden "$work/posix/golden"
+    find "$work/posix" -name '*_conv.mr[lp]' -exec rm {} +
+    cp -R "$work/posix/samples" "$work/posix/golden" "$work/posix/crlf"
+    find "$work/posix/crlf" -name '*.mr[lp]' -exec perl -pi -e 's/\r?\n/\r\n/' {} +
+    cp -R "$work/posix" "$work/windows"
+    (cd "$work/posix" && find . -name '*.mr[lp]' | sort) >"$work/scripts"
+    [ -s "$work/scripts" ] || fail 'there are no scripts'
+}
+
+# Many scripts a run, as a start of wine takes long.
+convert_scripts() {
+    (cd "$work/posix" && xargs -d '\n' -n 200 "$root/build/release/murlconv") \
+        <"$work/scripts" >"$work/posix.out"
+    (cd "$work/windows" && tr / '\\' | xargs -d '\n' -n 200 timeout 300 wine "$exe" 2>>"$wine_log") \
+        <"$work/scripts" >"$work/windows.out"
+}
+
+compare_scripts() {
+    to_crlf "$work/posix.out" | cmp - "$work/windows.out" || fail 'messages differ from those on POSIX'
+    while read -r script; do
+        output=${script%.*}_conv.${script##*.}
+        to_crlf "$work/posix/$output" | diff -u --label "posix $output" --label "windows $output" \
+            - "$work/windows/$output" || fail "results differ from those on POSIX"
+        cmp "$work/posix/$script" "$work/windows/$script" || fail "$script was changed"
+    done <"$work/scripts"
+    echo "windows: $(wc -l <"$work/scripts") scripts give what they give on POSIX"
+}
+
+# ---- Paths of every kind, in one run ----
+
+check_paths() {
+    mkdir -p "$work/paths/x y" "$work/paths/dir.d" "$work/paths/taken_conv.mrl" "$work/paths/folder.mrl"
+    cd "$work/paths"
+    drive=Z:$(pwd | tr / '\\')
+    long=$(printf '%0300d' 0)
+    printf 'LINE 1,2,3,4,5,6' >../line.mrl
+    "$root/build/release/murlconv" ../line.mrl
+    for script in 'x y/a b.mrl' dir.d/script .mrl up.MRL dots.a.b.mrp drive.mrl 'é.mrl' taken.mrl twice.mrl; do
+        cp ../line.mrl "$script"
+    done
+    wine_run "$exe" "$drive\\x y\\a b.mrl" 'dir.d\script' missing.mrl ./.mrl 'x y\..\up.MRL' 'dots.a.b.mrp' \
+        'folder.mrl' z:drive.mrl 'é.mrl' "$long.mrl" taken.mrl 'Z:\proc\version' twice.mrl twice.mrl \
+        >../paths.out || fail 'paths: exit status is not 0'
+    {
+        printf 'Unable to open %s' missing.mrl folder.mrl "$long.mrl"
+        printf 'Unable to Open file %s' taken_conv.mrl 'Z:\proc\version_conv'
+    } | diff -u --label wanted --label printed - ../paths.out || fail 'paths: messages'
+    cd "$root"
+    for output in 'x y/a b_conv.mrl' dir.d/script_conv _conv.mrl up_conv.MRL dots.a.b_conv.mrp drive_conv.mrl \
+        'é_conv.mrl' twice_conv.mrl; do
+        to_crlf "$work/line_conv.mrl" | diff -u --label wanted --label "$output" - "$work/paths/$output" ||
+            fail paths
+    done
+    echo 'windows: paths are taken as they come'
+}
+
+need build 'the POSIX side is not built to compare with'
+need windows 'the Windows side is not built and not checked'
+build release
+build windows
+exe=$root/build/windows/murlconv.exe
+check_exe "$exe"
+
+need wine 'the Windows side is built, but not run'
+. tools/wine.sh
+rm -rf "$work"
+mkdir -p "$work/empty"
+wine_start
+(cd "$work/empty" && wine_run "$root/build/windows/tests/windows_test.exe")
+copy_scripts
+convert_scripts
+compare_scripts
+check_paths
+
+need dialog 'the open dialog of the Windows side is not tried'
+. tests/platform/windows_dialog.sh
+check_dialog
