@@ -2,29 +2,28 @@
 // programs.
 #include "platform/platform.h"
 
+#include "common/run.h"
+
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <string.h>
 #include <string>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
-namespace {
-
 using name_list = std::vector<std::string>;
 
 // An empty directory to work in. Standard input, PATH and what tells of a display are put back at the end.
-class PlatformTest : public testing::Test {
+class platform : public testing::Test {
 protected:
     void SetUp() override
     {
-        char name[] = "/tmp/murlconv_test_XXXXXX";
-        ASSERT_NE(mkdtemp(name), nullptr);
-        directory = name;
+        directory = fresh_folder("platform");
         start = open(".", O_RDONLY | O_CLOEXEC);
-        ASSERT_EQ(chdir(name), 0);
+        ASSERT_EQ(chdir(directory.c_str()), 0);
         old_input = dup(STDIN_FILENO);
         old_path = getenv("PATH");
         unsetenv("DISPLAY");
@@ -38,28 +37,6 @@ protected:
         close(old_input);
         EXPECT_EQ(fchdir(start), 0);
         close(start);
-        std::string command = "rm -rf " + directory;
-        EXPECT_EQ(system(command.c_str()), 0);
-    }
-
-    static void write_file(const char *path, const std::string &bytes)
-    {
-        FILE *file = fopen(path, "w");
-        ASSERT_NE(file, nullptr) << path;
-        fwrite(bytes.data(), 1, bytes.size(), file);
-        fclose(file);
-    }
-
-    static std::string read_file(const char *path)
-    {
-        std::string bytes;
-        FILE *file = fopen(path, "r");
-        if (file == nullptr)
-            return "(missing)";
-        for (int c = getc(file); c != EOF; c = getc(file))
-            bytes += static_cast<char>(c);
-        fclose(file);
-        return bytes;
     }
 
     // A program of the test's own in front of everything else in PATH.
@@ -67,7 +44,7 @@ protected:
     {
         mkdir("bin", 0777);
         std::string path = std::string("bin/") + name;
-        write_file(path.c_str(), "#!/bin/sh\n" + script);
+        write_file(path, "#!/bin/sh\n" + script);
         chmod(path.c_str(), 0777);
         setenv("PATH", (directory + "/bin:" + old_path).c_str(), 1);
     }
@@ -114,21 +91,13 @@ protected:
         return names;
     }
 
-    static int open_files()
-    {
-        int count = 0;
-        for (int file = 0; file < 256; file++)
-            count += fcntl(file, F_GETFD) >= 0;
-        return count;
-    }
-
     std::string directory;
     std::string old_path;
     int start = -1;
     int old_input = -1;
 };
 
-TEST_F(PlatformTest, InputIsReadAsItIs)
+TEST_F(platform, input_is_read_as_it_is)
 {
     write_file("a.mrl", std::string("A\r\nB\0\x1a\xff", 7));
     FILE *input = plat_open_input("a.mrl");
@@ -144,7 +113,7 @@ TEST_F(PlatformTest, InputIsReadAsItIs)
     fclose(input);
 }
 
-TEST_F(PlatformTest, InputThatCanNotBeReadIsRefusedWithoutALeak)
+TEST_F(platform, input_that_can_not_be_read_is_refused_without_a_leak)
 {
     mkdir("folder", 0777);
     ASSERT_EQ(symlink("loop", "loop"), 0);
@@ -158,7 +127,7 @@ TEST_F(PlatformTest, InputThatCanNotBeReadIsRefusedWithoutALeak)
     EXPECT_EQ(open_files(), before);
 }
 
-TEST_F(PlatformTest, InputFromAFifo)
+TEST_F(platform, input_from_a_fifo)
 {
     ASSERT_EQ(mkfifo("fifo", 0666), 0);
     pid_t writer = fork();
@@ -177,7 +146,7 @@ TEST_F(PlatformTest, InputFromAFifo)
     waitpid(writer, nullptr, 0);
 }
 
-TEST_F(PlatformTest, OutputReplacesWhatWasThere)
+TEST_F(platform, output_replaces_what_was_there)
 {
     write_file("a.mrl", "in");
     write_file("a_conv.mrl", "a long old output");
@@ -195,7 +164,7 @@ TEST_F(PlatformTest, OutputReplacesWhatWasThere)
     fclose(input);
 }
 
-TEST_F(PlatformTest, OutputNeverTouchesItsInput)
+TEST_F(platform, output_never_touches_its_input)
 {
     write_file("a.mrl", "precious");
     ASSERT_EQ(symlink("a.mrl", "soft_conv.mrl"), 0);
@@ -214,7 +183,7 @@ TEST_F(PlatformTest, OutputNeverTouchesItsInput)
     fclose(input);
 }
 
-TEST_F(PlatformTest, PathSplits)
+TEST_F(platform, path_splits)
 {
     struct {
         const char *path, *folder, *base, *extension;
@@ -241,7 +210,7 @@ TEST_F(PlatformTest, PathSplits)
     }
 }
 
-TEST_F(PlatformTest, PipedSelection)
+TEST_F(platform, piped_selection)
 {
     std::string long_name(1000000, 'n');
     struct {
@@ -265,7 +234,7 @@ TEST_F(PlatformTest, PipedSelection)
 }
 
 // A list that is still being written while scripts are converted must not meet its own outputs.
-TEST_F(PlatformTest, PipedSelectionIsWholeBeforeTheFirstPathIsTaken)
+TEST_F(platform, piped_selection_is_whole_before_the_first_path_is_taken)
 {
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
@@ -290,7 +259,7 @@ TEST_F(PlatformTest, PipedSelectionIsWholeBeforeTheFirstPathIsTaken)
     waitpid(writer, nullptr, 0);
 }
 
-TEST_F(PlatformTest, TerminalListAndAnswers)
+TEST_F(platform, terminal_list_and_answers)
 {
     for (const char *name : {"c.mrl", "a.mrp", "d e.mrl", "B.MRL", "x.txt", "mrl", ".hidden.mrl"})
         write_file(name, "");
@@ -327,7 +296,7 @@ TEST_F(PlatformTest, TerminalListAndAnswers)
     }
 }
 
-TEST_F(PlatformTest, TerminalInAFolderWithoutScripts)
+TEST_F(platform, terminal_in_a_folder_without_scripts)
 {
     int result;
     std::string shown;
@@ -335,7 +304,7 @@ TEST_F(PlatformTest, TerminalInAFolderWithoutScripts)
     EXPECT_EQ(shown.find("No *.mrl or *.mrp files"), 0u) << shown;
 }
 
-TEST_F(PlatformTest, DialogPrograms)
+TEST_F(platform, dialog_programs)
 {
     write_file("list.mrl", "");
     setenv("DISPLAY", ":0", 1);
@@ -345,7 +314,8 @@ TEST_F(PlatformTest, DialogPrograms)
     EXPECT_EQ(selected_by("", &result), (name_list{"/x/a b\xff.mrl", "/x/c.mrp"}));
     EXPECT_EQ(result, 0);
     std::string arguments = read_file("arguments");
-    for (const char *part : {"--file-selection|", "--multiple|", "--separator=\n|", "|*.mrl|", "|*.mrp|"})
+    for (const char *part :
+         {"--file-selection|", "--multiple|", "--separator=\n|", "|*.mrl|", "|*.mrp|", "/platform/|"})
         EXPECT_NE(arguments.find(part), std::string::npos) << part << " in " << arguments;
 
     write_program("zenity", "echo lost; exit 1\n");
@@ -368,7 +338,7 @@ TEST_F(PlatformTest, DialogPrograms)
     unsetenv("WAYLAND_DISPLAY");
 }
 
-TEST_F(PlatformTest, NoDialogProgramInPath)
+TEST_F(platform, no_dialog_program_in_path)
 {
     write_file("list.mrl", "");
     setenv("DISPLAY", ":0", 1);
@@ -380,7 +350,7 @@ TEST_F(PlatformTest, NoDialogProgramInPath)
 }
 
 // A script that took the number of a closed standard stream would get the program's messages.
-TEST_F(PlatformTest, ClosedStandardStreamsAreFilled)
+TEST_F(platform, closed_standard_streams_are_filled)
 {
     pid_t child = fork();
     if (child == 0) {
@@ -395,5 +365,3 @@ TEST_F(PlatformTest, ClosedStandardStreamsAreFilled)
     waitpid(child, &status, 0);
     EXPECT_EQ(status, 0);
 }
-
-} // namespace

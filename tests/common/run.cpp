@@ -1,0 +1,151 @@
+#include "common/run.h"
+
+#include "analysis/arg_fetcher.h"
+#include "analysis/expr_eval.h"
+#include "analysis/var_store.h"
+#include "driver/batch.h"
+#include "rules/rules.h"
+#include "source/labels.h"
+#include "source/src_stream.h"
+#include "support/output.h"
+
+#include <gtest/gtest.h>
+
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <iterator>
+
+namespace fs = std::filesystem;
+
+// The tables of a file stay allocated until the process ends, as intended: no leak to report.
+extern "C" const char *__lsan_default_suppressions();
+extern "C" const char *__lsan_default_suppressions()
+{
+    return "leak:pools_init\nleak:heap_create\n";
+}
+
+std::string read_file(const fs::path &path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+void write_file(const fs::path &path, const std::string &bytes)
+{
+    std::ofstream file(path, std::ios::binary);
+    file << bytes;
+    ASSERT_TRUE(file.good()) << path;
+}
+
+std::string times(size_t count, const std::string &text)
+{
+    std::string result;
+    for (size_t i = 0; i < count; i++)
+        result += text;
+    return result;
+}
+
+fs::path fresh_folder(const std::string &name)
+{
+    fs::path folder = fs::path(TEST_SCRATCH_DIR) / name;
+    fs::remove_all(folder);
+    fs::create_directories(folder);
+    return folder;
+}
+
+static const line_directive_state line_directives_at_start = line_directives;
+
+void reset_run()
+{
+    rules_run = {};
+    line_directives = line_directives_at_start;
+    key_load = nullptr;
+    expr_error = nullptr;
+}
+
+int open_files()
+{
+    return static_cast<int>(std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
+}
+
+run_result run_converter(const fs::path &folder, const std::vector<std::string> &paths)
+{
+    fs::path before = fs::current_path();
+    fs::current_path(folder);
+    std::vector<char *> arguments{const_cast<char *>("murlconv")};
+    for (const std::string &path : paths)
+        arguments.push_back(const_cast<char *>(path.c_str()));
+    testing::internal::CaptureStdout();
+    run_result result;
+    result.status = conv_main(static_cast<int>(arguments.size()), arguments.data());
+    result.printed = testing::internal::GetCapturedStdout();
+    fs::current_path(before);
+    return result;
+}
+
+std::string converted(const std::string &script, void (*key)(const char *, key_record *))
+{
+    fs::path folder = fs::path(TEST_SCRATCH_DIR) / ("converted_" + std::to_string(getpid()));
+    fs::create_directories(folder);
+    write_file(folder / "script.mrl", script);
+    reset_run();
+    key_load = key;
+    run_converter(folder, {"script.mrl"});
+    key_load = nullptr;
+    std::string output = read_file(folder / "script_conv.mrl");
+    fs::remove_all(folder);
+    return output;
+}
+
+source_stream::source_stream(const std::string &text) : stream(tmpfile())
+{
+    fwrite(text.data(), 1, text.size(), stream);
+    rewind(stream);
+}
+
+source_stream::~source_stream()
+{
+    fclose(stream);
+}
+
+output_capture::output_capture() : file(tmpfile())
+{
+    out_open(fdopen(dup(fileno(file)), "w"));
+}
+
+std::string output_capture::text()
+{
+    if (open)
+        out_close();
+    open = false;
+    rewind(file);
+    std::string text;
+    for (int c; (c = getc(file)) != EOF;)
+        text += static_cast<char>(c);
+    return text;
+}
+
+output_capture::~output_capture()
+{
+    (void)text();
+    fclose(file);
+}
+
+void file_objects()
+{
+    static var_rec *variables = static_cast<var_rec *>(malloc(var_capacity * sizeof(var_rec)));
+    static label_row *labels = static_cast<label_row *>(malloc(label_capacity * sizeof(label_row)));
+    static char pool[arg_pool_block];
+    vars_start(variables, Vbuf = heap_create("Vbuf", 4096));
+    labels_start(labels);
+    arg_pool = pool;
+}
+
+script_source::script_source(const std::string &text) : source_stream(text)
+{
+    file_objects();
+    src_open("test", stream);
+    src_count_lines();
+}

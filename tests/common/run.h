@@ -1,0 +1,66 @@
+// Runs of the converter inside the test's own process, and the little world that a unit needs around it.
+#pragma once
+
+#include "source/src_stream.h"
+
+#include <stdio.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+std::string read_file(const std::filesystem::path &path);
+void write_file(const std::filesystem::path &path, const std::string &bytes);
+
+// Text repeated.
+std::string times(size_t count, const std::string &text);
+
+// An empty folder under the build folder, which stays for a person to look at.
+std::filesystem::path fresh_folder(const std::string &name);
+
+// Puts all state that outlives a file back to what it is when the process starts.
+void reset_run();
+
+// Number of this process's open files.
+int open_files();
+
+struct run_result {
+    int status;          // what conv_main gave
+    std::string printed; // standard output
+};
+
+// A whole run over paths, as they stand, with folder as current directory. State isn't reset.
+run_result run_converter(const std::filesystem::path &folder, const std::vector<std::string> &paths);
+
+// The output for one script, from a state that is reset first. key may be a hook that enciphered sources
+// need.
+std::string converted(const std::string &script, void (*key)(const char *, key_record *) = nullptr);
+
+// A stream that reads text, closed at the end.
+struct source_stream {
+    explicit source_stream(const std::string &text);
+    ~source_stream();
+    source_stream(const source_stream &) = delete;
+    FILE *stream;
+};
+
+// Gathers what is written to out_file from its making until text().
+struct output_capture {
+    output_capture();
+    ~output_capture();
+    output_capture(const output_capture &) = delete;
+    std::string text();
+
+private:
+    FILE *file;
+    bool open = true;
+};
+
+// Makes the per-file objects anew, as the driver does for each file, so that a unit can work without a
+// driver.
+void file_objects();
+
+// Opens text as the current source, with fresh per-file objects. The stream is at the first statement.
+struct script_source : source_stream {
+    explicit script_source(const std::string &text);
+};

@@ -1,0 +1,255 @@
+// The driver: which output belongs to an input, what can't be opened, and what one file leaves to the next.
+#include "driver/batch.h"
+
+#include "common/diff.h"
+#include "common/run.h"
+#include "source/src_stream.h"
+
+#include <gtest/gtest.h>
+
+#include <errno.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+class batch_test : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        folder = fresh_folder(std::string("batch/") +
+                              testing::UnitTest::GetInstance()->current_test_info()->name());
+        files_before = open_files();
+        reset_run();
+    }
+
+    void TearDown() override
+    {
+        EXPECT_EQ(open_files(), files_before);
+    }
+
+    std::string run(const std::vector<std::string> &paths)
+    {
+        run_result result = run_converter(folder, paths);
+        EXPECT_EQ(result.status, BATCH_DONE);
+        return result.printed;
+    }
+
+    fs::path folder;
+    int files_before;
+};
+
+TEST_F(batch_test, pairs_each_input_with_an_output_beside_it)
+{
+    fs::create_directories(folder / "d.x");
+    static const struct {
+        const char *input, *output;
+    } cases[] = {
+        {"a.mrl", "a_conv.mrl"},
+        {"b.mrp", "b_conv.mrp"},
+        {"a_conv.mrl", "a_conv_conv.mrl"},
+        {"script", "script_conv"},
+        {"a.b.c", "a.b_conv.c"},
+        {"d.x/script", "d.x/script_conv"},
+        {"d.x/../e.mrl", "e_conv.mrl"},
+        {".hidden", "_conv.hidden"},
+        {"end.", "end_conv."},
+        {"with blank %s.mrl", "with blank %s_conv.mrl"},
+    };
+    for (const auto &c : cases) {
+        write_file(folder / c.input, "REM x\n");
+        EXPECT_EQ(run({c.input}), "");
+        EXPECT_EQ(read_file(folder / c.output), "REM x\n") << c.input;
+    }
+}
+
+TEST_F(batch_test, converts_several_files_in_order)
+{
+    write_file(folder / "a.mrl", ":same\nINT x\n");
+    write_file(folder / "b.mrl", ":same\nREM b\nx[1] = 2\nDOUBLE x\n");
+    write_file(folder / "a_conv.mrl", "what was there before, and longer than what comes");
+    EXPECT_EQ(run({"a.mrl", "b.mrl", "a.mrl", "a_conv.mrl"}), "");
+    EXPECT_EQ(read_file(folder / "a_conv.mrl"), ":same \nINT x\n");
+    EXPECT_EQ(read_file(folder / "b_conv.mrl"), ":same \nREM b\nx[1] = 2\nDOUBLE x\n");
+    EXPECT_EQ(read_file(folder / "a_conv_conv.mrl"), ":same \nINT x\n");
+}
+
+TEST_F(batch_test, goes_on_behind_a_file_that_stops)
+{
+    write_file(folder / "a.mrl", "REM 1\n:x\n:X\nREM lost\n");
+    write_file(folder / "b.mrl", "INT a b\nREM lost\n");
+    write_file(folder / "c.mrl", "REM c\n");
+    EXPECT_EQ(run({"a.mrl", "b.mrl", "c.mrl"}), "X");
+    EXPECT_EQ(read_file(folder / "a_conv.mrl"), "REM 1\n:x \n:X \n");
+    EXPECT_EQ(read_file(folder / "b_conv.mrl"), "INT a b\n");
+    EXPECT_EQ(read_file(folder / "c_conv.mrl"), "REM c\n");
+}
+
+TEST_F(batch_test, tells_what_can_not_be_opened_and_goes_on)
+{
+    fs::create_directories(folder / "folder.mrl");
+    fs::create_directories(folder / "out_conv.mrl");
+    write_file(folder / "out.mrl", "REM x\n");
+    write_file(folder / "good.mrl", "REM x\n");
+    EXPECT_EQ(run({"%s%n.mrl", "no/such/file", "folder.mrl", "", "out.mrl", "good.mrl"}),
+              "Unable to open %s%n.mrlUnable to open no/such/fileUnable to open folder.mrlUnable to open "
+              "Unable to Open file out_conv.mrl");
+    EXPECT_EQ(read_file(folder / "good_conv.mrl"), "REM x\n");
+    EXPECT_FALSE(fs::exists(folder / "folder_conv.mrl"));
+    EXPECT_FALSE(fs::exists(folder / "%s%n_conv.mrl"));
+}
+
+TEST_F(batch_test, tells_an_input_without_permission)
+{
+    if (geteuid() == 0)
+        GTEST_SKIP() << "nothing is closed to root";
+    write_file(folder / "a.mrl", "REM x\n");
+    chmod((folder / "a.mrl").c_str(), 0);
+    EXPECT_EQ(run({"a.mrl"}), "Unable to open a.mrl");
+}
+
+TEST_F(batch_test, never_writes_to_its_input)
+{
+    write_file(folder / "a.mrl", "REM x\n");
+    fs::create_symlink("a.mrl", folder / "a_conv.mrl");
+    write_file(folder / "b.mrl", "REM y\n");
+    fs::create_hard_link(folder / "b.mrl", folder / "b_conv.mrl");
+    EXPECT_EQ(run({"a.mrl", "b.mrl"}), "Unable to Open file a_conv.mrlUnable to Open file b_conv.mrl");
+    EXPECT_EQ(read_file(folder / "a.mrl"), "REM x\n");
+    EXPECT_EQ(read_file(folder / "b.mrl"), "REM y\n");
+}
+
+TEST_F(batch_test, takes_no_notice_of_a_full_disk)
+{
+    fs::create_symlink("/dev/full", folder / "a_conv.mrl");
+    write_file(folder / "a.mrl", times(20000, "REM a line of text\n"));
+    write_file(folder / "b.mrl", "REM b\n");
+    EXPECT_EQ(run({"a.mrl", "b.mrl"}), "");
+    EXPECT_EQ(read_file(folder / "b_conv.mrl"), "REM b\n");
+}
+
+TEST_F(batch_test, reads_a_pipe)
+{
+    fs::path pipe = folder / "pipe.mrl";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    pid_t writer = fork();
+    if (writer == 0) {
+        FILE *file = fopen(pipe.c_str(), "w");
+        for (int i = 0; i < 30000; i++)
+            fputs(i % 3 == 0 ? "SPLINE a3,b,c\n" : "REM abc\n", file);
+        fclose(file);
+        _exit(0);
+    }
+    EXPECT_EQ(run({"pipe.mrl"}), "");
+    waitpid(writer, nullptr, 0);
+    std::string piped = read_file(folder / "pipe_conv.mrl");
+    EXPECT_EQ(piped.size() % 10000, 0u);
+    EXPECT_EQ(
+        unified_diff(converted("SPLINE a3,b,c\nREM abc\nREM abc\n"), piped.substr(0, piped.size() / 10000)),
+        "");
+}
+
+TEST_F(batch_test, converts_ten_thousand_paths)
+{
+    write_file(folder / "a.mrl", "REM a\n");
+    std::vector<std::string> paths(9999, "nothing.mrl");
+    paths.push_back("a.mrl");
+    std::string printed = run(paths);
+    EXPECT_EQ(printed.size(), 9999 * std::string("Unable to open nothing.mrl").size());
+    EXPECT_EQ(read_file(folder / "a_conv.mrl"), "REM a\n");
+}
+
+TEST_F(batch_test, converts_many_files_with_one_set_of_open_ones)
+{
+    std::vector<std::string> paths;
+    for (int i = 0; i < 300; i++) {
+        paths.push_back("f" + std::to_string(i) + ".mrl");
+        write_file(folder / paths.back(), "INT i\ni = " + std::to_string(i) + "\n");
+    }
+    EXPECT_EQ(run(paths), "");
+    for (int i = 0; i < 300; i++)
+        EXPECT_EQ(read_file(folder / ("f" + std::to_string(i) + "_conv.mrl")),
+                  "INT i\ni = " + std::to_string(i) + "\n\n");
+}
+
+TEST_F(batch_test, ends_at_byte_26_and_at_the_files_end)
+{
+    static const struct {
+        std::string script, output;
+    } cases[] = {
+        {"", ""},
+        {"\n\n \t\n", "\n\n \t\n"},
+        {"REM a\n\x1AREM b\n", "REM a\n"},
+        {"POINT 1,2,3\x1A,4\n", "POINT 1, 2, 3, 0, , , , , , \n"},
+        {"POINT 1,2,3", "POINT 1, 2, 3, 0, , , , , , \n"},
+        {"  rLNENDP\nREM x\n", "  REM x\n"},
+        {"LINE 1,2,3,foo(\nREM x\n", " foo(\nREM x\n"},
+        {"CIRCLE\nREM x\n", "REM x\n"},
+        {"ABORT\nREM x\n", "ABORT \nREM x\n"},
+        {"Murivo" + std::string(1, 0) + "REM x\n", "REM x\n"},
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(escaped(converted(c.script)), escaped(c.output)) << escaped(c.script);
+}
+
+// A source on which reading fails behind its first bytes.
+static ssize_t read_then_fail(void *cookie, char *buffer, size_t size)
+{
+    auto *text = static_cast<std::string *>(cookie);
+    if (text->empty()) {
+        errno = EIO;
+        return -1;
+    }
+    size_t length = text->copy(buffer, size);
+    text->erase(0, length);
+    return static_cast<ssize_t>(length);
+}
+
+TEST_F(batch_test, takes_a_read_error_for_the_end)
+{
+    std::string text = "REM a long enough line\nPOINT 1,2";
+    cookie_io_functions_t functions{};
+    functions.read = read_then_fail;
+    FILE *stream = fopencookie(&text, "r", functions);
+    output_capture output;
+    EXPECT_EQ(convert_file("test", stream), BATCH_DONE);
+    fclose(stream);
+    EXPECT_EQ(output.text(), "REM a long enough line\n 2\n");
+}
+
+// ---- The program ----
+
+// Runs the program itself through the shell, with standard error in its output. Gives its exit status.
+static int run_program(const fs::path &folder, const std::string &arguments, std::string *printed)
+{
+    std::string command = "cd '" + folder.string() + "' && " + arguments + " 2>&1";
+    FILE *pipe = popen(command.c_str(), "r");
+    for (int c; (c = getc(pipe)) != EOF;)
+        *printed += static_cast<char>(c);
+    int status = pclose(pipe);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST_F(batch_test, ends_with_status_0_whatever_could_not_be_opened)
+{
+    write_file(folder / "a.mrl", "REM x\n");
+    std::string printed;
+    EXPECT_EQ(run_program(folder, std::string(TEST_PROGRAM) + " nothing.mrl a.mrl", &printed), 0);
+    EXPECT_EQ(printed, "Unable to open nothing.mrl");
+    EXPECT_EQ(read_file(folder / "a_conv.mrl"), "REM x\n");
+    printed.clear();
+    EXPECT_EQ(run_program(folder, std::string(TEST_PROGRAM) + " </dev/null", &printed), 0) << "a cancel";
+    EXPECT_EQ(printed, "");
+}
+
+TEST_F(batch_test, converts_the_paths_on_standard_input)
+{
+    write_file(folder / "a.mrl", "REM x\n");
+    std::string printed;
+    EXPECT_EQ(run_program(folder, "printf 'nothing.mrl\\na.mrl\\n' | " + std::string(TEST_PROGRAM), &printed),
+              0);
+    EXPECT_EQ(printed, "Unable to open nothing.mrl\n");
+    EXPECT_EQ(read_file(folder / "a_conv.mrl"), "REM x\n");
+}

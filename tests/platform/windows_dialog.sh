@@ -1,0 +1,124 @@
+# The open dialog and the message box under wine, with a user at the keyboard; read by check_windows.sh,
+# whose names this uses.
+#
+# No window manager runs, so a window gets the keyboard only when it is told to. A busy machine can swallow a
+# key, and each scene may be played three times.
+
+# Prints the window with a title, when it is there.
+dialog_window() {
+    timeout 60 xdotool search --sync --onlyvisible --name "^$1\$" | head -n 1
+}
+
+# An empty folder with the program, for a scene's scripts.
+dialog_folder() {
+    rm -rf "$work/dialog"
+    mkdir -p "$work/dialog/the program" "$work/dialog/elsewhere"
+    cp "$exe" "$work/dialog/the program"
+    scripts="$work/dialog/the program"
+}
+
+dialog_script() {
+    printf 'LINE 1,2,3,4,5,6\n' >"$scripts/$1"
+}
+
+# Starts the program in the background. The dialog must begin in the program's folder, not in the current one.
+dialog_open() {
+    (cd "$work/dialog/elsewhere" && wine_run "$scripts/murlconv.exe") &
+    program=$!
+}
+
+# Gives the open dialog the keyboard when it has filled its list.
+dialog_focus() {
+    dialog=$(dialog_window Open) || return 1
+    sleep "$patience"
+    xdotool windowfocus --sync "$dialog"
+}
+
+# Waits for the program's end. True if its status is 0.
+dialog_end() {
+    wait "$program"
+}
+
+# Two names are typed: both scripts are converted, and nothing else.
+scene_two_names() {
+    dialog_folder
+    dialog_script 'a 1.mrl'
+    dialog_script b.mrp
+    dialog_script c.mrl
+    dialog_open
+    dialog_focus || return 1
+    xdotool type --delay 30 '"a 1.mrl" "b.mrp"'
+    xdotool key Return
+    dialog_end && [ -s "$scripts/a 1_conv.mrl" ] && [ -s "$scripts/b_conv.mrp" ] && [ ! -e "$scripts/c_conv.mrl" ]
+}
+
+# The dialog is left by Escape: nothing happens.
+scene_cancel() {
+    dialog_folder
+    dialog_script a.mrl
+    dialog_open
+    dialog_focus || return 1
+    xdotool type --delay 30 a.mrl
+    xdotool key Escape
+    dialog_end && [ "$(find "$work/dialog" -type f | wc -l)" = 2 ]
+}
+
+# A name without its extension, of a script that is not there: a box tells it, and the run ends well.
+scene_missing() {
+    dialog_folder
+    dialog_open
+    dialog_focus || return 1
+    xdotool type --delay 30 missing
+    xdotool key Return
+    box=$(dialog_window murlconv) || return 1
+    xdotool windowfocus --sync "$box"
+    xdotool key Return
+    dialog_end && [ "$(find "$work/dialog" -type f | wc -l)" = 1 ]
+}
+
+# Hundreds of scripts are marked in the list: all are converted.
+scene_many() {
+    dialog_folder
+    for number in $(seq 1001 1500); do
+        dialog_script "script with a long name $number.mrl"
+    done
+    dialog_open
+    dialog_focus || return 1
+    xdotool mousemove --window "$dialog" 300 150 click 1
+    xdotool key Home
+    xdotool key shift+End
+    xdotool mousemove --window "$dialog" 590 305 click 1
+    dialog_end && [ "$(find "$scripts" -name '*_conv.mrl' | wc -l)" = 500 ]
+}
+
+# Plays a scene; a program that still waits for its user is ended with its dialog.
+dialog_play() {
+    for patience in 1 4 10; do
+        if "$1"; then
+            return
+        fi
+        kill "$program" 2>/dev/null || true
+        wineserver -k || true
+        wait "$program" 2>/dev/null || true
+    done
+    fail "dialog: $1"
+}
+
+check_dialog() {
+    wine_limit=100
+    Xvfb -displayfd 3 -nolisten tcp -screen 0 1024x768x24 3>"$work/display" >/dev/null 2>&1 &
+    screen=$!
+    trap 'kill "$screen"; wine_stop' EXIT
+    for _ in 1 2 3 4 5 6 7 8 9 10; do
+        [ -s "$work/display" ] || sleep 1
+    done
+    DISPLAY=:$(cat "$work/display")
+    export DISPLAY
+    # What runs of wine so far has no display.
+    wineserver -k || true
+    wineserver -w
+    for scene in two_names cancel missing many; do
+        dialog_play "scene_$scene"
+    done
+    echo 'windows: the open dialog and the message box do their work'
+}

@@ -1,0 +1,172 @@
+// Properties that hold for every script, tried on all golden scripts and samples.
+#include "common/diff.h"
+#include "common/run.h"
+
+#include "source/command_rows.h"
+#include "source/command_table.h"
+#include "source/src_stream.h"
+
+#include <gtest/gtest.h>
+
+#include <ctype.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include <algorithm>
+#include <set>
+
+namespace fs = std::filesystem;
+
+static std::vector<fs::path> all_scripts()
+{
+    std::vector<fs::path> scripts;
+    for (const char *root : {"tests/golden", "samples"})
+        if (fs::path folder = fs::path(TEST_SOURCE_DIR) / root; fs::exists(folder))
+            for (const fs::directory_entry &entry : fs::recursive_directory_iterator(folder))
+                if (entry.path().extension() == ".mrl")
+                    scripts.push_back(entry.path());
+    std::sort(scripts.begin(), scripts.end());
+    return scripts;
+}
+
+static std::string with_line_ends(const std::string &text, const std::string &line_end)
+{
+    std::string result;
+    for (size_t i = 0; i < text.size(); i++) {
+        if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n')
+            continue;
+        if (text[i] == '\n')
+            result += line_end;
+        else
+            result += text[i];
+    }
+    return result;
+}
+
+// The one difference that line ends make: an ON line goes on behind a backslash only across a CR LF.
+static bool has_continued_on_line(const std::string &text)
+{
+    size_t start = 0;
+    while (start < text.size()) {
+        size_t end = std::min(text.find('\n', start), text.size());
+        size_t word = text.find_first_not_of(" \t", start);
+        size_t last = end > start && text[end - 1] == '\r' ? end - 1 : end;
+        if (word + 2 < end && tolower(text[word]) == 'o' && tolower(text[word + 1]) == 'n' &&
+            isspace(static_cast<unsigned char>(text[word + 2])) && text[last - 1] == '\\')
+            return true;
+        start = end + 1;
+    }
+    return false;
+}
+
+TEST(properties, a_second_conversion_gives_the_same_bytes)
+{
+    for (const fs::path &path : all_scripts()) {
+        std::string script = read_file(path);
+        EXPECT_EQ(unified_diff(converted(script), converted(script)), "") << path;
+    }
+}
+
+TEST(properties, line_ends_of_the_input_make_no_difference)
+{
+    for (const fs::path &path : all_scripts()) {
+        std::string script = read_file(path);
+        if (has_continued_on_line(script) || script.find("\r\r\n") != std::string::npos)
+            continue;
+        EXPECT_EQ(
+            unified_diff(converted(with_line_ends(script, "\n")), converted(with_line_ends(script, "\r\n"))),
+            "")
+            << path;
+    }
+}
+
+// ---- The slow way and the fast way through the source give the same ----
+
+static constexpr unsigned char every_key[] = {0x55, 0x0F, 0xA3};
+
+static void load_every_key(const char *, key_record *key)
+{
+    key->key_bytes = static_cast<unsigned char *>(malloc(sizeof every_key));
+    memcpy(key->key_bytes, every_key, sizeof every_key);
+    key->key_len = sizeof every_key;
+    key->key_restart = key->key_pos = 0;
+}
+
+TEST(properties, an_enciphered_script_converts_like_a_plain_one)
+{
+    for (const fs::path &path : all_scripts()) {
+        std::string script = read_file(path);
+        std::string wanted = converted(script);
+        const std::string magic("Murivo\0", 7);
+        std::string enciphered = script.compare(0, magic.size(), magic) == 0 ? script : magic + script;
+        for (size_t i = 0; i < enciphered.size(); i++)
+            enciphered[i] = static_cast<char>(enciphered[i] ^ every_key[i % sizeof every_key]);
+        EXPECT_EQ(unified_diff(wanted, converted(enciphered, load_every_key)), "") << path;
+    }
+}
+
+// The source is read in blocks of 64 KB. A seam between two of them may stand at any character.
+TEST(properties, a_seam_between_blocks_is_seen_nowhere)
+{
+    const std::string tail =
+        "LINE 1,2.5,-3 , x+1,5,\\\n6,1,,3\r\nword1 = 12 \\\r\n + 3\n"
+        "SPLINE a3,\"s\\101\\12\" , 4\nINT i[3], k\nARRAY v[2] = {1,\n2}\n"
+        ":label text\nPRINT \"a\\n\", , `b`\nON x goto a,b\nfoo bar\nCIRCLE 1,2,3,4 x\n"
+        "POINT 1,2,3,4,5,6,7,8\nREM\tend\r\n\n  // tail\n";
+    const std::string wanted = converted(tail);
+    const size_t block = 65536;
+    for (size_t at = 0; at <= tail.size(); at++) {
+        std::string head = "REM " + times(block - at - 5, "x") + "\n"; // tail[at] begins the second block
+        std::string output = converted(head + tail);
+        ASSERT_EQ(output.substr(0, head.size()), head);
+        ASSERT_EQ(unified_diff(wanted, output.substr(head.size())), "")
+            << "seam at " << escaped(tail.substr(at));
+    }
+}
+
+// A plausible argument for each position of a row.
+static std::string statement_of(const command_source_row &row)
+{
+    static const char *const arguments[] = {"\"s\"", "1", "1", "1", "1", "name", "word", "v", "item"};
+    std::string text = row.name;
+    int count = spec_length(row.spec);
+    for (int i = 0; i < count; i++)
+        text += (i == 0 ? " " : ",") + std::string(arguments[spec_digit(row.spec[3 * i + 1])]);
+    return text + "\n";
+}
+
+TEST(properties, every_command_reaches_its_rule)
+{
+    for (const command_source_row &row : command_rows) {
+        std::string script = statement_of(row);
+        std::string output = converted(script);
+        SCOPED_TRACE(script);
+        bool leaves_nothing = row.id >= 1000 || std::string(row.name) == "CODE";
+        EXPECT_EQ(output.empty(), leaves_nothing) << output;
+        EXPECT_NE(output.substr(0, 1), " ") << "the arguments could not be fetched: " << output;
+    }
+}
+
+// A command that no golden script holds has a rule that nobody reads.
+TEST(properties, every_command_with_a_rule_stands_in_a_golden_script)
+{
+    std::set<int> seen;
+    for (const fs::path &path : all_scripts()) {
+        std::string text = read_file(path);
+        for (size_t start = 0; start < text.size();) {
+            size_t end = std::min(text.find('\n', start), text.size());
+            size_t word = text.find_first_not_of(" \t", start);
+            size_t behind = std::min(text.find_first_of(" \t\r\n", word), text.size());
+            if (word < end && behind - word < command_name_size)
+                if (int32_t row = command_find(text.substr(word, behind - word).c_str()); row >= 0)
+                    seen.insert(command_row_at(row).id);
+            start = end + 1;
+        }
+    }
+    std::string unwritten;
+    for (const command_source_row &row : command_rows)
+        if (row.id < 1000 && seen.count(row.id) == 0)
+            unwritten += std::string(row.name) + " ";
+    EXPECT_EQ(unwritten, "");
+    EXPECT_NE(seen.lower_bound(1000), seen.end()) << "a system command";
+}

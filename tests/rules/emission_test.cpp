@@ -1,0 +1,155 @@
+// Emission helpers that a script can't drive into every corner: menu strings, GETCUR's walk, scan formats.
+#include "rules/emission.h"
+
+#include "analysis/arg_fetcher.h"
+#include "common/diff.h"
+#include "common/run.h"
+#include "rules/rules.h"
+#include "source/command_table.h"
+#include "source/recogniser.h"
+
+#include <gtest/gtest.h>
+
+TEST(emission, merges_menu_strings)
+{
+    static const struct {
+        const char *strings, *comment, *merged;
+    } cases[] = {
+        {"", "", ""},
+        {",\"Yes\",\"No\"", ",\"Yes\",\"No\"", ", \"Yes|No\""},
+        {",\"a\",,\"c\"", ",\"a\",,\"c\"", ", \"a||c\""},
+        {",\"a\",,,\"d\"", ",\"a\",,,\"d\"", ", \"a||d\""},
+        {",\"a\",,,,\"e\"", ",\"a\",,,,\"e\"", ", \"a||e\""},
+        {",\"a\",,\"c\",,\"e\"", ",\"a\",,\"c\",,\"e\"", ", \"a||c|e\""},
+        {",abc", ",abc", ", \"b\""},
+        {",ab,x", ",ab,x", ", \"||||||||\""},
+        {",\"\",\"b\"", ",,\"b\"", ", \"|b\""},
+        {",,\"b\"", ",,\"b\"", ", \"|b\""},
+        {",,,\"c\"", ",,,\"c\"", ", \"||c\""},
+        {",,\"b\",,\"d\"", ",,\"b\",,\"d\"", ", \"|b||d\""},
+        {",,", ",,", ""},
+        {",\"1\",\"2\",\"3\",\"4\",\"5\",\"6\",\"7\",\"8\",\"9\"",
+         ",\"1\",\"2\",\"3\",\"4\",\"5\",\"6\",\"7\",\"8\",\"9\"", ", \"1|2|3|4|5|6|7|8|9\""},
+        {",\"a string of more than twelve\"", ",\"a string of more than twelve\"",
+         ", \"a string of more than twelve\""},
+        {",\"100%s %d%n\"", ",\"100%s %d%n\"", ", \"100%s %d%n\""},
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(converted("GETMENU \"p\"" + std::string(c.strings) + "\n"),
+                  "REM GETMENU \"p\"" + std::string(c.comment) + "\nGETMENU \"p\"" + c.merged + "\n\n")
+            << c.strings;
+}
+
+TEST(emission, writes_the_variables_of_a_scan_format)
+{
+    static const struct {
+        const char *arguments, *written;
+    } cases[] = {
+        {"\"%d\", a", " \"%d\", a"},
+        {"\"%d %f\\n\", a, b", " \"%d %f\\n\", a, b"},
+        {"\"%d\", a, b", " \"%d\", a"},
+        {"\"%d %d\", a", " \"%d %d\", a"},
+        {"\"%d\"", " \"%d\""},
+        {"\"100%% %d\", a", " \"100%% %d\", a"},
+        {"\"%*d%d\", a", " \"%*d%d\""},
+        {"\"%*d %d\", a", " \"%*d %d\", a"},
+        {"\"%5hd%10lf\", a, b", " \"%5hd%10lf\", a, b"},
+        {"\"%s %[a-z]%c\", a, b, c", " \"%s %[a-z]%c\", a, b, c"},
+        {"\"%[%d]%d\", a, b", " \"%[%d]%d\", a, b"},
+        {"\"%*[a-z] %d\", a", " \"%*[a-z] %d\""},
+        {"\"%z%d\", a", " \"%z%d\", a"},
+        {"\"%%d %i\", a", " \"%%d %i\", a"},
+        {"\"d%\", a", " \"d%\""},
+        {"\"\\r\\n\\t\\\\\\\"%d\", a", " \"\\r\\n\t\\\"%d\", a"},
+        {"\"%d\", \"%s\", b", " \"%d\", \"%s\""},
+        {"\"\", a", " \"\""},
+    };
+    for (const auto &c : cases) {
+        std::string output = converted("INPUT " + std::string(c.arguments) + "\n");
+        EXPECT_EQ(escaped(output.substr(0, 5)), "INPUT") << c.arguments;
+        EXPECT_EQ(escaped(output.substr(5, output.size() - 6)), escaped(c.written)) << c.arguments;
+    }
+    std::string format = times(1400, "x");
+    EXPECT_EQ(converted("INPUT \"" + format + "%d\", a\n"), "INPUT \"" + format.substr(0, 1299) + "\"\n");
+}
+
+// Slots as the fetcher would leave them for a command, for the helpers that read under the cursor.
+static void fetch(const char *statement)
+{
+    script_source source(statement);
+    int32_t row = next_statement(source.stream);
+    ASSERT_GE(row, 0) << statement;
+    const cmd_row &command = command_row_at(row);
+    ASSERT_GE(fetch_args(source.stream, command.spec_count, command.spec, false), 0) << statement;
+}
+
+TEST(emission, bounds_an_integer_and_steps_only_if_it_is_there)
+{
+    static const struct {
+        uint8_t type_byte;
+        int32_t low, high, result;
+        int step;
+    } cases[] = {
+        {ARG_LONG, 1, 10, 7, 1},
+        {ARG_LONG, 7, 7, 7, 1},
+        {ARG_LONG, 8, 10, 0, 1},
+        {ARG_LONG, 1, 6, 0, 1},
+        {ARG_LONG | ARG_ABSENT, 1, 10, 0, 0},
+    };
+    for (const auto &c : cases) {
+        fetch("POINT 1,2,3,7\n");
+        arg_cursor = arg_slots + 4;
+        EXPECT_EQ(take_bounded_int(c.type_byte, c.low, c.high), c.result) << c.low << " " << c.high;
+        EXPECT_EQ(arg_cursor - arg_slots, 4 + c.step) << c.low << " " << c.high;
+    }
+}
+
+// Behind GETCUR's first three arguments: position 3 to 7, nine menu strings, two integers.
+TEST(emission, walks_the_tail_of_getcur_in_two_passes)
+{
+    static const struct {
+        const char *arguments, *comment, *tail;
+    } cases[] = {
+        {"", "", ""},
+        {",10,20,30,4,50", ", 10, 20, 30, 4, 50", ", 10, 20, 30, 4, 50"},
+        {",10,20,30,4,50,\"a\",\"b\"", ", 10, 20, 30, 4, 50,\"a\",\"b\"", ", 10, 20, 30, 4, 50, \"a|b\""},
+        {",10,20,30,4,50,,,,,,,,,,5", ", 10, 20, 30, 4, 50,,,,,,,,,", ", 10, 20, 30, 4, 50"},
+        {",10,20,30,4,50,,,,,,,,,,5,6", ", 10, 20, 30, 4, 50,,,,,,,,,, 6", ", 10, 20, 30, 4, 50"},
+        // A gap takes no step, so what stands behind it is read one slot early.
+        {",10,,30", ", 10, ,30", ", 10, "},
+    };
+    for (const auto &c : cases) {
+        fetch(("GETCUR \"p\",1,2" + std::string(c.arguments) + "\n").c_str());
+        arg_cursor = arg_slots + 4;
+        output_capture comment;
+        emit_getcur_comment();
+        EXPECT_EQ(comment.text(), c.comment) << c.arguments;
+        output_capture tail;
+        emit_getcur_tail();
+        EXPECT_EQ(tail.text(), c.tail) << c.arguments;
+    }
+}
+
+// ---- State that outlives a file ----
+
+TEST(rules, keep_the_baseline_state_for_the_next_file)
+{
+    std::filesystem::path folder = fresh_folder("rules_state");
+    std::string dimension = "ORDDIM 1,2,3,,5,6,7\n";
+    write_file(folder / "collect.mrl", "SET COLLECT,1\n" + dimension);
+    write_file(folder / "more.mrl", dimension);
+    write_file(folder / "plain.mrl", "SET COLLECT,0\n" + dimension);
+    auto run = [&](const std::vector<std::string> &order) {
+        reset_run();
+        run_converter(folder, order);
+        return read_file(folder / "more_conv.mrl");
+    };
+    std::string alone = run({"more.mrl"});
+    std::string behind_collect = run({"collect.mrl", "more.mrl"});
+    std::string behind_both = run({"collect.mrl", "plain.mrl", "more.mrl"});
+    EXPECT_NE(alone, behind_collect);
+    EXPECT_EQ(run({"plain.mrl", "more.mrl"}), alone);
+    EXPECT_EQ(behind_both, alone);
+    reset_run();
+    EXPECT_EQ(rules_run.collect_mode, 0);
+}

@@ -1,0 +1,164 @@
+// Labels that are defined twice or too often, and what a #LINE leaves behind.
+#include "source/labels.h"
+
+#include "common/run.h"
+#include "source/src_stream.h"
+#include "source/statement_text.h"
+
+#include <gtest/gtest.h>
+
+#include <stdlib.h>
+#include <string.h>
+
+// Defines the label whose word is at the start of line; what it prints is added to printed.
+static int32_t define(script_source *source, const char *word, std::string *printed)
+{
+    char buffer[word_size];
+    strcpy(buffer, word);
+    testing::internal::CaptureStdout();
+    int32_t result = label_define(source->stream, buffer, word_size);
+    *printed += testing::internal::GetCapturedStdout();
+    return result;
+}
+
+TEST(labels, remembers_where_a_label_stands)
+{
+    script_source source("rest\nx");
+    output_capture output;
+    std::string printed;
+    EXPECT_EQ(define(&source, ":top", &printed), STATEMENT_DONE);
+    ASSERT_EQ(label_count, 1);
+    EXPECT_STREQ(label_table[0].name, "top");
+    EXPECT_EQ(label_table[0].position, 5);
+    EXPECT_EQ(label_table[0].line_physical, 2u);
+    EXPECT_EQ(label_table[0].line_current, 2u);
+    EXPECT_EQ(label_table[0].line_statement, 1u);
+    EXPECT_EQ(label_table[0].counting, 1);
+    EXPECT_EQ(label_table[0].pending, 1);
+    EXPECT_EQ(printed, "");
+}
+
+TEST(labels, tells_a_second_label_by_its_first_twelve_characters)
+{
+    static const struct {
+        const char *first, *second;
+        int32_t result;
+        const char *printed;
+    } cases[] = {
+        {":top", ":TOP", STATEMENT_END, "TOP"},
+        {":top", ":top", STATEMENT_END, "top"},
+        {":longlabelname1", ":longlabelname2", STATEMENT_END, "longlabelnam"},
+        {":longlabelna1", ":longlabelna2", STATEMENT_DONE, ""},
+        {":a", ":b", STATEMENT_DONE, ""},
+        {":a", ":", STATEMENT_NO_LABEL, ""},
+        {":a", ":ab", STATEMENT_DONE, ""},
+    };
+    for (const auto &c : cases) {
+        script_source source("\n\n");
+        output_capture output;
+        std::string printed;
+        EXPECT_EQ(define(&source, c.first, &printed), STATEMENT_DONE) << c.first;
+        EXPECT_EQ(define(&source, c.second, &printed), c.result) << c.second;
+        EXPECT_EQ(printed, c.printed) << c.second;
+        EXPECT_EQ(label_count, c.result == STATEMENT_DONE ? 2 : 1) << c.second;
+        EXPECT_EQ(output.text(), std::string(c.first) + " \n" + c.second + " \n");
+    }
+}
+
+TEST(labels, lets_the_same_line_be_read_again)
+{
+    script_source source("\n");
+    output_capture output;
+    std::string printed;
+    EXPECT_EQ(define(&source, ":a", &printed), STATEMENT_DONE);
+    src_seek(source.stream, 0);
+    src_count_lines();
+    EXPECT_EQ(define(&source, ":A", &printed), STATEMENT_NO_LABEL);
+    src_seek(source.stream, 0);
+    EXPECT_EQ(define(&source, ":a", &printed), STATEMENT_END) << "another line, the same position";
+    EXPECT_EQ(printed, "a");
+}
+
+TEST(labels, stops_at_the_1001st)
+{
+    script_source source(times(1001, "\n"));
+    output_capture output;
+    std::string printed;
+    for (int i = 0; i < 1000; i++)
+        ASSERT_EQ(define(&source, (":l" + std::to_string(i)).c_str(), &printed), STATEMENT_DONE) << i;
+    EXPECT_EQ(define(&source, ":l1000", &printed), STATEMENT_END);
+    EXPECT_EQ(label_count, 1000);
+    EXPECT_EQ(printed, "l1000");
+}
+
+TEST(line_directives, hold_what_the_line_says)
+{
+    static const struct {
+        const char *text;
+        int32_t number, plus;
+        const char *name;
+    } cases[] = {
+        {" 12", 12, 0, "old"},
+        {"12+ <a b.mrl>", 12, 1, "old"}, // the second word doesn't end in >
+        {"12+", 12, 1, "old"},
+        {"12x", 12, 0, "old"},
+        {"12+x", 12, 1, "old"},
+        {"12 <dir/a.mrl>", 12, 0, "dir/a.mrl"},
+        {"12 <>", 12, 0, ""},
+        {"12 dir/a.mrl more", 12, 0, "a.mrl"},
+        {"12 c:\\d\\a.mrl", 12, 0, "a.mrl"},
+        {"12 c:a", 12, 0, "a"},
+        {"", 7, 7, "old"},
+        {"\n", 7, 7, "old"},
+        {"abc 12", 7, 7, "old"},
+        {"+12", 7, 7, "old"},
+        {"-1", 7, 7, "old"},
+        {"0\n", 0, 0, "old"},
+        {"4294967297", 1, 0, "old"},
+        {"12 <", 12, 0, "<"},
+    };
+    for (const auto &c : cases) {
+        reset_run();
+        line_directives.line_number = line_directives.line_plus = 7;
+        strcpy(line_directives.source_name, "old");
+        EXPECT_EQ(line_directive_parse(c.text), STATEMENT_TEXT);
+        EXPECT_EQ(line_directives.line_number, c.number) << c.text;
+        EXPECT_EQ(line_directives.line_plus, c.plus) << c.text;
+        std::string name = std::string(c.text) == "12+ <a b.mrl>" ? "<a" : c.name;
+        EXPECT_EQ(line_directives.source_name, name) << c.text;
+    }
+    reset_run();
+}
+
+TEST(line_directives, leave_what_stands_behind_79_characters)
+{
+    script_source source(times(79, "1") + "X\n");
+    char word[] = "#LINE";
+    EXPECT_EQ(line_directive(source.stream, word, word_size), STATEMENT_TEXT);
+    EXPECT_EQ(src_getc(source.stream), 'X');
+    reset_run();
+}
+
+TEST(line_directives, place_and_record_a_name_where_asked_to)
+{
+    char *recorded = nullptr;
+    line_directives.source_name_base = "dir/sub/main.mrl";
+    line_directives.source_name_recording = true;
+    line_directives.source_name_slot = &recorded;
+    line_directive_parse("3 other/part.mrl");
+    EXPECT_STREQ(line_directives.source_name, "dir/sub/part.mrl");
+    EXPECT_STREQ(recorded, "part.mrl");
+    free(recorded);
+    std::string name = times(500, "n");
+    line_directive_parse(("4 <" + name + ">").c_str());
+    EXPECT_EQ(recorded, name);
+    free(recorded);
+    reset_run();
+}
+
+TEST(base_name, is_what_stands_behind_the_last_separator)
+{
+    for (const char *path : {"a.mrl", "d/a.mrl", "d\\a.mrl", "c:a.mrl", "x:/d\\e:a.mrl"})
+        EXPECT_STREQ(base_name(path), "a.mrl") << path;
+    EXPECT_STREQ(base_name("dir/"), "");
+}

@@ -1,0 +1,206 @@
+// The recogniser: what a statement's first word is, which row it finds, and what becomes of plain text.
+#include "source/recogniser.h"
+
+#include "analysis/arg_slots.h"
+#include "analysis/expr_eval.h"
+#include "common/diff.h"
+#include "common/run.h"
+#include "source/command_rows.h"
+#include "source/command_table.h"
+#include "source/src_stream.h"
+#include "source/statement_text.h"
+
+#include <gtest/gtest.h>
+
+#include <ctype.h>
+
+// ---- Command table ----
+
+TEST(command_table, finds_every_row_in_any_case)
+{
+    for (const command_source_row &row : command_rows) {
+        std::string mixed = row.name;
+        for (size_t i = 0; i < mixed.size(); i++)
+            mixed[i] = static_cast<char>(i % 2 == 0 ? tolower(mixed[i]) : toupper(mixed[i]));
+        int32_t index = command_find(mixed.c_str());
+        ASSERT_GE(index, 0) << mixed;
+        const cmd_row &found = command_row_at(index);
+        EXPECT_STREQ(found.name, row.name);
+        EXPECT_EQ(found.id, row.id) << row.name;
+        std::string spec;
+        for (int i = 0; i < found.spec_count; i++) {
+            char byte[8];
+            snprintf(byte, sizeof byte, "%s%02x", i == 0 ? "" : " ", found.spec[i]);
+            spec += byte;
+        }
+        EXPECT_EQ(spec, row.spec) << row.name;
+    }
+}
+
+TEST(command_table, finds_no_near_miss)
+{
+    for (const char *word :
+         {"", "L", "LIN", "LINES", "LINE ", "LINE,", " LINE", "POINT3", "SPLINE2", "rLN", "_LINE", "LI\xCE",
+          "REM", "INT", "#LINE", "ZZZ", "AAA", "GETLTYPEX", "uMACSTARTX"})
+        EXPECT_EQ(command_find(word), -1) << word;
+}
+
+TEST(command_table, keeps_the_second_spline_behind_the_first)
+{
+    EXPECT_EQ(command_find("SPLINE3"), command_find("SPLINE") + 1);
+}
+
+// ---- The first word ----
+
+TEST(recogniser, reads_the_first_word)
+{
+    static const struct {
+        std::string text;
+        int32_t kind;
+        std::string word, space, rest; // the white space written, and what is left in the source
+    } cases[] = {
+        {"", -1, "", "", ""},
+        {" \n\t\r\n", -1, "", " \n\t\n", ""},
+        {"LINE 1", 0, "LINE", "", "1"},
+        {"  \n LINE\t 1", 0, "LINE", "  \n ", "1"},
+        {"LINE", 0, "LINE", "", ""},
+        {"LINE  ", 0, "LINE", "", ""},
+        {"LINE\nx", 0, "LINE", "", "\nx"},
+        {"LINE \nx", 0, "LINE", "", "\nx"},
+        {"LINE,1", 1, "LINE,", "", "1"},
+        {"a\\\nb c", 0, "ab", "", "c"},
+        {"x=1", 1, "x=", "", "1"},
+        {"x   = 1", 1, "x ", "", "= 1"},
+        {"x\t=1", 1, "x ", "", "=1"},
+        {"x == 1", 1, "x ", "", "== 1"},
+        {"x [2]", 1, "x ", "", "[2]"},
+        {"x\n=1", 0, "x", "", "\n=1"},
+        {"x\v=1", 1, "x ", "", "=1"},
+        {"a[2]=1", 1, "a[", "", "2]=1"},
+        {"foo(1)", 1, "foo(", "", "1)"},
+        {"x_1 y", 0, "x_1", "", "y"},
+        {"x\x80 y", 1, "x\x80", "", " y"},
+        {"\x80y", 1, "\x80", "", "y"},
+        {"$s = 1", 1, "$", "", "s = 1"},
+        {"_x 1", 1, "_", "", "x 1"},
+        {"1 x", 1, "1", "", " x"},
+        {"\"a\"", 1, "\"", "", "a\""},
+        {"/* c", 1, "/", "", "* c"},
+        {"#LINE 5", 0, "#LINE", "", "5"},
+        {"##", 1, "##", "", ""},
+        {":a-b.c(1) x", 0, ":a-b.c(1)", "", "x"},
+        {":", 0, ":", "", ""},
+        {": =", 1, ": ", "", "="},
+        {":name = 1", 1, ":name ", "", "= 1"},
+        {std::string("a\0b", 3), 1, std::string("a\0", 2).c_str(), "", "b"},
+        {times(126, "w") + " x", 0, times(126, "w"), "", "x"},
+        {times(126, "w") + " =", 1, times(126, "w") + " ", "", "="},
+        {times(127, "w") + " x", 0, times(127, "w"), "", "x"},
+        {times(127, "w") + " =", 1, times(127, "w"), "", "="},
+        {times(127, "w") + "LOST", 0, times(127, "w"), "", "OST"},
+        {times(127, "w") + "L =", 1, times(127, "w"), "", "="},
+        {times(126, "w") + "=1", 1, times(126, "w") + "=", "", "1"},
+        {times(127, "w") + "=1", 0, times(127, "w"), "", "1"},
+        {":" + times(130, "w") + " x", 0, ":" + times(126, "w"), "", "www x"},
+    };
+    for (const auto &c : cases) {
+        script_source source(c.text);
+        output_capture output;
+        char word[word_size] = "";
+        EXPECT_EQ(read_first_word(source.stream, word, word_size), c.kind) << escaped(c.text);
+        EXPECT_STREQ(word, c.word.c_str()) << escaped(c.text);
+        EXPECT_EQ(escaped(output.text()), escaped(c.space)) << escaped(c.text);
+        std::string rest;
+        for (int ch; (ch = src_getc(source.stream)) != -1;)
+            rest += static_cast<char>(ch);
+        EXPECT_EQ(escaped(rest), escaped(c.rest)) << escaped(c.text);
+    }
+}
+
+// ---- Statements ----
+
+TEST(recogniser, hands_over_a_command_with_its_word)
+{
+    static const struct {
+        const char *text, *row, *word;
+        int next;
+    } cases[] = {
+        {"line 1", "LINE", "line", '1'},          {"Text\n", "TEXT", "Text", '\n'},
+        {"SPLINE 3,b", "SPLINE", "SPLINE", '3'},  {"spline a3,b", "SPLINE3", "spline", 'a'},
+        {"SPLINE a,3", "SPLINE", "SPLINE", 'a'},  {"SPLINE  \t x3", "SPLINE3", "SPLINE", 'x'},
+        {"SPLINE", "SPLINE", "SPLINE", -1},       {"SPLINE\nx3", "SPLINE3", "SPLINE", '\n'},
+        {"SPLINE3 a", "SPLINE3", "SPLINE3", 'a'}, {"rLNENDP", "rLNENDP", "rLNENDP", -1},
+    };
+    for (const auto &c : cases) {
+        script_source source(c.text);
+        output_capture output;
+        int32_t row = next_statement(source.stream);
+        ASSERT_GE(row, 0) << c.text;
+        EXPECT_STREQ(command_row_at(row).name, c.row) << c.text;
+        EXPECT_STREQ(arg_slots[0].text, c.word) << c.text;
+        EXPECT_EQ(arg_slots[0].state, slot_mark);
+        EXPECT_EQ(arg_slots[0].begin_mark, slot_mark);
+        EXPECT_EQ(arg_cursor, arg_slots + 1);
+        EXPECT_EQ(src_getc(source.stream), c.next) << c.text;
+        EXPECT_EQ(output.text(), "") << c.text;
+    }
+}
+
+TEST(recogniser, finishes_every_other_statement)
+{
+    static const struct {
+        std::string text;
+        int32_t result;
+        std::string written, rest;
+    } cases[] = {
+        {"x = 1\ny", STATEMENT_TEXT, "x = 1\n\n", "y"},
+        {"x   =  1", STATEMENT_TEXT, "x =  1\n", ""},
+        {"x = \ny", STATEMENT_DONE, "x = \n", "y"},
+        {"$s = \"t\"\n", STATEMENT_TEXT, "$s = \"t\"\n\n", ""},
+        {"// note\n", STATEMENT_DONE, "// note\n", ""},
+        {"foo\ny", STATEMENT_TEXT, "foo \n", "y"},
+        {"foo", STATEMENT_TEXT, "foo ", ""},
+        {"foo   bar baz\n", STATEMENT_TEXT, "foo bar baz\n", ""},
+        {"foo +1\n", STATEMENT_TEXT, "foo +1\n", ""},
+        {"REM    a  b \ny", STATEMENT_DONE, "REM a  b \n", "y"},
+        {"rem\ny", STATEMENT_DONE, "rem \n", "y"},
+        {"REM a", STATEMENT_END, "REM a", ""},
+        {":a   REM x\n", STATEMENT_DONE, ":a REM x\n", ""},
+        {":a", STATEMENT_DONE, ":a ", ""},
+        {": \n", STATEMENT_NO_LABEL, ": \n", ""},
+        {"On x GoTo a,b\ny", STATEMENT_DONE, "On x GoTo a,b\n", "y"},
+        {"ON x\tgoto a", STATEMENT_DONE, "ON x\tgoto a", ""},
+        {"ON x GOSUB\ny", STATEMENT_END, "", "y"},
+        {"ON GOTO a\n", STATEMENT_END, "", ""},
+        {"ON xGOTO\n", STATEMENT_END, "", ""},
+        {"ON", STATEMENT_END, "", ""},
+        {"ON x \\\r\nGOTO a\n", STATEMENT_DONE, "ON x GOTO a\n", ""},
+        {"ON x GOTO \\\na\n", STATEMENT_DONE, "ON x GOTO \\\n", "a\n"},
+        {"#line 5 <a>\ny", STATEMENT_TEXT, "", "y"},
+        {"#lines 5\ny", STATEMENT_TEXT, "#lines 5\n", "y"},
+        {"%d%s%n\n", STATEMENT_DONE, "%d%s%n\n", ""},
+        {"foo %s%n\n", STATEMENT_TEXT, "foo %s%n\n", ""},
+        {"REM %s%n\n", STATEMENT_DONE, "REM %s%n\n", ""},
+        {"ON %s GOTO %n\n", STATEMENT_DONE, "ON %s GOTO %n\n", ""},
+    };
+    for (const auto &c : cases) {
+        script_source source(c.text);
+        output_capture output;
+        EXPECT_EQ(next_statement(source.stream), c.result) << escaped(c.text);
+        EXPECT_EQ(escaped(output.text()), escaped(c.written)) << escaped(c.text);
+        std::string rest;
+        for (int ch; (ch = src_getc(source.stream)) != -1;)
+            rest += static_cast<char>(ch);
+        EXPECT_EQ(escaped(rest), escaped(c.rest)) << escaped(c.text);
+    }
+}
+
+TEST(recogniser, cuts_a_text_at_3900_characters)
+{
+    std::string text = "x=" + times(3898, "1") + "REST\n";
+    script_source source(text);
+    output_capture output;
+    EXPECT_EQ(next_statement(source.stream), STATEMENT_TEXT);
+    EXPECT_EQ(output.text(), text.substr(0, 3900) + "\n");
+    EXPECT_EQ(src_getc(source.stream), 'R');
+}
