@@ -1,0 +1,161 @@
+// Benchmarks of the pieces that a statement passes through. bench/run measures the whole; these tell where
+// a change has shown.
+#include "analysis/arg_fetcher.h"
+#include "analysis/arg_slots.h"
+#include "analysis/expr_eval.h"
+#include "analysis/var_store.h"
+#include "rules/rules.h"
+#include "source/command_table.h"
+#include "source/src_stream.h"
+#include "support/output.h"
+#include "support/pool_heap.h"
+
+#include <benchmark/benchmark.h>
+#include <stdlib.h>
+#include <string.h>
+
+constexpr char line_arguments[] = " 12.5, v1, 0, 100.25, -3, 0, 3, 1, 2\n";
+constexpr size_t block_size = 65536;
+
+static char block[block_size];
+
+// A source that holds one text over and over.
+static FILE *source_of(const char *text)
+{
+    size_t length = strlen(text);
+    size_t used = 0;
+    for (; used + length <= block_size; used += length)
+        memcpy(block + used, text, length);
+    return fmemopen(block, used, "rb");
+}
+
+static void source_restart(FILE *source)
+{
+    rewind(source);
+    src_open("", source);
+    src_count_lines();
+}
+
+// A store with a few variables in it, and the block that the fetcher keeps values in.
+static void store_start()
+{
+    static auto *records = static_cast<var_rec *>(malloc(var_capacity * sizeof(var_rec)));
+    static pool_heap *heap = heap_create("Vbuf", 4096);
+    static char pool[arg_pool_block];
+    arg_pool = pool;
+    vars_start(records, heap);
+    for (const char *text : {"v1 = 2.5", "width = 40", "height = 30"}) {
+        char copy[32];
+        strcpy(copy, text);
+        eval_expr(copy);
+    }
+}
+
+// Fetches the arguments of one LINE, as the statement loop does it.
+static int32_t fetch_line(FILE *source, const cmd_row &row)
+{
+    slots_start_statement();
+    slot_set_word("LINE");
+    arg_cursor++;
+    return fetch_args(source, row.spec_count, row.spec, false);
+}
+
+static void getc_block(benchmark::State &state)
+{
+    FILE *source = source_of(line_arguments);
+    int64_t characters = 0;
+    for (auto _ : state) {
+        source_restart(source);
+        int sum = 0;
+        for (int c = src_getc(source); c != -1; c = src_getc(source), characters++)
+            sum += c;
+        benchmark::DoNotOptimize(sum);
+    }
+    state.SetItemsProcessed(characters);
+    fclose(source);
+}
+BENCHMARK(getc_block);
+
+static void eval_text(benchmark::State &state, const char *text)
+{
+    store_start();
+    char copy[256];
+    size_t size = strlen(text) + 1;
+    for (auto _ : state) {
+        memcpy(copy, text, size);
+        benchmark::DoNotOptimize(eval_expr(copy));
+    }
+}
+BENCHMARK_CAPTURE(eval_text, number, "12.5");
+BENCHMARK_CAPTURE(eval_text, variable, "width");
+BENCHMARK_CAPTURE(eval_text, long,
+                  "(width / 2 - 0.5 * sin(30 + v1)) * (height > 20 && width <= 50) + 12.25 - v1");
+BENCHMARK_CAPTURE(eval_text, deep,
+                  "((((((((((((((((((((((((((((((((((((((((((((((((1))))))))))))))))"
+                  "))))))))))))))))))))))))))))))))");
+
+static void find_command(benchmark::State &state, const char *word)
+{
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(word);
+        benchmark::DoNotOptimize(command_find(word));
+    }
+}
+BENCHMARK_CAPTURE(find_command, line, "LINE");
+BENCHMARK_CAPTURE(find_command, lower_case, "polyline");
+BENCHMARK_CAPTURE(find_command, unknown, "thickness");
+
+static void fetch_line_arguments(benchmark::State &state)
+{
+    store_start();
+    FILE *source = source_of(line_arguments);
+    const cmd_row &row = command_row_at(command_find("LINE"));
+    size_t statements = block_size / strlen(line_arguments);
+    size_t left = 0;
+    for (auto _ : state) {
+        if (left-- == 0) {
+            source_restart(source);
+            left = statements - 1;
+        }
+        benchmark::DoNotOptimize(fetch_line(source, row));
+    }
+    fclose(source);
+}
+BENCHMARK(fetch_line_arguments);
+
+static void write_line_rule(benchmark::State &state)
+{
+    store_start();
+    FILE *source = source_of(line_arguments);
+    const cmd_row &row = command_row_at(command_find("LINE"));
+    out_open(fopen("/dev/null", "wb"));
+    source_restart(source);
+    fetch_line(source, row);
+    for (auto _ : state) {
+        arg_cursor = arg_slots;
+        arg_type_cursor = arg_types;
+        benchmark::DoNotOptimize(conv_entity(row.id));
+    }
+    out_close();
+    fclose(source);
+}
+BENCHMARK(write_line_rule);
+
+// Among so many other blocks, every second of which is free again.
+static void alloc_and_free(benchmark::State &state)
+{
+    pool_heap *heap = heap_create("bench", 4096);
+    for (int64_t i = 0; i < state.range(0); i++) {
+        void *freed = heap_alloc(heap, "bench", 40);
+        benchmark::DoNotOptimize(heap_alloc(heap, "bench", 40));
+        heap_free(freed);
+    }
+    for (auto _ : state) {
+        void *taken = heap_alloc(heap, "bench", 100);
+        benchmark::DoNotOptimize(taken);
+        heap_free(taken);
+    }
+}
+BENCHMARK(alloc_and_free)->Arg(0)->Arg(100)->Arg(1000);
+
+BENCHMARK_MAIN();
