@@ -1,0 +1,70 @@
+// eval_expr alone: each line of the input is a text, and all of them share one variable store.
+#include "harness.h"
+
+#include "analysis/expr_eval.h"
+#include "support/pool_heap.h"
+
+#include <stdlib.h>
+#include <string.h>
+
+constexpr size_t enclosed_most = 40; // characters; beyond that, nesting may reach the parser's bound
+
+// True if a text means the same in parentheses: numbers and operators only. The letters are those inside a
+// number; a name reads as the last value read where it isn't known, so that it may change between two looks.
+static bool may_be_enclosed(const uint8_t *text, size_t size)
+{
+    if (size > enclosed_most)
+        return false;
+    for (size_t i = 0; i < size; i++) {
+        bool in_number = i > 0 && ((text[i - 1] >= '0' && text[i - 1] <= '9') || text[i - 1] == '.');
+        const char *allowed = in_number ? "0123456789. +-*/%^<>&|#~?:eEdDxX" : "0123456789. +-*/%^<>&|#~?:";
+        if (text[i] == 0 || strchr(allowed, text[i]) == nullptr)
+            return false;
+    }
+    return true;
+}
+
+static bool evaluate(const uint8_t *data, size_t size, double *value)
+{
+    char *text = harness_text(data, size);
+    const double *result = eval_expr(text);
+    if (result != nullptr)
+        *value = *result;
+    free(text);
+    return result != nullptr;
+}
+
+// Parentheses around a text change nothing, though they take it off any short cut for plain numbers.
+static void check_enclosed(const uint8_t *data, size_t size, bool valid, double value)
+{
+    uint8_t enclosed[enclosed_most + 2];
+    enclosed[0] = '(';
+    memcpy(enclosed + 1, data, size);
+    enclosed[size + 1] = ')';
+    double other = 0;
+    bool other_valid = evaluate(enclosed, size + 2, &other);
+    harness_expect(valid == other_valid, "a text is as valid in parentheses");
+    harness_expect(!valid || memcmp(&value, &other, sizeof value) == 0 || (value != value && other != other),
+                   "a text has the same value in parentheses");
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    harness_reset();
+    harness_start_file();
+    const uint8_t *end = data + size;
+    while (data < end) {
+        auto *line_end = static_cast<const uint8_t *>(memchr(data, '\n', static_cast<size_t>(end - data)));
+        if (line_end == nullptr)
+            line_end = end;
+        auto length = static_cast<size_t>(line_end - data);
+        double value = 0;
+        bool valid = evaluate(data, length, &value);
+        if (may_be_enclosed(data, length))
+            check_enclosed(data, length, valid, value);
+        data = line_end + 1;
+    }
+    heap_check(nullptr);
+    return 0;
+}

@@ -1,0 +1,181 @@
+#ifndef _GNU_SOURCE
+#define _GNU_SOURCE // fopencookie
+#endif
+#include "harness.h"
+
+#include "analysis/arg_fetcher.h"
+#include "analysis/var_store.h"
+#include "driver/batch.h"
+#include "rules/rules.h"
+#include "source/labels.h"
+#include "source/src_stream.h"
+#include "support/output.h"
+
+#include <stdlib.h>
+#include <string.h>
+
+// A quarantine of the usual 256 MB costs more time than it finds.
+extern "C" const char *__asan_default_options();
+extern "C" const char *__asan_default_options()
+{
+    return "quarantine_size_mb=16:malloc_context_size=8";
+}
+
+// ---- Memory ----
+
+static size_t heap_budget_left;
+
+static void *budget_malloc(size_t size)
+{
+    if (size > heap_budget_left)
+        return nullptr;
+    heap_budget_left -= size;
+    return malloc(size);
+}
+
+static void heaps_free()
+{
+    while (heap_list != nullptr) {
+        pool_heap *heap = heap_list;
+        heap_list = heap->next;
+        while (heap->areas != nullptr) {
+            heap_area *area = heap->areas;
+            heap->areas = area->next;
+            if (area->can_free != 0)
+                free(area->base);
+            free(area);
+        }
+        free(heap->items);
+        free(heap);
+    }
+}
+
+// The tables of a file, which are handed out again and again: fresh blocks of that size would cost more time
+// than a short script. What the last input wrote stays in them, as in any block from malloc.
+static var_rec *kept_variables;
+static label_row *kept_labels;
+constexpr size_t variables_size = var_capacity * sizeof(var_rec);
+constexpr size_t labels_size = label_capacity * sizeof(label_row);
+
+// The linker sends every call of malloc here (--wrap).
+extern "C" void *__real_malloc(size_t size);
+extern "C" void *__wrap_malloc(size_t size);
+extern "C" void *__wrap_malloc(size_t size)
+{
+    if (size == variables_size && kept_variables != nullptr)
+        return kept_variables;
+    if (size == labels_size && kept_labels != nullptr)
+        return kept_labels;
+    return __real_malloc(size);
+}
+
+// ---- Source and output ----
+
+static const uint8_t *source_data;
+static size_t source_size;
+static size_t source_at;
+
+static ssize_t source_read(void *, char *buffer, size_t size)
+{
+    size_t left = source_size - source_at;
+    size_t part = size < left ? size : left;
+    memcpy(buffer, source_data + source_at, part);
+    source_at += part;
+    return static_cast<ssize_t>(part);
+}
+
+static int source_seek(void *, off64_t *offset, int whence)
+{
+    int64_t base =
+        whence == SEEK_SET ? 0 : static_cast<int64_t>(whence == SEEK_CUR ? source_at : source_size);
+    int64_t place = base + *offset;
+    if (place < 0 || place > static_cast<int64_t>(source_size))
+        return -1;
+    source_at = static_cast<size_t>(place);
+    *offset = place;
+    return 0;
+}
+
+FILE *harness_source(const uint8_t *data, size_t size)
+{
+    static FILE *stream;
+    if (stream == nullptr) {
+        stream = fopencookie(nullptr, "rb", {source_read, nullptr, source_seek, nullptr});
+        setvbuf(stream, nullptr, _IONBF, 0);
+    }
+    rewind(stream);
+    source_data = data;
+    source_size = size;
+    source_at = 0;
+    return stream;
+}
+
+static char output[size_t{1} << 20]; // what comes behind is lost
+static size_t output_size;
+
+static ssize_t output_write(void *, const char *bytes, size_t size)
+{
+    size_t room = sizeof output - output_size;
+    memcpy(output + output_size, bytes, size < room ? size : room);
+    output_size += size < room ? size : room;
+    return static_cast<ssize_t>(size);
+}
+
+const char *harness_output(size_t *size)
+{
+    out_flush();
+    *size = output_size;
+    return output;
+}
+
+// ---- The run ----
+
+// What is to be done once. Duplicate labels are printed to standard output.
+static void start()
+{
+    heap_malloc = budget_malloc;
+    kept_variables = static_cast<var_rec *>(malloc(variables_size));
+    kept_labels = static_cast<label_row *>(malloc(labels_size));
+    FILE *printed = freopen("/dev/null", "w", stdout);
+    out_open(fopencookie(nullptr, "wb", {nullptr, output_write, nullptr, nullptr}));
+    harness_expect(kept_variables != nullptr && kept_labels != nullptr && printed != nullptr, "a start");
+}
+
+void harness_reset()
+{
+    if (kept_variables == nullptr)
+        start();
+    static const line_directive_state line_directives_at_start = line_directives;
+    heaps_free();
+    heap_budget_left = harness_heap_budget;
+    rules_run = rules_run_state{};
+    line_directives = line_directives_at_start;
+    src_count_lines();
+    out_file.used = 0;
+    output_size = 0;
+}
+
+void harness_start_file()
+{
+    static char pool[arg_pool_block];
+    arg_pool = pool;
+    vars_start(kept_variables, heap_create("Vbuf", 4096));
+    labels_start(kept_labels);
+}
+
+char *harness_text(const uint8_t *data, size_t size)
+{
+    char *text = static_cast<char *>(malloc(size + 1));
+    harness_expect(text != nullptr, "memory");
+    memcpy(text, data, size);
+    text[size] = 0;
+    return text;
+}
+
+void harness_expect(bool condition, const char *what)
+{
+    if (condition)
+        return;
+    fprintf(stderr, "expected: %s\n", what);
+    abort();
+}

@@ -1,0 +1,49 @@
+// The scan format: INPUT's format string and the variables that its conversions take. The first byte is the
+// number of arguments, the rest the decoded format.
+#include "harness.h"
+
+#include "analysis/arg_slots.h"
+#include "rules/emission.h"
+
+#include <stdlib.h>
+#include <string.h>
+
+// Slot 1 with the format, and a variable in each slot behind it.
+static void fill_slots(const char *format, int32_t count)
+{
+    static const char variable[2 + slot_text_slack] = "v";
+    slots_start_statement();
+    slot_set_word("INPUT");
+    for (int32_t i = 1; i <= count; i++) {
+        arg_cursor++;
+        slot_clear();
+        arg_cursor->state = 0;
+        arg_cursor->text = variable;
+        arg_cursor->text_size = 1;
+        arg_cursor->str = i == 1 ? format : variable;
+    }
+    arg_cursor++;
+    slots_end_list();
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    if (size == 0)
+        return 0;
+    harness_reset();
+    int32_t count = 1 + data[0] % arg_types_size;
+    char *format = harness_text(data + 1, size - 1);
+    fill_slots(format, count);
+    arg_cursor = arg_slots + 1;
+    emit_scan_format(count);
+    harness_expect(arg_cursor > arg_slots && arg_cursor <= arg_slots + 1 + count, "no more than there are");
+
+    size_t written;
+    const char *text = harness_output(&written);
+    auto taken = static_cast<size_t>(arg_cursor - arg_slots - 2) * strlen(", v");
+    harness_expect(written >= 3 + taken && memcmp(text, " \"", 2) == 0 && text[written - taken - 1] == '"',
+                   "the format between quotes and the variables taken");
+    free(format);
+    return 0;
+}
