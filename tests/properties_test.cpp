@@ -49,9 +49,9 @@ static bool has_continued_on_line(const std::string &text)
     size_t start = 0;
     while (start < text.size()) {
         size_t end = std::min(text.find('\n', start), text.size());
-        size_t word = text.find_first_not_of(" \t", start);
+        size_t word = std::min(text.find_first_not_of(" \t", start), text.size());
         size_t last = end > start && text[end - 1] == '\r' ? end - 1 : end;
-        if (word + 2 < end && tolower(text[word]) == 'o' && tolower(text[word + 1]) == 'n' &&
+        if (word < end && word + 2 < end && tolower(text[word]) == 'o' && tolower(text[word + 1]) == 'n' &&
             isspace(static_cast<unsigned char>(text[word + 2])) && text[last - 1] == '\\')
             return true;
         start = end + 1;
@@ -155,7 +155,7 @@ TEST(properties, every_command_with_a_rule_stands_in_a_golden_script)
         std::string text = read_file(path);
         for (size_t start = 0; start < text.size();) {
             size_t end = std::min(text.find('\n', start), text.size());
-            size_t word = text.find_first_not_of(" \t", start);
+            size_t word = std::min(text.find_first_not_of(" \t", start), text.size());
             size_t behind = std::min(text.find_first_of(" \t\r\n", word), text.size());
             if (word < end && behind - word < command_name_size)
                 if (int32_t row = command_find(text.substr(word, behind - word).c_str()); row >= 0)

@@ -19,6 +19,8 @@ static std::string read_all(const std::string &text, int (*getc)(FILE *))
     for (int c; (c = getc(source.stream)) != -1;)
         result += static_cast<char>(c);
     EXPECT_EQ(getc(source.stream), -1) << "the end doesn't stay the end";
+    src_close();
+    src_close();
     return result;
 }
 
