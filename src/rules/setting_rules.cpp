@@ -51,7 +51,7 @@ static constexpr rule_row setting_table[] = {
     // id, command, old form,
     //     new form, routine
     // Kept: a dropped statement leaves an empty line.
-    {300, "SETTEXT, SETNOTE", "SETTEXT [six numbers, a name, a number]",
+    {300, "SETTEXT, SETNOTE", "SETTEXT [eight numbers]",
         form("\n"), nullptr},
     {301, "AUTO", "AUTO [number]",
         form("{W} {A1}\n"), nullptr},

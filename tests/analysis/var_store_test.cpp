@@ -195,6 +195,7 @@ TEST_F(var_store_test, checks_subscripts)
         {"l", {2, 0}, VAR_BAD_SUBSCRIPT},
         {"l", {0, -1}, VAR_BAD_SUBSCRIPT},
         {"l", {0}, VAR_BAD_SUBSCRIPT},
+        {"x", {}, 0},
     };
     for (const auto &c : cases)
         EXPECT_EQ(element(c.name, c.subscripts), c.code)
@@ -334,17 +335,20 @@ TEST_F(var_store_test, keeps_a_variable_that_finds_no_memory_to_grow)
     make("a", VAR_INT, {3});
     element("a", {1});
     var_store_value(5);
+    store_string("$s", -1, "ab");
     store_string("$$l", 1, "abc");
     mallocs_left = 0;
     heap_malloc = failing_malloc;
     EXPECT_EQ(make("a", VAR_INT, {100000}), VAR_NO_MEMORY);
     EXPECT_EQ(make("b", VAR_INT, {100000}), VAR_NO_MEMORY);
+    EXPECT_EQ(store_string("$s", -1, times(100000, "x")), VAR_NO_MEMORY);
     EXPECT_EQ(store_string("$$l", 1, times(100000, "x")), VAR_NO_MEMORY);
     EXPECT_EQ(store_string("$$l", 100000, "x"), VAR_NO_MEMORY);
     heap_malloc = malloc;
     EXPECT_EQ(size_of("a"), 3);
     element("a", {1});
     EXPECT_EQ(var_current.value, 5);
+    EXPECT_EQ(size_of("$s"), 3);
     EXPECT_EQ(size_of("$$l"), 2);
     EXPECT_EQ(item_text("$$l", 1), "abc");
     EXPECT_EQ(var_read("b", nullptr), VAR_UNKNOWN);

@@ -1,7 +1,7 @@
 // Memory that runs out: malloc fails at each of its calls in turn. Linked with malloc wrapped.
 #include "common/run.h"
 #include "driver/batch.h"
-#include "platform/platform.h"
+#include "source/labels.h"
 #include "support/pool_heap.h"
 
 #include <gtest/gtest.h>
@@ -120,11 +120,29 @@ TEST_F(memory_test, survives_a_failure_at_any_call)
     }
 }
 
+TEST_F(memory_test, ends_the_process_where_a_name_can_not_be_recorded)
+{
+    fs::path before = fs::current_path();
+    fs::current_path(folder); // no prompt file here
+    char *recorded = nullptr;
+    auto record = [&] {
+        line_directives.source_name_recording = true;
+        line_directives.source_name_slot = &recorded;
+        calls = 0;
+        failing_call = 1;
+        counting = true;
+        line_directive_parse("5 <name>");
+    };
+    EXPECT_EXIT(record(), testing::ExitedWithCode(1), "");
+    fs::current_path(before);
+}
+
 // The program's main, with one failing malloc behind it.
 int murlconv_main(int argc, char **argv);
 
 TEST_F(memory_test, ends_the_program_with_status_1_and_a_line)
 {
+    fs::path before = fs::current_path();
     fs::current_path(folder);
     char program[] = "murlconv", first[] = "a.mrl";
     char *arguments[] = {program, first};
@@ -134,6 +152,7 @@ TEST_F(memory_test, ends_the_program_with_status_1_and_a_line)
     counting = true;
     int status = murlconv_main(2, arguments);
     counting = false;
+    fs::current_path(before);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "murlconv: out of memory\n");
     EXPECT_EQ(status, 1);
 }

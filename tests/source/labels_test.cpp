@@ -153,6 +153,11 @@ TEST(line_directives, place_and_record_a_name_where_asked_to)
     line_directive_parse(("4 <" + name + ">").c_str());
     EXPECT_EQ(recorded, name);
     free(recorded);
+    std::string folder = times(400, "d") + "/", file = times(200, "f");
+    line_directives.source_name_base = folder.c_str();
+    line_directive_parse(("4 " + file).c_str());
+    EXPECT_EQ(line_directives.source_name, (folder + file).substr(0, 511));
+    free(recorded);
     reset_run();
 }
 

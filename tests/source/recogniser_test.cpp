@@ -177,6 +177,7 @@ TEST(recogniser, finishes_every_other_statement)
         {"ON x \\\r\nGOTO a\n", STATEMENT_DONE, "ON x GOTO a\n", ""},
         {"ON x GOTO \\\na\n", STATEMENT_DONE, "ON x GOTO \\\n", "a\n"},
         {"#line 5 <a>\ny", STATEMENT_TEXT, "", "y"},
+        {"#LINE", STATEMENT_TEXT, "", ""},
         {"#lines 5\ny", STATEMENT_TEXT, "#lines 5\n", "y"},
         {"%d%s%n\n", STATEMENT_DONE, "%d%s%n\n", ""},
         {"foo %s%n\n", STATEMENT_TEXT, "foo %s%n\n", ""},

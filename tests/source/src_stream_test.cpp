@@ -160,6 +160,20 @@ TEST(src_stream, tells_a_position_that_seek_finds_again)
     EXPECT_EQ(src_raw_tell(), 5);
 }
 
+TEST(src_stream, goes_back_and_on_over_many_blocks)
+{
+    std::string text;
+    for (int i = 0; text.size() < 300000; i++)
+        text += std::to_string(i) + " ";
+    script_source source(text);
+    for (int64_t at : {299000, 0, 65535, 65536, 131073, 7, 200000, 199990, 131071}) {
+        EXPECT_EQ(src_seek(source.stream, at), 0);
+        EXPECT_EQ(src_tell(source.stream), at);
+        for (int64_t i = at; i < at + 900; i++)
+            ASSERT_EQ(src_getc(source.stream), text[static_cast<size_t>(i)]) << at << ": " << i;
+    }
+}
+
 // ---- The key ----
 
 static const std::string test_key = "\x11\x72\x33\x54\x05\x26\x17\x48\x39";
