@@ -323,7 +323,9 @@ static int32_t take_plain_arguments(FILE *stream, const uint8_t *spec, int32_t c
     }
     if (taken == 0)
         return 0;
-    *last = line_end ? '\n' : ',';
+    constexpr int comma = ',';
+    constexpr int line_feed = '\n';
+    *last = line_end ? line_feed : comma;
     line_owed = slot[-1].text;
     slot_texts_used = static_cast<uint32_t>(text - slot_texts);
     arg_type_cursor += taken;

@@ -77,17 +77,16 @@ struct token_levels {
 
 static constexpr token_levels token_levels_make()
 {
+    constexpr struct {
+        int16_t token;
+        uint8_t level;
+    } rows[] = {
+        {'\'', 100}, {'"', 100}, {'!', 100}, {'^', 80},        {'*', 70}, {'/', 70}, {'%', 70}, {'+', 60},
+        {'-', 60},   {'<', 50},  {'>', 50},  {TOKEN_EQEQ, 40}, {'#', 30}, {'&', 25}, {'|', 20}, {'?', 15},
+    };
     token_levels levels{};
-    levels.level['\''] = levels.level['"'] = levels.level['!'] = 100;
-    levels.level['^'] = 80;
-    levels.level['*'] = levels.level['/'] = levels.level['%'] = 70;
-    levels.level['+'] = levels.level['-'] = 60;
-    levels.level['<'] = levels.level['>'] = 50;
-    levels.level[TOKEN_EQEQ] = 40;
-    levels.level['#'] = 30;
-    levels.level['&'] = 25;
-    levels.level['|'] = 20;
-    levels.level['?'] = 15;
+    for (const auto &row : rows)
+        levels.level[row.token] = row.level;
     return levels;
 }
 static constexpr token_levels token_table = token_levels_make();
