@@ -44,6 +44,8 @@ FILE *plat_open_input(const char *path)
         stream = fdopen(file, "r");
     if (stream == nullptr)
         close(file);
+    else
+        setvbuf(stream, nullptr, _IONBF, 0); // the reader has a buffer of its own
     return stream;
 }
 
@@ -64,8 +66,8 @@ FILE *plat_open_output(const char *path, FILE *input)
         close(file);
         return nullptr;
     }
-    // A device or a pipe has nothing to empty.
-    if (S_ISREG(out_info.st_mode) && ftruncate(file, 0) != 0) {
+    // A device, a pipe and a new file have nothing to empty.
+    if (S_ISREG(out_info.st_mode) && out_info.st_size > 0 && ftruncate(file, 0) != 0) {
         fclose(stream);
         return nullptr;
     }
