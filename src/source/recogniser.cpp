@@ -25,6 +25,13 @@ static int copy_white(FILE *stream)
     int c = src_getc(stream);
     while (char_is(c, CHAR_WHITE)) {
         out_char(c);
+        const unsigned char *p = src_raw.pos;
+        while (p < src_raw.plain_end && *p == ' ')
+            p++;
+        if (p > src_raw.pos) {
+            out_bytes(reinterpret_cast<const char *>(src_raw.pos), static_cast<size_t>(p - src_raw.pos));
+            src_raw.pos = p;
+        }
         c = src_getc(stream);
     }
     return c;
