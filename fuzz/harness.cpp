@@ -5,6 +5,7 @@
 
 #include "analysis/arg_fetcher.h"
 #include "analysis/var_store.h"
+#include "common/heaps.h"
 #include "driver/batch.h"
 #include "rules/rules.h"
 #include "source/labels.h"
@@ -31,23 +32,6 @@ static void *budget_malloc(size_t size)
         return nullptr;
     heap_budget_left -= size;
     return malloc(size);
-}
-
-static void heaps_free()
-{
-    while (heap_list != nullptr) {
-        pool_heap *heap = heap_list;
-        heap_list = heap->next;
-        while (heap->areas != nullptr) {
-            heap_area *area = heap->areas;
-            heap->areas = area->next;
-            if (area->can_free != 0)
-                free(area->base);
-            free(area);
-        }
-        free(heap->items);
-        free(heap);
-    }
 }
 
 // The tables of a file, which are handed out again and again: fresh blocks of that size would cost more time

@@ -175,11 +175,11 @@ static void slot_set_text(const char *text, uint32_t size, bool quoted)
 static bool store_text(bool quoted)
 {
     uint32_t size = static_cast<uint32_t>(strlen(line_buf));
-    slot_set_text(line_buf, size, quoted && size > 0);
     int32_t taken = static_cast<int32_t>(size) + 1;
     if (pool_top - taken < pool_bottom)
         return false;
     pool_top -= taken;
+    slot_set_text(line_buf, size, quoted && size > 0);
     arg_cursor->str = static_cast<char *>(memcpy(arg_pool + pool_top, line_buf, size + 1));
     return true;
 }

@@ -189,6 +189,21 @@ static void emit_menu_integer()
         emit_argument(arg_cursor);
 }
 
+// Writes both lines of a command with menu strings behind its third argument: the strings stand one by one in
+// the old line and as one in the new.
+static void emit_menu_lines(const form_code &old_line, const form_code &new_line, bool shows_integer)
+{
+    emit_form(old_line);
+    arg_cursor = arg_slots + 4;
+    emit_menu_comment();
+    if (shows_integer)
+        emit_menu_integer();
+    out_char('\n');
+    emit_form(new_line);
+    emit_menu_string(arg_types + 3);
+    out_char('\n');
+}
+
 // GETFLT prompt, value, variable, strings, mode -> GETDBL prompt, value, variable, "strings"
 static void conv_getflt(int32_t)
 {
@@ -198,14 +213,7 @@ static void conv_getflt(int32_t)
         command_spec_count(413));
     static constexpr form_code new_line = form("GETDBL {A1}, {A2}, {A3}", command_spec_count(413));
 
-    emit_form(old_line);
-    arg_cursor = arg_slots + 4;
-    emit_menu_comment();
-    emit_menu_integer();
-    out_char('\n');
-    emit_form(new_line);
-    emit_menu_string(arg_types + 3);
-    out_char('\n');
+    emit_menu_lines(old_line, new_line, true);
 }
 
 // GETINT prompt, value, variable, strings, mode -> GETINT prompt, value, variable, "strings"
@@ -217,14 +225,9 @@ static void conv_getint(int32_t)
         command_spec_count(414));
     static constexpr form_code new_line = form("GETINT {A1}, {A2}, {A3}", command_spec_count(414));
 
-    emit_form(old_line);
-    arg_cursor = arg_slots + 4;
-    emit_menu_comment();
-    out_char('\n');
-    emit_form(new_line);
-    emit_menu_string(arg_types + 3);
     // Kept: an empty line behind the statement; the mode shows nowhere.
-    out_text("\n\n");
+    emit_menu_lines(old_line, new_line, false);
+    out_char('\n');
 }
 
 // GETMENU prompt, strings, mode, mode -> REM GETMENU ..., GETMENU prompt, "strings", an empty line
@@ -243,14 +246,7 @@ static void conv_getstr(int32_t)
     static constexpr form_code old_line = form("// {W} {A1}, {A2}, , {A3}", command_spec_count(419));
     static constexpr form_code new_line = form("{W} {A1}, {A2}, , {A3}", command_spec_count(419));
 
-    emit_form(old_line);
-    arg_cursor = arg_slots + 4;
-    emit_menu_comment();
-    emit_menu_integer();
-    out_char('\n');
-    emit_form(new_line);
-    emit_menu_string(arg_types + 3);
-    out_char('\n');
+    emit_menu_lines(old_line, new_line, true);
 }
 
 // INPUT format, variables -> INPUT format, as many variables as the format converts
@@ -264,12 +260,14 @@ static void conv_input_row(int32_t count)
     out_char('\n');
 }
 
-// Writes the arguments from a slot on, up to the first empty text.
-static void emit_items(const arg_slot *slot)
+// Writes the head, the arguments from the second on up to the first empty text, and the line end.
+static void emit_items(const form_code &head)
 {
+    emit_form(head);
     // Kept: an empty item ends the list, and those behind it are dropped.
-    for (; slot->text_size > 0; slot++)
+    for (const arg_slot *slot = arg_slots + 2; slot->text_size > 0; slot++)
         emit_argument(slot);
+    out_char('\n');
 }
 
 // PRINT text, items -> PRINT text, items
@@ -277,9 +275,7 @@ static void conv_print(int32_t)
 {
     static constexpr form_code head = form("{W} {A1}");
 
-    emit_form(head);
-    emit_items(arg_slots + 2);
-    out_char('\n');
+    emit_items(head);
 }
 
 // GETCOP entity, numbers -> a warning and the old statement, on one line
@@ -287,9 +283,7 @@ static void conv_getcop(int32_t)
 {
     static constexpr form_code head = form("// WARNING: {W} has NOT been implemented// {W} {A1}");
 
-    emit_form(head);
-    emit_items(arg_slots + 2);
-    out_char('\n');
+    emit_items(head);
 }
 
 // GETCUR prompt, number, number, values, strings, mode, mode

@@ -299,20 +299,6 @@ TEST_F(var_store_test, keeps_the_items_of_a_list_that_changes)
     }
 }
 
-TEST_F(var_store_test, holds_a_thousand_variables)
-{
-    for (int i = 0; i < 1000; i++)
-        ASSERT_EQ(make("v" + std::to_string(i), VAR_INT), 0) << i;
-    EXPECT_EQ(make("one_more", VAR_INT), VAR_TABLE_FULL);
-    EXPECT_EQ(make("one_more", VAR_INT, {3}), VAR_TABLE_FULL);
-    EXPECT_EQ(store_string("$one_more", -1, "x"), VAR_TABLE_FULL);
-    EXPECT_EQ(var_count, 1000);
-    for (int i = 0; i < 1000; i++) {
-        var_read(("v" + std::to_string(i)).c_str(), nullptr);
-        ASSERT_EQ(var_current.ptr, var_table[i].value) << i;
-    }
-}
-
 TEST_F(var_store_test, tells_names_apart_by_255_characters)
 {
     std::string name = times(255, "n");

@@ -1,4 +1,4 @@
-// Emission helpers that a script can't drive into every corner: menu strings, GETCUR's walk, scan formats.
+// Emission helpers one by one, where a whole statement doesn't show which of them did what.
 #include "rules/emission.h"
 
 #include "analysis/arg_fetcher.h"
@@ -9,69 +9,6 @@
 #include "source/recogniser.h"
 
 #include <gtest/gtest.h>
-
-TEST(emission, merges_menu_strings)
-{
-    static const struct {
-        const char *strings, *comment, *merged;
-    } cases[] = {
-        {"", "", ""},
-        {",\"Yes\",\"No\"", ",\"Yes\",\"No\"", ", \"Yes|No\""},
-        {",\"a\",,\"c\"", ",\"a\",,\"c\"", ", \"a||c\""},
-        {",\"a\",,,\"d\"", ",\"a\",,,\"d\"", ", \"a||d\""},
-        {",\"a\",,,,\"e\"", ",\"a\",,,,\"e\"", ", \"a||e\""},
-        {",\"a\",,\"c\",,\"e\"", ",\"a\",,\"c\",,\"e\"", ", \"a||c|e\""},
-        {",abc", ",abc", ", \"b\""},
-        {",ab,x", ",ab,x", ", \"||||||||\""},
-        {",\"\",\"b\"", ",,\"b\"", ", \"|b\""},
-        {",,\"b\"", ",,\"b\"", ", \"|b\""},
-        {",,,\"c\"", ",,,\"c\"", ", \"||c\""},
-        {",,\"b\",,\"d\"", ",,\"b\",,\"d\"", ", \"|b||d\""},
-        {",,", ",,", ""},
-        {",\"1\",\"2\",\"3\",\"4\",\"5\",\"6\",\"7\",\"8\",\"9\"",
-         ",\"1\",\"2\",\"3\",\"4\",\"5\",\"6\",\"7\",\"8\",\"9\"", ", \"1|2|3|4|5|6|7|8|9\""},
-        {",\"a string of more than twelve\"", ",\"a string of more than twelve\"",
-         ", \"a string of more than twelve\""},
-        {",\"100%s %d%n\"", ",\"100%s %d%n\"", ", \"100%s %d%n\""},
-    };
-    for (const auto &c : cases)
-        EXPECT_EQ(converted("GETMENU \"p\"" + std::string(c.strings) + "\n"),
-                  "REM GETMENU \"p\"" + std::string(c.comment) + "\nGETMENU \"p\"" + c.merged + "\n\n")
-            << c.strings;
-}
-
-TEST(emission, writes_the_variables_of_a_scan_format)
-{
-    static const struct {
-        const char *arguments, *written;
-    } cases[] = {
-        {"\"%d\", a", " \"%d\", a"},
-        {"\"%d %f\\n\", a, b", " \"%d %f\\n\", a, b"},
-        {"\"%d\", a, b", " \"%d\", a"},
-        {"\"%d %d\", a", " \"%d %d\", a"},
-        {"\"%d\"", " \"%d\""},
-        {"\"100%% %d\", a", " \"100%% %d\", a"},
-        {"\"%*d%d\", a", " \"%*d%d\""},
-        {"\"%*d %d\", a", " \"%*d %d\", a"},
-        {"\"%5hd%10lf\", a, b", " \"%5hd%10lf\", a, b"},
-        {"\"%s %[a-z]%c\", a, b, c", " \"%s %[a-z]%c\", a, b, c"},
-        {"\"%[%d]%d\", a, b", " \"%[%d]%d\", a, b"},
-        {"\"%*[a-z] %d\", a", " \"%*[a-z] %d\""},
-        {"\"%z%d\", a", " \"%z%d\", a"},
-        {"\"%%d %i\", a", " \"%%d %i\", a"},
-        {"\"d%\", a", " \"d%\""},
-        {"\"\\r\\n\\t\\\\\\\"%d\", a", " \"\\r\\n\t\\\"%d\", a"},
-        {"\"%d\", \"%s\", b", " \"%d\", \"%s\""},
-        {"\"\", a", " \"\""},
-    };
-    for (const auto &c : cases) {
-        std::string output = converted("INPUT " + std::string(c.arguments) + "\n");
-        EXPECT_EQ(escaped(output.substr(0, 5)), "INPUT") << c.arguments;
-        EXPECT_EQ(escaped(output.substr(5, output.size() - 6)), escaped(c.written)) << c.arguments;
-    }
-    std::string format = times(1400, "x");
-    EXPECT_EQ(converted("INPUT \"" + format + "%d\", a\n"), "INPUT \"" + format.substr(0, 1299) + "\"\n");
-}
 
 // Slots as the fetcher would leave them for a command, for the helpers that read under the cursor.
 static void fetch(const char *statement)

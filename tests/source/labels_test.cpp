@@ -79,18 +79,6 @@ TEST(labels, lets_the_same_line_be_read_again)
     EXPECT_EQ(printed, "a");
 }
 
-TEST(labels, stops_at_the_1001st)
-{
-    script_source source(times(1001, "\n"));
-    output_capture output;
-    std::string printed;
-    for (int i = 0; i < 1000; i++)
-        ASSERT_EQ(define(&source, (":l" + std::to_string(i)).c_str(), &printed), STATEMENT_DONE) << i;
-    EXPECT_EQ(define(&source, ":l1000", &printed), STATEMENT_END);
-    EXPECT_EQ(label_count, 1000);
-    EXPECT_EQ(printed, "l1000");
-}
-
 TEST(line_directives, hold_what_the_line_says)
 {
     static const struct {

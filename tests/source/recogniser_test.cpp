@@ -45,11 +45,6 @@ TEST(command_table, finds_no_near_miss)
         EXPECT_EQ(command_find(word), -1) << word;
 }
 
-TEST(command_table, keeps_the_second_spline_behind_the_first)
-{
-    EXPECT_EQ(command_find("SPLINE3"), command_find("SPLINE") + 1);
-}
-
 // ---- The first word ----
 
 TEST(recogniser, reads_the_first_word)

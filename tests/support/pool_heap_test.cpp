@@ -1,6 +1,8 @@
 // The pool heap: where blocks are cut and merged, and that nobody's bytes are ever touched.
 #include "support/pool_heap.h"
 
+#include "common/heaps.h"
+
 #include <gtest/gtest.h>
 
 #include <stdlib.h>
@@ -57,19 +59,7 @@ protected:
     void TearDown() override
     {
         heap_malloc = malloc;
-        while (heap_list != nullptr) {
-            pool_heap *heap = heap_list;
-            heap_list = heap->next;
-            while (heap->areas != nullptr) {
-                heap_area *area = heap->areas;
-                heap->areas = area->next;
-                if (area->can_free != 0)
-                    free(area->base);
-                free(area);
-            }
-            free(heap->items);
-            free(heap);
-        }
+        heaps_free();
         heap_debug = 0;
     }
 
