@@ -55,7 +55,7 @@ static void store_start()
 static int32_t fetch_line(FILE *source, const cmd_row &row)
 {
     slots_start_statement();
-    slot_set_word("LINE");
+    slot_set_word("LINE", 4);
     arg_cursor++;
     return fetch_args(source, row.spec_count, row.spec, false);
 }
@@ -98,7 +98,7 @@ static void find_command(benchmark::State &state, const char *word)
 {
     for (auto _ : state) {
         benchmark::DoNotOptimize(word);
-        benchmark::DoNotOptimize(command_find(word));
+        benchmark::DoNotOptimize(command_find(word, strlen(word)));
     }
 }
 BENCHMARK_CAPTURE(find_command, line, "LINE");
@@ -109,7 +109,7 @@ static void fetch_line_arguments(benchmark::State &state)
 {
     store_start();
     FILE *source = source_of(line_arguments);
-    const cmd_row &row = command_row_at(command_find("LINE"));
+    const cmd_row &row = command_row_at(command_find("LINE", 4));
     size_t statements = block_size / strlen(line_arguments);
     size_t left = 0;
     for (auto _ : state) {
@@ -127,7 +127,7 @@ static void write_line_rule(benchmark::State &state)
 {
     store_start();
     FILE *source = source_of(line_arguments);
-    const cmd_row &row = command_row_at(command_find("LINE"));
+    const cmd_row &row = command_row_at(command_find("LINE", 4));
     out_open(fopen("/dev/null", "wb"));
     source_restart(source);
     fetch_line(source, row);

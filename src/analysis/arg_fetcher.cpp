@@ -3,8 +3,10 @@
 #include "analysis/arg_slots.h"
 #include "analysis/expr_eval.h"
 #include "analysis/expr_lexer.h"
+#include "analysis/expr_quick.h"
 #include "source/src_stream.h"
 #include "source/statement_text.h"
+#include "support/char_masks.h"
 #include "support/number.h"
 #include "support/output.h"
 #include "support/text.h"
@@ -13,10 +15,9 @@
 
 char *arg_pool;
 
-static int32_t pool_bottom;   // bytes of arg_pool that values have taken from below
-static int32_t pool_top;      // where the strings begin that were stored from above
-static int32_t line_used;     // characters gathered in line_buf
-static const char *line_owed; // a text that line_buf should hold and doesn't yet; null: it does
+static int32_t pool_top;          // where in arg_pool the strings begin that have room from above
+static int32_t line_used;         // characters gathered in line_buf
+static const arg_slot *line_owed; // the slot whose text line_buf should hold and doesn't yet; null: it does
 
 // How a character of raw text is taken: stored at once, or looked at.
 enum : uint8_t { RAW_STORED = 1, RAW_STORED_COUNTED = 2, STRING_STORED = 4 };
@@ -26,14 +27,14 @@ struct raw_class_map {
 };
 
 // In raw text printable characters and the blank are stored, the comma ends the argument, parentheses are
-// looked at where they are counted. In a string all is stored up to a quote. The backslash isn't in it: the
-// source has to see whether it joins two lines.
+// looked at where they are counted. In a string all is stored up to a quote or a NUL. The backslash isn't in
+// it: the source has to see whether it joins two lines.
 static constexpr raw_class_map raw_classes_make()
 {
     raw_class_map map{};
     for (int c = 0; c < 256; c++) {
         unsigned bits = 0;
-        if (src_plain.plain[c] && c != '"' && c != '`')
+        if (src_plain.plain[c] && c != '"' && c != '`' && c != 0)
             bits |= STRING_STORED;
         if (c >= ' ' && c < 127 && c != ',' && c != '\\')
             bits |= c == '(' || c == ')' ? RAW_STORED : RAW_STORED | RAW_STORED_COUNTED;
@@ -42,6 +43,11 @@ static constexpr raw_class_map raw_classes_make()
     return map;
 }
 static constexpr raw_class_map raw_classes = raw_classes_make();
+
+static bool is_numeric(uint8_t type)
+{
+    return type >= ARG_LONG && type <= ARG_DOUBLE;
+}
 
 static int skip_blanks(FILE *stream)
 {
@@ -171,31 +177,54 @@ static void slot_set_text(const char *text, uint32_t size, bool quoted)
     arg_cursor->state = 0;
 }
 
-// Stores a text argument. The text of an empty string is empty, but it has a str.
-static bool store_text(bool quoted)
+// Bytes of arg_pool that the values of type 4 have taken from below. Few statements ask: it takes many
+// strings to reach them.
+static int32_t pool_bottom()
 {
-    uint32_t size = static_cast<uint32_t>(strlen(line_buf));
-    int32_t taken = static_cast<int32_t>(size) + 1;
-    if (pool_top - taken < pool_bottom)
+    int32_t bottom = 0;
+    for (const uint8_t *type = arg_types; type < arg_type_cursor; type++)
+        bottom += *type == ARG_DOUBLE ? 8 : 0;
+    return bottom;
+}
+
+constexpr int32_t pool_values_max = 8 * arg_types_size; // bytes that values can take
+
+// True if arg_pool has no room for another value of type 4.
+static bool pool_lacks_value()
+{
+    return pool_top <= pool_values_max && pool_bottom() + 8 >= pool_top;
+}
+
+// Takes the room in arg_pool for a string of size characters and a NUL. False if there is none.
+static bool pool_take_string(uint32_t size)
+{
+    auto taken = static_cast<int32_t>(size) + 1;
+    if (pool_top - taken < pool_values_max && pool_top - taken < pool_bottom())
         return false;
     pool_top -= taken;
-    slot_set_text(line_buf, size, quoted && size > 0);
-    arg_cursor->str = static_cast<char *>(memcpy(arg_pool + pool_top, line_buf, size + 1));
     return true;
 }
 
-// Stores the value of a numeric type in a slot. There is room in the pool.
-static inline void store_value(arg_slot *slot, uint8_t type, double value)
+// Stores a text argument. The text of an empty string is empty, but it has a str.
+static bool store_text(bool quoted)
 {
-    switch (type) {
-    case ARG_LONG: slot->lval = int_from_double(value); break;
-    case ARG_INT: slot->ival = int_from_double(value); break;
-    case ARG_FLOAT: slot->fval = float_from_double(value); break;
-    default:
-        slot->dval = static_cast<double *>(memcpy(arg_pool + pool_bottom, &value, sizeof value));
-        pool_bottom += 8;
-        break;
-    }
+    auto size = static_cast<uint32_t>(strlen(line_buf));
+    if (!pool_take_string(size))
+        return false;
+    slot_set_text(line_buf, size, quoted && size > 0);
+    arg_cursor->holds = quoted ? HOLDS_STRING : HOLDS_RAW;
+    return true;
+}
+
+// Evaluates the number in line_buf, whose text the slot has by now.
+static bool evaluate_number(uint8_t type)
+{
+    slot_names_read();
+    const double *value = eval_expr(line_buf);
+    if (value == nullptr || (type == ARG_DOUBLE && pool_lacks_value()))
+        return false;
+    slot_store_value(arg_cursor, type, *value);
+    return true;
 }
 
 // Stores a numeric argument that isn't empty.
@@ -204,150 +233,284 @@ static bool store_number(uint8_t type)
     if (line_used > arg_text_room)
         return false;
     slot_set_text(line_buf, static_cast<uint32_t>(line_used), false);
-    const double *value = eval_expr(line_buf);
-    if (value == nullptr || (type == ARG_DOUBLE && pool_bottom + 8 >= pool_top))
-        return false;
-    store_value(arg_cursor, type, *value);
-    return true;
+    return evaluate_number(type);
 }
 
-static bool is_numeric(uint8_t type)
-{
-    return type >= ARG_LONG && type <= ARG_DOUBLE;
-}
+// ---- Arguments that lie ready in the source ----
+// Most arguments need no change and lie in the source's buffer with what ends them: such a text stays there.
+// Whatever isn't ready is gathered from its first character on, in the way further below.
 
-// An argument that lies ready in the source and needs no more than a look: a number of a sign, digits, point
-// and digits, or a bare name.
-struct plain_argument {
-    const unsigned char *start; // its first character
-    const unsigned char *end;   // the comma or line feed behind it
-    double value;               // of a name; a number's stays in its text
-    bool name;
+// The arguments in a stretch of the source that are plain: a number of a sign, digits, a point and digits, a
+// bare name, or nothing at all. A bit in starts and one in ends for each, in order.
+struct plain_marks {
+    uint64_t starts;  // their first characters; for an empty argument, of what ends it
+    uint64_t ends;    // the commas behind them; the last one may be a line feed
+    uint64_t names;   // the ends of those that are names
+    uint64_t empties; // the ends of those that are empty
 };
 
-constexpr int plain_look = 24; // characters from its first on that have to lie ready
-
-static inline bool ends_plainly(const plain_argument *argument)
+// Those of the names that end at ends, each begun by a bit of starts, that are keywords. Names of letters
+// alone are looked at.
+static uint64_t mark_keywords(const unsigned char *text, uint64_t starts, uint64_t letters, uint64_t ends)
 {
-    return *argument->end == ',' || *argument->end == '\n';
+    uint64_t keywords = 0;
+    uint64_t behind = behind_runs(starts, letters);
+    if ((behind & ends) == 0)
+        return 0;
+    for (; behind != 0; behind = without_lowest_bit(behind), starts = without_lowest_bit(starts)) {
+        int start = lowest_bit(starts);
+        int end = lowest_bit(behind);
+        if (lex_is_keyword(reinterpret_cast<const char *>(text) + start, static_cast<size_t>(end - start)))
+            keywords |= uint64_t{1} << end;
+    }
+    return keywords;
 }
 
-static inline int lowest_byte_set(uint64_t marks)
+// Marks the plain arguments at text, of which ready characters are in the source, up to the first one that
+// isn't plain.
+static plain_marks mark_plain(const unsigned char *text, size_t ready)
 {
-    return __builtin_ctzll(marks) / 8;
+    char_masks masks = char_masks_read(text);
+    uint64_t ends = masks.comma | masks.line_feed;
+    if (ready < char_masks_width)
+        ends &= (uint64_t{1} << ready) - 1;
+    ends &= up_to_lowest_bit(masks.line_feed);
+    uint64_t starts = behind_runs(ends << 1 | 1, masks.space | masks.tab);
+
+    // A number with a digit or two: 5, -5, 5., .5. One that begins with 0 and a digit is perhaps octal.
+    uint64_t numbers = (starts & ~masks.minus) | (starts & masks.minus) << 1;
+    numbers &= (masks.digit & ~(masks.zero & masks.digit >> 1)) | (masks.point & masks.digit >> 1);
+    numbers = behind_runs(numbers, masks.digit);
+    numbers = (numbers & ~masks.point) | (numbers & masks.point) << 1;
+    numbers = behind_runs(numbers, masks.digit);
+    numbers = behind_runs(numbers, masks.space);
+    uint64_t names = behind_runs(starts & masks.letter, masks.word) & ends;
+    names &= ~mark_keywords(text, starts & masks.letter, masks.letter, ends);
+
+    uint64_t others = ends & ~(numbers | names | starts);
+    if (others != 0)
+        ends &= up_to_lowest_bit(others) >> 1;
+    return plain_marks{starts, ends, names & ends, starts & ends};
 }
 
-// Reads a number of at most seven characters behind its sign, all eight bytes at once: how long the next
-// number is can't be foreseen, and a wrong guess costs more than all the rest. Byte n of a word is character
-// n of the text here, so on a machine with the other byte order no number is plain.
-static inline bool read_plain_number(plain_argument *argument)
+// Stores plain arguments of a stretch of the source in the slots from arg_cursor on, where all wait for their
+// values: at most count of them, by the positions at spec, as long as these are numeric and none that has to
+// be given is empty. Gives the slot behind the last one, and in *end where that one ended in the stretch.
+// Nothing in here has to be guessed but when it ends.
+static arg_slot *store_plain(const unsigned char *text, const plain_marks &marks, const uint8_t *spec,
+                             int32_t count, int *end)
 {
-    constexpr uint64_t ones = 0x0101010101010101;
-    constexpr bool first_is_lowest = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
+    arg_slot *slot = arg_cursor;
+    const arg_slot *limit = slot + count;
+    uint8_t *type = arg_type_cursor;
+    uint64_t starts = marks.starts;
+    uint64_t ends = marks.ends;
+    for (; ends != 0 && slot < limit; slot++, spec++, type++) {
+        uint8_t holds = *spec | HOLDS_WAITING;
+        int start = lowest_bit(starts);
+        int behind = lowest_bit(ends);
+        auto size = static_cast<uint32_t>(behind - start);
+        if (!is_numeric(holds ^ HOLDS_WAITING) || (size | (*spec & ARG_OPTIONAL)) == 0)
+            break;
+        *end = behind;
+        *type = holds ^ HOLDS_WAITING;
+        slot->text = reinterpret_cast<const char *>(text) + start;
+        slot->text_size = size;
+        slot->begin_mark = 0;
+        slot->state = 0;
+        slot->holds = holds;
+        starts = without_lowest_bit(starts);
+        ends = without_lowest_bit(ends);
+    }
+    return slot;
+}
 
-    unsigned minus = *argument->start == '-';
-    uint64_t characters;
-    memcpy(&characters, argument->start + minus, sizeof characters);
-    uint64_t digits = characters ^ '0' * ones; // 0 to 9 in the bytes of digits
-    uint64_t others = (((digits & 0x7F * ones) + (0x80 - 10) * ones) | digits) & 0x80 * ones;
-    if (!first_is_lowest || others == 0)
+// Marks the types of the slots from arg_cursor on that are empty as absent.
+static void mark_absent(const arg_slot *behind)
+{
+    for (const arg_slot *slot = arg_cursor; slot < behind; slot++)
+        if (slot->text_size == 0)
+            arg_type_cursor[slot - arg_cursor] |= ARG_ABSENT;
+}
+
+// Takes plain arguments, as long as one follows the other: at most count of them, by the positions at spec,
+// as long as these are numeric. Gives how many it took, each stored and stepped behind; *last is the comma or
+// line feed that ended the last of them.
+static int32_t take_plain_arguments(const uint8_t *spec, int32_t count, int *last, bool *keep_absent)
+{
+    if (count == 0 || !is_numeric(*spec & ~ARG_OPTIONAL) || pool_top <= pool_values_max)
+        return 0;
+    const arg_slot *first = arg_cursor;
+    bool more = true;
+    while (more && src_raw.pos < src_raw.plain_end) {
+        const unsigned char *text = src_raw.pos;
+        plain_marks marks = mark_plain(text, static_cast<size_t>(src_raw.plain_end - text));
+        int end = 0;
+        auto taken = static_cast<int32_t>(arg_cursor - first);
+        arg_slot *behind = store_plain(text, marks, spec + taken, count - taken, &end);
+        if (behind == arg_cursor)
+            break;
+        if (marks.empties != 0) {
+            mark_absent(behind);
+            *keep_absent |= (marks.empties & bits_through(end)) != 0;
+        }
+        slot_names_wait(arg_cursor, marks.ends, marks.names & bits_through(end));
+        *last = text[end];
+        more = *last == ',';
+        src_raw.pos = text + end + (more ? 1 : 0);
+        arg_type_cursor += behind - arg_cursor;
+        arg_cursor = behind;
+    }
+    if (arg_cursor == first)
+        return 0;
+    auto taken = static_cast<int32_t>(arg_cursor - first);
+    line_owed = arg_cursor - 1;
+    slot_clear();
+    if (*last == '\n')
+        src_take_line_feed();
+    return taken;
+}
+
+// The first character from text on that isn't a plain part of a raw text: the comma, whatever is dropped or
+// read differently, and the parentheses if they are counted. At the latest end.
+static const unsigned char *behind_raw(const unsigned char *text, const unsigned char *end, uint8_t stored)
+{
+    while (text < end && (raw_classes.bits[*text] & stored) != 0)
+        text++;
+    return text;
+}
+
+// Takes what ends an argument at end, a comma or a line feed, and all before it.
+static void take_through(const unsigned char *end, int *last)
+{
+    *last = *end;
+    src_raw.pos = end;
+    if (*end == '\n')
+        src_take_line_feed();
+    else
+        src_raw.pos++;
+}
+
+// Makes a stretch of the source the slot's text.
+static void slot_set_stretch(const unsigned char *start, const unsigned char *end, uint8_t holds)
+{
+    arg_cursor->text = reinterpret_cast<const char *>(start);
+    arg_cursor->text_size = static_cast<uint32_t>(end - start);
+    arg_cursor->holds = holds;
+    arg_cursor->state = 0;
+}
+
+// The end of a raw text, a comma or a line feed, if all of it lies ready; else null.
+static const unsigned char *raw_end(const unsigned char *start, bool counted)
+{
+    uint8_t stored = counted ? RAW_STORED_COUNTED : RAW_STORED;
+    int32_t depth = 0;
+    for (const unsigned char *c = start;; c++) {
+        c = behind_raw(c, src_raw.plain_end, stored);
+        if (c == src_raw.plain_end)
+            return nullptr;
+        if (*c == '\n' || (*c == ',' && depth == 0))
+            return depth == 0 ? c : nullptr;
+        if (*c == '(')
+            depth++;
+        else if (*c == ')' ? --depth < 0 : *c != ',')
+            return nullptr;
+    }
+}
+
+// Takes raw text that lies ready from start on. True if it did.
+static bool take_ready_raw(const unsigned char *start, uint8_t type, int *last)
+{
+    const unsigned char *end = raw_end(start, is_numeric(type) || type == ARG_ITEM);
+    if (end == nullptr)
         return false;
-    int whole = lowest_byte_set(others);
-    unsigned point = (characters >> 8 * whole & 0xFF) == '.';
-    uint64_t ends = point != 0 ? others & (others - 1) : others;
-    if (ends == 0)
+    auto size = static_cast<uint32_t>(end - start);
+    if (size == 0)
         return false;
-    int length = lowest_byte_set(ends);
-    int count = length - static_cast<int>(point);
-    argument->end = argument->start + minus + length;
-    bool octal = (digits & 0xFF) == 0 && whole > 1; // perhaps
-    if (count == 0 || octal || !ends_plainly(argument))
+    if (is_numeric(type) ? size > arg_text_room : !pool_take_string(size))
         return false;
+    slot_set_stretch(start, end, is_numeric(type) ? uint8_t{HOLDS_NOTHING} : uint8_t{HOLDS_RAW});
+    take_through(end, last);
+    line_owed = arg_cursor;
     return true;
 }
 
-static inline bool read_plain_name(plain_argument *argument)
+// Takes a string in double quotes that lies ready from start on, if nothing in it has to be decoded.
+static bool take_ready_string(const unsigned char *start, int *last)
 {
-    const unsigned char *p = argument->start;
-    while (p < argument->start + slot_text_slack && char_is(*p, CHAR_WORD))
-        p++;
-    argument->end = p;
-    return ends_plainly(argument);
+    const unsigned char *quote = start + 1;
+    while (quote < src_raw.plain_end && (raw_classes.bits[*quote] & STRING_STORED) != 0)
+        quote++;
+    if (quote == src_raw.plain_end || *quote != '"')
+        return false;
+    const unsigned char *end = quote + 1;
+    while (end < src_raw.plain_end && *end == ' ')
+        end++;
+    if (end == src_raw.plain_end || (*end != ',' && *end != '\n'))
+        return false;
+    auto size = static_cast<uint32_t>(quote - start - 1);
+    if (!pool_take_string(size))
+        return false;
+    // The text of an empty string is empty.
+    slot_set_stretch(start, size > 0 ? quote + 1 : start, HOLDS_STRING);
+    take_through(end, last);
+    line_owed = arg_cursor;
+    return true;
 }
 
-// Takes the commonest arguments straight from the source, as long as one plain argument follows the other: at
-// most count of them, by the positions at spec. Gives how many it took, each stored and stepped behind; *last
-// is the comma or line feed that ended the last of them. All that moves is kept at hand until the end.
-static int32_t take_plain_arguments(FILE *stream, const uint8_t *spec, int32_t count, int *last)
+// Evaluates the ready text of the slot under arg_cursor. False if that fails.
+static bool evaluate_ready(uint8_t type)
 {
-    if (pool_bottom + 8 * count >= pool_top)
-        return 0;
-    const unsigned char *p = src_raw.pos;
-    const unsigned char *limit = src_raw.plain_end;
-    if (limit - p < plain_look)
-        return 0;
-    limit -= plain_look;
-    char *text = slot_texts + slot_texts_used;
-    arg_slot *slot = arg_cursor;
-    int32_t taken = 0;
-    bool line_end = false;
-    while (taken < count && !line_end) {
-        auto type = static_cast<uint8_t>(spec[taken] & ~ARG_OPTIONAL);
-        if (!is_numeric(type))
-            break;
-        p += p < limit && *p == ' ';
-        while (p < limit && (*p == ' ' || *p == '\t'))
-            p++;
-        if (p >= limit)
-            break;
-        plain_argument argument;
-        argument.start = p;
-        argument.name = char_is(*p, CHAR_LETTER);
-        if (!(argument.name ? read_plain_name(&argument) : read_plain_number(&argument)))
-            break;
-        auto size = static_cast<uint32_t>(argument.end - argument.start);
-        memcpy(text, argument.start, slot_text_slack); // of one size for all: what lies behind is free
-        text[size] = 0;
-        if (argument.name && !eval_bare_name(text, &argument.value))
-            break;
-        *slot = arg_slot{text, nullptr, nullptr, size, 0, 0, 0, 0, 0, argument.name ? uint8_t{0} : type};
-        if (argument.name)
-            store_value(slot, type, argument.value);
-        else if (type == ARG_DOUBLE)
-            pool_bottom += 8; // its place, though it stays empty
-        slot++;
-        arg_type_cursor[taken++] = type;
-        text += size + 1;
-        line_end = *argument.end == '\n';
-        p = argument.end + 1;
+    slot_names_read();
+    double value;
+    if (!pool_lacks_value() &&
+        quick_expr(arg_cursor->text, arg_cursor->text + arg_cursor->text_size, &value)) {
+        slot_store_value(arg_cursor, type, value);
+        return true;
     }
-    if (taken == 0)
-        return 0;
-    constexpr int comma = ',';
-    constexpr int line_feed = '\n';
-    *last = line_end ? line_feed : comma;
-    line_owed = slot[-1].text;
-    slot_texts_used = static_cast<uint32_t>(text - slot_texts);
-    arg_type_cursor += taken;
-    arg_cursor = slot;
-    slot_clear();
-    src_raw.pos = line_end ? p - 1 : p;
-    if (line_end)
-        (void)src_getc(stream);
-    return taken;
+    line_owed = nullptr;
+    memcpy(line_buf, arg_cursor->text, arg_cursor->text_size);
+    line_buf[arg_cursor->text_size] = 0;
+    return evaluate_number(type);
 }
+
+// Takes an argument that lies ready. 1 if it did, 0 if it doesn't lie ready and nothing was taken, -1 if it
+// did and can't be evaluated.
+static int take_ready(uint8_t type, int *last)
+{
+    const unsigned char *start = src_raw.pos;
+    while (start < src_raw.plain_end && (*start == ' ' || *start == '\t'))
+        start++;
+    if (start >= src_raw.plain_end)
+        return 0;
+    bool quote = *start == '"' || *start == '`';
+    if (quote && (type == ARG_STR || type == ARG_ITEM)) {
+        if (*start == '`' || !take_ready_string(start, last))
+            return 0;
+        *arg_type_cursor = ARG_STR;
+        return 1;
+    }
+    if (!take_ready_raw(start, type, last))
+        return 0;
+    return !is_numeric(type) || evaluate_ready(type) ? 1 : -1;
+}
+
+// ---- Arguments by the spec ----
 
 // Reads one argument into the slot under arg_cursor. *last is the character that ended it, *empty tells an
 // empty argument. False if it fails.
 static bool fetch_one(FILE *stream, uint8_t type, int *last, bool *empty)
 {
+    *empty = false;
+    int ready = take_ready(type, last);
+    if (ready != 0)
+        return ready > 0;
     line_owed = nullptr;
     line_used = 0;
     int c = skip_blanks(stream);
     bool quote = c == '"' || c == '`';
     if (quote && (type == ARG_STR || type == ARG_ITEM)) {
         *arg_type_cursor = ARG_STR;
-        *empty = false;
         return collect_string(stream, c, last) && store_text(true);
     }
     if (!collect_raw(stream, c, is_numeric(type) || type == ARG_ITEM, last))
@@ -361,22 +524,46 @@ static bool fetch_one(FILE *stream, uint8_t type, int *last, bool *empty)
 }
 
 // The list has ended: passes the optional positions that follow, at most count of them, none of which takes a
-// slot. Gives how many there were.
+// slot. Gives how many there were. Eight positions go at a time.
 static int32_t pass_absent(const uint8_t *spec, int32_t count, int32_t *walked)
 {
+    constexpr uint64_t ones = 0x0101010101010101;
     int32_t passed = 0;
-    while (passed < count && (spec[passed] & (ARG_OPTIONAL | ARG_REPEAT)) == ARG_OPTIONAL)
-        *arg_type_cursor++ = static_cast<uint8_t>((spec[passed++] & ARG_TYPE) | ARG_ABSENT);
+    while (passed < count) {
+        uint64_t bytes = characters_load(reinterpret_cast<const char *>(spec) + passed,
+                                         static_cast<size_t>(count - passed));
+        uint64_t others = ((bytes ^ ARG_OPTIONAL * ones) & (ARG_OPTIONAL | ARG_REPEAT) * ones);
+        bytes = (bytes & ARG_TYPE * ones) | ARG_ABSENT * ones;
+        memcpy(arg_type_cursor, &bytes, 8);
+        int32_t run = others == 0 ? 8 : lowest_bit(others) / 8;
+        if (run > count - passed)
+            run = count - passed;
+        arg_type_cursor += run;
+        passed += run;
+        if (run < 8)
+            break;
+    }
     *walked += passed;
     return passed;
 }
 
-// Gives line_buf the text that it is owed, for the statement loop to print.
+// Gives line_buf the text that it is owed, for the statement loop to print. Of a string this is what it
+// holds.
 static int32_t fetch_failed()
 {
     slots_abandon_list();
-    if (line_owed != nullptr)
-        strcpy(line_buf, line_owed);
+    slot_names_select();
+    if (line_owed != nullptr) {
+        uint32_t size = line_owed->text_size;
+        const char *text = line_owed->text;
+        if (line_owed->holds == HOLDS_STRING)
+            text = slot_str(line_owed, &size);
+        memcpy(line_buf, text, size);
+        line_buf[size] = 0;
+        // The evaluation of an expression leaves its text cut behind its first name.
+        if (is_numeric(line_owed->holds))
+            lex_cut(line_buf);
+    }
     return -1;
 }
 
@@ -386,18 +573,15 @@ static void skip_line(FILE *stream, int c)
         c = src_getc(stream);
 }
 
-int32_t fetch_args(FILE *stream, int32_t spec_count, const uint8_t *spec, bool keep_absent)
+// The positions one by one, see fetch_args.
+static int32_t fetch_list(FILE *stream, int32_t spec_count, const uint8_t *spec, bool keep_absent)
 {
-    slot_clear();
-    line_owed = nullptr;
-    pool_bottom = 0;
-    pool_top = arg_pool_size;
     bool more = spec_count != 0; // the list goes on
     int32_t walked = 0;
     int c = 0;
     for (int32_t p = 0;; p++) {
         if (more) {
-            int32_t taken = take_plain_arguments(stream, spec + p, spec_count - p, &c);
+            int32_t taken = take_plain_arguments(spec + p, spec_count - p, &c, &keep_absent);
             walked += taken;
             p += taken;
             more = taken == 0 || (c == ',' && p < spec_count);
@@ -433,9 +617,21 @@ int32_t fetch_args(FILE *stream, int32_t spec_count, const uint8_t *spec, bool k
         walked++;
         arg_type_cursor++;
     }
+    slot_names_select();
     skip_line(stream, c);
     slots_end_list();
     arg_type_cursor = arg_types;
     arg_cursor = arg_slots;
+    return walked;
+}
+
+int32_t fetch_args(FILE *stream, int32_t spec_count, const uint8_t *spec, bool keep_absent)
+{
+    slot_clear();
+    line_owed = nullptr;
+    pool_top = arg_pool_size;
+    src_leave = slots_leave_source;
+    int32_t walked = fetch_list(stream, spec_count, spec, keep_absent);
+    src_leave = nullptr;
     return walked;
 }

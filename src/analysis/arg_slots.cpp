@@ -1,17 +1,24 @@
 #include "analysis/arg_slots.h"
 
+#include "analysis/var_store.h"
+#include "support/char_masks.h"
 #include "support/text.h"
 
 #include <string.h>
 
-arg_slot arg_slots[arg_slots_size];
+arg_slot arg_slots[arg_slots_size + arg_slots_cleared];
 arg_slot *arg_cursor = arg_slots;
-uint8_t arg_types[arg_types_size];
+uint8_t arg_types[arg_types_size + 8];
 uint8_t *arg_type_cursor = arg_types;
 
 char slot_texts[slot_texts_size + slot_text_slack];
 uint32_t slot_texts_used;
 const char slot_no_text[1 + slot_text_slack] = "";
+
+waiting_names slot_names[arg_types_size];
+int32_t slot_names_used;
+
+static double names_value_before; // value of the variable read before the first name that waits
 
 // The first slot from which on all slots are clear: what lies there was never written or was cleared.
 static arg_slot *clear_from = arg_slots;
@@ -19,22 +26,128 @@ static arg_slot *clear_from = arg_slots;
 void slots_start_statement()
 {
     slot_texts_used = 0;
+    slot_names_used = 0;
     arg_type_cursor = arg_types;
     arg_cursor = arg_slots;
     slot_clear();
     arg_cursor->begin_mark = slot_mark;
 }
 
-void slot_set_word(const char *word)
+void slot_set_word(const char *word, uint32_t size)
 {
-    auto size = static_cast<uint32_t>(strlen(word));
-    arg_slots[0].text = static_cast<char *>(memcpy(slot_text_room(size), word, size + 1));
+    arg_slots[0].text = word;
     arg_slots[0].text_size = size;
 }
 
-double slot_plain_number(const arg_slot *slot)
+// ---- Texts ----
+
+// Tells whether a text lies in slot_texts.
+static bool text_is_kept(const char *text)
 {
-    const char *c = slot->text;
+    auto place = reinterpret_cast<uintptr_t>(text);
+    auto start = reinterpret_cast<uintptr_t>(slot_texts);
+    return place >= start && place < start + slot_texts_size;
+}
+
+const char *slot_ended_text(arg_slot *slot)
+{
+    if (slot->text_size == 0)
+        return slot_no_text;
+    if (!text_is_kept(slot->text)) {
+        char *room = slot_text_room(slot->text_size);
+        memcpy(room, slot->text, slot->text_size);
+        room[slot->text_size] = 0;
+        slot->text = room;
+    }
+    return slot->text;
+}
+
+void slots_leave_source()
+{
+    for (arg_slot *slot = arg_slots + 1; slot <= arg_cursor; slot++)
+        slot->text = slot_ended_text(slot);
+}
+
+const char *slot_str(const arg_slot *slot, uint32_t *size)
+{
+    // The text of an empty string has no quotes.
+    uint32_t quotes = slot->holds == HOLDS_STRING && slot->text_size > 0 ? 1 : 0;
+    *size = slot->text_size - 2 * quotes;
+    return slot->holds == HOLDS_STRING || slot->holds == HOLDS_RAW ? slot->text + quotes : nullptr;
+}
+
+// ---- Values ----
+
+void slot_store_value(arg_slot *slot, uint8_t type, double value)
+{
+    slot->holds = type;
+    switch (type) {
+    case ARG_LONG: slot->lval = int_from_double(value); break;
+    case ARG_INT: slot->ival = int_from_double(value); break;
+    case ARG_FLOAT: slot->fval = float_from_double(value); break;
+    default: slot->dval = value; break;
+    }
+}
+
+static void store_late_value(arg_slot *slot, double value)
+{
+    slot_store_value(slot, slot->holds & ARG_TYPE, value);
+}
+
+// The slot of the name whose bit is the given one.
+static arg_slot *slot_of_name(const waiting_names &stretch, uint64_t bit)
+{
+    arg_slot *slot = stretch.slot;
+    for (uint64_t before = stretch.ends & (bit - 1); before != 0; before = without_lowest_bit(before))
+        slot++;
+    return slot;
+}
+
+// Reads the name in a slot: its dimensions, or VAR_UNKNOWN.
+static int32_t read_name(const arg_slot *slot)
+{
+    return var_read_sized(slot->text, slot->text_size, nullptr);
+}
+
+void slot_names_read()
+{
+    for (int32_t i = 0; i < slot_names_used; i++) {
+        for (uint64_t names = slot_names[i].names; names != 0; names = without_lowest_bit(names)) {
+            arg_slot *slot = slot_of_name(slot_names[i], names & (0 - names));
+            (void)read_name(slot);
+            store_late_value(slot, var_current.value);
+        }
+    }
+    slot_names_used = 0;
+}
+
+void slot_names_select()
+{
+    names_value_before = var_current.value;
+    for (int32_t i = slot_names_used; i > 0; i--) {
+        uint64_t names = slot_names[i - 1].names;
+        while (names != 0) {
+            uint64_t last = uint64_t{1} << highest_bit(names);
+            if (read_name(slot_of_name(slot_names[i - 1], last)) != VAR_UNKNOWN)
+                return;
+            names ^= last;
+        }
+    }
+}
+
+// Gives all names that wait their values, the selection staying as it is.
+static void settle_names()
+{
+    var_selection selected = var_current;
+    var_current.value = names_value_before;
+    slot_names_read();
+    var_current = selected;
+}
+
+// The number that a text spells: a sign, digits, a point, digits.
+static double plain_number(const char *text)
+{
+    const char *c = text;
     bool minus = *c == '-';
     c += minus;
     double mantissa = 0;
@@ -48,15 +161,28 @@ double slot_plain_number(const arg_slot *slot)
     return minus ? -value : value;
 }
 
+void slot_settle(const arg_slot *slot)
+{
+    if (text_is(slot->text[0], CHAR_LETTER))
+        settle_names();
+    else
+        store_late_value(arg_slots + (slot - arg_slots), plain_number(slot->text));
+}
+
+// ---- The end of the list ----
+
 void slots_end_list()
 {
-    arg_slot *last = arg_cursor;
     // A slot that was never written has no text yet: at the first statement all of them are cleared.
     arg_slot *end = arg_slots[arg_slots_size - 1].text == nullptr ? arg_slots + arg_slots_size : clear_from;
-    while (++arg_cursor < end)
-        slot_clear();
-    clear_from = last + 1;
-    arg_cursor = last;
+    arg_slot *slot = arg_cursor + 1;
+    clear_from = slot;
+    // How many there are can't be foreseen; as a rule one turn clears more than enough.
+    do {
+        for (int i = 0; i < arg_slots_cleared; i++)
+            slot[i] = arg_slot{slot_no_text, {0}, 0, 0, slot_mark, HOLDS_NOTHING};
+        slot += arg_slots_cleared;
+    } while (slot < end);
 }
 
 void slots_abandon_list()

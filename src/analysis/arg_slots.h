@@ -36,49 +36,62 @@ enum : uint8_t {
 constexpr uint8_t ARG_ABSENT = 16;
 
 // The mark of the slot list: begin_mark of slot 0, and state of a slot that holds no argument.
-constexpr int32_t slot_mark = 999;
+constexpr int16_t slot_mark = 999;
 
 constexpr int arg_types_size = 100; // spec positions that one statement may walk
 constexpr int arg_text_room = 251;  // characters that the text of a numeric argument may have
 
 // Slots: the word, every argument, the end of the list, and as many behind it as the widest rule reads.
 constexpr int arg_slots_size = 1 + arg_types_size + 1 + 26;
+constexpr int arg_slots_cleared = 8; // slots are cleared so many at a time
 
-// One argument. Only the value field of the argument's own type is set; the others are 0. The value of a
-// plain number is only worked out from its text if a rule asks for it, which few do: rules read values by
-// slot_lval and its like.
-struct arg_slot {
-    const char *text;   // what rules write: as typed, a quoted string decoded and between double quotes
-    const char *str;    // the text without quotes; null for numeric types and for an empty argument
-    const double *dval; // value of a type 4 argument, in arg_pool; else null
-    uint32_t text_size; // length of text
-    int32_t begin_mark; // slot_mark in slot 0, 0 elsewhere
-    int32_t state;      // 0: a fetched argument, an empty one too; slot_mark: no argument here
-    int32_t lval;       // value of a type 1 argument
-    int32_t ival;       // value of a type 2 argument
-    float fval;         // value of a type 3 argument
-    uint8_t deferred;   // type code of a plain number whose value is in its text alone; else 0
+// What a slot holds beside its text.
+enum : uint8_t {
+    HOLDS_NOTHING = 0,
+    HOLDS_LONG = ARG_LONG, // a value in the field of that type
+    HOLDS_INT = ARG_INT,
+    HOLDS_FLOAT = ARG_FLOAT,
+    HOLDS_DOUBLE = ARG_DOUBLE,
+    HOLDS_RAW = 5,     // str, which is the text
+    HOLDS_STRING = 6,  // str, which is the text without its quotes
+    HOLDS_WAITING = 16 // beside a type: the value is still to be worked out from the text, if a rule asks
 };
 
-extern arg_slot arg_slots[arg_slots_size];
+// One argument. Rules read its values by slot_lval and its like. The text of an argument that needs no change
+// is a stretch of the source's buffer, with the comma or the line feed behind it and no NUL; any other has a
+// NUL.
+struct arg_slot {
+    const char *text; // what rules write: as typed, a quoted string decoded and between double quotes
+    union {
+        int32_t lval; // value of a type 1 argument
+        int32_t ival; // value of a type 2 argument
+        float fval;   // value of a type 3 argument
+        double dval;  // value of a type 4 argument
+    };
+    uint32_t text_size; // length of text
+    int16_t begin_mark; // slot_mark in slot 0, 0 elsewhere
+    int16_t state;      // 0: a fetched argument, an empty one too; slot_mark: no argument here
+    uint8_t holds;
+};
+
+extern arg_slot arg_slots[arg_slots_size + arg_slots_cleared];
 extern arg_slot *arg_cursor; // the current slot
 
 // A byte for each spec position that was walked: type code and ARG_ABSENT.
-extern uint8_t arg_types[arg_types_size];
+extern uint8_t arg_types[arg_types_size + 8]; // eight are written at a time
 extern uint8_t *arg_type_cursor;
 
 // Puts both cursors on their first element, forgets the last statement's texts and marks slot 0.
 void slots_start_statement();
 
-// Writes the command word, as typed, to slot 0.
-void slot_set_word(const char *word);
+// Makes a text of at most 127 characters, which stays where it is, the command word in slot 0.
+void slot_set_word(const char *word, uint32_t size);
 
-// All texts of one statement lie here back to back, each with its NUL: the word (127 characters), the
-// numeric arguments (100 of 251 characters at the most), and the others (as many characters as arg_pool
-// has bytes) with a pair of quotes each. Together they keep a short statement in few cache lines.
-constexpr uint32_t slot_texts_size = 128 + arg_types_size * (arg_text_room + 1 + 2) + 3008;
-constexpr uint32_t slot_text_slack =
-    16; // bytes behind any text that may be read, and written while it is made
+// The texts of one statement that are no stretch of the source lie here back to back, each with its NUL: the
+// numeric arguments (100 of 251 characters at the most), and the others (as many characters as arg_pool has
+// bytes) with a pair of quotes each. A text is here once at the most.
+constexpr uint32_t slot_texts_size = arg_types_size * (arg_text_room + 1 + 2) + 3008;
+constexpr uint32_t slot_text_slack = 16; // bytes behind any text that may be read
 extern char slot_texts[slot_texts_size + slot_text_slack];
 extern uint32_t slot_texts_used;
 extern const char slot_no_text[1 + slot_text_slack]; // the text of a cleared slot
@@ -91,10 +104,17 @@ inline char *slot_text_room(uint32_t size)
     return room;
 }
 
+// Gives a slot's text with a NUL behind it; from then on it is the slot's.
+const char *slot_ended_text(arg_slot *slot);
+
+// Copies the texts that are stretches of the source's buffer, up to the slot under arg_cursor, before the
+// bytes of the buffer move.
+void slots_leave_source();
+
 // Clears the slot under arg_cursor: no text, no values, state slot_mark.
 inline void slot_clear()
 {
-    *arg_cursor = arg_slot{slot_no_text, nullptr, nullptr, 0, 0, slot_mark, 0, 0, 0, 0};
+    *arg_cursor = arg_slot{slot_no_text, {0}, 0, 0, slot_mark, HOLDS_NOTHING};
 }
 
 // Steps arg_cursor to the next slot and clears that.
@@ -104,31 +124,72 @@ inline void slot_advance()
     slot_clear();
 }
 
-// The number that the text of a deferred slot spells: a sign, digits, a point, digits.
-double slot_plain_number(const arg_slot *slot);
+// ---- Values that wait ----
+
+// Arguments that are bare names wait for their values too. In their order, for reading one selects the
+// variable, and an unknown one has the value of the variable read before it. They wait as stretches of
+// arguments.
+struct waiting_names {
+    arg_slot *slot; // the first argument of the stretch
+    uint64_t ends;  // a bit for each of the arguments, in order
+    uint64_t names; // those bits that belong to names
+};
+extern waiting_names slot_names[arg_types_size];
+extern int32_t slot_names_used;
+
+// Adds a stretch of arguments.
+inline void slot_names_wait(arg_slot *slot, uint64_t ends, uint64_t names)
+{
+    slot_names[slot_names_used] = waiting_names{slot, ends, names};
+    slot_names_used += names != 0;
+}
+
+// Reads all names that wait and gives their slots the values: before anything else reads or stores variables.
+void slot_names_read();
+
+// The list has ended: selects the variable that reading all names would leave selected. Their values go on
+// waiting for a rule that asks.
+void slot_names_select();
+
+// Stores the value of a numeric type in a slot.
+void slot_store_value(arg_slot *slot, uint8_t type, double value);
+
+// Works out the value of a slot that waits.
+void slot_settle(const arg_slot *slot);
+
+// Tells whether a slot has a value of a type, and works it out if it waits.
+inline bool slot_holds(const arg_slot *slot, uint8_t type)
+{
+    if (slot->holds == (type | HOLDS_WAITING))
+        slot_settle(slot);
+    return slot->holds == type;
+}
 
 // The value of a slot, 0 if it isn't of that type.
 inline int32_t slot_lval(const arg_slot *slot)
 {
-    return slot->deferred == ARG_LONG ? int_from_double(slot_plain_number(slot)) : slot->lval;
+    return slot_holds(slot, HOLDS_LONG) ? slot->lval : 0;
 }
 
 inline int32_t slot_ival(const arg_slot *slot)
 {
-    return slot->deferred == ARG_INT ? int_from_double(slot_plain_number(slot)) : slot->ival;
+    return slot_holds(slot, HOLDS_INT) ? slot->ival : 0;
 }
 
 inline float slot_fval(const arg_slot *slot)
 {
-    return slot->deferred == ARG_FLOAT ? float_from_double(slot_plain_number(slot)) : slot->fval;
+    return slot_holds(slot, HOLDS_FLOAT) ? slot->fval : 0;
 }
 
 inline double slot_dval(const arg_slot *slot)
 {
-    if (slot->deferred == ARG_DOUBLE)
-        return slot_plain_number(slot);
-    return slot->dval != nullptr ? *slot->dval : 0;
+    return slot_holds(slot, HOLDS_DOUBLE) ? slot->dval : 0;
 }
+
+// The text without quotes and its length; null for numeric types and for an empty argument.
+const char *slot_str(const arg_slot *slot, uint32_t *size);
+
+// ---- The end of the list ----
 
 // Ends the list at the slot under arg_cursor: everything behind it reads as cleared.
 void slots_end_list();

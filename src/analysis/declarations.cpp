@@ -9,6 +9,7 @@
 #include "support/number.h"
 #include "support/output.h"
 #include "support/text.h"
+#include "support/word_index.h"
 
 #include <string.h>
 
@@ -27,12 +28,13 @@ static constexpr decl_type decl_type_table[] = {
 };
 
 constexpr int decl_type_count = sizeof decl_type_table / sizeof decl_type_table[0];
-static_assert(decl_type_count == 12 && text_table_sorted(decl_type_table), "searched in halves");
+static_assert(decl_type_count == 12, "a row for each type");
+static constexpr auto decl_type_index = word_index_make<256>(decl_type_table);
 
 // The type of a word, or VAR_NONE.
 static int8_t decl_type_find(const char *word)
 {
-    int row = text_table_find(decl_type_table, sizeof(decl_type), decl_type_count, word);
+    int row = word_index_find(decl_type_index, word, strlen(word));
     return row < 0 ? static_cast<int8_t>(VAR_NONE) : decl_type_table[row].type;
 }
 

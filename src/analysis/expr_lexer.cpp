@@ -2,6 +2,7 @@
 
 #include "support/number.h"
 #include "support/text.h"
+#include "support/word_index.h"
 
 #include <string.h>
 
@@ -23,26 +24,12 @@ static constexpr expr_keyword expr_keyword_table[] = {
 };
 
 constexpr int keyword_count = sizeof expr_keyword_table / sizeof expr_keyword_table[0];
-static_assert(keyword_count == 15 && text_table_sorted(expr_keyword_table), "searched in halves");
+static_assert(keyword_count == 15, "a row for each keyword");
+static constexpr auto keyword_index = word_index_make<256>(expr_keyword_table);
 
-// The letters that keywords begin with, a bit each: most names are told apart by their first letter.
-constexpr uint32_t keyword_initials_make()
+bool lex_is_keyword(const char *name, size_t size)
 {
-    uint32_t letters = 0;
-    for (const expr_keyword &keyword : expr_keyword_table)
-        letters |= 1u << (keyword.name[0] - 'A');
-    return letters;
-}
-static constexpr uint32_t keyword_initials = keyword_initials_make();
-
-// The row of a keyword, or null. name is not empty.
-static const expr_keyword *keyword_find(const char *name)
-{
-    unsigned letter = static_cast<unsigned>(char_lower(static_cast<unsigned char>(name[0])) - 'a');
-    if (letter > 25 || (keyword_initials >> letter & 1) == 0)
-        return nullptr;
-    int row = text_table_find(expr_keyword_table, sizeof(expr_keyword), keyword_count, name);
-    return row < 0 ? nullptr : &expr_keyword_table[row];
+    return word_index_find(keyword_index, name, size) >= 0;
 }
 
 bool lex_is_bare_name(const char *text)
@@ -52,7 +39,7 @@ bool lex_is_bare_name(const char *text)
     const char *end = text + 1;
     while (text_is(*end, CHAR_WORD))
         end++;
-    return *end == 0 && keyword_find(text) == nullptr;
+    return *end == 0 && !lex_is_keyword(text, static_cast<size_t>(end - text));
 }
 
 void lex_start(char *text)
@@ -108,11 +95,11 @@ static int16_t lex_name(char c, char *start)
         *end = 0;
         lex.pos = end + 1;
     }
-    const expr_keyword *keyword = keyword_find(lex.name);
-    if (keyword == nullptr)
+    int32_t row = word_index_find(keyword_index, lex.name, strlen(lex.name));
+    if (row < 0)
         return TOKEN_NAME;
-    lex.type_code = keyword->value;
-    return keyword->token;
+    lex.type_code = expr_keyword_table[row].value;
+    return expr_keyword_table[row].token;
 }
 
 // Digits of an octal or hexadecimal number: a 32-bit signed integer, wrapping.
@@ -192,6 +179,12 @@ void lex_finish()
 {
     while (!lex.name_seen && expr_lex() != TOKEN_END) {
     }
+}
+
+void lex_cut(char *text)
+{
+    lex_start(text);
+    lex_finish();
 }
 
 static bool is_octal_triple(const char *text)

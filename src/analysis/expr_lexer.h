@@ -5,6 +5,7 @@
 // copy, and a text that was evaluated ends, for its readers, behind its first name.
 #pragma once
 
+#include <stddef.h>
 #include <stdint.h>
 
 // Token codes. Every other token is the code of its character, 1 to 255.
@@ -36,6 +37,9 @@ extern lex_state lex;
 // Starts on a NUL-terminated text.
 void lex_start(char *text);
 
+// True if a name of size characters is a keyword, in any case.
+bool lex_is_keyword(const char *name, size_t size);
+
 // True if a text is one name of letters, digits and underscores and nothing else, and no keyword.
 bool lex_is_bare_name(const char *text);
 
@@ -44,6 +48,9 @@ int16_t expr_lex();
 
 // Reads on to the end of the text, for the one effect that can still be seen: the NUL behind the first name.
 void lex_finish();
+
+// Leaves a text as its evaluation does: cut behind its first name.
+void lex_cut(char *text);
 
 // Reads the raw text of a string or of COPSIZE's operand, which starts at pos and ends at the terminator,
 // " or ): decodes it in place, ends it with a NUL, and leaves the terminator to be the next token. Without a

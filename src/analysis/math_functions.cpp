@@ -1,8 +1,9 @@
 #include "analysis/math_functions.h"
 
-#include "support/text.h"
+#include "support/word_index.h"
 
 #include <math.h>
+#include <string.h>
 
 // Rounded values, and results show it: scripts were written against these.
 constexpr double deg_to_rad = 0.017453292520882225;
@@ -42,7 +43,8 @@ static constexpr math_func math_func_table[] = {
 };
 
 constexpr int math_func_count = sizeof math_func_table / sizeof math_func_table[0];
-static_assert(math_func_count == 21 && text_table_sorted(math_func_table), "searched in halves");
+static_assert(math_func_count == 21, "a row for each function");
+static constexpr auto math_func_index = word_index_make<256>(math_func_table);
 
 // The one function with a domain error of its own.
 static constexpr const math_func *math_sqrt = &math_func_table[18];
@@ -50,7 +52,7 @@ static_assert(math_sqrt->name[1] == 'q', "the row of sqrt");
 
 const math_func *math_find(const char *name)
 {
-    int row = text_table_find(math_func_table, sizeof(math_func), math_func_count, name);
+    int row = word_index_find(math_func_index, name, strlen(name));
     return row < 0 ? nullptr : &math_func_table[row];
 }
 

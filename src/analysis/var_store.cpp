@@ -7,6 +7,7 @@
 #include "support/number.h"
 #include "support/text.h"
 
+#include <stddef.h>
 #include <string.h>
 
 var_rec *var_table;
@@ -27,7 +28,8 @@ void vars_start(var_rec *table, pool_heap *heap)
     var_count = 0;
     var_heap = heap;
     var_current = var_selection{-1, nullptr, VAR_NONE, 0, nullptr};
-    name_index_start(&var_names, table, sizeof(var_rec), var_name_length, false);
+    name_index_start(&var_names, reinterpret_cast<char *>(table) + offsetof(var_rec, name), sizeof(var_rec),
+                     var_name_length, false);
 }
 
 // ---- Values in the width of their type ----
@@ -90,10 +92,10 @@ static int8_t prefix_type(const char *name)
     return VAR_DOUBLE;
 }
 
-static var_rec *var_find(const char *name)
+static var_rec *var_find(const char *name, size_t size)
 {
     uint32_t place;
-    int32_t row = name_index_find(&var_names, name, &place);
+    int32_t row = name_index_find(&var_names, name, size, &place);
     return row < 0 ? nullptr : var_table + row;
 }
 
@@ -113,7 +115,12 @@ static int32_t element_count(const var_rec *rec)
 
 int32_t var_read(const char *name, int32_t *size_out)
 {
-    var_rec *rec = var_find(name);
+    return var_read_sized(name, strlen(name), size_out);
+}
+
+int32_t var_read_sized(const char *name, size_t size, int32_t *size_out)
+{
+    var_rec *rec = var_find(name, size);
     if (rec == nullptr)
         return VAR_UNKNOWN;
     var_current.type = rec->type;
@@ -163,7 +170,12 @@ static int32_t read_list_character(int32_t item, int32_t character)
 
 int32_t var_read_element(const char *name, int32_t count, const int32_t *subscripts)
 {
-    int32_t ndims = var_read(name, nullptr);
+    return var_read_element_sized(name, strlen(name), count, subscripts);
+}
+
+int32_t var_read_element_sized(const char *name, size_t size, int32_t count, const int32_t *subscripts)
+{
+    int32_t ndims = var_read_sized(name, size, nullptr);
     if (ndims == VAR_UNKNOWN)
         return VAR_UNKNOWN;
     if (ndims != count)
@@ -186,7 +198,7 @@ int32_t var_read_element(const char *name, int32_t count, const int32_t *subscri
 
 int8_t var_type_of(const char *name)
 {
-    const var_rec *rec = var_find(name);
+    const var_rec *rec = var_find(name, strlen(name));
     return rec != nullptr ? rec->type : prefix_type(name);
 }
 
@@ -368,7 +380,7 @@ int32_t var_make(const char *name, int8_t type, int32_t ndims, const int32_t *di
             return VAR_NO_MEMORY;
 
     uint32_t place = 0;
-    int32_t row = name_index_find(&var_names, name, &place);
+    int32_t row = name_index_find(&var_names, name, strlen(name), &place);
     var_rec *rec = row < 0 ? nullptr : var_table + row;
     if (rec == nullptr) {
         if (type == VAR_NONE)

@@ -8,6 +8,7 @@
 
 #include "support/pool_heap.h"
 
+#include <stddef.h>
 #include <stdint.h>
 
 // Type codes of a variable, another numbering than the argument types.
@@ -63,14 +64,15 @@ struct var_array {
     uint32_t block_room; // bytes of payload that the block has room for
 };
 
+// What is read of most variables lies in front, together with the first characters of the name.
 struct var_rec {
-    char name[var_name_length + 1];
-    int8_t type;
-    int8_t ndims; // 0 scalar, 1 to 5 array, 1 string, 2 string list
     union {
         unsigned char value[8]; // a scalar, in the width of its type
         var_array array;
     };
+    int8_t type;
+    int8_t ndims; // 0 scalar, 1 to 5 array, 1 string, 2 string list
+    char name[var_name_length + 1];
 };
 
 extern var_rec *var_table; // var_capacity records from malloc, made for each file
@@ -94,9 +96,13 @@ void vars_start(var_rec *table, pool_heap *heap);
 // list's items.
 int32_t var_read(const char *name, int32_t *size_out);
 
+// The same for a name that is size characters of a text.
+int32_t var_read_sized(const char *name, size_t size, int32_t *size_out);
+
 // Reads an element. 0, or VAR_UNKNOWN or VAR_BAD_SUBSCRIPT. A character of a string list's item has two
 // subscripts, item and character.
 int32_t var_read_element(const char *name, int32_t count, const int32_t *subscripts);
+int32_t var_read_element_sized(const char *name, size_t size, int32_t count, const int32_t *subscripts);
 
 // Makes a variable, or gives an array new dimensions, its elements zero. 0, or one of the codes above; then
 // a known variable is as it was.

@@ -23,9 +23,9 @@ void conv_call(int32_t)
 {
     const char *values[call_values];
     for (int i = 0; i < call_values; i++)
-        values[i] = arg_slots[2 + i].text;
+        values[i] = slot_ended_text(arg_slots + 2 + i);
     emit_form(call_old);
-    conv_call_function(arg_slots[1].text, values);
+    conv_call_function(slot_ended_text(arg_slots + 1), values);
     out_char('\n');
 }
 

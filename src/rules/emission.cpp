@@ -17,10 +17,10 @@ constexpr int getcur_optional = 5;
 // last integer: set by emit_getcur_comment, read by emit_getcur_tail.
 static const arg_slot *getcur_kept[getcur_optional];
 static const arg_slot *getcur_last;
-static constexpr arg_slot getcur_no_last{slot_no_text, nullptr, nullptr, 0, 0, slot_mark, 0, 0, 0, 0};
+static constexpr arg_slot getcur_no_last{slot_no_text, {0}, 0, 0, slot_mark, HOLDS_NOTHING};
 
 // INPUT looks at no more of its format than this.
-constexpr int scan_format_max = 1299;
+constexpr uint32_t scan_format_max = 1299;
 
 char *put_long_text(char *place, const char *text, size_t size)
 {
@@ -212,10 +212,9 @@ static constexpr char scan_conversions[] = "cdiouxeEfgGs]";
 
 void emit_scan_format(int32_t count)
 {
-    const char *format = arg_cursor->str != nullptr ? arg_cursor->str : "";
-    int size = 0;
-    while (size < scan_format_max && format[size] != '\0')
-        size++;
+    uint32_t str_size;
+    const char *format = slot_str(arg_cursor, &str_size);
+    int size = static_cast<int>(str_size < scan_format_max ? str_size : scan_format_max);
     arg_cursor++;
     emit_format_text(format, size);
 

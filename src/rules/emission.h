@@ -37,6 +37,14 @@ inline char *put_argument(char *place, const arg_slot *slot)
     return put_text(place + 2, slot);
 }
 
+// put_argument for a text that is known to be short.
+inline char *put_short_argument(char *place, const arg_slot *slot)
+{
+    memcpy(place, ", ", 2);
+    memcpy(place + 2, slot->text, slot_text_slack);
+    return place + 2 + slot->text_size;
+}
+
 // The same for a single argument.
 inline void emit_argument(const arg_slot *slot)
 {

@@ -140,29 +140,47 @@ static_assert(rule_ids_ascend(entity_table, 0, 299));
 static_assert(slots_fit());
 static constexpr rule_index entity_index = rule_index_make(entity_table, 0);
 
-// Where the attributes end, counted from 1: behind the last one with a text.
-static int attr_end(const arg_slot *span)
+// The number of attributes that a line writes places for, the first one included: up to the last one with a
+// text. Kept: a statement without any attribute gets the place holders of the first seven, one with the first
+// alone none.
+static int attr_places(const arg_slot *span)
 {
-    int last = attr_span;
-    while (last > 0 && span[last - 1].text_size == 0)
-        last--;
-    // Kept: a statement without any attribute gets all the place holders, one with the first alone none.
-    return last > 0 ? last : attr_span;
+    unsigned given = 0;
+    for (unsigned i = 0; i < attr_span; i++)
+        given |= (span[i].text_size > 0 ? 1u : 0u) << i;
+    return given != 0 ? 32 - __builtin_clz(given) : attr_span - 1;
+}
+
+// Tells whether all eight attributes have a short text.
+static bool attr_short(const arg_slot *span)
+{
+    uint32_t longest = 0;
+    for (int i = 0; i < attr_span; i++)
+        longest = span[i].text_size > longest ? span[i].text_size : longest;
+    return longest <= slot_text_slack;
+}
+
+// Puts the attributes from first to last at a place, counted from 0; gives the place behind them. How many
+// there are can't be foreseen: as long as they are short, all are put there, and then the place is chosen.
+static char *put_attributes(char *place, const arg_slot *span, int first, int last)
+{
+    if (!attr_short(span)) {
+        for (int i = first; i <= last; i++)
+            place = put_argument(place, span + i);
+        return place;
+    }
+    char *behind[1 + attr_span] = {place};
+    for (int i = first; i < attr_span; i++)
+        behind[1 + i] = place = put_short_argument(place, span + i);
+    return behind[first <= last ? 1 + last : 0];
 }
 
 // Reads the eight attributes under the cursor and leaves the cursor behind them.
 static void emit_attr_tail()
 {
-    const arg_slot *span = arg_cursor;
-    int last = attr_end(span);
     // Kept: the place of the first attribute holds this constant; the attribute itself is gone.
     out_text(", 0");
-    char *place = out_take_place(put_room);
-    for (int i = 1; i < attr_span - 1; i++)
-        if (i + 1 < last || span[i].text_size > 0)
-            place = put_argument(place, span + i);
-    if (span[attr_span - 1].text_size > 0)
-        place = put_argument(place, span + attr_span - 1);
+    char *place = put_attributes(out_take_place(put_room), arg_cursor, 1, attr_places(arg_cursor) - 1);
     *place++ = '\n';
     out_give_place(place);
     arg_cursor += attr_span;
@@ -171,13 +189,10 @@ static void emit_attr_tail()
 // The same attributes on a comment line. The cursor stays on the first.
 static void emit_attr_comment()
 {
-    const arg_slot *span = arg_cursor;
-    int last = attr_end(span);
     // Kept: the eighth attribute is missing from comments, though it counts for the place holders.
-    char *place = out_take_place(put_room);
-    for (int i = 0; i < attr_span - 1; i++)
-        if (i + 1 < last || span[i].text_size > 0)
-            place = put_argument(place, span + i);
+    int places = attr_places(arg_cursor);
+    int last = places == attr_span ? places - 2 : places - 1;
+    char *place = put_attributes(out_take_place(put_room), arg_cursor, 0, last);
     *place++ = '\n';
     out_give_place(place);
 }
@@ -255,7 +270,7 @@ static void conv_polygon()
     int32_t mode = slot_lval(arg_slots + 1) == 2 ? 3 : 2;
     int32_t fill = slot_lval(arg_slots + 2);
     int32_t count = slot_lval(arg_slots + 3);
-    const char *points = arg_slots[4].text;
+    const char *points = slot_ended_text(arg_slots + 4);
     out_format(tip_fill_color, fill);
     out_format("POLYLINE %d, %s, %d", count, points, mode);
     arg_cursor = arg_slots + 5;
@@ -267,7 +282,7 @@ static void conv_vpolygon()
 {
     int32_t fill = slot_lval(arg_slots + 2);
     int32_t count = slot_lval(arg_slots + 3);
-    const char *points = arg_slots[4].text;
+    const char *points = slot_ended_text(arg_slots + 4);
     out_text(tip_default_matrix);
     // Kept: no third field here, and the last attribute is dropped: the tail is narrower than the list.
     out_format("POLYLINE %d, %s", count, points);

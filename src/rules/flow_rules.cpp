@@ -88,7 +88,7 @@ static constexpr form_code lindim_rest = form(
 static void conv_lindim(int32_t)
 {
     // The text counts, not the value: in 2+8 the mode is 2.
-    int32_t mode = int_from_text(arg_slots[7].text);
+    int32_t mode = int_from_text(slot_ended_text(arg_slots + 7));
     emit_form(lindim_old);
     if (mode == 10 || mode == 11) {
         out_format("// CHAMFDIM %d, hentity_chamferline", mode - 10);

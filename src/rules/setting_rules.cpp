@@ -109,13 +109,13 @@ static void conv_set(int32_t count)
     static constexpr form_code other_line = form("{W} {A1}{, A2..}\n");
     constexpr int32_t last_max = 26; // the word and 25 arguments; what stands behind them is dropped
 
-    bool collect = text_compare_nocase(arg_slots[1].text, "collect") == 0;
+    bool collect = text_compare_nocase(slot_ended_text(arg_slots + 1), "collect") == 0;
     // Kept: an empty second argument hides all behind it.
     bool more = count > 1 && (arg_types[1] & ARG_ABSENT) == 0;
     int32_t last = !more ? 1 : count < last_max ? count : last_max;
     if (collect && more) {
         // The text counts, not the value: a mode that isn't a plain number is 0.
-        rules_run.collect_mode = int_from_text(arg_slots[2].text);
+        rules_run.collect_mode = int_from_text(slot_ended_text(arg_slots + 2));
         if (rules_run.collect_mode == 0)
             rules_run.basedim_count = 0;
     }

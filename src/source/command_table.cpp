@@ -1,6 +1,6 @@
 #include "source/command_table.h"
 
-#include "support/text.h"
+#include "support/word_index.h"
 
 #include <array>
 #include <stddef.h>
@@ -169,12 +169,15 @@ static_assert(names_ascend(), "two commands of one name");
 
 // ---- The table itself ----
 
-using command_rows_sorted = std::array<cmd_row, command_row_count>;
+struct command_rows_sorted {
+    cmd_row row[command_row_count];
+};
 
 constexpr command_rows_sorted rows_make()
 {
-    command_rows_sorted table{};
-    for (size_t i = 0; i < table.size(); i++) {
+    command_rows_sorted sorted{};
+    auto &table = sorted.row;
+    for (size_t i = 0; i < command_row_count; i++) {
         auto source = static_cast<size_t>(command_order[i].source);
         const command_source_row &row = command_rows[source];
         for (int c = 0; row.name[c] != 0; c++)
@@ -184,57 +187,19 @@ constexpr command_rows_sorted rows_make()
         table[i].spec =
             table[i].spec_count != 0 ? command_specs.bytes.data() + command_specs.start[source] : nullptr;
     }
-    return table;
+    return sorted;
 }
 
 static constexpr command_rows_sorted cmd_table = rows_make();
 
-// A place for each row by a hash of its key, so that most words are found or missed at one look: the index of
-// the row and 1, or 0. A taken place gives way to the next one.
-constexpr uint32_t key_places = 2048;
-
-constexpr uint32_t key_place(const command_key &key)
-{
-    uint64_t mixed = (key.high ^ key.low * 0x9E3779B97F4A7C15u) * 0xFF51AFD7ED558CCDu;
-    return static_cast<uint32_t>(mixed >> 53);
-}
-
-struct key_index {
-    std::array<uint16_t, key_places> row;
-};
-
-constexpr key_index keys_index()
-{
-    key_index index{};
-    for (size_t row = 0; row < command_order.size(); row++) {
-        uint32_t place = key_place(command_order[row].key);
-        while (index.row[place] != 0)
-            place = (place + 1) % key_places;
-        index.row[place] = static_cast<uint16_t>(row + 1);
-    }
-    return index;
-}
-
-static constexpr key_index command_index = keys_index();
+static constexpr auto command_index = word_index_make<4096>(cmd_table.row);
 
 const cmd_row &command_row_at(int32_t index)
 {
-    return cmd_table[static_cast<size_t>(index)];
+    return cmd_table.row[index];
 }
 
-int32_t command_find(const char *word)
+int32_t command_find(const char *word, size_t size)
 {
-    int length = 0;
-    while (word[length] != 0)
-        if (++length == command_name_size)
-            return -1;
-    command_key key = key_make(word);
-    for (uint32_t place = key_place(key);; place = (place + 1) % key_places) {
-        int32_t row = command_index.row[place] - 1;
-        if (row < 0)
-            return -1;
-        const command_key &known = command_order[static_cast<size_t>(row)].key;
-        if (known.high == key.high && known.low == key.low)
-            return row;
-    }
+    return word_index_find(command_index, word, size);
 }

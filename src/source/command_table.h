@@ -6,6 +6,7 @@
 
 #include "source/command_rows.h"
 
+#include <stddef.h>
 #include <stdint.h>
 
 constexpr int command_name_size = 12; // bytes of a name: 11 characters and a NUL
@@ -21,5 +22,5 @@ struct cmd_row {
 // The row that says how a command's arguments are fetched. index is from 0 to command_count - 1.
 const cmd_row &command_row_at(int32_t index);
 
-// Index of the row of a word, NUL-terminated, or -1.
-int32_t command_find(const char *word);
+// Index of the row of a word of size characters, or -1.
+int32_t command_find(const char *word, size_t size);

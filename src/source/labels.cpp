@@ -48,7 +48,7 @@ int32_t label_define(FILE *stream, char *word, int32_t)
     row.pending = src_lines.line_pending;
 
     uint32_t place;
-    int32_t known = name_index_find(&label_names, row.name, &place);
+    int32_t known = name_index_find(&label_names, row.name, strlen(row.name), &place);
     if (known >= 0 && label_table[known].position == row.position &&
         label_table[known].line_physical == row.line_physical)
         return STATEMENT_NO_LABEL;

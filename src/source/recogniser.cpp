@@ -3,13 +3,16 @@
 #include "analysis/arg_slots.h"
 #include "analysis/declarations.h"
 #include "analysis/expr_eval.h"
+#include "analysis/expr_quick.h"
 #include "platform/platform.h"
 #include "source/command_table.h"
 #include "source/labels.h"
 #include "source/src_stream.h"
 #include "source/statement_text.h"
+#include "support/char_masks.h"
 #include "support/output.h"
 #include "support/text.h"
+#include "support/word_index.h"
 
 #include <string.h>
 
@@ -37,68 +40,89 @@ static int copy_white(FILE *stream)
     return c;
 }
 
-// Takes the characters of a word that lie ready in the source, as long as there is room. Gives its length
-// then.
-static int32_t take_ready_word(char *word, int32_t length, int32_t *room)
+// True if a character of the source may be read without a change, or is a line feed. A NUL would be lost when
+// it is pushed back.
+static bool is_ready(const unsigned char *c)
 {
-    const unsigned char *p = src_raw.pos;
-    for (; p<src_raw.plain_end && * room> 1 && char_is(*p, CHAR_WORD); p++, (*room)--)
-        word[length++] = static_cast<char>(*p);
-    if (p > src_raw.pos)
-        src_raw.pos = p;
-    return length;
+    return c < src_raw.plain_end && ((src_plain.plain[*c] && *c != 0) || *c == '\n');
+}
+
+// A word of fewer characters may lie ready, behind as few blanks and with as few behind it.
+constexpr int ready_word_max = 16;
+
+// Where the word of the statement lies in the source, as long as its line isn't read; null if it doesn't lie
+// there.
+static const unsigned char *word_in_source;
+
+// Reads a first word that lies ready in the source with the character behind it, and the one behind its
+// blanks. False if it doesn't, and nothing was read. *kind is what read_first_word gives.
+static bool read_ready_word(char *word, int32_t *length, int32_t *kind)
+{
+    src_settle();
+    word_in_source = nullptr;
+    int indent = blank_run(src_raw.pos);
+    const unsigned char *start = src_raw.pos + indent;
+    if (start >= src_raw.plain_end || !char_is(*start, CHAR_LETTER))
+        return false;
+    int run = word_run(start);
+    const unsigned char *end = start + run;
+    if (run == ready_word_max || !is_ready(end))
+        return false;
+    int blanks = blank_run(end);
+    const unsigned char *next = end + blanks;
+    bool blank = blanks > 0;
+    if (blanks == ready_word_max || !is_ready(next) || (!blank && *end != '\n' && char_is(*end, CHAR_WHITE)))
+        return false;
+    char *place = out_take_place(ready_word_max);
+    memcpy(place, src_raw.pos, ready_word_max);
+    out_give_place(place + indent);
+    memcpy(word, start, ready_word_max);
+    word_in_source = start;
+    *kind = *end == '\n' || (blank && *next != '=' && *next != '[') ? 0 : 1;
+    *length = run + *kind;
+    word[run] = static_cast<char>(blank ? ' ' : *end);
+    word[*length] = 0;
+    src_raw.pos = blank || *kind == 0 ? next : end + 1;
+    return true;
 }
 
 // Reads over the blanks behind a word. 1 if an assignment or a subscript follows, for which the word then has
 // one blank behind it, else 0.
-static int32_t behind_word(FILE *stream, char *word, int32_t length, int32_t room)
+static int32_t behind_word(FILE *stream, char *word, int32_t *length, int32_t room)
 {
-    while (src_raw.pos < src_raw.plain_end && (*src_raw.pos == ' ' || *src_raw.pos == '\t'))
-        src_raw.pos++;
     int c;
-    if (src_raw.pos < src_raw.plain_end && src_plain.plain[*src_raw.pos] && *src_raw.pos != 0) {
-        c = *src_raw.pos; // as good as read and pushed back; a NUL would be lost there
-    } else {
-        do
-            c = src_getc(stream);
-        while (c == ' ' || c == '\t');
-        if (c == -1)
-            return 0;
-        src_ungetc(c);
-    }
+    do
+        c = src_getc(stream);
+    while (c == ' ' || c == '\t');
+    if (c == -1)
+        return 0;
+    src_ungetc(c);
     if (c != '[' && c != '=')
         return 0;
-    if (room > 1) {
-        word[length] = ' ';
-        word[length + 1] = 0;
-    }
+    if (room > 1)
+        word[(*length)++] = ' ';
     return 1;
 }
 
-int32_t read_first_word(FILE *stream, char *word, int32_t size)
+// Reads a first word character by character.
+static int32_t read_word_singly(FILE *stream, char *word, int32_t size, int32_t *length)
 {
     int c = copy_white(stream);
     if (c == -1)
         return -1;
-    int32_t length = 0;
     int32_t room = size - 1; // characters that still fit, and the NUL
-    word[length++] = static_cast<char>(c);
-    word[length] = 0;
+    word[(*length)++] = static_cast<char>(c);
     if (!char_is(c, CHAR_LETTER) && c != '#' && c != ':')
         return 1;
     bool label = c == ':';
-    length = take_ready_word(word, length, &room);
     c = src_getc(stream);
     // A word that fills its room loses the character that no longer fits.
     while (c != -1 && !char_is(c, CHAR_WHITE) && --room > 0) {
-        word[length++] = static_cast<char>(c);
-        if (!label && !char_is(c, CHAR_WORD)) {
-            word[length] = 0;
+        word[(*length)++] = static_cast<char>(c);
+        if (!label && !char_is(c, CHAR_WORD))
             return 1;
-        }
         c = src_getc(stream);
     }
-    word[length] = 0;
     if (c == '\n')
         src_ungetc(c);
     if (c == '\n' || c == -1)
@@ -106,51 +130,94 @@ int32_t read_first_word(FILE *stream, char *word, int32_t size)
     return behind_word(stream, word, length, room);
 }
 
+// read_first_word, with the length of the word up to a NUL.
+static int32_t read_word(FILE *stream, char *word, int32_t size, int32_t *length)
+{
+    int32_t kind;
+    *length = 0;
+    if (size > ready_word_max && read_ready_word(word, length, &kind))
+        return kind;
+    kind = read_word_singly(stream, word, size, length);
+    word[*length] = 0;
+    *length = static_cast<int32_t>(strlen(word));
+    return kind;
+}
+
+int32_t read_first_word(FILE *stream, char *word, int32_t size)
+{
+    int32_t length;
+    return read_word(stream, word, size, &length);
+}
+
 // ---- Statements that are text ----
 
 // Collects a statement's text in line_buf, the word and what follows it on the line, and evaluates a copy.
-// True if the evaluator accepts it.
-static bool collect_and_evaluate(FILE *stream, const char *word, bool blank)
+// True if the evaluator accepts it. *size is the length of the text up to a NUL.
+static bool collect_and_evaluate(FILE *stream, const char *word, int32_t length, size_t *size)
 {
-    size_t length = strlen(word);
-    memcpy(line_buf, word, length);
-    if (blank)
-        line_buf[length++] = ' ';
-    line_buf[length] = 0;
-    auto used = static_cast<int32_t>(length);
-    length += static_cast<size_t>(src_read_line(line_buf + used, line_buf_capacity - used, stream));
-    memcpy(stmt_text, line_buf, length + 1);
+    memcpy(line_buf, word, static_cast<size_t>(length));
+    int32_t stored = length + src_read_line(line_buf + length, line_buf_capacity - length, stream);
+    line_buf[stored] = 0;
+    auto used = static_cast<size_t>(stored);
+    const void *end = memchr(line_buf, 0, used + 1);
+    *size = static_cast<size_t>(static_cast<const char *>(end) - line_buf);
+    memcpy(stmt_text, line_buf, *size + 1);
     return eval_expr(stmt_text) != nullptr;
 }
 
 // Writes line_buf and a line feed; one that the text ends in already is the same.
-static void write_rejected_text()
+static void write_rejected_text(size_t size)
 {
-    size_t length = strlen(line_buf);
-    if (length > 0 && line_buf[length - 1] == '\n')
-        length--;
-    out_bytes(line_buf, length);
+    if (size > 0 && line_buf[size - 1] == '\n')
+        size--;
+    out_bytes(line_buf, size);
     out_char('\n');
 }
 
-static int32_t assignment_statement(FILE *stream, const char *word)
+// Carries out and writes an assignment whose line lies ready in the source. False if it doesn't, or if the
+// assignment isn't one for quick evaluation.
+static bool quick_statement(const char *word, int32_t length)
 {
-    if (!collect_and_evaluate(stream, word, false)) {
-        write_rejected_text();
+    const unsigned char *rest = src_raw.pos;
+    const unsigned char *end = plain_run_end(rest, src_raw.plain_end);
+    auto rest_size = static_cast<size_t>(end - rest);
+    auto word_length = static_cast<size_t>(length);
+    if (end >= src_raw.plain_end || *end != '\n' || rest_size >= line_buf_capacity - word_length)
+        return false;
+    if (!quick_assignment(reinterpret_cast<const char *>(word_in_source),
+                          reinterpret_cast<const char *>(end)))
+        return false;
+    out_bytes(word, word_length);
+    out_bytes(reinterpret_cast<const char *>(rest), rest_size);
+    out_bytes("\n\n", 2);
+    src_raw.pos = end;
+    src_take_line_feed();
+    return true;
+}
+
+static int32_t assignment_statement(FILE *stream, const char *word, int32_t length)
+{
+    if (word_in_source != nullptr && quick_statement(word, length))
+        return STATEMENT_TEXT;
+    size_t size;
+    if (!collect_and_evaluate(stream, word, length, &size)) {
+        write_rejected_text(size);
         return STATEMENT_DONE;
     }
     // Kept: an accepted assignment has its own line feed and gets one more, so an empty line follows it.
-    out_text(line_buf);
+    out_bytes(line_buf, size);
     out_char('\n');
     return STATEMENT_TEXT;
 }
 
-static int32_t unknown_statement(FILE *stream, const char *word)
+static int32_t unknown_statement(FILE *stream, char *word, int32_t length)
 {
-    if (collect_and_evaluate(stream, word, true))
-        out_text(line_buf);
+    size_t size;
+    word[length++] = ' ';
+    if (collect_and_evaluate(stream, word, length, &size))
+        out_bytes(line_buf, size);
     else
-        write_rejected_text();
+        write_rejected_text(size);
     return STATEMENT_TEXT;
 }
 
@@ -188,13 +255,15 @@ static constexpr stmt_keyword stmt_keyword_table[] = {
 };
 
 constexpr int stmt_keyword_count = sizeof stmt_keyword_table / sizeof stmt_keyword_table[0];
-static_assert(stmt_keyword_count == 17 && text_table_sorted(stmt_keyword_table), "searched in halves");
+static_assert(stmt_keyword_count == 17, "a row for each keyword");
+static constexpr auto stmt_keyword_index = word_index_make<256>(stmt_keyword_table);
 
 // ---- Commands ----
 
 // True if the argument that follows tells SPLINE3's list. Looks at the next word and goes back.
-static bool spline_is_3d(FILE *stream, char *word)
+static bool spline_is_3d(FILE *stream)
 {
+    char word[word_size] = "";
     int64_t position = src_tell(stream);
     src_read_word(stream, word, word_size);
     bool result = word[1] == '3';
@@ -202,34 +271,37 @@ static bool spline_is_3d(FILE *stream, char *word)
     return result;
 }
 
-static int32_t command_statement(FILE *stream, char *word, int32_t row)
+static int32_t command_statement(FILE *stream, const char *word, int32_t length, int32_t row)
 {
-    slot_set_word(word);
+    slot_set_word(word, static_cast<uint32_t>(length));
     arg_cursor++;
     // SPLINE3's row is the one behind SPLINE's.
-    if (command_row_at(row).id == spline_id && spline_is_3d(stream, word))
+    if (command_row_at(row).id == spline_id && spline_is_3d(stream))
         row++;
     return row;
 }
 
 int32_t next_statement(FILE *stream)
 {
+    // The word stays here until the next statement: slot 0 and the handlers read it.
+    static char word[word_size + 1 + slot_text_slack];
+
     if (plat_poll_escape() == escape_key)
         return STATEMENT_END;
-    char word[word_size];
-    int32_t kind = read_first_word(stream, word, word_size);
+    int32_t length;
+    int32_t kind = read_word(stream, word, word_size, &length);
     if (kind == -1)
         return STATEMENT_END;
     slots_start_statement();
     if (kind == 1)
-        return assignment_statement(stream, word);
+        return assignment_statement(stream, word, length);
     if (word[0] == ':')
         return label_define(stream, word, word_size);
-    int32_t row = command_find(word);
+    int32_t row = command_find(word, static_cast<size_t>(length));
     if (row >= 0)
-        return command_statement(stream, word, row);
-    int keyword = text_table_find(stmt_keyword_table, sizeof(stmt_keyword), stmt_keyword_count, word);
+        return command_statement(stream, word, length, row);
+    int32_t keyword = word_index_find(stmt_keyword_index, word, static_cast<size_t>(length));
     if (keyword >= 0)
         return stmt_keyword_table[keyword].handler(stream, word, word_size);
-    return unknown_statement(stream, word);
+    return unknown_statement(stream, word, length);
 }

@@ -3,6 +3,7 @@
 #include "source/src_stream.h"
 
 #include "platform/platform.h"
+#include "support/char_masks.h"
 #include "support/text.h"
 
 #include <stdlib.h>
@@ -17,8 +18,9 @@ key_record src_key;
 void (*key_load)(const char *name, key_record *key);
 src_line_state src_lines;
 src_buffer src_raw;
+void (*src_leave)();
 
-static unsigned char src_block[src_kept_size + src_block_size];
+static unsigned char src_block[src_kept_size + src_block_size + src_slack];
 static int64_t src_block_offset; // position in the file of src_raw.end
 
 // The pushback: a character that was pushed back, 0 for an empty slot. Filled in the order A, B, C and
@@ -38,6 +40,8 @@ static void plain_update()
 // counts as that.
 static bool block_fill(FILE *stream)
 {
+    if (src_leave != nullptr)
+        src_leave();
     size_t kept = static_cast<size_t>(src_raw.end - src_block);
     if (kept > src_kept_size)
         kept = src_kept_size;
@@ -163,6 +167,12 @@ static void settle_line_end()
     src_lines.line_statement = src_lines.line_current;
 }
 
+void src_settle()
+{
+    settle_line_end();
+    plain_update();
+}
+
 // Counts a line feed that a continuation swallows. The two kinds of continuation differ in whether they
 // look at line_counting.
 static void count_continuation(bool always)
@@ -248,10 +258,8 @@ int src_getc_slow(FILE *stream)
         return *src_raw.pos++;
     }
     if (ready && *src_raw.pos == '\n') {
-        settle_line_end();
-        count_line_end();
-        src_raw.pos++;
-        plain_update();
+        src_settle();
+        src_take_line_feed();
         return '\n';
     }
     int c = getc_logical(true, stream);
@@ -310,9 +318,7 @@ size_t src_take_plain(const char **run, size_t limit)
         return 0;
     if (static_cast<size_t>(end - start) > limit)
         end = start + limit;
-    const unsigned char *p = start;
-    while (p < end && src_plain.plain[*p])
-        p++;
+    const unsigned char *p = plain_run_end(start, end);
     src_raw.pos = p;
     *run = reinterpret_cast<const char *>(start);
     return static_cast<size_t>(p - start);

@@ -62,6 +62,12 @@ constexpr src_plain_map src_plain_make()
 }
 inline constexpr src_plain_map src_plain = src_plain_make();
 
+// Bytes behind the buffer that may be read, whatever they hold.
+constexpr size_t src_slack = 64;
+
+// Called before the bytes of the buffer move, for whoever keeps stretches of them. Null: nobody does.
+extern void (*src_leave)();
+
 // Starts a source on an opened stream: key hook, reset, magic test. The stream stays its opener's.
 void src_open(const char *name, FILE *stream);
 
@@ -83,6 +89,27 @@ inline int src_getc(FILE *stream)
     if (src_raw.pos < src_raw.plain_end && src_plain.plain[*src_raw.pos])
         return *src_raw.pos++;
     return src_getc_slow(stream);
+}
+
+// Settles the line counters as asking for the next character does.
+void src_settle();
+
+// True if the next character is a line feed that may be taken as it is.
+inline bool src_at_line_feed()
+{
+    return src_raw.pos < src_raw.plain_end && *src_raw.pos == '\n';
+}
+
+// Takes the line feed that src_at_line_feed has seen.
+inline void src_take_line_feed()
+{
+    src_raw.pos++;
+    src_lines.line_physical++;
+    if (src_lines.line_counting == 0)
+        return;
+    src_lines.line_pending = 1;
+    src_lines.line_current++;
+    src_raw.plain_end = src_raw.pos;
 }
 
 // Takes the plain characters that lie ready in the buffer, at most limit of them, as one run inside the

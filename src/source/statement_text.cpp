@@ -4,7 +4,7 @@
 #include "support/output.h"
 
 char line_buf[line_buf_capacity + 1];
-char stmt_text[line_buf_capacity + 4];
+char stmt_text[line_buf_capacity + 16];
 
 int32_t rem_copy(FILE *stream, const char *word)
 {

@@ -24,7 +24,7 @@ constexpr int32_t line_buf_capacity = 3900; // characters of a statement's text
 extern char line_buf[line_buf_capacity + 1];
 
 // The copy of a text that an evaluation or a declaration works on, and cuts up.
-extern char stmt_text[line_buf_capacity + 4];
+extern char stmt_text[line_buf_capacity + 16];
 
 // Copies a statement's word, a blank and the rest of its line as read to the output. Gives STATEMENT_DONE,
 // or STATEMENT_END if the source ended before the line did; then the output has no line end.

@@ -4,7 +4,7 @@
 
 #include <string.h>
 
-void name_index_start(name_index *index, const void *names, size_t stride, int32_t length, bool nocase)
+void name_index_start(name_index *index, const void *names, size_t stride, size_t length, bool nocase)
 {
     if (index->rows > 0)
         memset(index->places, 0, sizeof index->places);
@@ -15,42 +15,57 @@ void name_index_start(name_index *index, const void *names, size_t stride, int32
     index->rows = 0;
 }
 
-static uint32_t name_hash(const char *name, int32_t length, bool nocase)
+// The hash of a name. Every step can be undone: so two names of at most eight characters have the same hash
+// only if they are the same.
+static inline uint64_t name_hash(const char *name, size_t size, bool nocase)
 {
-    uint32_t hash = 2166136261u;
-    for (int32_t i = 0; i < length && name[i] != 0; i++) {
-        int c = static_cast<unsigned char>(name[i]);
-        hash = (hash ^ static_cast<uint32_t>(nocase ? char_lower(c) : c)) * 16777619u;
+    constexpr uint64_t factor = 0x9E3779B97F4A7C15u;
+    uint64_t hash = characters_load(name, size);
+    if (nocase)
+        hash = characters_lower(hash);
+    hash *= factor;
+    for (size_t at = 8; at < size; at += 8) {
+        uint64_t characters = characters_load(name + at, size - at);
+        hash = (hash ^ hash >> 32 ^ (nocase ? characters_lower(characters) : characters)) * factor;
     }
-    return hash ^ hash >> 15;
+    return hash ^ hash >> 32;
 }
 
-static bool name_equals(const char *known, const char *name, int32_t length, bool nocase)
+// Tells whether the name of a row, of the same hash, is the name of size characters.
+static bool name_equals(const char *known, const char *name, size_t size, size_t length, bool nocase)
 {
-    for (int32_t i = 0; i < length; i++) {
+    if (size < length && known[size] != 0)
+        return false;
+    if (size <= 8 && !nocase)
+        return true;
+    for (size_t i = 0; i < size; i++) {
         int a = static_cast<unsigned char>(known[i]);
         int b = static_cast<unsigned char>(name[i]);
         if (nocase ? char_lower(a) != char_lower(b) : a != b)
             return false;
-        if (a == 0)
-            return true;
     }
     return true;
 }
 
-int32_t name_index_find(const name_index *index, const char *name, uint32_t *place)
+int32_t name_index_find(name_index *index, const char *name, size_t size, uint32_t *place)
 {
-    uint32_t at = name_hash(name, index->length, index->nocase) % name_index_places;
+    if (size > index->length)
+        size = index->length;
+    uint64_t hash = name_hash(name, size, index->nocase);
+    uint32_t at = static_cast<uint32_t>(hash) % name_index_places;
     for (; index->places[at] != 0; at = (at + 1) % name_index_places) {
-        const char *known = index->names + static_cast<size_t>(index->places[at] - 1) * index->stride;
-        if (name_equals(known, name, index->length, index->nocase))
+        auto row = static_cast<size_t>(index->places[at] - 1);
+        const char *known = index->names + row * index->stride;
+        if (index->hashes[row] == hash && name_equals(known, name, size, index->length, index->nocase))
             return index->places[at] - 1;
     }
     *place = at;
+    index->hash = hash;
     return -1;
 }
 
 void name_index_add(name_index *index, uint32_t place)
 {
+    index->hashes[index->rows] = index->hash;
     index->places[place] = static_cast<uint16_t>(++index->rows);
 }

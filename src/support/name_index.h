@@ -11,19 +11,22 @@
 constexpr uint32_t name_index_places = 2048;
 
 struct name_index {
-    const char *names;                  // the name of row 0, NUL-terminated
-    size_t stride;                      // bytes from one row's name to the next row's
-    int32_t length;                     // characters of a name that count
-    bool nocase;                        // names compare without regard to case
-    int32_t rows;                       // rows in the index
-    uint16_t places[name_index_places]; // row number + 1; 0: empty
+    const char *names;                      // the name of row 0, NUL-terminated
+    size_t stride;                          // bytes from one row's name to the next row's
+    size_t length;                          // characters of a name that count
+    bool nocase;                            // names compare without regard to case
+    int32_t rows;                           // rows in the index
+    uint64_t hash;                          // of the last name that wasn't found
+    uint16_t places[name_index_places];     // row number + 1; 0: empty
+    uint64_t hashes[name_index_places / 2]; // by row; of a name of at most eight characters, it is that name
 };
 
 // Empties the index for a new table.
-void name_index_start(name_index *index, const void *names, size_t stride, int32_t length, bool nocase);
+void name_index_start(name_index *index, const void *names, size_t stride, size_t length, bool nocase);
 
-// The row of a name, or -1. Then place is where name_index_add puts it, until the next call.
-int32_t name_index_find(const name_index *index, const char *name, uint32_t *place);
+// The row of a name of size characters, or -1. Then place is where name_index_add puts it, until the next
+// call.
+int32_t name_index_find(name_index *index, const char *name, size_t size, uint32_t *place);
 
 // Adds the next row, whose name is in the table by now, at the place that name_index_find gave for it.
 void name_index_add(name_index *index, uint32_t place);

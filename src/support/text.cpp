@@ -26,24 +26,6 @@ int find_nocase(const char *text, const char *pattern)
     return -1;
 }
 
-int text_table_find(const void *rows, size_t row_size, int count, const char *word)
-{
-    const char *names = static_cast<const char *>(rows);
-    int low = 0;
-    int high = count;
-    while (low < high) {
-        int middle = (low + high) / 2;
-        int order = text_compare_nocase(word, names + static_cast<size_t>(middle) * row_size);
-        if (order == 0)
-            return middle;
-        if (order < 0)
-            high = middle;
-        else
-            low = middle + 1;
-    }
-    return -1;
-}
-
 char *text_skip_white(char *text)
 {
     while (text_is(*text, CHAR_WHITE))

@@ -6,6 +6,7 @@
 
 #include <stddef.h>
 #include <stdint.h>
+#include <string.h>
 
 // The classes of one byte; a byte can have several.
 enum : uint8_t {
@@ -69,23 +70,31 @@ constexpr int char_lower(int c)
 // Compares two NUL-terminated texts on their lower-case forms: below 0, 0 or above 0.
 int text_compare_nocase(const char *left, const char *right);
 
-// True if a constant table whose rows begin with a name stands in ascending order of its lower-case names.
-template <typename row, int count> constexpr bool text_table_sorted(const row (&rows)[count])
+// The first characters of a text of size characters, at most eight, as a number: the first one lowest.
+inline uint64_t characters_load(const char *text, size_t size)
 {
-    for (int i = 1; i < count; i++) {
-        const char *a = rows[i - 1].name;
-        const char *b = rows[i].name;
-        while (char_lower(*a) == char_lower(*b) && *a != 0)
-            a++, b++;
-        if (char_lower(*a) >= char_lower(*b))
-            return false;
+    uint64_t characters = 0;
+    if (size >= 8) {
+        memcpy(&characters, text, 8);
+    } else if (size >= 4) {
+        uint32_t first;
+        uint32_t last;
+        memcpy(&first, text, 4);
+        memcpy(&last, text + size - 4, 4);
+        characters = first | static_cast<uint64_t>(last) << (8 * size - 32);
+    } else {
+        for (size_t i = 0; i < size; i++)
+            characters |= static_cast<uint64_t>(static_cast<unsigned char>(text[i])) << 8 * i;
     }
-    return true;
+    return characters;
 }
 
-// Searches a word, in any case, in halves of such a table: rows of row_size bytes, each with a name, a
-// NUL-terminated array, in front. Gives the index of its row, or -1.
-int text_table_find(const void *rows, size_t row_size, int count, const char *word);
+// Eight characters lowered at once, for hashes and for words: letters are lowered, digits and the underscore
+// stay apart from all others, and so does each other character from all of these.
+constexpr uint64_t characters_lower(uint64_t characters)
+{
+    return characters | (characters & 0x4040404040404040) >> 1;
+}
 
 // Index of the first occurrence of pattern in text without regard to case, or -1. An empty text gives -1.
 int find_nocase(const char *text, const char *pattern);

@@ -21,32 +21,40 @@ static const spec_bytes optional_longs{0x11, 0x11, 0x11};
 static int32_t fetch(script_source *source, const spec_bytes &spec, bool keep_absent = false)
 {
     slots_start_statement();
-    slot_set_word("WORD");
+    slot_set_word("WORD", 4);
     arg_cursor++;
     return fetch_args(source->stream, static_cast<int32_t>(spec.size()), spec.data(), keep_absent);
+}
+
+static std::string text_of(const arg_slot &slot)
+{
+    return {slot.text, slot.text_size};
 }
 
 // The slots up to the end of the list: text, then what other fields hold.
 static std::string slots_now()
 {
     std::string result;
-    for (int i = 1; i < arg_slots_size && (arg_slots[i].state == 0 || arg_slots[i].text[0] != 0); i++) {
+    for (int i = 1; i < arg_slots_size && (arg_slots[i].state == 0 || arg_slots[i].text_size != 0); i++) {
         const arg_slot &slot = arg_slots[i];
-        EXPECT_EQ(strlen(slot.text), slot.text_size);
         if (i > 1)
             result += " | ";
-        result += slot.text;
-        if (slot.str != nullptr && strcmp(slot.str, slot.text) != 0)
-            result += " str:" + std::string(slot.str);
-        if (slot.str == nullptr && slot.text[0] != 0)
+        std::string text = text_of(slot);
+        result += text;
+        uint32_t str_size;
+        const char *str = slot_str(&slot, &str_size);
+        if (str != nullptr && text != std::string(str, str_size))
+            result += " str:" + std::string(str, str_size);
+        if (str == nullptr && !text.empty())
             result += " nostr";
         char value[60];
-        if (slot.lval != 0 || slot.ival != 0 || slot.fval != 0) {
-            snprintf(value, sizeof value, " =%d,%d,%g", slot.lval, slot.ival, static_cast<double>(slot.fval));
+        if (slot_lval(&slot) != 0 || slot_ival(&slot) != 0 || slot_fval(&slot) != 0) {
+            snprintf(value, sizeof value, " =%d,%d,%g", slot_lval(&slot), slot_ival(&slot),
+                     static_cast<double>(slot_fval(&slot)));
             result += value;
         }
-        if (slot.dval != nullptr) {
-            snprintf(value, sizeof value, " d%g", *slot.dval);
+        if (slot_holds(&slot, HOLDS_DOUBLE)) {
+            snprintf(value, sizeof value, " d%g", slot_dval(&slot));
             result += value;
         }
     }
@@ -238,9 +246,8 @@ TEST(arg_fetcher, keeps_a_long_text_whole)
     std::string text = times(400, "ab");
     script_source source("\"" + text + "\"," + text);
     EXPECT_EQ(fetch(&source, {0x00, 0x05}), 2);
-    EXPECT_EQ(arg_slots[1].text, "\"" + text + "\"");
-    EXPECT_EQ(arg_slots[1].str, text);
-    EXPECT_EQ(arg_slots[2].text, text);
+    EXPECT_EQ(text_of(arg_slots[1]), "\"" + text + "\"");
+    EXPECT_EQ(text_of(arg_slots[2]), text);
 }
 
 TEST(arg_fetcher, gives_absent_positions_a_slot_when_told_to)
@@ -262,7 +269,7 @@ TEST(arg_fetcher, tells_an_empty_argument_from_one_left_out)
     EXPECT_EQ(arg_slots[2].state, slot_mark);
     EXPECT_EQ(fetch(&source, {0x01, 0x11}), 2);
     EXPECT_EQ(arg_slots[2].state, slot_mark);
-    EXPECT_STREQ(arg_slots[2].text, "");
+    EXPECT_EQ(text_of(arg_slots[2]), "");
 }
 
 // Rules read a fixed number of slots, more than a statement gives.
@@ -285,10 +292,9 @@ TEST(arg_fetcher, leaves_no_trace_of_an_earlier_statement)
             spec_bytes spec{second[0] == '"' ? uint8_t{0x10} : uint8_t{0x11}, 0x11, 0x11};
             EXPECT_EQ(fetch(&source, spec), 3) << second;
             for (int i = 4; i < arg_slots_size; i++) {
-                EXPECT_STREQ(arg_slots[i].text, "") << c.first << second << i;
+                EXPECT_EQ(text_of(arg_slots[i]), "") << c.first << second << i;
                 EXPECT_EQ(arg_slots[i].state, slot_mark) << c.first << second << i;
-                EXPECT_EQ(arg_slots[i].lval, 0) << c.first << second << i;
-                EXPECT_EQ(arg_slots[i].str, nullptr) << c.first << second << i;
+                EXPECT_EQ(arg_slots[i].holds, HOLDS_NOTHING) << c.first << second << i;
             }
         }
 }
@@ -297,8 +303,8 @@ TEST(arg_fetcher, evaluates_with_effects)
 {
     script_source source("x=5,x+1\n");
     EXPECT_EQ(fetch(&source, {0x01, 0x01}), 2);
-    EXPECT_EQ(arg_slots[1].lval, 5);
-    EXPECT_EQ(arg_slots[2].lval, 6);
-    EXPECT_STREQ(arg_slots[1].text, "x=5") << "the text stays as typed";
+    EXPECT_EQ(slot_lval(arg_slots + 1), 5);
+    EXPECT_EQ(slot_lval(arg_slots + 2), 6);
+    EXPECT_EQ(text_of(arg_slots[1]), "x=5") << "the text stays as typed";
     EXPECT_EQ(var_count, 1);
 }

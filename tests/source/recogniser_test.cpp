@@ -22,7 +22,7 @@ TEST(command_table, finds_every_row_in_any_case)
         std::string mixed = row.name;
         for (size_t i = 0; i < mixed.size(); i++)
             mixed[i] = static_cast<char>(i % 2 == 0 ? tolower(mixed[i]) : toupper(mixed[i]));
-        int32_t index = command_find(mixed.c_str());
+        int32_t index = command_find(mixed.c_str(), mixed.size());
         ASSERT_GE(index, 0) << mixed;
         const cmd_row &found = command_row_at(index);
         EXPECT_STREQ(found.name, row.name);
@@ -42,7 +42,7 @@ TEST(command_table, finds_no_near_miss)
     for (const char *word :
          {"", "L", "LIN", "LINES", "LINE ", "LINE,", " LINE", "POINT3", "SPLINE2", "rLN", "_LINE", "LI\xCE",
           "REM", "INT", "#LINE", "ZZZ", "AAA", "GETLTYPEX", "uMACSTARTX"})
-        EXPECT_EQ(command_find(word), -1) << word;
+        EXPECT_EQ(command_find(word, strlen(word)), -1) << word;
 }
 
 // ---- The first word ----

@@ -1,0 +1,17 @@
+// Quick evaluation: the expressions that scripts mostly consist of, straight from the source.
+//
+// Numbers without exponent, variables, elements of arrays, parentheses, signs, + - * / and one comparison at
+// the end of a level: such a text is evaluated here as eval_expr would do it, without a token, a stack or a
+// copy of the text. Whatever is beyond that, or would fail, is left to eval_expr: then nothing has happened,
+// and the variable that was selected before is selected again.
+#pragma once
+
+// Bytes behind a text that have to be readable.
+constexpr int quick_slack = 16;
+
+// Evaluates the text from text to end, behind which stands a comma, a line feed or a NUL. True if it did.
+bool quick_expr(const char *text, const char *end, double *value);
+
+// Carries out the assignment of a value to a variable or an element that is known. The text begins with a
+// letter. True if it did.
+bool quick_assignment(const char *text, const char *end);

@@ -1,0 +1,84 @@
+// Word index: finds the row of a word in a constant table, in any case, at one look as a rule.
+//
+// The words of a table are letters, digits and underscores, perhaps behind a #, and so are the words that are
+// looked for. The index is made by the compiler: a place for each row by a hash of its word. A taken place
+// gives way to the next one, which a large index makes rare.
+#pragma once
+
+#include "support/text.h"
+
+#include <stddef.h>
+#include <stdint.h>
+
+constexpr size_t word_size_max = 12; // characters of a table's word; a longer word is in no table
+
+// The characters of a word, lowered, as two numbers.
+struct word_key {
+    uint64_t first; // eight characters, the first one lowest
+    uint32_t rest;  // the others
+};
+
+inline word_key word_key_make(const char *word, size_t size)
+{
+    uint64_t rest = size > 8 ? characters_load(word + 8, size - 8) : 0;
+    return word_key{characters_lower(characters_load(word, size)),
+                    static_cast<uint32_t>(characters_lower(rest))};
+}
+
+constexpr bool word_key_equals(const word_key &a, const word_key &b)
+{
+    return a.first == b.first && a.rest == b.rest;
+}
+
+constexpr uint32_t word_hash(const word_key &key)
+{
+    uint64_t mixed = (key.first ^ key.rest * 0x9E3779B97F4A7C15u) * 0xFF51AFD7ED558CCDu;
+    return static_cast<uint32_t>(mixed >> 48);
+}
+
+template <size_t places, size_t rows> struct word_index {
+    int16_t row[places];    // row number + 1; 0: empty
+    word_key key[1 + rows]; // by row number + 1
+};
+
+// What word_index_make calls on a table with two rows of one word. It has no body: a call from a constant is
+// what the compiler reports.
+void word_stands_twice();
+
+// The index over rows that have a name.
+template <size_t places, typename table_row, size_t rows>
+constexpr word_index<places, rows> word_index_make(const table_row (&table)[rows])
+{
+    word_index<places, rows> index{};
+    int16_t number = 0;
+    for (const table_row &row : table) {
+        word_key key{0, 0};
+        for (size_t i = 0; row.name[i] != 0; i++) {
+            uint64_t c = static_cast<unsigned char>(row.name[i]);
+            if (i < 8)
+                key.first |= characters_lower(c) << 8 * i;
+            else
+                key.rest |= static_cast<uint32_t>(characters_lower(c) << 8 * (i - 8));
+        }
+        size_t place = word_hash(key) % places;
+        for (; index.row[place] != 0; place = (place + 1) % places)
+            if (word_key_equals(index.key[index.row[place]], key))
+                word_stands_twice();
+        index.row[place] = ++number;
+        index.key[number] = key;
+    }
+    return index;
+}
+
+// Number of the row of a word, or -1.
+template <size_t places, size_t rows>
+inline int32_t word_index_find(const word_index<places, rows> &index, const char *word, size_t size)
+{
+    if (size > word_size_max)
+        return -1;
+    word_key key = word_key_make(word, size);
+    size_t place = word_hash(key) % places;
+    while (index.row[place] != 0 && !word_key_equals(index.key[index.row[place]], key))
+        place = (place + 1) % places;
+    return index.row[place] - 1;
+}
