@@ -253,18 +253,18 @@ static void block_point(var_block *block, uint64_t dims_size, uint64_t rows_size
 
 // Gives a variable's block room for a payload of size bytes, its contents kept. A block that grows gets
 // half as much again as it had, so that a list that grows item by item doesn't copy itself each time.
-// Null and the old block untouched if there is no memory.
+// Null and the old block untouched if there is no memory. The caller has seen to var_payload_max.
 static var_block *block_resize(var_block *block, uint64_t size, uint32_t *room)
 {
-    if (size > var_payload_max)
-        return nullptr;
     if (block != nullptr && size <= *room)
         return block;
     uint64_t wanted = size;
     if (block != nullptr && wanted < static_cast<uint64_t>(*room) + *room / 2)
         wanted = static_cast<uint64_t>(*room) + *room / 2;
-    if (wanted > var_payload_max)
-        wanted = var_payload_max;
+    // Beyond the largest payload there are a list's spare entries.
+    uint64_t most = size > var_payload_max ? var_payload_max / 2 * 3 : var_payload_max;
+    if (wanted > most)
+        wanted = most;
     uint32_t bytes = static_cast<uint32_t>(sizeof(var_block) + wanted);
     void *moved = block != nullptr ? heap_realloc(block, bytes) : heap_alloc(var_heap, var_owner, bytes);
     if (moved == nullptr)
@@ -345,7 +345,6 @@ static int32_t make_array(var_rec *rec, const char *name, int8_t type, int32_t n
     }
     rec->ndims = static_cast<int8_t>(ndims);
     rec->array.block = block;
-    rec->array.block_size = static_cast<uint32_t>(size);
     rec->array.block_room = room;
     block_point(block, sizes.dims, sizes.rows, sizes.data);
     memcpy(block->dims, dims, static_cast<size_t>(dims_stored(rec)) * sizeof *dims);
@@ -415,24 +414,51 @@ void var_fill_next(double value)
 
 // ---- Strings ----
 
-// Gives a string list of more items: the new ones are empty and stand at the end.
+// Bytes of a string list's offset table. It has entries to spare, so that the items behind it needn't move
+// for each new one.
+static uint64_t list_rows_size(const var_block *block)
+{
+    return static_cast<uint64_t>(block->data - block->rows);
+}
+
+static uint64_t list_data_size(const var_block *block)
+{
+    return static_cast<uint64_t>(block->end - block->data);
+}
+
+// Gives a list's block room for another size of table and data; what lies in them is the caller's. False and
+// all as it was if there is no memory or the payload, spare entries not counted, is too large.
+static bool list_resize(var_rec *rec, int32_t items, uint64_t rows_size, uint64_t data_size)
+{
+    uint64_t payload = 4 + 4 * static_cast<uint64_t>(items) + data_size;
+    if (payload > var_payload_max)
+        return false;
+    var_block *block = block_resize(rec->array.block, 4 + rows_size + data_size, &rec->array.block_room);
+    if (block == nullptr)
+        return false;
+    block_point(block, 4, rows_size, data_size);
+    rec->array.block = block;
+    return true;
+}
+
+// Gives a string list more items: the new ones are empty and stand at the end.
 static int32_t list_grow(var_rec *rec, int32_t items)
 {
-    uint64_t data_size = static_cast<uint64_t>(rec->array.block->end - rec->array.block->data);
-    uint64_t size = 4 + 4 * static_cast<uint64_t>(items) + data_size;
-    var_block *block = block_resize(rec->array.block, size, &rec->array.block_room);
-    if (block == nullptr)
+    uint64_t data_size = list_data_size(rec->array.block);
+    uint64_t old_rows_size = list_rows_size(rec->array.block);
+    uint64_t rows_size = 4 * static_cast<uint64_t>(items);
+    if (rows_size <= old_rows_size)
+        rows_size = old_rows_size;
+    else
+        rows_size += rows_size / 8 * 4;
+    if (!list_resize(rec, items, rows_size, data_size))
         return VAR_NO_MEMORY;
-    int32_t old_items = reinterpret_cast<int32_t *>(block + 1)[0];
-    block_point(block, 4, 4 * static_cast<uint64_t>(old_items), data_size);
-    unsigned char *old_data = block->data;
-    block_point(block, 4, 4 * static_cast<uint64_t>(items), data_size);
-    memmove(block->data, old_data, data_size);
-    block->dims[0] = items;
-    for (int32_t item = old_items; item < items; item++)
+    var_block *block = rec->array.block;
+    if (rows_size != old_rows_size)
+        memmove(block->data, block->rows + old_rows_size, data_size);
+    for (int32_t item = block->dims[0]; item < items; item++)
         table_store(block->rows, item, static_cast<uint32_t>(data_size));
-    rec->array.block = block;
-    rec->array.block_size = static_cast<uint32_t>(size);
+    block->dims[0] = items;
     return 0;
 }
 
@@ -442,22 +468,17 @@ static int32_t item_resize(var_rec *rec, int32_t item, uint32_t new_size)
     uint32_t old_size = item_size(rec->array.block, item);
     if (old_size == new_size)
         return 0;
-    uint64_t size = static_cast<uint64_t>(rec->array.block_size) - old_size + new_size;
-    var_block *block = block_resize(rec->array.block, size, &rec->array.block_room);
-    if (block == nullptr)
+    int32_t items = rec->array.block->dims[0];
+    uint64_t data_size = list_data_size(rec->array.block);
+    if (!list_resize(rec, items, list_rows_size(rec->array.block), data_size - old_size + new_size))
         return VAR_NO_MEMORY;
-    int32_t items = reinterpret_cast<int32_t *>(block + 1)[0];
-    uint64_t rows_size = 4 * static_cast<uint64_t>(items);
-    uint64_t data_size = rec->array.block_size - 4 - rows_size;
-    block_point(block, 4, rows_size, data_size - old_size + new_size);
+    var_block *block = rec->array.block;
     uint32_t offset = table_load(block->rows, item);
     unsigned char *start = block->data + offset;
     memmove(start + new_size, start + old_size, data_size - offset - old_size);
     memset(start, 0, new_size);
     for (int32_t behind = item + 1; behind < items; behind++)
         table_store(block->rows, behind, table_load(block->rows, behind) - old_size + new_size);
-    rec->array.block = block;
-    rec->array.block_size = static_cast<uint32_t>(size);
     return 0;
 }
 

@@ -60,7 +60,6 @@ struct var_block {
 // Where the elements of an array are.
 struct var_array {
     var_block *block;
-    uint32_t block_size; // bytes of payload in use
     uint32_t block_room; // bytes of payload that the block has room for
 };
 
