@@ -14,6 +14,7 @@ group_packages() {
     dialog) echo xvfb xdotool ;;
     packages) echo dpkg-dev gzip groff-base ;;
     bench) echo libbenchmark-dev hyperfine time ;;
+    hostile) echo python3 time ;;
     fuzz) echo clang libclang-rt-14-dev ;;
     coverage) echo gcovr ;;
     *)
