@@ -457,16 +457,6 @@ TEST_F(expr_eval_test, nests_as_deep_as_its_stack)
     }
 }
 
-TEST_F(expr_eval_test, overflows_its_stack_at_any_symbol)
-{
-    for (const std::string &text :
-         {times(49, "-") + "1'", times(49, "-") + "1\"", times(24, "y=") + "$s=\"a\"",
-          times(48, "-") + "$s=\"a\"", times(47, "-") + "SIZEOF(y)", times(47, "-") + "COPSIZE(int)",
-          times(48, "-") + "COPSIZE(int)", times(48, "(") + "1+1", times(47, "(") + "1<=1",
-          times(48, "-") + "y=1"})
-        EXPECT_EQ(value_of(text), "null: yacc stack overflow") << text;
-}
-
 TEST_F(expr_eval_test, limits_lists_and_their_pool)
 {
     auto items = [](int count, const char *item) {
