@@ -1,4 +1,4 @@
-// Memory that runs out: malloc fails at each of its calls in turn. Linked with malloc wrapped.
+// Memory that runs out: malloc or realloc fails at each of their calls in turn. Linked with both wrapped.
 #include "common/run.h"
 #include "driver/batch.h"
 #include "source/labels.h"
@@ -11,22 +11,35 @@
 
 namespace fs = std::filesystem;
 
+// The program's own main.
+int murlconv_main(int argc, char **argv);
+
 extern "C" void *__real_malloc(size_t size);
 extern "C" void *__wrap_malloc(size_t size);
+extern "C" void *__real_realloc(void *old, size_t size);
+extern "C" void *__wrap_realloc(void *old, size_t size);
 
 static bool counting;    // calls are the converter's
 static int calls;        // since counting began
 static int failing_call; // the call that fails; 0: none
 static bool for_good;    // all calls behind it fail too
 
+static bool call_fails()
+{
+    if (!counting)
+        return false;
+    calls++;
+    return failing_call > 0 && (calls == failing_call || (for_good && calls > failing_call));
+}
+
 extern "C" void *__wrap_malloc(size_t size)
 {
-    if (counting) {
-        calls++;
-        if (failing_call > 0 && (calls == failing_call || (for_good && calls > failing_call)))
-            return nullptr;
-    }
-    return __real_malloc(size);
+    return call_fails() ? nullptr : __real_malloc(size);
+}
+
+extern "C" void *__wrap_realloc(void *old, size_t size)
+{
+    return call_fails() ? nullptr : __real_realloc(old, size);
 }
 
 // Two files that take memory of every kind: arrays, strings, lists, long paths, a file that can't be opened.
@@ -46,9 +59,11 @@ struct memory_result {
     int status;
     int calls;
     std::string first, second; // the outputs
+    std::string told;          // standard error
 };
 
-static memory_result convert_with_failure(const fs::path &folder, int nth)
+// Runs the program over the paths on its command line, or on its standard input.
+static memory_result convert_with_failure(const fs::path &folder, bool piped, int nth)
 {
     for (const char *name : {"a_conv.mrl", "b_conv.mrl"})
         fs::remove(folder / name);
@@ -57,27 +72,29 @@ static memory_result convert_with_failure(const fs::path &folder, int nth)
     char *arguments[] = {program, first, missing, second};
     fs::path before = fs::current_path();
     fs::current_path(folder);
+    EXPECT_NE(freopen("paths", "r", stdin), nullptr);
     testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
     calls = 0;
     failing_call = nth;
     counting = true;
-    memory_result result{conv_main(4, arguments), 0, "", ""};
+    int status = murlconv_main(piped ? 1 : 4, arguments);
     counting = false;
-    result.calls = calls;
     testing::internal::GetCapturedStdout();
     fs::current_path(before);
-    result.first = read_file(folder / "a_conv.mrl");
-    result.second = read_file(folder / "b_conv.mrl");
-    return result;
+    return {status, calls, read_file(folder / "a_conv.mrl"), read_file(folder / "b_conv.mrl"),
+            testing::internal::GetCapturedStderr()};
 }
 
 class memory_test : public testing::Test {
 protected:
     void SetUp() override
     {
+        for_good = false;
         folder = fresh_folder("memory");
         write_file(folder / "a.mrl", script);
         write_file(folder / "b.mrl", script);
+        write_file(folder / "paths", "a.mrl\nno.mrl\nb.mrl\n");
     }
 
     fs::path folder;
@@ -93,30 +110,38 @@ static std::string squeezed(const std::string &text)
     return result;
 }
 
+// Paths on standard input that find no room are an empty selection; all else that isn't a variable's ends the
+// run. Either is told.
+static void fail_at_each_call(const fs::path &folder, bool piped)
+{
+    memory_result good = convert_with_failure(folder, piped, 0);
+    ASSERT_EQ(good.status, 0);
+    ASSERT_EQ(good.first, good.second);
+    int ended = 0;
+    for (int nth = 1; nth <= good.calls; nth++) {
+        SCOPED_TRACE(nth);
+        int files = open_files();
+        memory_result result = convert_with_failure(folder, piped, nth);
+        EXPECT_EQ(open_files(), files) << "a stream stays open";
+        bool told = result.told.find("murlconv: out of memory\n") != std::string::npos;
+        bool nothing_picked = piped && result.status == 0 && !fs::exists(folder / "a_conv.mrl");
+        EXPECT_EQ(result.status == 1 || nothing_picked, told);
+        EXPECT_TRUE(told || nth > 1);
+        ended += result.status;
+        // A statement that finds no memory may stop its file; what stands before it is as it should be.
+        for (const std::string &output : {result.first, result.second})
+            EXPECT_EQ(squeezed(good.first).find(squeezed(output)), 0u) << output;
+    }
+    EXPECT_LT(ended, good.calls) << "a variable that finds no memory doesn't end the run";
+    EXPECT_EQ(convert_with_failure(folder, piped, 0).first, good.first) << "all is well again";
+}
+
 TEST_F(memory_test, survives_a_failure_at_any_call)
 {
-    for (bool every : {false, true}) {
-        for_good = every;
-        memory_result good = convert_with_failure(folder, 0);
-        ASSERT_EQ(good.status, BATCH_DONE);
-        ASSERT_EQ(good.first, good.second);
-        int out_of_memory = 0;
-        for (int nth = 1; nth <= good.calls; nth++) {
-            SCOPED_TRACE(nth);
-            int files = open_files();
-            memory_result result = convert_with_failure(folder, nth);
-            EXPECT_EQ(open_files(), files) << "a stream stays open";
-            EXPECT_TRUE(result.status == BATCH_NO_MEMORY || result.status == BATCH_DONE) << result.status;
-            out_of_memory += result.status == BATCH_NO_MEMORY;
-            // A statement that finds no memory may stop its file; what stands before it is as it should be.
-            for (const std::string &output : {result.first, result.second})
-                EXPECT_EQ(squeezed(good.first).find(squeezed(output)), 0u) << output;
-            if (nth == 1) {
-                EXPECT_EQ(result.status, BATCH_NO_MEMORY);
-            }
-        }
-        EXPECT_LT(out_of_memory, good.calls) << "a variable that finds no memory doesn't end the run";
-        EXPECT_EQ(convert_with_failure(folder, 0).first, good.first) << "all is well again";
+    for (int way = 0; way < 4; way++) {
+        SCOPED_TRACE(way);
+        for_good = (way & 1) != 0;
+        fail_at_each_call(folder, (way & 2) != 0);
     }
 }
 
@@ -135,24 +160,4 @@ TEST_F(memory_test, ends_the_process_where_a_name_can_not_be_recorded)
     };
     EXPECT_EXIT(record(), testing::ExitedWithCode(1), "");
     fs::current_path(before);
-}
-
-// The program's main, with one failing malloc behind it.
-int murlconv_main(int argc, char **argv);
-
-TEST_F(memory_test, ends_the_program_with_status_1_and_a_line)
-{
-    fs::path before = fs::current_path();
-    fs::current_path(folder);
-    char program[] = "murlconv", first[] = "a.mrl";
-    char *arguments[] = {program, first};
-    testing::internal::CaptureStderr();
-    calls = 0;
-    failing_call = 1;
-    counting = true;
-    int status = murlconv_main(2, arguments);
-    counting = false;
-    fs::current_path(before);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "murlconv: out of memory\n");
-    EXPECT_EQ(status, 1);
 }
