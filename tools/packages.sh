@@ -15,7 +15,7 @@ group_packages() {
     packages) echo dpkg-dev gzip groff-base ;;
     bench) echo libbenchmark-dev hyperfine time ;;
     hostile) echo python3 time ;;
-    fuzz) echo clang libclang-rt-14-dev ;;
+    fuzz) echo clang libclang-rt-dev ;;
     coverage) echo gcovr ;;
     *)
         echo "packages.sh: no group of packages is called $1" >&2
