@@ -34,25 +34,6 @@ static void *budget_malloc(size_t size)
     return malloc(size);
 }
 
-// The tables of a file, which are handed out again and again: fresh blocks of that size would cost more time
-// than a short script. What the last input wrote stays in them, as in any block from malloc.
-static var_rec *kept_variables;
-static label_row *kept_labels;
-constexpr size_t variables_size = var_capacity * sizeof(var_rec);
-constexpr size_t labels_size = label_capacity * sizeof(label_row);
-
-// The linker sends every call of malloc here (--wrap).
-extern "C" void *__real_malloc(size_t size);
-extern "C" void *__wrap_malloc(size_t size);
-extern "C" void *__wrap_malloc(size_t size)
-{
-    if (size == variables_size && kept_variables != nullptr)
-        return kept_variables;
-    if (size == labels_size && kept_labels != nullptr)
-        return kept_labels;
-    return __real_malloc(size);
-}
-
 // ---- Source and output ----
 
 static const uint8_t *source_data;
@@ -118,16 +99,16 @@ const char *harness_output(size_t *size)
 static void start()
 {
     heap_malloc = budget_malloc;
-    kept_variables = static_cast<var_rec *>(malloc(variables_size));
-    kept_labels = static_cast<label_row *>(malloc(labels_size));
+    var_table = static_cast<var_rec *>(malloc(var_capacity * sizeof(var_rec)));
+    label_table = static_cast<label_row *>(malloc(label_capacity * sizeof(label_row)));
     FILE *printed = freopen("/dev/null", "w", stdout);
     out_open(fopencookie(nullptr, "wb", {nullptr, output_write, nullptr, nullptr}));
-    harness_expect(kept_variables != nullptr && kept_labels != nullptr && printed != nullptr, "a start");
+    harness_expect(var_table != nullptr && label_table != nullptr && printed != nullptr, "a start");
 }
 
 void harness_reset()
 {
-    if (kept_variables == nullptr)
+    if (var_table == nullptr)
         start();
     static const line_directive_state line_directives_at_start = line_directives;
     heaps_free();
@@ -143,8 +124,8 @@ void harness_start_file()
 {
     static char pool[arg_pool_block];
     arg_pool = pool;
-    vars_start(kept_variables, heap_create("Vbuf", 4096));
-    labels_start(kept_labels);
+    vars_start(var_table, heap_create("Vbuf", 4096));
+    labels_start(label_table);
 }
 
 char *harness_text(const uint8_t *data, size_t size)

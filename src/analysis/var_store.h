@@ -74,7 +74,7 @@ struct var_rec {
     char name[var_name_length + 1];
 };
 
-extern var_rec *var_table; // var_capacity records from malloc, made for each file
+extern var_rec *var_table; // var_capacity records from malloc; null before the first file
 extern int32_t var_count;  // records in use
 
 // The variable that was read last.

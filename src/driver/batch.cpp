@@ -19,26 +19,25 @@ pool_heap *Vbuf;
 
 // ---- One file ----
 
-// Makes a file's heaps and tables, in this order. 0, or 1 at the first that can't be had.
+// Makes a file's heaps and starts its tables, in this order. The tables are made for the first file and serve
+// all behind it: fresh ones would have their first pages handed out and cleared by the system for each file.
+// 0, or 1 at the first that can't be had.
 static int pools_init()
 {
     if ((G3buf = heap_create("G3buf", heap_growth)) == nullptr)
         return 1;
-    auto *variables = static_cast<var_rec *>(malloc(var_capacity * sizeof(var_rec)));
-    if (variables == nullptr)
+    if (var_table == nullptr)
+        var_table = static_cast<var_rec *>(malloc(var_capacity * sizeof(var_rec)));
+    if (var_table == nullptr)
         return 1;
-    auto *labels = static_cast<label_row *>(malloc(label_capacity * sizeof(label_row)));
-    if (labels == nullptr) {
-        free(variables);
+    if (label_table == nullptr)
+        label_table = static_cast<label_row *>(malloc(label_capacity * sizeof(label_row)));
+    if (label_table == nullptr)
         return 1;
-    }
-    if ((Vbuf = heap_create("Vbuf", heap_growth)) == nullptr) {
-        free(labels);
-        free(variables);
+    if ((Vbuf = heap_create("Vbuf", heap_growth)) == nullptr)
         return 1;
-    }
-    vars_start(variables, Vbuf);
-    labels_start(labels);
+    vars_start(var_table, Vbuf);
+    labels_start(label_table);
     return 0;
 }
 

@@ -1,8 +1,8 @@
 // Batch driver: pairs each input with its output, X.mrl with X_conv.mrl beside it, and converts one pair
 // after the other. A file that can't be opened costs a message; the run goes on with the next.
 //
-// The objects of a file (two pool heaps, the tables of variables and labels, the argument store) are made
-// anew for each and stay until the process ends.
+// The objects of a file (two pool heaps, the argument store) are made anew for each and stay until the
+// process ends. The tables of variables and labels start empty with each file, in the same memory.
 #pragma once
 
 #include "support/pool_heap.h"

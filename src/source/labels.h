@@ -21,7 +21,7 @@ struct label_row {
     uint8_t pending;
 };
 
-extern label_row *label_table; // label_capacity rows from malloc, made for each file
+extern label_row *label_table; // label_capacity rows from malloc; null before the first file
 extern int32_t label_count;    // rows in use
 
 // What the last #LINE said. It outlives a file, and nothing in the output depends on it.

@@ -1,4 +1,5 @@
 // Memory that runs out: malloc or realloc fails at each of their calls in turn. Linked with both wrapped.
+#include "analysis/var_store.h"
 #include "common/run.h"
 #include "driver/batch.h"
 #include "source/labels.h"
@@ -68,6 +69,10 @@ static memory_result convert_with_failure(const fs::path &folder, bool piped, in
     for (const char *name : {"a_conv.mrl", "b_conv.mrl"})
         fs::remove(folder / name);
     reset_run();
+    free(var_table); // so that the run makes its tables like the first one of a process
+    var_table = nullptr;
+    free(label_table);
+    label_table = nullptr;
     char program[] = "murlconv", first[] = "a.mrl", missing[] = "no.mrl", second[] = "b.mrl";
     char *arguments[] = {program, first, missing, second};
     fs::path before = fs::current_path();
