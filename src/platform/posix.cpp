@@ -49,28 +49,36 @@ FILE *plat_open_input(const char *path)
     return stream;
 }
 
-// Links can lead from the output's path back to the input, so an existing file is only emptied once it is
-// known for another one.
-FILE *plat_open_output(const char *path, FILE *input)
+// Empties what was there before at the output's path. False if that can't be done, or if it is the input:
+// links can lead back to it. A device and a pipe have nothing to empty.
+static bool empty_output(int file, int input)
 {
-    int file = open(path, O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY, 0666);
-    if (file < 0)
-        return nullptr;
     struct stat out_info;
     struct stat in_info;
-    FILE *stream = nullptr;
-    if (fstat(file, &out_info) == 0 && fstat(fileno(input), &in_info) == 0 &&
-        (out_info.st_dev != in_info.st_dev || out_info.st_ino != in_info.st_ino))
-        stream = fdopen(file, "w");
-    if (stream == nullptr) {
+    if (fstat(file, &out_info) != 0 || fstat(input, &in_info) != 0)
+        return false;
+    if (out_info.st_dev == in_info.st_dev && out_info.st_ino == in_info.st_ino)
+        return false;
+    return !S_ISREG(out_info.st_mode) || out_info.st_size == 0 || ftruncate(file, 0) == 0;
+}
+
+// Most outputs are new files, which need no further look.
+FILE *plat_open_output(const char *path, FILE *input)
+{
+    constexpr int flags = O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY;
+    int file = open(path, flags | O_EXCL, 0666);
+    if (file < 0) {
+        file = open(path, flags, 0666);
+        if (file < 0)
+            return nullptr;
+        if (!empty_output(file, fileno(input))) {
+            close(file);
+            return nullptr;
+        }
+    }
+    FILE *stream = fdopen(file, "w");
+    if (stream == nullptr)
         close(file);
-        return nullptr;
-    }
-    // A device, a pipe and a new file have nothing to empty.
-    if (S_ISREG(out_info.st_mode) && out_info.st_size > 0 && ftruncate(file, 0) != 0) {
-        fclose(stream);
-        return nullptr;
-    }
     return stream;
 }
 

@@ -158,6 +158,12 @@ TEST_F(platform, output_replaces_what_was_there)
     fclose(output);
     EXPECT_EQ(read_file("a_conv.mrl"), "new\n");
 
+    ASSERT_EQ(symlink("elsewhere", "link_conv.mrl"), 0);
+    output = plat_open_output("link_conv.mrl", input);
+    ASSERT_NE(output, nullptr) << "a link that leads nowhere yet";
+    fclose(output);
+    EXPECT_EQ(access("elsewhere", F_OK), 0);
+
     output = plat_open_output("/dev/full", input);
     ASSERT_NE(output, nullptr);
     fclose(output);
