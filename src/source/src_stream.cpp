@@ -22,6 +22,7 @@ void (*src_leave)();
 
 static unsigned char src_block[src_kept_size + src_block_size + src_slack];
 static int64_t src_block_offset; // position in the file of src_raw.end
+static bool src_block_last;      // nothing follows the block
 
 // The pushback: a character that was pushed back, 0 for an empty slot. Filled in the order A, B, C and
 // emptied in the order C, B, A.
@@ -37,9 +38,11 @@ static void plain_update()
 }
 
 // Reads the next block behind the last bytes of the one before. False at the end of the file; a read error
-// counts as that.
+// counts as that. A block that isn't full is the last one, and nobody asks again.
 static bool block_fill(FILE *stream)
 {
+    if (src_block_last)
+        return false;
     if (src_leave != nullptr)
         src_leave();
     size_t kept = static_cast<size_t>(src_raw.end - src_block);
@@ -50,6 +53,7 @@ static bool block_fill(FILE *stream)
     src_raw.pos = src_block + kept;
     src_raw.end = src_raw.pos + size;
     src_block_offset += static_cast<int64_t>(size);
+    src_block_last = size < src_block_size;
     plain_update();
     return size > 0;
 }
@@ -71,6 +75,7 @@ static int raw_seek(FILE *stream, int64_t offset)
     if (result == 0) {
         src_raw.pos = src_raw.end = src_block;
         src_block_offset = offset;
+        src_block_last = false;
     }
     return result;
 }
@@ -116,6 +121,7 @@ void src_open(const char *name, FILE *stream)
 {
     src_raw = src_buffer{src_block, src_block, src_block};
     src_block_offset = 0;
+    src_block_last = false;
     if (key_load != nullptr)
         key_load(name, &src_key);
     src_reset();

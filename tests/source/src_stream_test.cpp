@@ -174,6 +174,24 @@ TEST(src_stream, goes_back_and_on_over_many_blocks)
     }
 }
 
+TEST(src_stream, stays_at_its_end_until_a_seek)
+{
+    std::string text = times(20000, "a b ");
+    script_source source(text);
+    for (int round = 0; round < 2; round++) {
+        for (char c : text)
+            ASSERT_EQ(src_getc(source.stream), c);
+        EXPECT_EQ(src_getc(source.stream), -1);
+        fseek(source.stream, 0, SEEK_END);
+        fputs("late", source.stream);
+        fflush(source.stream);
+        fseek(source.stream, static_cast<long>(text.size()), SEEK_SET);
+        EXPECT_EQ(src_getc(source.stream), -1) << "a file that grows";
+        EXPECT_EQ(src_seek(source.stream, 0), 0);
+        text += "late";
+    }
+}
+
 // ---- The key ----
 
 static const std::string test_key = "\x11\x72\x33\x54\x05\x26\x17\x48\x39";
