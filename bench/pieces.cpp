@@ -11,6 +11,7 @@
 #include "support/pool_heap.h"
 
 #include <benchmark/benchmark.h>
+#include <fcntl.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -128,7 +129,7 @@ static void write_line_rule(benchmark::State &state)
     store_start();
     FILE *source = source_of(line_arguments);
     const cmd_row &row = command_row_at(command_find("LINE", 4));
-    out_open(fopen("/dev/null", "wb"));
+    out_open(plat_file{open("/dev/null", O_WRONLY)});
     source_restart(source);
     fetch_line(source, row);
     for (auto _ : state) {

@@ -109,8 +109,8 @@ static int convert_pair(const batch_run *run, const char *input_path, const char
         report(run, "Unable to open ", input_path);
         return BATCH_DONE;
     }
-    FILE *output = plat_open_output(output_path, input);
-    if (output == nullptr) {
+    plat_file output;
+    if (plat_open_output(output_path, input, &output) != 0) {
         report(run, run->dialog ? "Unable to open " : "Unable to Open file ", output_path);
         (void)fclose(input);
         return BATCH_DONE;

@@ -2,7 +2,7 @@
 //
 // Each side (posix.cpp, windows.cpp) is a whole file of its own, and the build takes one of them. Paths
 // are bytes as the system gives them and have no length limit of ours. Only the driver calls these
-// routines, and whoever opens a file.
+// routines, and the two ends of a script: its source and its output.
 #pragma once
 
 #include <stddef.h>
@@ -12,10 +12,20 @@
 // or null if it can't be read, as with a folder.
 FILE *plat_open_input(const char *path);
 
-// Opens a script for writing with the platform's line ends, emptying a file that is there already.
-// Gives null if that can't be done, or if path leads to the very file that input reads from: then that
+// An open file, without a buffer: whoever reads or writes has one.
+struct plat_file {
+    int number; // the system's
+};
+
+// Opens a script for writing with the platform's line ends, emptying a file that is there already. 0, or
+// another value if that can't be done, or if path leads to the very file that input reads from: then that
 // file is left as it is.
-FILE *plat_open_output(const char *path, FILE *input);
+int plat_open_output(const char *path, FILE *input, plat_file *output);
+
+// Writes bytes as they are, but for the line ends of the platform. What the file does not take is lost.
+void plat_write(const plat_file *file, const char *bytes, size_t size);
+
+void plat_close(const plat_file *file);
 
 // Moves in a stream as fseek does, from its start, beyond 2 GB too. 0, or another value on failure.
 int plat_seek(FILE *stream, long long offset);

@@ -63,23 +63,37 @@ static bool empty_output(int file, int input)
 }
 
 // Most outputs are new files, which need no further look.
-FILE *plat_open_output(const char *path, FILE *input)
+int plat_open_output(const char *path, FILE *input, plat_file *output)
 {
     constexpr int flags = O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY;
-    int file = open(path, flags | O_EXCL, 0666);
-    if (file < 0) {
-        file = open(path, flags, 0666);
-        if (file < 0)
-            return nullptr;
-        if (!empty_output(file, fileno(input))) {
-            close(file);
-            return nullptr;
-        }
+    output->number = open(path, flags | O_EXCL, 0666);
+    if (output->number >= 0)
+        return 0;
+    output->number = open(path, flags, 0666);
+    if (output->number < 0)
+        return 1;
+    if (empty_output(output->number, fileno(input)))
+        return 0;
+    close(output->number);
+    return 1;
+}
+
+void plat_write(const plat_file *file, const char *bytes, size_t size)
+{
+    while (size > 0) {
+        ssize_t done = write(file->number, bytes, size);
+        if (done < 0 && errno == EINTR)
+            continue;
+        if (done <= 0)
+            return;
+        bytes += done;
+        size -= static_cast<size_t>(done);
     }
-    FILE *stream = fdopen(file, "w");
-    if (stream == nullptr)
-        close(file);
-    return stream;
+}
+
+void plat_close(const plat_file *file)
+{
+    close(file->number);
 }
 
 int plat_seek(FILE *stream, long long offset)

@@ -39,23 +39,35 @@ static bool is_same_file(int left, int right)
 
 // Links can lead from the output's path back to the input, so an existing file is only emptied once it is
 // known for another one.
-FILE *plat_open_output(const char *path, FILE *input)
+int plat_open_output(const char *path, FILE *input, plat_file *output)
 {
     int file = _open(path, _O_WRONLY | _O_CREAT | _O_TEXT | _O_NOINHERIT, _S_IREAD | _S_IWRITE);
     if (file < 0)
-        return nullptr;
-    FILE *stream = is_same_file(file, _fileno(input)) ? nullptr : _fdopen(file, "wt");
-    if (stream == nullptr) {
-        _close(file);
-        return nullptr;
-    }
+        return 1;
     // A device or a pipe has nothing to empty.
-    if (GetFileType(reinterpret_cast<HANDLE>(_get_osfhandle(file))) == FILE_TYPE_DISK &&
-        _chsize(file, 0) != 0) {
-        fclose(stream);
-        return nullptr;
+    bool disk = GetFileType(reinterpret_cast<HANDLE>(_get_osfhandle(file))) == FILE_TYPE_DISK;
+    if (is_same_file(file, _fileno(input)) || (disk && _chsize(file, 0) != 0)) {
+        _close(file);
+        return 1;
     }
-    return stream;
+    output->number = file;
+    return 0;
+}
+
+void plat_write(const plat_file *file, const char *bytes, size_t size)
+{
+    while (size > 0) {
+        int done = _write(file->number, bytes, static_cast<unsigned>(size));
+        if (done <= 0)
+            return;
+        bytes += done;
+        size -= static_cast<size_t>(done);
+    }
+}
+
+void plat_close(const plat_file *file)
+{
+    _close(file->number);
 }
 
 int plat_seek(FILE *stream, long long offset)

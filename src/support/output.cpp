@@ -4,26 +4,24 @@
 
 out_state out_file;
 
-void out_open(FILE *stream)
+void out_open(plat_file file)
 {
-    out_file.stream = stream;
+    out_file.open = true;
+    out_file.file = file;
     out_file.used = 0;
-    // The buffer here is the only one: none in the stream, so that no byte is copied twice.
-    setvbuf(stream, nullptr, _IONBF, 0);
 }
 
 void out_flush()
 {
-    if (out_file.used > 0)
-        (void)fwrite(out_file.buffer, 1, out_file.used, out_file.stream);
+    plat_write(&out_file.file, out_file.buffer, out_file.used);
     out_file.used = 0;
 }
 
 void out_close()
 {
     out_flush();
-    (void)fclose(out_file.stream);
-    out_file.stream = nullptr;
+    plat_close(&out_file.file);
+    out_file.open = false;
 }
 
 void out_bytes_slow(const char *bytes, size_t size)

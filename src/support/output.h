@@ -1,10 +1,12 @@
 // Output: the script that is being written.
 //
 // One output is open at a time. Whatever a writer hands over is gathered in one buffer of 64 KB, which
-// goes to the stream in one piece when it is full and at the close. The stream was opened in text mode
-// by the platform, so a line feed becomes the platform's line end. Nobody looks at the result of a
-// write: a full disk costs the output, not the run.
+// goes to the file in one piece when it is full and at the close. The file was opened in text mode by the
+// platform, so a line feed becomes the platform's line end. Nobody looks at the result of a write: a full
+// disk costs the output, not the run.
 #pragma once
+
+#include "platform/platform.h"
 
 #include <stddef.h>
 #include <stdint.h>
@@ -15,20 +17,22 @@ constexpr size_t out_buffer_size = 65536;
 
 // The output of the file under conversion; it has no meaning between two files.
 struct out_state {
-    FILE *stream; // null when nothing is open
-    size_t used;  // bytes gathered in the buffer, 0 to out_buffer_size
+    bool open;      // an output is being written
+    plat_file file; // where it goes
+    size_t used;    // bytes gathered in the buffer, 0 to out_buffer_size
     char buffer[out_buffer_size];
 };
 extern out_state out_file;
 
-// Starts an output on an opened stream, which out_close takes over.
-void out_open(FILE *stream);
+// Starts an output on an opened file, which out_close closes.
+void out_open(plat_file file);
 
-// Writes what is gathered and closes the stream.
+// Writes what is gathered and closes the file.
 void out_close();
 
-// Writes what is gathered to the stream.
-void out_flush();
+// Writes what is gathered to the file. It is called seldom, but from everywhere, so it has to stay out of the
+// code of its callers.
+__attribute__((noinline)) void out_flush();
 
 // out_bytes for what does not fit the buffer's rest.
 void out_bytes_slow(const char *bytes, size_t size);

@@ -220,7 +220,7 @@ void prompt_report(int32_t code, int32_t line, const prompt_value *values, int c
     if (code_returns(code))
         return;
     // What was written of the current script must not be lost with the process.
-    if (out_file.stream != nullptr)
+    if (out_file.open)
         out_close();
     exit(1);
 }

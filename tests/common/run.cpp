@@ -112,7 +112,7 @@ source_stream::~source_stream()
 
 output_capture::output_capture() : file(tmpfile())
 {
-    out_open(fdopen(dup(fileno(file)), "w"));
+    out_open(plat_file{dup(fileno(file))});
 }
 
 std::string output_capture::text()

@@ -151,22 +151,21 @@ TEST_F(platform, output_replaces_what_was_there)
     write_file("a.mrl", "in");
     write_file("a_conv.mrl", "a long old output");
     FILE *input = plat_open_input("a.mrl");
-    FILE *output = plat_open_output("a_conv.mrl", input);
-    ASSERT_NE(output, nullptr);
-    EXPECT_TRUE(fcntl(fileno(output), F_GETFD) & FD_CLOEXEC);
-    fputs("new\n", output);
-    fclose(output);
+    plat_file output;
+    ASSERT_EQ(plat_open_output("a_conv.mrl", input, &output), 0);
+    EXPECT_TRUE(fcntl(output.number, F_GETFD) & FD_CLOEXEC);
+    plat_write(&output, "new\n", 4);
+    plat_close(&output);
     EXPECT_EQ(read_file("a_conv.mrl"), "new\n");
 
     ASSERT_EQ(symlink("elsewhere", "link_conv.mrl"), 0);
-    output = plat_open_output("link_conv.mrl", input);
-    ASSERT_NE(output, nullptr) << "a link that leads nowhere yet";
-    fclose(output);
+    ASSERT_EQ(plat_open_output("link_conv.mrl", input, &output), 0) << "a link that leads nowhere yet";
+    plat_close(&output);
     EXPECT_EQ(access("elsewhere", F_OK), 0);
 
-    output = plat_open_output("/dev/full", input);
-    ASSERT_NE(output, nullptr);
-    fclose(output);
+    ASSERT_EQ(plat_open_output("/dev/full", input, &output), 0);
+    plat_write(&output, "lost", 4);
+    plat_close(&output);
     fclose(input);
 }
 
@@ -179,11 +178,12 @@ TEST_F(platform, output_never_touches_its_input)
     FILE *input = plat_open_input("a.mrl");
     ASSERT_NE(input, nullptr);
     int before = open_files();
-    EXPECT_EQ(plat_open_output("a.mrl", input), nullptr);
-    EXPECT_EQ(plat_open_output("soft_conv.mrl", input), nullptr);
-    EXPECT_EQ(plat_open_output("hard_conv.mrl", input), nullptr);
-    EXPECT_EQ(plat_open_output("folder_conv", input), nullptr);
-    EXPECT_EQ(plat_open_output("missing/a.mrl", input), nullptr);
+    plat_file output;
+    EXPECT_NE(plat_open_output("a.mrl", input, &output), 0);
+    EXPECT_NE(plat_open_output("soft_conv.mrl", input, &output), 0);
+    EXPECT_NE(plat_open_output("hard_conv.mrl", input, &output), 0);
+    EXPECT_NE(plat_open_output("folder_conv", input, &output), 0);
+    EXPECT_NE(plat_open_output("missing/a.mrl", input, &output), 0);
     EXPECT_EQ(open_files(), before);
     EXPECT_EQ(read_file("a.mrl"), "precious");
     fclose(input);

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <stdio.h>
 
 #include <filesystem>
@@ -198,7 +199,7 @@ TEST_F(prompt_report_test, script_being_written_is_kept_at_the_end)
 {
     EXPECT_EXIT(
         {
-            out_open(fopen("x_conv.mrl", "wb"));
+            out_open(plat_file{creat("x_conv.mrl", 0666)});
             out_text("LINE 0\n");
             prompt_report(-203, 1);
         },
