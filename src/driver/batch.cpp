@@ -55,6 +55,7 @@ static int setup_alloc()
 
 int convert_file(const char *source_name, FILE *source_stream)
 {
+    plat_prepare_memory();
     if (pools_init() != 0 || setup_alloc() != 0)
         return BATCH_NO_MEMORY;
     src_open(source_name, source_stream);

@@ -27,6 +27,10 @@ void plat_write(const plat_file *file, const char *bytes, size_t size);
 
 void plat_close(const plat_file *file);
 
+// Told in front of each script. The memory of scripts stays until the end, so a run over many of them takes
+// much memory bit by bit, for which the platform may have a better way than for a little.
+void plat_prepare_memory();
+
 // Moves in a stream as fseek does, from its start, beyond 2 GB too. 0, or another value on failure.
 int plat_seek(FILE *stream, long long offset);
 

@@ -12,9 +12,14 @@
 #include <spawn.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 // NOLINTNEXTLINE(readability-redundant-declaration): only some C libraries declare it.
 extern char **environ;
@@ -94,6 +99,29 @@ void plat_write(const plat_file *file, const char *bytes, size_t size)
 void plat_close(const plat_file *file)
 {
     close(file->number);
+}
+
+// Where the C library grows its heap in one piece, the heap goes on in large steps once it has used up the
+// first two megabytes, and the system is told that large pages do for them. A large page costs the system
+// as much as some 80 small ones and does for 512.
+void plat_prepare_memory()
+{
+#if defined(__GLIBC__) && defined(MADV_HUGEPAGE)
+    constexpr uintptr_t large_page = 2u << 20;
+    constexpr int step = 16 << 20;
+    static char *prepared; // the end of the heap when it was looked at last; null: never
+    char *end = static_cast<char *>(sbrk(0));
+    if (prepared == nullptr)
+        prepared = end;
+    if (end < prepared + large_page)
+        return;
+    mallopt(M_TOP_PAD, step);
+    char *first = prepared + (large_page - reinterpret_cast<uintptr_t>(prepared) % large_page) % large_page;
+    char *last = end - reinterpret_cast<uintptr_t>(end) % large_page;
+    if (first < last)
+        (void)madvise(first, static_cast<size_t>(last - first), MADV_HUGEPAGE);
+    prepared = end;
+#endif
 }
 
 int plat_seek(FILE *stream, long long offset)

@@ -70,6 +70,8 @@ void plat_close(const plat_file *file)
     _close(file->number);
 }
 
+void plat_prepare_memory() {}
+
 int plat_seek(FILE *stream, long long offset)
 {
     return _fseeki64(stream, offset, SEEK_SET);
