@@ -4,6 +4,7 @@
 #include "analysis/arg_slots.h"
 #include "analysis/expr_eval.h"
 #include "analysis/var_store.h"
+#include "platform/platform.h"
 #include "rules/rules.h"
 #include "source/command_table.h"
 #include "source/src_stream.h"
@@ -14,6 +15,7 @@
 #include <fcntl.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/mman.h>
 
 constexpr char line_arguments[] = " 12.5, v1, 0, 100.25, -3, 0, 3, 1, 2\n";
 constexpr size_t block_size = 65536;
@@ -21,18 +23,20 @@ constexpr size_t block_size = 65536;
 static char block[block_size];
 
 // A source that holds one text over and over.
-static FILE *source_of(const char *text)
+static plat_file source_of(const char *text)
 {
     size_t length = strlen(text);
     size_t used = 0;
     for (; used + length <= block_size; used += length)
         memcpy(block + used, text, length);
-    return fmemopen(block, used, "rb");
+    plat_file source = {memfd_create("source", 0)};
+    plat_write(&source, block, used);
+    return source;
 }
 
-static void source_restart(FILE *source)
+static void source_restart(plat_file *source)
 {
-    rewind(source);
+    plat_seek(source, 0);
     src_open("", source);
     src_count_lines();
 }
@@ -53,7 +57,7 @@ static void store_start()
 }
 
 // Fetches the arguments of one LINE, as the statement loop does it.
-static int32_t fetch_line(FILE *source, const cmd_row &row)
+static int32_t fetch_line(plat_file *source, const cmd_row &row)
 {
     slots_start_statement();
     slot_set_word("LINE", 4);
@@ -63,17 +67,17 @@ static int32_t fetch_line(FILE *source, const cmd_row &row)
 
 static void getc_block(benchmark::State &state)
 {
-    FILE *source = source_of(line_arguments);
+    plat_file source = source_of(line_arguments);
     int64_t characters = 0;
     for (auto _ : state) {
-        source_restart(source);
+        source_restart(&source);
         int sum = 0;
-        for (int c = src_getc(source); c != -1; c = src_getc(source), characters++)
+        for (int c = src_getc(&source); c != -1; c = src_getc(&source), characters++)
             sum += c;
         benchmark::DoNotOptimize(sum);
     }
     state.SetItemsProcessed(characters);
-    fclose(source);
+    plat_close(&source);
 }
 BENCHMARK(getc_block);
 
@@ -109,36 +113,36 @@ BENCHMARK_CAPTURE(find_command, unknown, "thickness");
 static void fetch_line_arguments(benchmark::State &state)
 {
     store_start();
-    FILE *source = source_of(line_arguments);
+    plat_file source = source_of(line_arguments);
     const cmd_row &row = command_row_at(command_find("LINE", 4));
     size_t statements = block_size / strlen(line_arguments);
     size_t left = 0;
     for (auto _ : state) {
         if (left-- == 0) {
-            source_restart(source);
+            source_restart(&source);
             left = statements - 1;
         }
-        benchmark::DoNotOptimize(fetch_line(source, row));
+        benchmark::DoNotOptimize(fetch_line(&source, row));
     }
-    fclose(source);
+    plat_close(&source);
 }
 BENCHMARK(fetch_line_arguments);
 
 static void write_line_rule(benchmark::State &state)
 {
     store_start();
-    FILE *source = source_of(line_arguments);
+    plat_file source = source_of(line_arguments);
     const cmd_row &row = command_row_at(command_find("LINE", 4));
     out_open(plat_file{open("/dev/null", O_WRONLY)});
-    source_restart(source);
-    fetch_line(source, row);
+    source_restart(&source);
+    fetch_line(&source, row);
     for (auto _ : state) {
         arg_cursor = arg_slots;
         arg_type_cursor = arg_types;
         benchmark::DoNotOptimize(conv_entity(row.id));
     }
     out_close();
-    fclose(source);
+    plat_close(&source);
 }
 BENCHMARK(write_line_rule);
 

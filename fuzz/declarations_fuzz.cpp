@@ -46,14 +46,14 @@ static void read_reference(char *text)
 }
 
 // The rest of a line as a text of its own.
-static char *rest_of_line(FILE *source)
+static char *rest_of_line(plat_file *source)
 {
     static char line[4096];
     int32_t size = src_read_line(line, sizeof line - 1, source);
     return harness_text(reinterpret_cast<const uint8_t *>(line), static_cast<size_t>(size));
 }
 
-static void run_line(FILE *source, int reader)
+static void run_line(plat_file *source, int reader)
 {
     char word[128] = "ARRAY";
     if (reader >= 0 && reader < words_count) {
@@ -76,7 +76,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     harness_reset();
     harness_start_file();
-    FILE *source = harness_source(data, size);
+    plat_file *source = harness_source(data, size);
     src_open("", source);
     src_count_lines();
     for (int c = src_getc(source); c != -1; c = src_getc(source))

@@ -1,5 +1,5 @@
 #ifndef _GNU_SOURCE
-#define _GNU_SOURCE // fopencookie, memfd_create
+#define _GNU_SOURCE // memfd_create
 #endif
 #include "harness.h"
 
@@ -12,6 +12,7 @@
 #include "source/src_stream.h"
 #include "support/output.h"
 
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/mman.h>
@@ -38,43 +39,20 @@ static void *budget_malloc(size_t size)
 
 // ---- Source and output ----
 
-static const uint8_t *source_data;
-static size_t source_size;
-static size_t source_at;
-
-static ssize_t source_read(void *, char *buffer, size_t size)
+// Puts a file that lies in memory back to its start, with nothing in it.
+static void file_empty(const plat_file *file)
 {
-    size_t left = source_size - source_at;
-    size_t part = size < left ? size : left;
-    memcpy(buffer, source_data + source_at, part);
-    source_at += part;
-    return static_cast<ssize_t>(part);
+    bool empty = ftruncate(file->number, 0) == 0 && plat_seek(file, 0) == 0;
+    harness_expect(empty, "an empty file");
 }
 
-static int source_seek(void *, off64_t *offset, int whence)
+plat_file *harness_source(const uint8_t *data, size_t size)
 {
-    int64_t base =
-        whence == SEEK_SET ? 0 : static_cast<int64_t>(whence == SEEK_CUR ? source_at : source_size);
-    int64_t place = base + *offset;
-    if (place < 0 || place > static_cast<int64_t>(source_size))
-        return -1;
-    source_at = static_cast<size_t>(place);
-    *offset = place;
-    return 0;
-}
-
-FILE *harness_source(const uint8_t *data, size_t size)
-{
-    static FILE *stream;
-    if (stream == nullptr) {
-        stream = fopencookie(nullptr, "rb", {source_read, nullptr, source_seek, nullptr});
-        setvbuf(stream, nullptr, _IONBF, 0);
-    }
-    rewind(stream);
-    source_data = data;
-    source_size = size;
-    source_at = 0;
-    return stream;
+    static plat_file source = {memfd_create("source", 0)};
+    file_empty(&source);
+    plat_write(&source, reinterpret_cast<const char *>(data), size);
+    harness_expect(plat_seek(&source, 0) == 0, "a source");
+    return &source;
 }
 
 const char *harness_output(size_t *size)
@@ -85,13 +63,6 @@ const char *harness_output(size_t *size)
     harness_expect(got >= 0, "an output");
     *size = static_cast<size_t>(got);
     return output;
-}
-
-static void output_forget()
-{
-    out_file.used = 0;
-    bool empty = ftruncate(out_file.file.number, 0) == 0 && lseek(out_file.file.number, 0, SEEK_SET) == 0;
-    harness_expect(empty, "an empty output");
 }
 
 // ---- The run ----
@@ -119,7 +90,8 @@ void harness_reset()
     rules_run = rules_run_state{};
     line_directives = line_directives_at_start;
     src_count_lines();
-    output_forget();
+    out_file.used = 0;
+    file_empty(&out_file.file);
 }
 
 void harness_start_file()

@@ -7,7 +7,8 @@
 
 #include <stddef.h>
 #include <stdint.h>
-#include <stdio.h>
+
+struct plat_file;
 
 // Bytes that the pool heaps may take for one input; beyond that they meet a system without memory.
 constexpr size_t harness_heap_budget = size_t{4} << 20;
@@ -19,7 +20,7 @@ void harness_reset();
 void harness_start_file();
 
 // The source, standing at the start of the given bytes, which stay the caller's. One at a time.
-FILE *harness_source(const uint8_t *data, size_t size);
+plat_file *harness_source(const uint8_t *data, size_t size);
 
 // What was written since the last reset.
 const char *harness_output(size_t *size);

@@ -49,7 +49,7 @@ static bool is_numeric(uint8_t type)
     return type >= ARG_LONG && type <= ARG_DOUBLE;
 }
 
-static int skip_blanks(FILE *stream)
+static int skip_blanks(plat_file *stream)
 {
     int c;
     do
@@ -85,7 +85,7 @@ static void store_ready(uint8_t stored)
 
 // Gathers raw text from c on, up to a comma, a line feed or the end of the source; *last is the character
 // that ended it. With parentheses counted, a comma inside them is text. False if they don't pair up.
-static bool collect_raw(FILE *stream, int c, bool counted, int *last)
+static bool collect_raw(plat_file *stream, int c, bool counted, int *last)
 {
     int32_t depth = 0;
     for (; c != -1 && !line_full(); c = src_getc(stream)) {
@@ -106,7 +106,7 @@ static bool collect_raw(FILE *stream, int c, bool counted, int *last)
 }
 
 // Decodes the escape behind a backslash in a string and stores its byte.
-static void collect_escape(FILE *stream)
+static void collect_escape(plat_file *stream)
 {
     int c = src_getc(stream);
     if (char_is(c, CHAR_OCTAL)) {
@@ -136,7 +136,7 @@ static void collect_escape(FILE *stream)
 // Gathers a string behind its opening quote, line ends included, and reads on behind its closing quote to
 // what ends the argument. What was gathered ends at its first NUL. False if something but blanks stands
 // behind the closing quote.
-static bool collect_string(FILE *stream, int quote, int *last)
+static bool collect_string(plat_file *stream, int quote, int *last)
 {
     bool closed = false;
     int c = src_getc(stream);
@@ -499,7 +499,7 @@ static int take_ready(uint8_t type, int *last)
 
 // Reads one argument into the slot under arg_cursor. *last is the character that ended it, *empty tells an
 // empty argument. False if it fails.
-static bool fetch_one(FILE *stream, uint8_t type, int *last, bool *empty)
+static bool fetch_one(plat_file *stream, uint8_t type, int *last, bool *empty)
 {
     *empty = false;
     int ready = take_ready(type, last);
@@ -567,14 +567,14 @@ static int32_t fetch_failed()
     return -1;
 }
 
-static void skip_line(FILE *stream, int c)
+static void skip_line(plat_file *stream, int c)
 {
     while (c != '\n' && c != -1)
         c = src_getc(stream);
 }
 
 // The positions one by one, see fetch_args.
-static int32_t fetch_list(FILE *stream, int32_t spec_count, const uint8_t *spec, bool keep_absent)
+static int32_t fetch_list(plat_file *stream, int32_t spec_count, const uint8_t *spec, bool keep_absent)
 {
     bool more = spec_count != 0; // the list goes on
     int32_t walked = 0;
@@ -625,7 +625,7 @@ static int32_t fetch_list(FILE *stream, int32_t spec_count, const uint8_t *spec,
     return walked;
 }
 
-int32_t fetch_args(FILE *stream, int32_t spec_count, const uint8_t *spec, bool keep_absent)
+int32_t fetch_args(plat_file *stream, int32_t spec_count, const uint8_t *spec, bool keep_absent)
 {
     slot_clear();
     line_owed = nullptr;

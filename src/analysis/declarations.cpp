@@ -211,7 +211,7 @@ static int32_t declare_local(char *text)
                             : declare_list(item, delimiter, next, VAR_NONE);
 }
 
-int32_t decl_statement(FILE *stream, char *word, int32_t)
+int32_t decl_statement(plat_file *stream, char *word, int32_t)
 {
     if (src_read_line(stmt_text, line_buf_capacity, stream) == 0)
         return STATEMENT_END;
@@ -228,7 +228,7 @@ int32_t decl_statement(FILE *stream, char *word, int32_t)
 
 // Reads the head of an ARRAY into line_buf, up to its line's end or the = outside of brackets. Gives what
 // ended it.
-static int read_array_head(FILE *stream)
+static int read_array_head(plat_file *stream)
 {
     int32_t used = 0;
     int64_t depth = 0;
@@ -300,7 +300,7 @@ static bool value_line_directive(const char *text)
 }
 
 // The initial values behind an ARRAY's =, line by line up to the closing brace.
-static int32_t read_values(FILE *stream)
+static int32_t read_values(plat_file *stream)
 {
     bool first = true; // the opening brace has still to come
     var_fill_start();
@@ -327,7 +327,7 @@ static int32_t read_values(FILE *stream)
     return STATEMENT_END;
 }
 
-int32_t array_statement(FILE *stream, char *word, int32_t)
+int32_t array_statement(plat_file *stream, char *word, int32_t)
 {
     (void)src_skip_space(stream);
     int c = read_array_head(stream);

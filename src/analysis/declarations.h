@@ -5,14 +5,15 @@
 #pragma once
 
 #include <stdint.h>
-#include <stdio.h>
+
+struct plat_file;
 
 // The type words and LOCAL. word is the statement's word as typed. Gives STATEMENT_TEXT, or STATEMENT_END
 // for a fault.
-int32_t decl_statement(FILE *stream, char *word, int32_t size);
+int32_t decl_statement(plat_file *stream, char *word, int32_t size);
 
 // ARRAY, with initial values that may run over lines. Gives STATEMENT_DONE, or STATEMENT_END for a fault.
-int32_t array_statement(FILE *stream, char *word, int32_t size);
+int32_t array_statement(plat_file *stream, char *word, int32_t size);
 
 // What ended an item of a declaration list.
 enum : int {

@@ -8,6 +8,7 @@
 #include "source/src_stream.h"
 #include "support/output.h"
 
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -53,7 +54,7 @@ static int setup_alloc()
     return arg_pool != nullptr ? 0 : 1;
 }
 
-int convert_file(const char *source_name, FILE *source_stream)
+int convert_file(const char *source_name, plat_file *source_stream)
 {
     plat_prepare_memory();
     if (pools_init() != 0 || setup_alloc() != 0)
@@ -105,21 +106,21 @@ static void report(const batch_run *run, const char *text, const char *path)
 
 static int convert_pair(const batch_run *run, const char *input_path, const char *output_path)
 {
-    FILE *input = plat_open_input(input_path);
-    if (input == nullptr) {
+    plat_file input;
+    if (plat_open_input(input_path, &input) != 0) {
         report(run, "Unable to open ", input_path);
         return BATCH_DONE;
     }
     plat_file output;
-    if (plat_open_output(output_path, input, &output) != 0) {
+    if (plat_open_output(output_path, &input, &output) != 0) {
         report(run, run->dialog ? "Unable to open " : "Unable to Open file ", output_path);
-        (void)fclose(input);
+        plat_close(&input);
         return BATCH_DONE;
     }
     out_open(output);
-    int result = convert_file(input_path, input);
+    int result = convert_file(input_path, &input);
     out_close();
-    (void)fclose(input);
+    plat_close(&input);
     return result;
 }
 

@@ -8,7 +8,8 @@
 #include "support/pool_heap.h"
 
 #include <stdint.h>
-#include <stdio.h>
+
+struct plat_file;
 
 // Results of the driver. The last is the only one that the process's exit status tells.
 enum : int { BATCH_DONE = 0, BATCH_CANCELLED = -1, BATCH_NO_MEMORY = -2 };
@@ -20,4 +21,4 @@ extern pool_heap *Vbuf;  // blocks of variables
 int conv_main(int arg_count, char **arg_vector);
 
 // Converts one opened source; the output is open in out_file. BATCH_DONE or BATCH_NO_MEMORY.
-int convert_file(const char *source_name, FILE *source_stream);
+int convert_file(const char *source_name, plat_file *source_stream);

@@ -1,6 +1,8 @@
 #include "driver/batch.h"
 #include "platform/platform.h"
 
+#include <stdio.h>
+
 int main(int argc, char **argv)
 {
     if (plat_start() != 0) {

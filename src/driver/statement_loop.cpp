@@ -31,7 +31,7 @@ static void write_failed_argument()
         out_format(" %s\n", line_buf);
 }
 
-void statement_loop(FILE *stream)
+void statement_loop(plat_file *stream)
 {
     src_count_lines();
     for (;;) {

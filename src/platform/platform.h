@@ -6,33 +6,36 @@
 #pragma once
 
 #include <stddef.h>
-#include <stdio.h>
-
-// Opens a script for reading, byte for byte (the reader folds line ends itself), and gives the stream,
-// or null if it can't be read, as with a folder.
-FILE *plat_open_input(const char *path);
 
 // An open file, without a buffer: whoever reads or writes has one.
 struct plat_file {
     int number; // the system's
 };
 
+// Opens a script for reading, byte for byte (the reader folds line ends itself). 0, or another value if it
+// can't be read, as with a folder.
+int plat_open_input(const char *path, plat_file *input);
+
 // Opens a script for writing with the platform's line ends, emptying a file that is there already. 0, or
 // another value if that can't be done, or if path leads to the very file that input reads from: then that
 // file is left as it is.
-int plat_open_output(const char *path, FILE *input, plat_file *output);
+int plat_open_output(const char *path, const plat_file *input, plat_file *output);
+
+// Reads size bytes, or as many as there are up to the end of the file, and gives their number. An error
+// counts as the end.
+size_t plat_read(const plat_file *file, void *bytes, size_t size);
 
 // Writes bytes as they are, but for the line ends of the platform. What the file does not take is lost.
 void plat_write(const plat_file *file, const char *bytes, size_t size);
+
+// Moves to a position in bytes, beyond 2 GB too. 0, or another value on failure.
+int plat_seek(const plat_file *file, long long offset);
 
 void plat_close(const plat_file *file);
 
 // Told in front of each script. The memory of scripts stays until the end, so a run over many of them takes
 // much memory bit by bit, for which the platform may have a better way than for a little.
 void plat_prepare_memory();
-
-// Moves in a stream as fseek does, from its start, beyond 2 GB too. 0, or another value on failure.
-int plat_seek(FILE *stream, long long offset);
 
 // Where a path's file name can be split.
 struct plat_path_parts {

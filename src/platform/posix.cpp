@@ -10,6 +10,7 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <spawn.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/mman.h>
@@ -38,20 +39,16 @@ enum select_result {
     SELECT_MISSING   // this way does not work here
 };
 
-FILE *plat_open_input(const char *path)
+int plat_open_input(const char *path, plat_file *input)
 {
-    int file = open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY);
-    if (file < 0)
-        return nullptr;
+    input->number = open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY);
+    if (input->number < 0)
+        return 1;
     struct stat info;
-    FILE *stream = nullptr;
-    if (fstat(file, &info) == 0 && !S_ISDIR(info.st_mode))
-        stream = fdopen(file, "r");
-    if (stream == nullptr)
-        close(file);
-    else
-        setvbuf(stream, nullptr, _IONBF, 0); // the reader has a buffer of its own
-    return stream;
+    if (fstat(input->number, &info) == 0 && !S_ISDIR(info.st_mode))
+        return 0;
+    close(input->number);
+    return 1;
 }
 
 // Empties what was there before at the output's path. False if that can't be done, or if it is the input:
@@ -68,7 +65,7 @@ static bool empty_output(int file, int input)
 }
 
 // Most outputs are new files, which need no further look.
-int plat_open_output(const char *path, FILE *input, plat_file *output)
+int plat_open_output(const char *path, const plat_file *input, plat_file *output)
 {
     constexpr int flags = O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY;
     output->number = open(path, flags | O_EXCL, 0666);
@@ -77,10 +74,24 @@ int plat_open_output(const char *path, FILE *input, plat_file *output)
     output->number = open(path, flags, 0666);
     if (output->number < 0)
         return 1;
-    if (empty_output(output->number, fileno(input)))
+    if (empty_output(output->number, input->number))
         return 0;
     close(output->number);
     return 1;
+}
+
+size_t plat_read(const plat_file *file, void *bytes, size_t size)
+{
+    size_t used = 0;
+    while (used < size) {
+        ssize_t got = read(file->number, static_cast<char *>(bytes) + used, size - used);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0)
+            break;
+        used += static_cast<size_t>(got);
+    }
+    return used;
 }
 
 void plat_write(const plat_file *file, const char *bytes, size_t size)
@@ -94,6 +105,11 @@ void plat_write(const plat_file *file, const char *bytes, size_t size)
         bytes += done;
         size -= static_cast<size_t>(done);
     }
+}
+
+int plat_seek(const plat_file *file, long long offset)
+{
+    return lseek(file->number, static_cast<off_t>(offset), SEEK_SET) < 0 ? 1 : 0;
 }
 
 void plat_close(const plat_file *file)
@@ -122,11 +138,6 @@ void plat_prepare_memory()
         (void)madvise(first, static_cast<size_t>(last - first), MADV_HUGEPAGE);
     prepared = end;
 #endif
-}
-
-int plat_seek(FILE *stream, long long offset)
-{
-    return fseeko(stream, static_cast<off_t>(offset), SEEK_SET);
 }
 
 plat_path_parts plat_split_path(const char *path)

@@ -13,6 +13,7 @@
 #include <commdlg.h>
 #include <fcntl.h>
 #include <io.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/stat.h>
@@ -20,9 +21,10 @@
 // Room for what the dialog selects, in bytes: 3,000 names of the longest kind take less than a fourth.
 static constexpr DWORD selection_size = 4u << 20;
 
-FILE *plat_open_input(const char *path)
+int plat_open_input(const char *path, plat_file *input)
 {
-    return fopen(path, "rb");
+    input->number = _open(path, _O_RDONLY | _O_BINARY | _O_NOINHERIT | _O_SEQUENTIAL);
+    return input->number < 0 ? 1 : 0;
 }
 
 // True if both are files on a disk, and the same one.
@@ -39,19 +41,31 @@ static bool is_same_file(int left, int right)
 
 // Links can lead from the output's path back to the input, so an existing file is only emptied once it is
 // known for another one.
-int plat_open_output(const char *path, FILE *input, plat_file *output)
+int plat_open_output(const char *path, const plat_file *input, plat_file *output)
 {
     int file = _open(path, _O_WRONLY | _O_CREAT | _O_TEXT | _O_NOINHERIT, _S_IREAD | _S_IWRITE);
     if (file < 0)
         return 1;
     // A device or a pipe has nothing to empty.
     bool disk = GetFileType(reinterpret_cast<HANDLE>(_get_osfhandle(file))) == FILE_TYPE_DISK;
-    if (is_same_file(file, _fileno(input)) || (disk && _chsize(file, 0) != 0)) {
+    if (is_same_file(file, input->number) || (disk && _chsize(file, 0) != 0)) {
         _close(file);
         return 1;
     }
     output->number = file;
     return 0;
+}
+
+size_t plat_read(const plat_file *file, void *bytes, size_t size)
+{
+    size_t used = 0;
+    while (used < size) {
+        int got = _read(file->number, static_cast<char *>(bytes) + used, static_cast<unsigned>(size - used));
+        if (got <= 0)
+            break;
+        used += static_cast<size_t>(got);
+    }
+    return used;
 }
 
 void plat_write(const plat_file *file, const char *bytes, size_t size)
@@ -65,17 +79,17 @@ void plat_write(const plat_file *file, const char *bytes, size_t size)
     }
 }
 
+int plat_seek(const plat_file *file, long long offset)
+{
+    return _lseeki64(file->number, offset, SEEK_SET) < 0 ? 1 : 0;
+}
+
 void plat_close(const plat_file *file)
 {
     _close(file->number);
 }
 
 void plat_prepare_memory() {}
-
-int plat_seek(FILE *stream, long long offset)
-{
-    return _fseeki64(stream, offset, SEEK_SET);
-}
 
 plat_path_parts plat_split_path(const char *path)
 {

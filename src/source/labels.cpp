@@ -7,6 +7,7 @@
 #include "support/prompt_report.h"
 #include "support/text.h"
 
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -33,7 +34,7 @@ static int32_t label_report(const char *name)
     return STATEMENT_END;
 }
 
-int32_t label_define(FILE *stream, char *word, int32_t)
+int32_t label_define(plat_file *stream, char *word, int32_t)
 {
     label_row row{};
     strncpy(row.name, word + 1, label_name_length);
@@ -61,7 +62,7 @@ int32_t label_define(FILE *stream, char *word, int32_t)
     return STATEMENT_DONE;
 }
 
-int32_t line_directive(FILE *stream, char *, int32_t)
+int32_t line_directive(plat_file *stream, char *, int32_t)
 {
     char operands[line_operands_size + 1];
     if (src_read_line(operands, line_operands_size, stream) == 0)

@@ -5,7 +5,8 @@
 #pragma once
 
 #include <stdint.h>
-#include <stdio.h>
+
+struct plat_file;
 
 constexpr int32_t label_capacity = 1000; // labels of one file
 constexpr int label_name_length = 12;    // characters of a label that count
@@ -40,10 +41,10 @@ void labels_start(label_row *table);
 
 // A label line: word holds the colon and the label. Gives STATEMENT_DONE, STATEMENT_NO_LABEL for a lone
 // colon, or STATEMENT_END for a second label of a name or one label too many, after printing its name.
-int32_t label_define(FILE *stream, char *word, int32_t size);
+int32_t label_define(plat_file *stream, char *word, int32_t size);
 
 // The statement #LINE. Gives STATEMENT_TEXT, whatever the line holds.
-int32_t line_directive(FILE *stream, char *word, int32_t size);
+int32_t line_directive(plat_file *stream, char *word, int32_t size);
 
 // The operands of a #LINE: a number, perhaps with a + behind it, and perhaps a name. Gives STATEMENT_TEXT.
 int32_t line_directive_parse(const char *text);

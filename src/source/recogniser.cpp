@@ -23,7 +23,7 @@ constexpr int32_t spline_id = 5; // the one command whose row depends on its fir
 
 // Reads over the white space in front of a statement, which is how indentation and empty lines reach the
 // output, and gives the character behind it.
-static int copy_white(FILE *stream)
+static int copy_white(plat_file *stream)
 {
     int c = src_getc(stream);
     while (char_is(c, CHAR_WHITE)) {
@@ -88,7 +88,7 @@ static bool read_ready_word(char *word, int32_t *length, int32_t *kind)
 
 // Reads over the blanks behind a word. 1 if an assignment or a subscript follows, for which the word then has
 // one blank behind it, else 0.
-static int32_t behind_word(FILE *stream, char *word, int32_t *length, int32_t room)
+static int32_t behind_word(plat_file *stream, char *word, int32_t *length, int32_t room)
 {
     int c;
     do
@@ -105,7 +105,7 @@ static int32_t behind_word(FILE *stream, char *word, int32_t *length, int32_t ro
 }
 
 // Reads a first word character by character.
-static int32_t read_word_singly(FILE *stream, char *word, int32_t size, int32_t *length)
+static int32_t read_word_singly(plat_file *stream, char *word, int32_t size, int32_t *length)
 {
     int c = copy_white(stream);
     if (c == -1)
@@ -131,7 +131,7 @@ static int32_t read_word_singly(FILE *stream, char *word, int32_t size, int32_t 
 }
 
 // read_first_word, with the length of the word up to a NUL.
-static int32_t read_word(FILE *stream, char *word, int32_t size, int32_t *length)
+static int32_t read_word(plat_file *stream, char *word, int32_t size, int32_t *length)
 {
     int32_t kind;
     *length = 0;
@@ -143,7 +143,7 @@ static int32_t read_word(FILE *stream, char *word, int32_t size, int32_t *length
     return kind;
 }
 
-int32_t read_first_word(FILE *stream, char *word, int32_t size)
+int32_t read_first_word(plat_file *stream, char *word, int32_t size)
 {
     int32_t length;
     return read_word(stream, word, size, &length);
@@ -153,7 +153,7 @@ int32_t read_first_word(FILE *stream, char *word, int32_t size)
 
 // Collects a statement's text in line_buf, the word and what follows it on the line, and evaluates a copy.
 // True if the evaluator accepts it. *size is the length of the text up to a NUL.
-static bool collect_and_evaluate(FILE *stream, const char *word, int32_t length, size_t *size)
+static bool collect_and_evaluate(plat_file *stream, const char *word, int32_t length, size_t *size)
 {
     memcpy(line_buf, word, static_cast<size_t>(length));
     int32_t stored = length + src_read_line(line_buf + length, line_buf_capacity - length, stream);
@@ -195,7 +195,7 @@ static bool quick_statement(const char *word, int32_t length)
     return true;
 }
 
-static int32_t assignment_statement(FILE *stream, const char *word, int32_t length)
+static int32_t assignment_statement(plat_file *stream, const char *word, int32_t length)
 {
     if (word_in_source != nullptr && quick_statement(word, length))
         return STATEMENT_TEXT;
@@ -210,7 +210,7 @@ static int32_t assignment_statement(FILE *stream, const char *word, int32_t leng
     return STATEMENT_TEXT;
 }
 
-static int32_t unknown_statement(FILE *stream, char *word, int32_t length)
+static int32_t unknown_statement(plat_file *stream, char *word, int32_t length)
 {
     size_t size;
     word[length++] = ' ';
@@ -223,13 +223,13 @@ static int32_t unknown_statement(FILE *stream, char *word, int32_t length)
 
 // ---- Statement keywords ----
 
-static int32_t rem_statement(FILE *stream, char *word, int32_t)
+static int32_t rem_statement(plat_file *stream, char *word, int32_t)
 {
     return rem_copy(stream, word);
 }
 
 // A list of labels behind an ON is copied as it stands; without a GOTO the reading of the file stops.
-static int32_t on_goto(FILE *stream, char *word, int32_t)
+static int32_t on_goto(plat_file *stream, char *word, int32_t)
 {
     if (src_read_line_crlf(line_buf, line_buf_capacity, stream) == 0)
         return STATEMENT_END;
@@ -241,7 +241,7 @@ static int32_t on_goto(FILE *stream, char *word, int32_t)
 
 struct stmt_keyword {
     char name[12];
-    int32_t (*handler)(FILE *stream, char *word, int32_t size);
+    int32_t (*handler)(plat_file *stream, char *word, int32_t size);
 };
 
 // Sorted by name.
@@ -261,7 +261,7 @@ static constexpr auto stmt_keyword_index = word_index_make<256>(stmt_keyword_tab
 // ---- Commands ----
 
 // True if the argument that follows tells SPLINE3's list. Looks at the next word and goes back.
-static bool spline_is_3d(FILE *stream)
+static bool spline_is_3d(plat_file *stream)
 {
     char word[word_size] = "";
     int64_t position = src_tell(stream);
@@ -271,7 +271,7 @@ static bool spline_is_3d(FILE *stream)
     return result;
 }
 
-static int32_t command_statement(FILE *stream, const char *word, int32_t length, int32_t row)
+static int32_t command_statement(plat_file *stream, const char *word, int32_t length, int32_t row)
 {
     slot_set_word(word, static_cast<uint32_t>(length));
     arg_cursor++;
@@ -281,7 +281,7 @@ static int32_t command_statement(FILE *stream, const char *word, int32_t length,
     return row;
 }
 
-int32_t next_statement(FILE *stream)
+int32_t next_statement(plat_file *stream)
 {
     // The word stays here until the next statement: slot 0 and the handlers read it.
     static char word[word_size + 1 + slot_text_slack];

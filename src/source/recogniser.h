@@ -6,12 +6,13 @@
 #pragma once
 
 #include <stdint.h>
-#include <stdio.h>
+
+struct plat_file;
 
 // Reads one statement. Gives the index of a command's row, with the word in slot 0 and arg_cursor on slot 1;
 // or a statement result code, and then the statement is written.
-int32_t next_statement(FILE *stream);
+int32_t next_statement(plat_file *stream);
 
 // Reads the first word of a statement into word; the white space in front of it goes to the output.
 // -1: end of the source; 0: a plain word, for the tables or a label; 1: the statement is text.
-int32_t read_first_word(FILE *stream, char *word, int32_t size);
+int32_t read_first_word(plat_file *stream, char *word, int32_t size);

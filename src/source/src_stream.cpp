@@ -38,8 +38,9 @@ static void plain_update()
 }
 
 // Reads the next block behind the last bytes of the one before. False at the end of the file; a read error
-// counts as that. A block that isn't full is the last one, and nobody asks again.
-static bool block_fill(FILE *stream)
+// counts as that. A block that isn't full is the last one, and nobody asks again. It stays out of the code of
+// its callers, which are hot.
+__attribute__((noinline)) static bool block_fill(plat_file *stream)
 {
     if (src_block_last)
         return false;
@@ -49,7 +50,7 @@ static bool block_fill(FILE *stream)
     if (kept > src_kept_size)
         kept = src_kept_size;
     memmove(src_block, src_raw.end - kept, kept);
-    size_t size = fread(src_block + kept, 1, src_block_size, stream);
+    size_t size = plat_read(stream, src_block + kept, src_block_size);
     src_raw.pos = src_block + kept;
     src_raw.end = src_raw.pos + size;
     src_block_offset += static_cast<int64_t>(size);
@@ -64,7 +65,7 @@ int64_t src_raw_tell()
 }
 
 // Moves the raw position, inside the block if it lies there.
-static int raw_seek(FILE *stream, int64_t offset)
+static int raw_seek(plat_file *stream, int64_t offset)
 {
     int64_t block_start = src_block_offset - (src_raw.end - src_block);
     if (offset >= block_start && offset <= src_block_offset) {
@@ -81,7 +82,7 @@ static int raw_seek(FILE *stream, int64_t offset)
 }
 
 // The next byte, decoded, left in the source. -1 at the end.
-static int raw_peek(FILE *stream)
+static int raw_peek(plat_file *stream)
 {
     if (src_raw.pos == src_raw.end && !block_fill(stream))
         return -1;
@@ -102,7 +103,7 @@ static void raw_step()
         src_key.key_pos = src_key.key_restart;
 }
 
-int src_rawc(FILE *stream)
+int src_rawc(plat_file *stream)
 {
     int c = raw_peek(stream);
     if (c != -1)
@@ -117,7 +118,7 @@ static void key_free()
     src_key.key_len = 0;
 }
 
-void src_open(const char *name, FILE *stream)
+void src_open(const char *name, plat_file *stream)
 {
     src_raw = src_buffer{src_block, src_block, src_block};
     src_block_offset = 0;
@@ -208,7 +209,7 @@ static void pushback_put(int c)
 
 // Joins lines: c was read from the source; while it is a backslash at a line's end, the next line's first
 // byte takes its place. What stands behind any other backslash is pushed back.
-static int join_lines(int c, bool lf_continues, FILE *stream)
+static int join_lines(int c, bool lf_continues, plat_file *stream)
 {
     while (c == '\\') {
         int d = src_rawc(stream);
@@ -231,7 +232,7 @@ static int join_lines(int c, bool lf_continues, FILE *stream)
     return c;
 }
 
-static int getc_logical(bool lf_continues, FILE *stream)
+static int getc_logical(bool lf_continues, plat_file *stream)
 {
     settle_line_end();
     if (pushback_a != 0) {
@@ -254,7 +255,7 @@ static int getc_logical(bool lf_continues, FILE *stream)
     return c;
 }
 
-int src_getc_slow(FILE *stream)
+int src_getc_slow(plat_file *stream)
 {
     // The commonest odd characters by far are a line feed and the first one of the next line.
     bool ready = src_raw.pos < src_raw.end && pushback_a == 0 && src_key.key_bytes == nullptr;
@@ -273,7 +274,7 @@ int src_getc_slow(FILE *stream)
     return c;
 }
 
-int src_getc_crlf(FILE *stream)
+int src_getc_crlf(plat_file *stream)
 {
     int c = getc_logical(false, stream);
     plain_update();
@@ -296,7 +297,7 @@ void src_ungetc(int c)
     plain_update();
 }
 
-int src_seek(FILE *stream, int64_t offset)
+int src_seek(plat_file *stream, int64_t offset)
 {
     src_reset();
     int result = raw_seek(stream, offset);
@@ -311,7 +312,7 @@ int src_seek(FILE *stream, int64_t offset)
     return 0;
 }
 
-int64_t src_tell(FILE *)
+int64_t src_tell(plat_file *)
 {
     return src_raw_tell() - (pushback_a != 0) - (pushback_b != 0) - (pushback_c != 0);
 }
@@ -330,7 +331,7 @@ size_t src_take_plain(const char **run, size_t limit)
     return static_cast<size_t>(p - start);
 }
 
-static int32_t read_line(char *buffer, int32_t size, bool lf_continues, FILE *stream)
+static int32_t read_line(char *buffer, int32_t size, bool lf_continues, plat_file *stream)
 {
     int32_t stored = 0;
     while (stored < size) {
@@ -353,17 +354,17 @@ static int32_t read_line(char *buffer, int32_t size, bool lf_continues, FILE *st
     return stored;
 }
 
-int32_t src_read_line(char *buffer, int32_t size, FILE *stream)
+int32_t src_read_line(char *buffer, int32_t size, plat_file *stream)
 {
     return read_line(buffer, size, true, stream);
 }
 
-int32_t src_read_line_crlf(char *buffer, int32_t size, FILE *stream)
+int32_t src_read_line_crlf(char *buffer, int32_t size, plat_file *stream)
 {
     return read_line(buffer, size, false, stream);
 }
 
-void src_read_word(FILE *stream, char *buffer, int32_t size)
+void src_read_word(plat_file *stream, char *buffer, int32_t size)
 {
     int c;
     do
@@ -382,7 +383,7 @@ void src_read_word(FILE *stream, char *buffer, int32_t size)
     buffer[stored] = 0;
 }
 
-int src_skip_space(FILE *stream)
+int src_skip_space(plat_file *stream)
 {
     int c;
     do

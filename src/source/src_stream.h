@@ -12,7 +12,8 @@
 
 #include <stddef.h>
 #include <stdint.h>
-#include <stdio.h>
+
+struct plat_file;
 
 // The key of an enciphered source. The key runs once from 0 to key_len - 1 and then cycles from key_restart
 // on, so 0 <= key_restart < key_len. Without a key, key_bytes is null and key_len 0.
@@ -69,7 +70,7 @@ constexpr size_t src_slack = 64;
 extern void (*src_leave)();
 
 // Starts a source on an opened stream: key hook, reset, magic test. The stream stays its opener's.
-void src_open(const char *name, FILE *stream);
+void src_open(const char *name, plat_file *stream);
 
 // Frees the key of the source that ends, if it has one.
 void src_close();
@@ -78,13 +79,13 @@ void src_close();
 void src_count_lines();
 
 // One byte, decoded.
-int src_rawc(FILE *stream);
+int src_rawc(plat_file *stream);
 
 // src_getc for whatever is no plain character in the buffer.
-int src_getc_slow(FILE *stream);
+int src_getc_slow(plat_file *stream);
 
 // One logical character.
-inline int src_getc(FILE *stream)
+inline int src_getc(plat_file *stream)
 {
     if (src_raw.pos < src_raw.plain_end && src_plain.plain[*src_raw.pos])
         return *src_raw.pos++;
@@ -118,7 +119,7 @@ inline void src_take_line_feed()
 size_t src_take_plain(const char **run, size_t limit);
 
 // One logical character, where only backslash CR LF continues a line, not backslash LF.
-int src_getc_crlf(FILE *stream);
+int src_getc_crlf(plat_file *stream);
 
 // Pushes one character back, -1 too. Three fit; one more overwrites the last.
 void src_ungetc(int c);
@@ -128,23 +129,23 @@ void src_reset();
 
 // Moves to a position that src_tell gave, the key position following. 0, or another value if the stream
 // can't be moved. The line counters stay as they are: lines passed twice count twice.
-int src_seek(FILE *stream, int64_t offset);
+int src_seek(plat_file *stream, int64_t offset);
 
 // Position of the next logical character in bytes, as nearly as a byte count can tell: the raw position,
 // less one for each character pushed back.
-int64_t src_tell(FILE *stream);
+int64_t src_tell(plat_file *stream);
 
 // Position of the raw bytes, whatever is pushed back.
 int64_t src_raw_tell();
 
 // Reads a line into buffer, its line feed too, at most size characters, and a NUL behind (so the buffer has
 // size + 1 bytes). Gives the number of characters stored; 0 at the end of the source.
-int32_t src_read_line(char *buffer, int32_t size, FILE *stream);
-int32_t src_read_line_crlf(char *buffer, int32_t size, FILE *stream);
+int32_t src_read_line(char *buffer, int32_t size, plat_file *stream);
+int32_t src_read_line_crlf(char *buffer, int32_t size, plat_file *stream);
 
 // Reads the next word, delimited by white space, at most size - 1 characters, and a NUL behind. At the end
 // of the source the buffer stays as it is.
-void src_read_word(FILE *stream, char *buffer, int32_t size);
+void src_read_word(plat_file *stream, char *buffer, int32_t size);
 
 // Reads over white space and gives the first other character, which stays in the source.
-int src_skip_space(FILE *stream);
+int src_skip_space(plat_file *stream);

@@ -6,7 +6,7 @@
 char line_buf[line_buf_capacity + 1];
 char stmt_text[line_buf_capacity + 16];
 
-int32_t rem_copy(FILE *stream, const char *word)
+int32_t rem_copy(plat_file *stream, const char *word)
 {
     out_text(word);
     out_char(' ');

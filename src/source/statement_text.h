@@ -6,7 +6,8 @@
 
 #include <stddef.h>
 #include <stdint.h>
-#include <stdio.h>
+
+struct plat_file;
 
 // Statement result codes. 0 or above is the index of a row of the command table.
 enum : int32_t {
@@ -28,4 +29,4 @@ extern char stmt_text[line_buf_capacity + 16];
 
 // Copies a statement's word, a blank and the rest of its line as read to the output. Gives STATEMENT_DONE,
 // or STATEMENT_END if the source ended before the line did; then the output has no line end.
-int32_t rem_copy(FILE *stream, const char *word);
+int32_t rem_copy(plat_file *stream, const char *word);

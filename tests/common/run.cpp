@@ -99,15 +99,16 @@ std::string converted(const std::string &script, void (*key)(const char *, key_r
     return output;
 }
 
-source_stream::source_stream(const std::string &text) : stream(tmpfile())
+source_stream::source_stream(const std::string &text)
+    : stream(&place), file(tmpfile()), place(plat_file{fileno(file)})
 {
-    fwrite(text.data(), 1, text.size(), stream);
-    rewind(stream);
+    fwrite(text.data(), 1, text.size(), file);
+    rewind(file);
 }
 
 source_stream::~source_stream()
 {
-    fclose(stream);
+    fclose(file);
 }
 
 output_capture::output_capture() : file(tmpfile())

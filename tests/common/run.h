@@ -1,6 +1,7 @@
 // Runs of the converter inside the test's own process, and the little world that a unit needs around it.
 #pragma once
 
+#include "platform/platform.h"
 #include "source/src_stream.h"
 
 #include <stdio.h>
@@ -36,12 +37,16 @@ run_result run_converter(const std::filesystem::path &folder, const std::vector<
 // need.
 std::string converted(const std::string &script, void (*key)(const char *, key_record *) = nullptr);
 
-// A stream that reads text, closed at the end.
+// An open file that holds text, closed at the end.
 struct source_stream {
     explicit source_stream(const std::string &text);
     ~source_stream();
     source_stream(const source_stream &) = delete;
-    FILE *stream;
+    plat_file *stream;
+
+private:
+    FILE *file;
+    plat_file place;
 };
 
 // Gathers what is written to out_file from its making until text().

@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include <errno.h>
 #include <stdlib.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -200,28 +200,21 @@ TEST_F(batch_test, ends_at_byte_26_and_at_the_files_end)
         EXPECT_EQ(escaped(converted(c.script)), escaped(c.output)) << escaped(c.script);
 }
 
-// A source on which reading fails behind its first bytes.
-static ssize_t read_then_fail(void *cookie, char *buffer, size_t size)
-{
-    auto *text = static_cast<std::string *>(cookie);
-    if (text->empty()) {
-        errno = EIO;
-        return -1;
-    }
-    size_t length = text->copy(buffer, size);
-    text->erase(0, length);
-    return static_cast<ssize_t>(length);
-}
-
+// The other end of a connection that breaks off: its bytes arrive, behind them reading fails.
 TEST_F(batch_test, takes_a_read_error_for_the_end)
 {
+    int ends[2];
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
     std::string text = "REM a long enough line\nPOINT 1,2";
-    cookie_io_functions_t functions{};
-    functions.read = read_then_fail;
-    FILE *stream = fopencookie(&text, "r", functions);
+    EXPECT_EQ(write(ends[0], text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    EXPECT_EQ(write(ends[1], "unread", 6), 6);
+    close(ends[0]);
+    plat_file source{ends[1]};
     output_capture output;
-    EXPECT_EQ(convert_file("test", stream), BATCH_DONE);
-    fclose(stream);
+    EXPECT_EQ(convert_file("test", &source), BATCH_DONE);
+    char byte;
+    EXPECT_EQ(recv(ends[1], &byte, 1, 0), 0) << "the failure was not met";
+    close(ends[1]);
     EXPECT_EQ(output.text(), "REM a long enough line\n 2\n");
 
     fs::create_symlink("/proc/self/mem", folder / "a.mrl"); // opens, and its first byte can't be read

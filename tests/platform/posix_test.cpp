@@ -100,17 +100,18 @@ protected:
 TEST_F(platform, input_is_read_as_it_is)
 {
     write_file("a.mrl", std::string("A\r\nB\0\x1a\xff", 7));
-    FILE *input = plat_open_input("a.mrl");
-    ASSERT_NE(input, nullptr);
+    plat_file input;
+    ASSERT_EQ(plat_open_input("a.mrl", &input), 0);
     char bytes[16];
-    EXPECT_EQ(fread(bytes, 1, sizeof bytes, input), 7u);
+    EXPECT_EQ(plat_read(&input, bytes, sizeof bytes), 7u);
     EXPECT_EQ(memcmp(bytes, "A\r\nB\0\x1a\xff", 7), 0);
-    EXPECT_EQ(plat_seek(input, 3), 0);
-    EXPECT_EQ(getc(input), 'B');
-    EXPECT_EQ(plat_seek(input, 3000000000), 0);
-    EXPECT_EQ(getc(input), EOF);
-    EXPECT_TRUE(fcntl(fileno(input), F_GETFD) & FD_CLOEXEC);
-    fclose(input);
+    EXPECT_EQ(plat_seek(&input, 3), 0);
+    EXPECT_EQ(plat_read(&input, bytes, 1), 1u);
+    EXPECT_EQ(bytes[0], 'B');
+    EXPECT_EQ(plat_seek(&input, 3000000000), 0);
+    EXPECT_EQ(plat_read(&input, bytes, 1), 0u);
+    EXPECT_TRUE(fcntl(input.number, F_GETFD) & FD_CLOEXEC);
+    plat_close(&input);
 }
 
 TEST_F(platform, input_that_can_not_be_read_is_refused_without_a_leak)
@@ -118,12 +119,13 @@ TEST_F(platform, input_that_can_not_be_read_is_refused_without_a_leak)
     mkdir("folder", 0777);
     ASSERT_EQ(symlink("loop", "loop"), 0);
     int before = open_files();
-    EXPECT_EQ(plat_open_input("missing.mrl"), nullptr);
-    EXPECT_EQ(plat_open_input("folder"), nullptr);
-    EXPECT_EQ(plat_open_input("folder/"), nullptr);
-    EXPECT_EQ(plat_open_input("loop"), nullptr);
-    EXPECT_EQ(plat_open_input(""), nullptr);
-    EXPECT_EQ(plat_open_input(std::string(100000, 'a').c_str()), nullptr);
+    plat_file input;
+    EXPECT_NE(plat_open_input("missing.mrl", &input), 0);
+    EXPECT_NE(plat_open_input("folder", &input), 0);
+    EXPECT_NE(plat_open_input("folder/", &input), 0);
+    EXPECT_NE(plat_open_input("loop", &input), 0);
+    EXPECT_NE(plat_open_input("", &input), 0);
+    EXPECT_NE(plat_open_input(std::string(100000, 'a').c_str(), &input), 0);
     EXPECT_EQ(open_files(), before);
 }
 
@@ -133,16 +135,19 @@ TEST_F(platform, input_from_a_fifo)
     pid_t writer = fork();
     if (writer == 0) {
         FILE *fifo = fopen("fifo", "w");
-        fputs("LINE", fifo);
+        fputs("LI", fifo);
+        fflush(fifo);
+        usleep(50000);
+        fputs("NE", fifo);
         fclose(fifo);
         _exit(0);
     }
-    FILE *input = plat_open_input("fifo");
-    ASSERT_NE(input, nullptr);
+    plat_file input;
+    ASSERT_EQ(plat_open_input("fifo", &input), 0);
     char bytes[8] = "";
-    EXPECT_EQ(fread(bytes, 1, sizeof bytes, input), 4u);
+    EXPECT_EQ(plat_read(&input, bytes, sizeof bytes), 4u) << "a short piece is not the end";
     EXPECT_STREQ(bytes, "LINE");
-    fclose(input);
+    plat_close(&input);
     waitpid(writer, nullptr, 0);
 }
 
@@ -150,23 +155,23 @@ TEST_F(platform, output_replaces_what_was_there)
 {
     write_file("a.mrl", "in");
     write_file("a_conv.mrl", "a long old output");
-    FILE *input = plat_open_input("a.mrl");
-    plat_file output;
-    ASSERT_EQ(plat_open_output("a_conv.mrl", input, &output), 0);
+    plat_file input, output;
+    ASSERT_EQ(plat_open_input("a.mrl", &input), 0);
+    ASSERT_EQ(plat_open_output("a_conv.mrl", &input, &output), 0);
     EXPECT_TRUE(fcntl(output.number, F_GETFD) & FD_CLOEXEC);
     plat_write(&output, "new\n", 4);
     plat_close(&output);
     EXPECT_EQ(read_file("a_conv.mrl"), "new\n");
 
     ASSERT_EQ(symlink("elsewhere", "link_conv.mrl"), 0);
-    ASSERT_EQ(plat_open_output("link_conv.mrl", input, &output), 0) << "a link that leads nowhere yet";
+    ASSERT_EQ(plat_open_output("link_conv.mrl", &input, &output), 0) << "a link that leads nowhere yet";
     plat_close(&output);
     EXPECT_EQ(access("elsewhere", F_OK), 0);
 
-    ASSERT_EQ(plat_open_output("/dev/full", input, &output), 0);
+    ASSERT_EQ(plat_open_output("/dev/full", &input, &output), 0);
     plat_write(&output, "lost", 4);
     plat_close(&output);
-    fclose(input);
+    plat_close(&input);
 }
 
 TEST_F(platform, output_never_touches_its_input)
@@ -175,18 +180,18 @@ TEST_F(platform, output_never_touches_its_input)
     ASSERT_EQ(symlink("a.mrl", "soft_conv.mrl"), 0);
     ASSERT_EQ(link("a.mrl", "hard_conv.mrl"), 0);
     mkdir("folder_conv", 0777);
-    FILE *input = plat_open_input("a.mrl");
-    ASSERT_NE(input, nullptr);
+    plat_file input;
+    ASSERT_EQ(plat_open_input("a.mrl", &input), 0);
     int before = open_files();
     plat_file output;
-    EXPECT_NE(plat_open_output("a.mrl", input, &output), 0);
-    EXPECT_NE(plat_open_output("soft_conv.mrl", input, &output), 0);
-    EXPECT_NE(plat_open_output("hard_conv.mrl", input, &output), 0);
-    EXPECT_NE(plat_open_output("folder_conv", input, &output), 0);
-    EXPECT_NE(plat_open_output("missing/a.mrl", input, &output), 0);
+    EXPECT_NE(plat_open_output("a.mrl", &input, &output), 0);
+    EXPECT_NE(plat_open_output("soft_conv.mrl", &input, &output), 0);
+    EXPECT_NE(plat_open_output("hard_conv.mrl", &input, &output), 0);
+    EXPECT_NE(plat_open_output("folder_conv", &input, &output), 0);
+    EXPECT_NE(plat_open_output("missing/a.mrl", &input, &output), 0);
     EXPECT_EQ(open_files(), before);
     EXPECT_EQ(read_file("a.mrl"), "precious");
-    fclose(input);
+    plat_close(&input);
 }
 
 TEST_F(platform, path_splits)
@@ -364,8 +369,9 @@ TEST_F(platform, closed_standard_streams_are_filled)
         close(STDOUT_FILENO);
         close(STDERR_FILENO);
         bool good = plat_start() == 0;
-        FILE *input = plat_open_input("/dev/null");
-        _exit(good && input != nullptr && fileno(input) > STDERR_FILENO ? 0 : 1);
+        plat_file input;
+        good = good && plat_open_input("/dev/null", &input) == 0;
+        _exit(good && input.number > STDERR_FILENO ? 0 : 1);
     }
     int status;
     waitpid(child, &status, 0);
