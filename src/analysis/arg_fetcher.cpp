@@ -287,9 +287,9 @@ static plain_marks mark_plain(const unsigned char *text, size_t ready)
     uint64_t names = behind_runs(starts & masks.letter, masks.word) & ends;
     names &= ~mark_keywords(text, starts & masks.letter, masks.letter, ends);
 
+    // Up to the first other one; if there is none, the highest bit is left to the next stretch.
     uint64_t others = ends & ~(numbers | names | starts);
-    if (others != 0)
-        ends &= up_to_lowest_bit(others) >> 1;
+    ends &= up_to_lowest_bit(others) >> 1;
     return plain_marks{starts, ends, names & ends, starts & ends};
 }
 
@@ -313,7 +313,7 @@ static arg_slot *store_plain(const unsigned char *text, const plain_marks &marks
         if (!is_numeric(holds ^ HOLDS_WAITING) || (size | (*spec & ARG_OPTIONAL)) == 0)
             break;
         *end = behind;
-        *type = holds ^ HOLDS_WAITING;
+        *type = static_cast<uint8_t>((holds ^ HOLDS_WAITING) | (size == 0 ? unsigned{ARG_ABSENT} : 0));
         slot->text = reinterpret_cast<const char *>(text) + start;
         slot->text_size = size;
         slot->begin_mark = 0;
@@ -323,14 +323,6 @@ static arg_slot *store_plain(const unsigned char *text, const plain_marks &marks
         ends = without_lowest_bit(ends);
     }
     return slot;
-}
-
-// Marks the types of the slots from arg_cursor on that are empty as absent.
-static void mark_absent(const arg_slot *behind)
-{
-    for (const arg_slot *slot = arg_cursor; slot < behind; slot++)
-        if (slot->text_size == 0)
-            arg_type_cursor[slot - arg_cursor] |= ARG_ABSENT;
 }
 
 // Takes plain arguments, as long as one follows the other: at most count of them, by the positions at spec,
@@ -350,10 +342,7 @@ static int32_t take_plain_arguments(const uint8_t *spec, int32_t count, int *las
         arg_slot *behind = store_plain(text, marks, spec + taken, count - taken, &end);
         if (behind == arg_cursor)
             break;
-        if (marks.empties != 0) {
-            mark_absent(behind);
-            *keep_absent |= (marks.empties & bits_through(end)) != 0;
-        }
+        *keep_absent |= (marks.empties & bits_through(end)) != 0;
         slot_names_wait(arg_cursor, marks.ends, marks.names & bits_through(end));
         *last = text[end];
         more = *last == ',';
@@ -369,15 +358,6 @@ static int32_t take_plain_arguments(const uint8_t *spec, int32_t count, int *las
     if (*last == '\n')
         src_take_line_feed();
     return taken;
-}
-
-// The first character from text on that isn't a plain part of a raw text: the comma, whatever is dropped or
-// read differently, and the parentheses if they are counted. At the latest end.
-static const unsigned char *behind_raw(const unsigned char *text, const unsigned char *end, uint8_t stored)
-{
-    while (text < end && (raw_classes.bits[*text] & stored) != 0)
-        text++;
-    return text;
 }
 
 // Takes what ends an argument at end, a comma or a line feed, and all before it.
@@ -403,19 +383,22 @@ static void slot_set_stretch(const unsigned char *start, const unsigned char *en
 // The end of a raw text, a comma or a line feed, if all of it lies ready; else null.
 static const unsigned char *raw_end(const unsigned char *start, bool counted)
 {
-    uint8_t stored = counted ? RAW_STORED_COUNTED : RAW_STORED;
     int32_t depth = 0;
-    for (const unsigned char *c = start;; c++) {
-        c = behind_raw(c, src_raw.plain_end, stored);
-        if (c == src_raw.plain_end)
-            return nullptr;
-        if (*c == '\n' || (*c == ',' && depth == 0))
-            return depth == 0 ? c : nullptr;
-        if (*c == '(')
-            depth++;
-        else if (*c == ')' ? --depth < 0 : *c != ',')
-            return nullptr;
+    for (const unsigned char *c = start; c < src_raw.plain_end; c += 16) {
+        for (uint64_t marks = raw_marks(c); marks != 0; marks = without_lowest_bit(marks)) {
+            const unsigned char *mark = c + lowest_bit(marks);
+            if (mark >= src_raw.plain_end)
+                return nullptr;
+            if (*mark == '\n' || (*mark == ',' && depth == 0))
+                return depth == 0 ? mark : nullptr;
+            bool parenthesis = *mark == '(' || *mark == ')';
+            if (!parenthesis && *mark != ',')
+                return nullptr;
+            if (parenthesis && counted && (depth += *mark == '(' ? 1 : -1) < 0)
+                return nullptr;
+        }
     }
+    return nullptr;
 }
 
 // Takes raw text that lies ready from start on. True if it did.
@@ -438,9 +421,7 @@ static bool take_ready_raw(const unsigned char *start, uint8_t type, int *last)
 // Takes a string in double quotes that lies ready from start on, if nothing in it has to be decoded.
 static bool take_ready_string(const unsigned char *start, int *last)
 {
-    const unsigned char *quote = start + 1;
-    while (quote < src_raw.plain_end && (raw_classes.bits[*quote] & STRING_STORED) != 0)
-        quote++;
+    const unsigned char *quote = string_run_end(start + 1, src_raw.plain_end);
     if (quote == src_raw.plain_end || *quote != '"')
         return false;
     const unsigned char *end = quote + 1;
@@ -478,10 +459,8 @@ static bool evaluate_ready(uint8_t type)
 // did and can't be evaluated.
 static int take_ready(uint8_t type, int *last)
 {
-    const unsigned char *start = src_raw.pos;
-    while (start < src_raw.plain_end && (*start == ' ' || *start == '\t'))
-        start++;
-    if (start >= src_raw.plain_end)
+    const unsigned char *start = src_raw.pos + blank_run(src_raw.pos);
+    if (start >= src_raw.plain_end || *start == ' ' || *start == '\t')
         return 0;
     bool quote = *start == '"' || *start == '`';
     if (quote && (type == ARG_STR || type == ARG_ITEM)) {

@@ -27,6 +27,11 @@ constexpr int keyword_count = sizeof expr_keyword_table / sizeof expr_keyword_ta
 static_assert(keyword_count == 15, "a row for each keyword");
 static constexpr auto keyword_index = word_index_make<256>(expr_keyword_table);
 
+bool lex_starts_operand(char c)
+{
+    return text_is(c, CHAR_WHITE | CHAR_LETTER | CHAR_DIGIT) || strchr("$@.(~+-", c) != nullptr;
+}
+
 bool lex_is_keyword(const char *name, size_t size)
 {
     return word_index_find(keyword_index, name, size) >= 0;

@@ -37,6 +37,10 @@ extern lex_state lex;
 // Starts on a NUL-terminated text.
 void lex_start(char *text);
 
+// True if an expression may begin with a character: what can't begin a token that begins one is refused. NUL,
+// the end of an empty text, counts as one.
+bool lex_starts_operand(char c);
+
 // True if a name of size characters is a keyword, in any case.
 bool lex_is_keyword(const char *name, size_t size);
 

@@ -1,9 +1,9 @@
 // A descent through the levels of the grammar. Each routine reads one level from text on, stores its value
-// and gives the place behind it and its blanks; null means that the text is for eval_expr. depth is the
-// number of parentheses and brackets that are open.
+// and gives the place behind it and its blanks; null means that the text is for eval_expr.
 #include "analysis/expr_quick.h"
 
 #include "analysis/expr_lexer.h"
+#include "analysis/math_functions.h"
 #include "analysis/var_store.h"
 #include "support/char_masks.h"
 #include "support/number.h"
@@ -11,12 +11,11 @@
 
 #include <stddef.h>
 
-constexpr int depth_max = 4;    // far from where eval_expr has no more room
 constexpr int digits_max = 15;  // a number of so many digits is exact
 constexpr int keyword_size = 7; // of the longest keyword
 
-static const char *quick_sum(const char *text, int depth, double *value);
-static const char *quick_comparison(const char *text, int depth, double *value);
+static const char *quick_sum(const char *text, double *value);
+static const char *quick_condition(const char *text, double *value);
 
 // As a rule there is one blank or none.
 static inline const char *skip_blanks(const char *text)
@@ -65,14 +64,14 @@ static inline size_t name_size(const char *text)
 }
 
 // The subscripts at text, of which there may be none.
-static const char *quick_subscripts(const char *text, int depth, int32_t *count, int32_t *subscripts)
+static const char *quick_subscripts(const char *text, int32_t *count, int32_t *subscripts)
 {
     *count = 0;
     while (*text == '[') {
         double value;
-        if (*count == var_dims_max || depth == depth_max)
+        if (*count == var_dims_max)
             return nullptr;
-        text = quick_sum(skip_blanks(text + 1), depth + 1, &value);
+        text = quick_sum(skip_blanks(text + 1), &value);
         if (text == nullptr || *text != ']')
             return nullptr;
         subscripts[(*count)++] = int_from_double(value);
@@ -81,21 +80,41 @@ static const char *quick_subscripts(const char *text, int depth, int32_t *count,
     return text;
 }
 
-// A variable or an element.
-static const char *quick_variable(const char *text, int depth, double *value)
+// A function of numbers; text is at its parenthesis.
+static const char *quick_call(const char *name, size_t size, const char *text, double *value)
+{
+    double arguments[MATH_ARGUMENTS];
+    uint32_t count = 0;
+    const math_func *row = math_find_sized(name, size);
+    if (row == nullptr)
+        return nullptr;
+    do {
+        if (count == (row->flags & MATH_ARGUMENTS))
+            return nullptr;
+        text = quick_condition(skip_blanks(text + 1), &arguments[count++]);
+    } while (text != nullptr && *text == ',');
+    if (text == nullptr || *text != ')' || count != (row->flags & MATH_ARGUMENTS))
+        return nullptr;
+    return math_call(row, arguments, value) ? skip_blanks(text + 1) : nullptr;
+}
+
+// A variable, an element or a function.
+static const char *quick_name(const char *text, double *value)
 {
     const char *name = text;
     size_t size = name_size(name);
     if (size == 0)
         return nullptr;
     text = skip_blanks(text + size);
+    if (*text == '(')
+        return quick_call(name, size, text, value);
     if (*text != '[') {
         if (var_read_sized(name, size, nullptr) == VAR_UNKNOWN)
             return nullptr;
     } else {
         int32_t count;
         int32_t subscripts[var_dims_max];
-        text = quick_subscripts(text, depth, &count, subscripts);
+        text = quick_subscripts(text, &count, subscripts);
         if (text == nullptr || var_read_element_sized(name, size, count, subscripts) != 0)
             return nullptr;
     }
@@ -103,34 +122,54 @@ static const char *quick_variable(const char *text, int depth, double *value)
     return text;
 }
 
-static inline const char *quick_operand(const char *text, int depth, double *value)
+static const char *quick_parentheses(const char *text, double *value)
 {
-    if (text_is(*text, CHAR_LETTER))
-        return quick_variable(text, depth, value);
-    if (text_is(*text, CHAR_DIGIT) || (*text == '.' && text_is(text[1], CHAR_DIGIT)))
-        return quick_number(text, value);
-    if (*text != '(' || depth == depth_max)
+    if (*text != '(')
         return nullptr;
-    text = quick_comparison(skip_blanks(text + 1), depth + 1, value);
+    text = quick_condition(skip_blanks(text + 1), value);
     return text != nullptr && *text == ')' ? skip_blanks(text + 1) : nullptr;
 }
 
+// The right side behind an operand's !=, which binds as closely as nothing else does on its left.
+static const char *quick_unequal(const char *text, double *value)
+{
+    double right = 0;
+    if (text[1] != '=')
+        return nullptr;
+    text = quick_sum(skip_blanks(text + 2), &right);
+    if (text == nullptr || *text == '<' || *text == '>')
+        return nullptr;
+    *value = *value != right;
+    return text;
+}
+
+static inline const char *quick_operand(const char *text, double *value)
+{
+    if (text_is(*text, CHAR_LETTER))
+        text = quick_name(text, value);
+    else if (text_is(*text, CHAR_DIGIT) || (*text == '.' && text_is(text[1], CHAR_DIGIT)))
+        text = quick_number(text, value);
+    else
+        text = quick_parentheses(text, value);
+    return text != nullptr && *text == '!' ? quick_unequal(text, value) : text;
+}
+
 // An operand, perhaps with a minus sign.
-static inline const char *quick_signed(const char *text, int depth, double *value)
+static inline const char *quick_signed(const char *text, double *value)
 {
     bool minus = *text == '-';
-    text = quick_operand(minus ? skip_blanks(text + 1) : text, depth, value);
+    text = quick_operand(minus ? skip_blanks(text + 1) : text, value);
     *value = minus ? -*value : *value;
     return text;
 }
 
-static inline const char *quick_product(const char *text, int depth, double *value)
+static inline const char *quick_product(const char *text, double *value)
 {
-    text = quick_signed(text, depth, value);
+    text = quick_signed(text, value);
     while (text != nullptr && (*text == '*' || *text == '/')) {
         bool divides = *text == '/';
         double right = 0;
-        text = quick_signed(skip_blanks(text + 1), depth, &right);
+        text = quick_signed(skip_blanks(text + 1), &right);
         if (divides && right == 0)
             return nullptr;
         *value = divides ? *value / right : *value * right;
@@ -138,23 +177,23 @@ static inline const char *quick_product(const char *text, int depth, double *val
     return text;
 }
 
-static const char *quick_sum(const char *text, int depth, double *value)
+static const char *quick_sum(const char *text, double *value)
 {
-    text = quick_product(text, depth, value);
+    text = quick_product(text, value);
     while (text != nullptr && (*text == '+' || *text == '-')) {
         bool minus = *text == '-';
         double right = 0;
-        text = quick_product(skip_blanks(text + 1), depth, &right);
+        text = quick_product(skip_blanks(text + 1), &right);
         *value = minus ? *value - right : *value + right;
     }
     return text;
 }
 
-// A sum, or two of them compared. What may follow is no operator: the pairs <= and >= would draw it into
-// their right side. The pair != is missing, as it draws its left side out of a sum.
-static const char *quick_comparison(const char *text, int depth, double *value)
+// A sum, or two of them compared. The pairs <= and >= draw whatever follows into their right side: nothing
+// may.
+static inline const char *quick_comparison(const char *text, double *value)
 {
-    text = quick_sum(text, depth, value);
+    text = quick_sum(text, value);
     if (text == nullptr || (*text != '<' && *text != '>' && *text != '='))
         return text;
     char first = *text++;
@@ -165,21 +204,44 @@ static const char *quick_comparison(const char *text, int depth, double *value)
         return nullptr;
     double left = *value;
     double right = 0;
-    text = quick_sum(skip_blanks(text + (equal ? 1 : 0)), depth, &right);
-    if (first == '<')
-        *value = equal ? left <= right : left < right;
-    else if (first == '>')
-        *value = equal ? left >= right : left > right;
-    else
+    text = quick_sum(skip_blanks(text + (equal ? 1 : 0)), &right);
+    if (text == nullptr || *text == '<' || *text == '>' || *text == '=')
+        return nullptr;
+    if (first == '=')
         *value = left == right;
+    else if (!equal)
+        *value = first == '<' ? left < right : left > right;
+    else if (*text == '&' || *text == '|')
+        return nullptr;
+    else
+        *value = first == '<' ? left <= right : left >= right;
+    return text;
+}
+
+// Comparisons joined by one kind of pair, && or ||.
+static const char *quick_condition(const char *text, double *value)
+{
+    text = quick_comparison(text, value);
+    if (text == nullptr || (*text != '&' && *text != '|'))
+        return text;
+    char pair = *text;
+    while (text != nullptr && (*text == '&' || *text == '|')) {
+        double right = 0;
+        if (*text != pair || text[1] != pair)
+            return nullptr;
+        text = quick_comparison(skip_blanks(text + 2), &right);
+        *value = pair == '&' ? *value != 0 && right != 0 : *value != 0 || right != 0;
+    }
     return text;
 }
 
 bool quick_expr(const char *text, const char *end, double *value)
 {
+    if (end - text > quick_size_max)
+        return false;
     var_selection selected = var_current;
     *value = 0;
-    if (quick_comparison(skip_blanks(text), 0, value) == end)
+    if (quick_condition(skip_blanks(text), value) == end)
         return true;
     var_current = selected;
     return false;
@@ -195,10 +257,10 @@ static bool assign(const char *text, const char *end)
     double value = 0;
     if (size == 0)
         return false;
-    text = quick_subscripts(skip_blanks(text + size), 0, &count, subscripts);
+    text = quick_subscripts(skip_blanks(text + size), &count, subscripts);
     if (text == nullptr || *text != '=' || text[1] == '=')
         return false;
-    if (quick_comparison(skip_blanks(text + 1), 0, &value) != end)
+    if (quick_condition(skip_blanks(text + 1), &value) != end)
         return false;
     if (count > 0 ? var_read_element_sized(name, size, count, subscripts) != 0
                   : var_read_sized(name, size, nullptr) != 0)
@@ -209,6 +271,8 @@ static bool assign(const char *text, const char *end)
 
 bool quick_assignment(const char *text, const char *end)
 {
+    if (end - text > quick_size_max)
+        return false;
     var_selection selected = var_current;
     if (assign(text, end))
         return true;

@@ -52,7 +52,12 @@ static_assert(math_sqrt->name[1] == 'q', "the row of sqrt");
 
 const math_func *math_find(const char *name)
 {
-    int row = word_index_find(math_func_index, name, strlen(name));
+    return math_find_sized(name, strlen(name));
+}
+
+const math_func *math_find_sized(const char *name, size_t size)
+{
+    int row = word_index_find(math_func_index, name, size);
     return row < 0 ? nullptr : &math_func_table[row];
 }
 

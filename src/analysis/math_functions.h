@@ -2,6 +2,7 @@
 // says which arguments and results are angles, and the caller converts.
 #pragma once
 
+#include <stddef.h>
 #include <stdint.h>
 
 // Flag word of a function: argument count in the low three bits, and what is an angle.
@@ -20,6 +21,7 @@ struct math_func {
 
 // The row of a function's name in any case, or null.
 const math_func *math_find(const char *name);
+const math_func *math_find_sized(const char *name, size_t size);
 
 // Calls a function with as many arguments as its row has; angles among them are converted in place. Gives
 // the result in *value; false for the square root of a negative number.

@@ -3,6 +3,7 @@
 #include "analysis/arg_slots.h"
 #include "analysis/declarations.h"
 #include "analysis/expr_eval.h"
+#include "analysis/expr_lexer.h"
 #include "analysis/expr_quick.h"
 #include "platform/platform.h"
 #include "source/command_table.h"
@@ -161,6 +162,9 @@ static bool collect_and_evaluate(plat_file *stream, const char *word, int32_t le
     auto used = static_cast<size_t>(stored);
     const void *end = memchr(line_buf, 0, used + 1);
     *size = static_cast<size_t>(static_cast<const char *>(end) - line_buf);
+    // Most lines that nobody knows are comments: they needn't be copied to be refused.
+    if (!lex_starts_operand(line_buf[0]))
+        return false;
     memcpy(stmt_text, line_buf, *size + 1);
     return eval_expr(stmt_text) != nullptr;
 }

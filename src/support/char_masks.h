@@ -9,6 +9,7 @@
 
 #include <stddef.h>
 #include <stdint.h>
+#include <string.h>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -84,6 +85,14 @@ int blank_run(const unsigned char *text);
 // characters behind end have to be readable.
 const unsigned char *plain_run_end(const unsigned char *text, const unsigned char *end);
 
+// Marks those of the 16 characters from text on that aren't simply part of a raw text: the comma, the
+// backslash, whatever isn't printable, and the parentheses.
+uint64_t raw_marks(const unsigned char *text);
+
+// The first character from text on, at the latest end, that isn't simply part of a string: a quote of either
+// kind, a NUL, and what isn't plain. 15 characters behind end have to be readable.
+const unsigned char *string_run_end(const unsigned char *text, const unsigned char *end);
+
 #if defined(__SSE2__)
 
 // 16 characters that lie between two, of which low is the lesser.
@@ -134,6 +143,31 @@ inline int word_run(const unsigned char *text)
     return lowest_bit(~characters_mask(word, 0) | 1 << 16);
 }
 
+inline uint64_t raw_marks(const unsigned char *text)
+{
+    __m128i characters = _mm_loadu_si128(reinterpret_cast<const __m128i *>(text));
+    uint64_t printable = characters_mask(characters_between(characters, ' ', '~'), 0);
+    uint64_t parentheses = characters_mask(characters_between(characters, '(', ')'), 0);
+    return (printable ^ 0xFFFF) | parentheses | characters_mask(characters, ',', 0) |
+           characters_mask(characters, '\\', 0);
+}
+
+inline const unsigned char *string_run_end(const unsigned char *text, const unsigned char *end)
+{
+    for (; text < end; text += 16) {
+        __m128i characters = _mm_loadu_si128(reinterpret_cast<const __m128i *>(text));
+        uint64_t others = characters_mask(characters, '"', 0) | characters_mask(characters, '`', 0) |
+                          characters_mask(characters, '\\', 0) | characters_mask(characters, '\r', 0) |
+                          characters_mask(characters, '\n', 0) | characters_mask(characters, 26, 0) |
+                          characters_mask(characters, 0, 0);
+        if (others != 0) {
+            text += lowest_bit(others);
+            break;
+        }
+    }
+    return text < end ? text : end;
+}
+
 inline int blank_run(const unsigned char *text)
 {
     __m128i characters = _mm_loadu_si128(reinterpret_cast<const __m128i *>(text));
@@ -156,6 +190,23 @@ inline const unsigned char *plain_run_end(const unsigned char *text, const unsig
 }
 
 #else
+
+inline uint64_t raw_marks(const unsigned char *text)
+{
+    uint64_t marks = 0;
+    for (int i = 0; i < 16; i++) {
+        bool simple = text[i] >= ' ' && text[i] <= '~' && strchr(",\\()", text[i]) == nullptr;
+        marks |= simple ? 0 : uint64_t{1} << i;
+    }
+    return marks;
+}
+
+inline const unsigned char *string_run_end(const unsigned char *text, const unsigned char *end)
+{
+    while (text < end && memchr("\"`\\\r\n\x1A", *text, 7) == nullptr)
+        text++;
+    return text;
+}
 
 inline int blank_run(const unsigned char *text)
 {
