@@ -4,6 +4,7 @@
 #include "analysis/expr_eval.h"
 #include "analysis/expr_lexer.h"
 #include "analysis/expr_quick.h"
+#include "analysis/plain_marks.h"
 #include "source/src_stream.h"
 #include "source/statement_text.h"
 #include "support/char_masks.h"
@@ -240,59 +241,6 @@ static bool store_number(uint8_t type)
 // Most arguments need no change and lie in the source's buffer with what ends them: such a text stays there.
 // Whatever isn't ready is gathered from its first character on, in the way further below.
 
-// The arguments in a stretch of the source that are plain: a number of a sign, digits, a point and digits, a
-// bare name, or nothing at all. A bit in starts and one in ends for each, in order.
-struct plain_marks {
-    uint64_t starts;  // their first characters; for an empty argument, of what ends it
-    uint64_t ends;    // the commas behind them; the last one may be a line feed
-    uint64_t names;   // the ends of those that are names
-    uint64_t empties; // the ends of those that are empty
-};
-
-// Those of the names that end at ends, each begun by a bit of starts, that are keywords. Names of letters
-// alone are looked at.
-static uint64_t mark_keywords(const unsigned char *text, uint64_t starts, uint64_t letters, uint64_t ends)
-{
-    uint64_t keywords = 0;
-    uint64_t behind = behind_runs(starts, letters);
-    if ((behind & ends) == 0)
-        return 0;
-    for (; behind != 0; behind = without_lowest_bit(behind), starts = without_lowest_bit(starts)) {
-        int start = lowest_bit(starts);
-        int end = lowest_bit(behind);
-        if (lex_is_keyword(reinterpret_cast<const char *>(text) + start, static_cast<size_t>(end - start)))
-            keywords |= uint64_t{1} << end;
-    }
-    return keywords;
-}
-
-// Marks the plain arguments at text, of which ready characters are in the source, up to the first one that
-// isn't plain.
-static plain_marks mark_plain(const unsigned char *text, size_t ready)
-{
-    char_masks masks = char_masks_read(text);
-    uint64_t ends = masks.comma | masks.line_feed;
-    if (ready < char_masks_width)
-        ends &= (uint64_t{1} << ready) - 1;
-    ends &= up_to_lowest_bit(masks.line_feed);
-    uint64_t starts = behind_runs(ends << 1 | 1, masks.space | masks.tab);
-
-    // A number with a digit or two: 5, -5, 5., .5. One that begins with 0 and a digit is perhaps octal.
-    uint64_t numbers = (starts & ~masks.minus) | (starts & masks.minus) << 1;
-    numbers &= (masks.digit & ~(masks.zero & masks.digit >> 1)) | (masks.point & masks.digit >> 1);
-    numbers = behind_runs(numbers, masks.digit);
-    numbers = (numbers & ~masks.point) | (numbers & masks.point) << 1;
-    numbers = behind_runs(numbers, masks.digit);
-    numbers = behind_runs(numbers, masks.space);
-    uint64_t names = behind_runs(starts & masks.letter, masks.word) & ends;
-    names &= ~mark_keywords(text, starts & masks.letter, masks.letter, ends);
-
-    // Up to the first other one; if there is none, the highest bit is left to the next stretch.
-    uint64_t others = ends & ~(numbers | names | starts);
-    ends &= up_to_lowest_bit(others) >> 1;
-    return plain_marks{starts, ends, names & ends, starts & ends};
-}
-
 // Stores plain arguments of a stretch of the source in the slots from arg_cursor on, where all wait for their
 // values: at most count of them, by the positions at spec, as long as these are numeric and none that has to
 // be given is empty. Gives the slot behind the last one, and in *end where that one ended in the stretch.
@@ -336,7 +284,7 @@ static int32_t take_plain_arguments(const uint8_t *spec, int32_t count, int *las
     bool more = true;
     while (more && src_raw.pos < src_raw.plain_end) {
         const unsigned char *text = src_raw.pos;
-        plain_marks marks = mark_plain(text, static_cast<size_t>(src_raw.plain_end - text));
+        plain_marks marks = plain_marks_find(text, static_cast<size_t>(src_raw.plain_end - text));
         int end = 0;
         auto taken = static_cast<int32_t>(arg_cursor - first);
         arg_slot *behind = store_plain(text, marks, spec + taken, count - taken, &end);

@@ -1,0 +1,32 @@
+// Plain marks: the arguments of a line that need no look of their own, found 64 characters at a time.
+//
+// A plain argument is a number of a sign, digits, a point and digits, a bare name, or nothing at all. There are
+// several ways to find them, by what the processor can do; all of them give the same.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+constexpr int plain_marks_width = 64; // characters that are looked at; so many have to be readable
+
+// The plain arguments from a place on, up to the first argument that isn't plain or isn't complete. A bit in
+// starts and one in ends for each, in order; bit n belongs to the character n behind the place.
+struct plain_marks {
+    uint64_t starts;  // their first characters; for an empty argument, of what ends it
+    uint64_t ends;    // the commas behind them; the last one may be a line feed
+    uint64_t names;   // the ends of those that are names
+    uint64_t empties; // the ends of those that are empty
+};
+
+// One way to find them: at text, of which ready characters count.
+struct plain_marks_way {
+    plain_marks (*find)(const unsigned char *text, size_t ready);
+    bool (*supported)(); // by the processor
+};
+
+// The ways, the plainest first and the quickest last. The first one is always supported.
+constexpr int plain_marks_ways = 3;
+extern const plain_marks_way plain_marks_table[plain_marks_ways];
+
+// The quickest way that is supported.
+extern plain_marks (*plain_marks_find)(const unsigned char *text, size_t ready);
