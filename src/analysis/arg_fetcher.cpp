@@ -291,7 +291,8 @@ static int32_t take_plain_arguments(const uint8_t *spec, int32_t count, int *las
         if (behind == arg_cursor)
             break;
         *keep_absent |= (marks.empties & bits_through(end)) != 0;
-        slot_names_wait(arg_cursor, marks.ends, marks.names & bits_through(end));
+        slot_names_wait(waiting_names{reinterpret_cast<const char *>(text), arg_cursor, marks.starts,
+                                      marks.ends, marks.names & bits_through(end)});
         *last = text[end];
         more = *last == ',';
         src_raw.pos = text + end + (more ? 1 : 0);
@@ -479,7 +480,6 @@ static int32_t pass_absent(const uint8_t *spec, int32_t count, int32_t *walked)
 static int32_t fetch_failed()
 {
     slots_abandon_list();
-    slot_names_select();
     if (line_owed != nullptr) {
         uint32_t size = line_owed->text_size;
         const char *text = line_owed->text;
@@ -544,7 +544,6 @@ static int32_t fetch_list(plat_file *stream, int32_t spec_count, const uint8_t *
         walked++;
         arg_type_cursor++;
     }
-    slot_names_select();
     skip_line(stream, c);
     slots_end_list();
     arg_type_cursor = arg_types;
@@ -558,7 +557,8 @@ int32_t fetch_args(plat_file *stream, int32_t spec_count, const uint8_t *spec, b
     line_owed = nullptr;
     pool_top = arg_pool_size;
     src_leave = slots_leave_source;
+    slots_filling = true;
     int32_t walked = fetch_list(stream, spec_count, spec, keep_absent);
-    src_leave = nullptr;
+    slots_filling = false;
     return walked;
 }

@@ -15,23 +15,12 @@ char slot_texts[slot_texts_size + slot_text_slack];
 uint32_t slot_texts_used;
 const char slot_no_text[1 + slot_text_slack] = "";
 
-waiting_names slot_names[arg_types_size];
+waiting_names slot_names[slot_names_size];
 int32_t slot_names_used;
+static int32_t names_earlier; // of these stretches, so many belong to earlier statements
 
-static double names_value_before; // value of the variable read before the first name that waits
-
-// The first slot from which on all slots are clear: what lies there was never written or was cleared.
-static arg_slot *clear_from = arg_slots;
-
-void slots_start_statement()
-{
-    slot_texts_used = 0;
-    slot_names_used = 0;
-    arg_type_cursor = arg_types;
-    arg_cursor = arg_slots;
-    slot_clear();
-    arg_cursor->begin_mark = slot_mark;
-}
+arg_slot *slots_last = arg_slots;
+bool slots_filling;
 
 void slot_set_word(const char *word, uint32_t size)
 {
@@ -62,12 +51,6 @@ const char *slot_ended_text(arg_slot *slot)
     return slot->text;
 }
 
-void slots_leave_source()
-{
-    for (arg_slot *slot = arg_slots + 1; slot <= arg_cursor; slot++)
-        slot->text = slot_ended_text(slot);
-}
-
 const char *slot_str(const arg_slot *slot, uint32_t *size)
 {
     // The text of an empty string has no quotes.
@@ -94,8 +77,27 @@ static void store_late_value(arg_slot *slot, double value)
     slot_store_value(slot, slot->holds & ARG_TYPE, value);
 }
 
-// The slot of the name whose bit is the given one.
-static arg_slot *slot_of_name(const waiting_names &stretch, uint64_t bit)
+// Reads the name in a stretch whose end has the given number: its dimensions, or VAR_UNKNOWN.
+static int32_t read_name(const waiting_names &stretch, int end)
+{
+    int start = highest_bit(stretch.starts & bits_through(end));
+    return var_read_sized(stretch.text + start, static_cast<size_t>(end - start), nullptr);
+}
+
+// Selects the variable that reading the names of the first stretches would leave selected.
+static void select_last(int32_t stretches)
+{
+    while (stretches-- > 0)
+        for (uint64_t names = slot_names[stretches].names; names != 0;) {
+            int end = highest_bit(names);
+            if (read_name(slot_names[stretches], end) != VAR_UNKNOWN)
+                return;
+            names ^= uint64_t{1} << end;
+        }
+}
+
+// The slot whose argument ends at the given bit.
+static arg_slot *slot_of(const waiting_names &stretch, uint64_t bit)
 {
     arg_slot *slot = stretch.slot;
     for (uint64_t before = stretch.ends & (bit - 1); before != 0; before = without_lowest_bit(before))
@@ -103,45 +105,48 @@ static arg_slot *slot_of_name(const waiting_names &stretch, uint64_t bit)
     return slot;
 }
 
-// Reads the name in a slot: its dimensions, or VAR_UNKNOWN.
-static int32_t read_name(const arg_slot *slot)
-{
-    return var_read_sized(slot->text, slot->text_size, nullptr);
-}
-
 void slot_names_read()
 {
-    for (int32_t i = 0; i < slot_names_used; i++) {
+    if (slot_names_used == 0)
+        return;
+    var_unread = nullptr;
+    select_last(names_earlier);
+    for (int32_t i = names_earlier; i < slot_names_used; i++) {
         for (uint64_t names = slot_names[i].names; names != 0; names = without_lowest_bit(names)) {
-            arg_slot *slot = slot_of_name(slot_names[i], names & (0 - names));
-            (void)read_name(slot);
-            store_late_value(slot, var_current.value);
+            (void)read_name(slot_names[i], lowest_bit(names));
+            store_late_value(slot_of(slot_names[i], names & (0 - names)), var_current.value);
         }
     }
+    slot_names_used = names_earlier = 0;
+}
+
+// A statement starts: names that nobody asked for go on waiting, unless another variable was read since.
+static void keep_earlier_names()
+{
+    if (var_unread == nullptr)
+        slot_names_used = 0;
+    names_earlier = slot_names_used;
+    if (names_earlier > slot_names_earlier)
+        slot_names_read();
+}
+
+void slots_leave_source()
+{
+    if (var_unread != nullptr)
+        slot_names_read();
     slot_names_used = 0;
+    for (arg_slot *slot = arg_slots + 1; slots_filling && slot <= arg_cursor; slot++)
+        slot->text = slot_ended_text(slot);
 }
 
-void slot_names_select()
+void slots_start_statement()
 {
-    names_value_before = var_current.value;
-    for (int32_t i = slot_names_used; i > 0; i--) {
-        uint64_t names = slot_names[i - 1].names;
-        while (names != 0) {
-            uint64_t last = uint64_t{1} << highest_bit(names);
-            if (read_name(slot_of_name(slot_names[i - 1], last)) != VAR_UNKNOWN)
-                return;
-            names ^= last;
-        }
-    }
-}
-
-// Gives all names that wait their values, the selection staying as it is.
-static void settle_names()
-{
-    var_selection selected = var_current;
-    var_current.value = names_value_before;
-    slot_names_read();
-    var_current = selected;
+    slot_texts_used = 0;
+    keep_earlier_names();
+    arg_type_cursor = arg_types;
+    arg_cursor = arg_slots;
+    slot_clear();
+    arg_cursor->begin_mark = slot_mark;
 }
 
 // The number that a text spells: a sign, digits, a point, digits.
@@ -164,7 +169,7 @@ static double plain_number(const char *text)
 void slot_settle(const arg_slot *slot)
 {
     if (text_is(slot->text[0], CHAR_LETTER))
-        settle_names();
+        slot_names_read();
     else
         store_late_value(arg_slots + (slot - arg_slots), plain_number(slot->text));
 }
@@ -174,19 +179,20 @@ void slot_settle(const arg_slot *slot)
 void slots_end_list()
 {
     // A slot that was never written has no text yet: at the first statement all of them are cleared.
-    arg_slot *end = arg_slots[arg_slots_size - 1].text == nullptr ? arg_slots + arg_slots_size : clear_from;
+    arg_slot *dirty =
+        arg_slots[arg_slots_size - 1].text == nullptr ? arg_slots + arg_slots_size - 1 : slots_last;
     arg_slot *slot = arg_cursor + 1;
-    clear_from = slot;
+    slots_last = arg_cursor;
     // How many there are can't be foreseen; as a rule one turn clears more than enough.
     do {
         for (int i = 0; i < arg_slots_cleared; i++)
             slot[i] = arg_slot{slot_no_text, {0}, 0, 0, slot_mark, HOLDS_NOTHING};
         slot += arg_slots_cleared;
-    } while (slot < end);
+    } while (slot <= dirty);
 }
 
 void slots_abandon_list()
 {
-    if (arg_cursor >= clear_from)
-        clear_from = arg_cursor + 1;
+    if (arg_cursor > slots_last)
+        slots_last = arg_cursor;
 }

@@ -7,6 +7,7 @@
 // read a fixed number of slots, more than the statement gave.
 #pragma once
 
+#include "analysis/var_store.h"
 #include "support/number.h"
 
 #include <stdint.h>
@@ -76,6 +77,7 @@ struct arg_slot {
 
 extern arg_slot arg_slots[arg_slots_size + arg_slots_cleared];
 extern arg_slot *arg_cursor; // the current slot
+extern arg_slot *slots_last; // the last slot of the list: all slots behind it are clear
 
 // A byte for each spec position that was walked: type code and ARG_ABSENT.
 extern uint8_t arg_types[arg_types_size + 8]; // eight are written at a time
@@ -107,8 +109,8 @@ inline char *slot_text_room(uint32_t size)
 // Gives a slot's text with a NUL behind it; from then on it is the slot's.
 const char *slot_ended_text(arg_slot *slot);
 
-// Copies the texts that are stretches of the source's buffer, up to the slot under arg_cursor, before the
-// bytes of the buffer move.
+// Before the bytes of the source's buffer move: whatever lies there is read, or copied.
+extern bool slots_filling; // the list isn't complete
 void slots_leave_source();
 
 // Clears the slot under arg_cursor: no text, no values, state slot_mark.
@@ -126,35 +128,39 @@ inline void slot_advance()
 
 // ---- Values that wait ----
 
-// Arguments that are bare names wait for their values too. In their order, for reading one selects the
-// variable, and an unknown one has the value of the variable read before it. They wait as stretches of
-// arguments.
+// Arguments that are bare names wait for their values too. Reading one selects the variable, and an unknown
+// one has the value of the variable read before it: so they are read in their order, or not at all if the
+// next variable that is read is a known one. They wait as stretches of arguments, also those of the
+// statements before.
 struct waiting_names {
-    arg_slot *slot; // the first argument of the stretch
-    uint64_t ends;  // a bit for each of the arguments, in order
-    uint64_t names; // those bits that belong to names
+    const char *text; // of the stretch, in the source's buffer
+    arg_slot *slot;   // its first argument
+    uint64_t starts;  // a bit for each of the arguments, in order: where it starts
+    uint64_t ends;    // and ends
+    uint64_t names;   // those bits of ends that belong to names
 };
-extern waiting_names slot_names[arg_types_size];
+constexpr int slot_names_earlier = 28;                                   // stretches of earlier statements
+constexpr int slot_names_size = slot_names_earlier + arg_types_size + 1; // and of the current one
+extern waiting_names slot_names[slot_names_size];
 extern int32_t slot_names_used;
 
-// Adds a stretch of arguments.
-inline void slot_names_wait(arg_slot *slot, uint64_t ends, uint64_t names)
-{
-    slot_names[slot_names_used] = waiting_names{slot, ends, names};
-    slot_names_used += names != 0;
-}
-
-// Reads all names that wait and gives their slots the values: before anything else reads or stores variables.
+// Reads all names that wait, and gives the slots of the current statement their values: before anything else
+// reads or stores variables in it.
 void slot_names_read();
 
-// The list has ended: selects the variable that reading all names would leave selected. Their values go on
-// waiting for a rule that asks.
-void slot_names_select();
+// Adds a stretch of arguments.
+inline void slot_names_wait(const waiting_names &stretch)
+{
+    slot_names[slot_names_used] = stretch;
+    slot_names_used += stretch.names != 0;
+    if (slot_names_used > 0)
+        var_unread = slot_names_read;
+}
 
 // Stores the value of a numeric type in a slot.
 void slot_store_value(arg_slot *slot, uint8_t type, double value);
 
-// Works out the value of a slot that waits.
+// Works out the value of a slot that waits, in the current statement.
 void slot_settle(const arg_slot *slot);
 
 // Tells whether a slot has a value of a type, and works it out if it waits.

@@ -1,7 +1,7 @@
 // Plain marks: the arguments of a line that need no look of their own, found 64 characters at a time.
 //
-// A plain argument is a number of a sign, digits, a point and digits, a bare name, or nothing at all. There are
-// several ways to find them, by what the processor can do; all of them give the same.
+// A plain argument is a number of a sign, digits, a point and digits, a bare name, or nothing at all. There
+// are several ways to find them, by what the processor can do; all of them give the same.
 #pragma once
 
 #include <stddef.h>

@@ -13,6 +13,7 @@
 var_rec *var_table;
 int32_t var_count;
 var_selection var_current;
+void (*var_unread)();
 
 static pool_heap *var_heap;
 static name_index var_names; // over var_table
@@ -28,6 +29,7 @@ void vars_start(var_rec *table, pool_heap *heap)
     var_count = 0;
     var_heap = heap;
     var_current = var_selection{-1, nullptr, VAR_NONE, 0, nullptr};
+    var_unread = nullptr;
     name_index_start(&var_names, reinterpret_cast<char *>(table) + offsetof(var_rec, name), sizeof(var_rec),
                      var_name_length, false);
 }
@@ -92,6 +94,15 @@ static int8_t prefix_type(const char *name)
     return VAR_DOUBLE;
 }
 
+// Reads the names that were put off.
+static void read_unread()
+{
+    void (*read)() = var_unread;
+    var_unread = nullptr;
+    if (read != nullptr)
+        read();
+}
+
 static var_rec *var_find(const char *name, size_t size)
 {
     uint32_t place;
@@ -121,8 +132,11 @@ int32_t var_read(const char *name, int32_t *size_out)
 int32_t var_read_sized(const char *name, size_t size, int32_t *size_out)
 {
     var_rec *rec = var_find(name, size);
-    if (rec == nullptr)
+    if (rec == nullptr) {
+        read_unread();
         return VAR_UNKNOWN;
+    }
+    var_unread = nullptr;
     var_current.type = rec->type;
     if (rec->ndims == 0) {
         var_current.value = value_load(rec->type, rec->value);
@@ -372,6 +386,7 @@ int32_t var_make(const char *name, int8_t type, int32_t ndims, const int32_t *di
 {
     if (name[0] == '@')
         return VAR_SYSTEM_NAME;
+    read_unread();
     if (ndims > var_dims_max)
         return VAR_NO_MEMORY;
     for (int32_t i = 0; i < ndims; i++)

@@ -87,6 +87,11 @@ struct var_selection {
 };
 extern var_selection var_current;
 
+// Set by whoever has passed names and puts off reading them: it is called before the selection is looked at
+// that they would leave, and forgotten when another variable is read, which leaves nothing of it. Null: no
+// such names.
+extern void (*var_unread)();
+
 // Forgets the variables of the last file, and starts on the records of table and the blocks of heap.
 void vars_start(var_rec *table, pool_heap *heap);
 

@@ -60,9 +60,24 @@ static void emit_rare_mark(const form_code &form, const form_piece *piece, int32
     }
 }
 
+// The word and the arguments from the first on, which many forms are.
+static char *put_list(char *place, int count)
+{
+    place = put_text(place, arg_slots);
+    *place++ = ' ';
+    place = put_text(place, arg_slots + 1);
+    for (const arg_slot *slot = arg_slots + 2; slot <= arg_slots + count; slot++)
+        place = put_argument(place, slot);
+    return place;
+}
+
 void emit_form(const form_code &form, int32_t last_slot)
 {
     char *place = out_take_place(put_room);
+    if (form.arguments > 0) {
+        out_give_place(put_list(place, form.arguments));
+        return;
+    }
     const form_piece *end = form.pieces + form.pieces_used;
     for (const form_piece *piece = form.pieces; piece < end; piece++) {
         place = put_literal(place, form, piece);

@@ -145,10 +145,12 @@ static constexpr rule_index entity_index = rule_index_make(entity_table, 0);
 // alone none.
 static int attr_places(const arg_slot *span)
 {
-    unsigned given = 0;
-    for (unsigned i = 0; i < attr_span; i++)
-        given |= (span[i].text_size > 0 ? 1u : 0u) << i;
-    return given != 0 ? 32 - __builtin_clz(given) : attr_span - 1;
+    const arg_slot *last = span + attr_span - 1;
+    if (last > slots_last)
+        last = slots_last;
+    while (last >= span && last->text_size == 0)
+        last--;
+    return last >= span ? static_cast<int>(last - span) + 1 : attr_span - 1;
 }
 
 // Tells whether all eight attributes have a short text.
@@ -179,8 +181,9 @@ static char *put_attributes(char *place, const arg_slot *span, int first, int la
 static void emit_attr_tail()
 {
     // Kept: the place of the first attribute holds this constant; the attribute itself is gone.
-    out_text(", 0");
-    char *place = put_attributes(out_take_place(put_room), arg_cursor, 1, attr_places(arg_cursor) - 1);
+    char *place = out_take_place(put_room);
+    memcpy(place, ", 0", 3);
+    place = put_attributes(place + 3, arg_cursor, 1, attr_places(arg_cursor) - 1);
     *place++ = '\n';
     out_give_place(place);
     arg_cursor += attr_span;

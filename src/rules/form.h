@@ -32,7 +32,8 @@ constexpr int form_slot_max = 26;   // no form may name a slot behind this one
 struct form_code {
     const char *text;
     uint8_t pieces_used;
-    uint8_t top_slot; // the highest slot that the form counts on; a list may be empty and doesn't count
+    uint8_t arguments; // the whole form is {W} {A1}, {A2} and so on, with so many arguments; 0: it is another
+    uint8_t top_slot;  // the highest slot that the form counts on; a list may be empty and doesn't count
     form_piece pieces[form_pieces_max];
 };
 
@@ -74,10 +75,23 @@ constexpr int form_read_mark(const char *text, int at, form_piece *piece)
     return at + 1;
 }
 
+// The number of arguments if a form taken apart is the word and the arguments from the first on, else 0.
+constexpr uint8_t form_list_length(const form_code &code)
+{
+    for (int i = 0; i < code.pieces_used; i++) {
+        const form_piece &piece = code.pieces[i];
+        bool between =
+            i < 2 ? piece.size == i : piece.size == 2 && piece.head[0] == ',' && piece.head[1] == ' ';
+        if (piece.mark != MARK_TEXT || piece.slot != i || !between || (i == 1 && piece.head[0] != ' '))
+            return 0;
+    }
+    return code.pieces_used > 1 ? static_cast<uint8_t>(code.pieces_used - 1) : uint8_t{0};
+}
+
 // Takes a form apart; slots is the number of arguments that its command has. For constants only.
 constexpr form_code form(const char *text, int slots = form_slot_max)
 {
-    form_code code{text, 0, 0, {}};
+    form_code code{text, 0, 0, 0, {}};
     for (int at = 0; text[at] != '\0';) {
         if (code.pieces_used == form_pieces_max)
             form_has_too_many_pieces();
@@ -93,10 +107,11 @@ constexpr form_code form(const char *text, int slots = form_slot_max)
         if (piece->mark != MARK_LIST && piece->slot > code.top_slot)
             code.top_slot = piece->slot;
     }
+    code.arguments = form_list_length(code);
     if (code.top_slot > slots)
         form_names_a_slot_that_its_command_lacks();
     return code;
 }
 
 // Stands where a row has no form.
-constexpr form_code no_form{"", 0, 0, {}};
+constexpr form_code no_form{"", 0, 0, 0, {}};

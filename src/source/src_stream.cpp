@@ -121,6 +121,7 @@ static void key_free()
 void src_open(const char *name, plat_file *stream)
 {
     src_raw = src_buffer{src_block, src_block, src_block};
+    src_leave = nullptr;
     src_block_offset = 0;
     src_block_last = false;
     if (key_load != nullptr)
