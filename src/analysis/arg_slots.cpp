@@ -107,8 +107,6 @@ static arg_slot *slot_of(const waiting_names &stretch, uint64_t bit)
 
 void slot_names_read()
 {
-    if (slot_names_used == 0)
-        return;
     var_unread = nullptr;
     select_last(names_earlier);
     for (int32_t i = names_earlier; i < slot_names_used; i++) {
@@ -123,9 +121,7 @@ void slot_names_read()
 // A statement starts: names that nobody asked for go on waiting, unless another variable was read since.
 static void keep_earlier_names()
 {
-    if (var_unread == nullptr)
-        slot_names_used = 0;
-    names_earlier = slot_names_used;
+    names_earlier = slot_names_used = var_unread == nullptr ? 0 : slot_names_used;
     if (names_earlier > slot_names_earlier)
         slot_names_read();
 }

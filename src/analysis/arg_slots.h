@@ -153,8 +153,7 @@ inline void slot_names_wait(const waiting_names &stretch)
 {
     slot_names[slot_names_used] = stretch;
     slot_names_used += stretch.names != 0;
-    if (slot_names_used > 0)
-        var_unread = slot_names_read;
+    var_unread = slot_names_read; // which does nothing if there are none
 }
 
 // Stores the value of a numeric type in a slot.

@@ -80,6 +80,35 @@ static const char *quick_subscripts(const char *text, int32_t *count, int32_t *s
     return text;
 }
 
+// What a text that turns out to be for eval_expr has to find as it was.
+static struct {
+    var_selection selected;
+    void (*unread)();
+} before;
+
+static void keep_selection()
+{
+    before.selected = var_current;
+    before.unread = var_unread;
+}
+
+// False, for the text is for eval_expr.
+static bool give_up()
+{
+    var_current = before.selected;
+    var_unread = before.unread;
+    return false;
+}
+
+// Reads a variable. An unknown one has the value of the variable read before it, and if names are still
+// unread, that is now known for good.
+static inline void read_variable(const char *name, size_t size)
+{
+    bool unread = var_unread != nullptr;
+    if (var_read_sized(name, size, nullptr) == VAR_UNKNOWN && unread)
+        keep_selection();
+}
+
 // A function of numbers; text is at its parenthesis.
 static const char *quick_call(const char *name, size_t size, const char *text, double *value)
 {
@@ -109,8 +138,7 @@ static const char *quick_name(const char *text, double *value)
     if (*text == '(')
         return quick_call(name, size, text, value);
     if (*text != '[') {
-        if (var_read_sized(name, size, nullptr) == VAR_UNKNOWN)
-            return nullptr;
+        read_variable(name, size);
     } else {
         int32_t count;
         int32_t subscripts[var_dims_max];
@@ -159,7 +187,7 @@ static inline const char *quick_signed(const char *text, double *value)
 {
     bool minus = *text == '-';
     text = quick_operand(minus ? skip_blanks(text + 1) : text, value);
-    *value = minus ? -*value : *value;
+    *value = with_sign(*value, minus);
     return text;
 }
 
@@ -239,12 +267,9 @@ bool quick_expr(const char *text, const char *end, double *value)
 {
     if (end - text > quick_size_max)
         return false;
-    var_selection selected = var_current;
+    keep_selection();
     *value = 0;
-    if (quick_condition(skip_blanks(text), value) == end)
-        return true;
-    var_current = selected;
-    return false;
+    return quick_condition(skip_blanks(text), value) == end || give_up();
 }
 
 // quick_assignment, which may leave another variable selected if it fails.
@@ -273,9 +298,6 @@ bool quick_assignment(const char *text, const char *end)
 {
     if (end - text > quick_size_max)
         return false;
-    var_selection selected = var_current;
-    if (assign(text, end))
-        return true;
-    var_current = selected;
-    return false;
+    keep_selection();
+    return assign(text, end) || give_up();
 }

@@ -79,6 +79,10 @@ double var_store_value(double value)
 {
     if (var_current.ptr == nullptr)
         return value;
+    if (var_current.type == VAR_DOUBLE) {
+        memcpy(var_current.ptr, &value, sizeof value);
+        return value;
+    }
     value_store(var_current.type, value, var_current.ptr);
     return value_load(var_current.type, var_current.ptr);
 }
@@ -101,6 +105,21 @@ static void read_unread()
     var_unread = nullptr;
     if (read != nullptr)
         read();
+}
+
+// A NUL-terminated name as the index wants it: with eight characters that may be read.
+struct sized_name {
+    const char *text;
+    size_t size;
+    char room[8]; // of a shorter name
+};
+
+static void name_measure(const char *name, sized_name *sized)
+{
+    sized->text = name;
+    sized->size = strlen(name);
+    if (sized->size < sizeof sized->room)
+        sized->text = static_cast<char *>(memcpy(sized->room, name, sized->size));
 }
 
 static var_rec *var_find(const char *name, size_t size)
@@ -126,7 +145,9 @@ static int32_t element_count(const var_rec *rec)
 
 int32_t var_read(const char *name, int32_t *size_out)
 {
-    return var_read_sized(name, strlen(name), size_out);
+    sized_name sized;
+    name_measure(name, &sized);
+    return var_read_sized(sized.text, sized.size, size_out);
 }
 
 int32_t var_read_sized(const char *name, size_t size, int32_t *size_out)
@@ -139,7 +160,10 @@ int32_t var_read_sized(const char *name, size_t size, int32_t *size_out)
     var_unread = nullptr;
     var_current.type = rec->type;
     if (rec->ndims == 0) {
-        var_current.value = value_load(rec->type, rec->value);
+        if (rec->type == VAR_DOUBLE)
+            memcpy(&var_current.value, rec->value, sizeof(double));
+        else
+            var_current.value = value_load(rec->type, rec->value);
         var_current.ptr = rec->value;
     } else {
         var_current.var = static_cast<int32_t>(rec - var_table);
@@ -184,7 +208,9 @@ static int32_t read_list_character(int32_t item, int32_t character)
 
 int32_t var_read_element(const char *name, int32_t count, const int32_t *subscripts)
 {
-    return var_read_element_sized(name, strlen(name), count, subscripts);
+    sized_name sized;
+    name_measure(name, &sized);
+    return var_read_element_sized(sized.text, sized.size, count, subscripts);
 }
 
 int32_t var_read_element_sized(const char *name, size_t size, int32_t count, const int32_t *subscripts)
@@ -212,7 +238,9 @@ int32_t var_read_element_sized(const char *name, size_t size, int32_t count, con
 
 int8_t var_type_of(const char *name)
 {
-    const var_rec *rec = var_find(name, strlen(name));
+    sized_name sized;
+    name_measure(name, &sized);
+    const var_rec *rec = var_find(sized.text, sized.size);
     return rec != nullptr ? rec->type : prefix_type(name);
 }
 
@@ -394,7 +422,9 @@ int32_t var_make(const char *name, int8_t type, int32_t ndims, const int32_t *di
             return VAR_NO_MEMORY;
 
     uint32_t place = 0;
-    int32_t row = name_index_find(&var_names, name, strlen(name), &place);
+    sized_name sized;
+    name_measure(name, &sized);
+    int32_t row = name_index_find(&var_names, sized.text, sized.size, &place);
     var_rec *rec = row < 0 ? nullptr : var_table + row;
     if (rec == nullptr) {
         if (type == VAR_NONE)

@@ -100,7 +100,7 @@ void vars_start(var_rec *table, pool_heap *heap);
 // list's items.
 int32_t var_read(const char *name, int32_t *size_out);
 
-// The same for a name that is size characters of a text.
+// The same for a name that is size characters of a text, of which eight have to be readable.
 int32_t var_read_sized(const char *name, size_t size, int32_t *size_out);
 
 // Reads an element. 0, or VAR_UNKNOWN or VAR_BAD_SUBSCRIPT. A character of a string list's item has two

@@ -221,8 +221,8 @@ static void emit_text_comment()
     char *place = out_take_place(put_room);
     for (int i = 0; i < text_span; i++) {
         // Kept: the eleventh never shows in a comment.
-        if (i != 10 && span[i].text_size > 0)
-            place = put_argument(place, span + i);
+        char *behind = i != 10 ? put_argument(place, span + i) : place;
+        place = span[i].text_size > 0 ? behind : place;
     }
     *place++ = '\n';
     out_give_place(place);
