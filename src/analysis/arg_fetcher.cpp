@@ -278,7 +278,7 @@ static arg_slot *store_plain(const unsigned char *text, const plain_marks &marks
 // line feed that ended the last of them.
 static int32_t take_plain_arguments(const uint8_t *spec, int32_t count, int *last, bool *keep_absent)
 {
-    if (count == 0 || !is_numeric(*spec & ~ARG_OPTIONAL) || pool_top <= pool_values_max)
+    if (count == 0 || !is_numeric(*spec & ~ARG_OPTIONAL) || pool_top <= pool_values_max || src_at_line_feed())
         return 0;
     const arg_slot *first = arg_cursor;
     bool more = true;
@@ -357,8 +357,6 @@ static bool take_ready_raw(const unsigned char *start, uint8_t type, int *last)
     if (end == nullptr)
         return false;
     auto size = static_cast<uint32_t>(end - start);
-    if (size == 0)
-        return false;
     if (is_numeric(type) ? size > arg_text_room : !pool_take_string(size))
         return false;
     slot_set_stretch(start, end, is_numeric(type) ? uint8_t{HOLDS_NOTHING} : uint8_t{HOLDS_RAW});
@@ -404,9 +402,9 @@ static bool evaluate_ready(uint8_t type)
     return evaluate_number(type);
 }
 
-// Takes an argument that lies ready. 1 if it did, 0 if it doesn't lie ready and nothing was taken, -1 if it
+// Takes an argument that lies ready, an empty one too. 1 if it did, 0 if it doesn't lie ready and nothing was taken, -1 if it
 // did and can't be evaluated.
-static int take_ready(uint8_t type, int *last)
+static int take_ready(uint8_t type, int *last, bool *empty)
 {
     const unsigned char *start = src_raw.pos + blank_run(src_raw.pos);
     if (start >= src_raw.plain_end || *start == ' ' || *start == '\t')
@@ -416,6 +414,13 @@ static int take_ready(uint8_t type, int *last)
         if (*start == '`' || !take_ready_string(start, last))
             return 0;
         *arg_type_cursor = ARG_STR;
+        return 1;
+    }
+    if (*start == ',' || *start == '\n') {
+        slot_set_stretch(start, start, HOLDS_NOTHING);
+        take_through(start, last);
+        line_owed = arg_cursor;
+        *empty = true;
         return 1;
     }
     if (!take_ready_raw(start, type, last))
@@ -430,7 +435,7 @@ static int take_ready(uint8_t type, int *last)
 static bool fetch_one(plat_file *stream, uint8_t type, int *last, bool *empty)
 {
     *empty = false;
-    int ready = take_ready(type, last);
+    int ready = take_ready(type, last, empty);
     if (ready != 0)
         return ready > 0;
     line_owed = nullptr;
@@ -496,8 +501,11 @@ static int32_t fetch_failed()
 
 static void skip_line(plat_file *stream, int c)
 {
-    while (c != '\n' && c != -1)
+    while (c != '\n' && c != -1) {
+        const char *run;
+        (void)src_take_plain(&run, SIZE_MAX);
         c = src_getc(stream);
+    }
 }
 
 // The positions one by one, see fetch_args.

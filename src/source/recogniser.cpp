@@ -41,11 +41,25 @@ static int copy_white(plat_file *stream)
     return c;
 }
 
-// True if a character of the source may be read without a change, or is a line feed. A NUL would be lost when
-// it is pushed back.
+// Characters behind a word that lie ready in the source: what may be read without a change, the blank, the tab and
+// the line feed. A NUL would be lost when it is pushed back; the other white space is rare.
+struct ready_map {
+    bool ready[256];
+};
+
+static constexpr ready_map ready_make()
+{
+    ready_map map{};
+    for (int c = 1; c < 256; c++)
+        map.ready[c] = c == '\n' || c == '\t' || (src_plain.plain[c] && (char_classes.bits[c] & CHAR_WHITE) == 0);
+    map.ready[' '] = true;
+    return map;
+}
+static constexpr ready_map ready_characters = ready_make();
+
 static bool is_ready(const unsigned char *c)
 {
-    return c < src_raw.plain_end && ((src_plain.plain[*c] && *c != 0) || *c == '\n');
+    return c < src_raw.plain_end && ready_characters.ready[*c];
 }
 
 // A word of fewer characters may lie ready, behind as few blanks and with as few behind it.
@@ -53,7 +67,29 @@ constexpr int ready_word_max = 16;
 
 // Where the word of the statement lies in the source, as long as its line isn't read; null if it doesn't lie
 // there.
-static const unsigned char *word_in_source;
+static const char *word_in_source;
+
+// Writes the white space in front of a statement that lies ready.
+static void write_indent(int size)
+{
+    char *place = out_take_place(ready_word_max);
+    memcpy(place, src_raw.pos, ready_word_max);
+    out_give_place(place + size);
+}
+
+// Takes the one character that begins a statement which is text, if it is one; see read_ready_word.
+static bool take_ready_mark(const unsigned char *start, int indent, char *word, int32_t *length, int32_t *kind)
+{
+    if (char_is(*start, CHAR_WHITE) || *start == '#' || *start == ':')
+        return false;
+    write_indent(indent);
+    word[0] = static_cast<char>(*start);
+    word[1] = 0;
+    *length = 1;
+    *kind = 1;
+    src_raw.pos = start + 1;
+    return true;
+}
 
 // Reads a first word that lies ready in the source with the character behind it, and the one behind its
 // blanks. False if it doesn't, and nothing was read. *kind is what read_first_word gives.
@@ -63,23 +99,22 @@ static bool read_ready_word(char *word, int32_t *length, int32_t *kind)
     word_in_source = nullptr;
     int indent = blank_run(src_raw.pos);
     const unsigned char *start = src_raw.pos + indent;
-    if (start >= src_raw.plain_end || !char_is(*start, CHAR_LETTER))
-        return false;
     int run = word_run(start);
     const unsigned char *end = start + run;
-    if (run == ready_word_max || !is_ready(end))
+    if (run == ready_word_max || !is_ready(start) || !is_ready(end))
         return false;
+    if (!char_is(*start, CHAR_LETTER))
+        return take_ready_mark(start, indent, word, length, kind);
     int blanks = blank_run(end);
     const unsigned char *next = end + blanks;
     bool blank = blanks > 0;
-    if (blanks == ready_word_max || !is_ready(next) || (!blank && *end != '\n' && char_is(*end, CHAR_WHITE)))
+    if (blanks == ready_word_max || !is_ready(next))
         return false;
-    char *place = out_take_place(ready_word_max);
-    memcpy(place, src_raw.pos, ready_word_max);
-    out_give_place(place + indent);
+    write_indent(indent);
     memcpy(word, start, ready_word_max);
-    word_in_source = start;
-    *kind = *end == '\n' || (blank && *next != '=' && *next != '[') ? 0 : 1;
+    word_in_source = reinterpret_cast<const char *>(start);
+    bool assigned = *next == '=' || *next == '[';
+    *kind = (blank ? assigned : *next != '\n') ? 1 : 0;
     *length = run + *kind;
     word[run] = static_cast<char>(blank ? ' ' : *end);
     word[*length] = 0;
@@ -178,31 +213,50 @@ static void write_rejected_text(size_t size)
     out_char('\n');
 }
 
-// Carries out and writes an assignment whose line lies ready in the source. False if it doesn't, or if the
-// assignment isn't one for quick evaluation.
-static bool quick_statement(const char *word, int32_t length)
+// The line feed that ends a statement's line if all of it lies ready in the source and fits line_buf; else null.
+static const unsigned char *ready_line_end(int32_t word_length)
 {
-    const unsigned char *rest = src_raw.pos;
-    const unsigned char *end = plain_run_end(rest, src_raw.plain_end);
-    auto rest_size = static_cast<size_t>(end - rest);
-    auto word_length = static_cast<size_t>(length);
-    if (end >= src_raw.plain_end || *end != '\n' || rest_size >= line_buf_capacity - word_length)
-        return false;
-    if (!quick_assignment(reinterpret_cast<const char *>(word_in_source),
-                          reinterpret_cast<const char *>(end)))
-        return false;
-    out_bytes(word, word_length);
-    out_bytes(reinterpret_cast<const char *>(rest), rest_size);
-    out_bytes("\n\n", 2);
+    const unsigned char *end = plain_run_end(src_raw.pos, src_raw.plain_end);
+    bool ready = end < src_raw.plain_end && *end == '\n' && end - src_raw.pos < line_buf_capacity - word_length;
+    return ready ? end : nullptr;
+}
+
+// Writes a statement as it stands, up to its line feed.
+static void write_ready_line(const char *word, int32_t length, const unsigned char *end)
+{
+    out_bytes(word, static_cast<size_t>(length));
+    out_bytes(reinterpret_cast<const char *>(src_raw.pos), static_cast<size_t>(end - src_raw.pos));
     src_raw.pos = end;
     src_take_line_feed();
-    return true;
+}
+
+// A statement that is text and lies ready in the source: a line that is refused at sight, such as a comment, or a
+// quick assignment. STATEMENT_END if it is neither, and nothing was read.
+static int32_t ready_text(const char *word, int32_t length)
+{
+    const unsigned char *end = ready_line_end(length);
+    if (end == nullptr)
+        return STATEMENT_END;
+    const char *line_end = reinterpret_cast<const char *>(end);
+    if (!lex_starts_operand(word[0])) {
+        if (memchr(src_raw.pos, 0, static_cast<size_t>(end - src_raw.pos)) != nullptr)
+            return STATEMENT_END;
+        write_ready_line(word, length, end);
+        out_char('\n');
+        return STATEMENT_DONE;
+    }
+    if (word_in_source == nullptr || !quick_assignment(word_in_source, line_end))
+        return STATEMENT_END;
+    write_ready_line(word, length, end);
+    out_bytes("\n\n", 2);
+    return STATEMENT_TEXT;
 }
 
 static int32_t assignment_statement(plat_file *stream, const char *word, int32_t length)
 {
-    if (word_in_source != nullptr && quick_statement(word, length))
-        return STATEMENT_TEXT;
+    int32_t result = ready_text(word, length);
+    if (result != STATEMENT_END)
+        return result;
     size_t size;
     if (!collect_and_evaluate(stream, word, length, &size)) {
         write_rejected_text(size);
