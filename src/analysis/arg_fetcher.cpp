@@ -241,18 +241,51 @@ static bool store_number(uint8_t type)
 // Most arguments need no change and lie in the source's buffer with what ends them: such a text stays there.
 // Whatever isn't ready is gathered from its first character on, in the way further below.
 
-// Stores plain arguments of a stretch of the source in the slots from arg_cursor on, where all wait for their
-// values: at most count of them, by the positions at spec, as long as these are numeric and none that has to
-// be given is empty. Gives the slot behind the last one, and in *end where that one ended in the stretch.
-// Nothing in here has to be guessed but when it ends.
-static arg_slot *store_plain(const unsigned char *text, const plain_marks &marks, const uint8_t *spec,
-                             int32_t count, int *end)
+// The stretch of the source whose arguments were marked last, as long as the source is read from there.
+static struct {
+    const unsigned char *text; // null: none
+    plain_marks marks;
+} stretch;
+
+// Makes the stretch one that the source stands in. True if it is a new one.
+static bool stretch_follow()
+{
+    const unsigned char *text = src_raw.pos;
+    if (stretch.text != nullptr && text - stretch.text < plain_marks_width)
+        return false;
+    stretch.text = text;
+    stretch.marks = plain_marks_find(text, static_cast<size_t>(src_raw.plain_end - text));
+    return true;
+}
+
+// The ends of the plain arguments of the stretch from the source's place on, up to the first other one. The
+// highest bit may be missing: it is left to the next stretch.
+static uint64_t stretch_plain_ends()
+{
+    const plain_marks &marks = stretch.marks;
+    uint64_t behind = UINT64_MAX << (src_raw.pos - stretch.text);
+    uint64_t others = marks.ends & ~marks.plain & behind;
+    return marks.ends & behind & (up_to_lowest_bit(others) >> 1);
+}
+
+// True if the next argument of the stretch isn't plain.
+static bool stretch_goes_on()
+{
+    uint64_t ends = stretch.marks.ends & UINT64_MAX << (src_raw.pos - stretch.text);
+    return (up_to_lowest_bit(ends) & ends & ~stretch.marks.plain) != 0;
+}
+
+// Stores plain arguments of the stretch, those that end at ends, in the slots from arg_cursor on, where all
+// wait for their values: at most count of them, by the positions at spec, as long as these are numeric and
+// none that has to be given is empty. Gives the slot behind the last one, and in *end where that one ended in
+// the stretch. Nothing in here has to be guessed but when it ends.
+static arg_slot *store_plain(uint64_t ends, const uint8_t *spec, int32_t count, int *end)
 {
     arg_slot *slot = arg_cursor;
     const arg_slot *limit = slot + count;
     uint8_t *type = arg_type_cursor;
-    uint64_t starts = marks.starts;
-    uint64_t ends = marks.ends;
+    const char *text = reinterpret_cast<const char *>(stretch.text);
+    uint64_t starts = stretch.marks.starts & UINT64_MAX << (src_raw.pos - stretch.text);
     for (; ends != 0 && slot < limit; slot++, spec++, type++) {
         uint8_t holds = *spec | HOLDS_WAITING;
         int start = lowest_bit(starts);
@@ -262,7 +295,7 @@ static arg_slot *store_plain(const unsigned char *text, const plain_marks &marks
             break;
         *end = behind;
         *type = static_cast<uint8_t>((holds ^ HOLDS_WAITING) | (size == 0 ? unsigned{ARG_ABSENT} : 0));
-        slot->text = reinterpret_cast<const char *>(text) + start;
+        slot->text = text + start;
         slot->text_size = size;
         slot->begin_mark = 0;
         slot->state = 0;
@@ -278,30 +311,37 @@ static arg_slot *store_plain(const unsigned char *text, const plain_marks &marks
 // line feed that ended the last of them.
 static int32_t take_plain_arguments(const uint8_t *spec, int32_t count, int *last, bool *keep_absent)
 {
-    if (count == 0 || !is_numeric(*spec & ~ARG_OPTIONAL) || pool_top <= pool_values_max || src_at_line_feed())
+    if (!is_numeric(*spec & ~ARG_OPTIONAL) || pool_top <= pool_values_max || src_at_line_feed())
         return 0;
     const arg_slot *first = arg_cursor;
+    int32_t taken = 0;
     bool more = true;
-    while (more && src_raw.pos < src_raw.plain_end) {
-        const unsigned char *text = src_raw.pos;
-        plain_marks marks = plain_marks_find(text, static_cast<size_t>(src_raw.plain_end - text));
-        int end = 0;
-        auto taken = static_cast<int32_t>(arg_cursor - first);
-        arg_slot *behind = store_plain(text, marks, spec + taken, count - taken, &end);
-        if (behind == arg_cursor)
+    while (more && taken < count && src_raw.pos < src_raw.plain_end) {
+        bool fresh = stretch_follow();
+        uint64_t ends = stretch_plain_ends();
+        if (ends == 0 && !fresh && stretch_goes_on())
             break;
-        *keep_absent |= (marks.empties & bits_through(end)) != 0;
-        slot_names_wait(waiting_names{reinterpret_cast<const char *>(text), arg_cursor, marks.starts,
-                                      marks.ends, marks.names & bits_through(end)});
-        *last = text[end];
+        int end = 0;
+        arg_slot *behind = store_plain(ends, spec + taken, count - taken, &end);
+        if (behind == arg_cursor && fresh)
+            break;
+        if (behind == arg_cursor) {
+            stretch.text = nullptr; // perhaps there is more than the stretch shows
+            continue;
+        }
+        uint64_t done = ends & bits_through(end);
+        *keep_absent |= (stretch.marks.starts & done) != 0;
+        slot_names_wait(waiting_names{reinterpret_cast<const char *>(stretch.text), arg_cursor,
+                                      stretch.marks.starts, done, stretch.marks.names & done});
+        *last = stretch.text[end];
         more = *last == ',';
-        src_raw.pos = text + end + (more ? 1 : 0);
+        src_raw.pos = stretch.text + end + (more ? 1 : 0);
         arg_type_cursor += behind - arg_cursor;
         arg_cursor = behind;
+        taken = static_cast<int32_t>(arg_cursor - first);
     }
-    if (arg_cursor == first)
+    if (taken == 0)
         return 0;
-    auto taken = static_cast<int32_t>(arg_cursor - first);
     line_owed = arg_cursor - 1;
     slot_clear();
     if (*last == '\n')
@@ -402,8 +442,8 @@ static bool evaluate_ready(uint8_t type)
     return evaluate_number(type);
 }
 
-// Takes an argument that lies ready, an empty one too. 1 if it did, 0 if it doesn't lie ready and nothing was taken, -1 if it
-// did and can't be evaluated.
+// Takes an argument that lies ready, an empty one too. 1 if it did, 0 if it doesn't lie ready and nothing was
+// taken, -1 if it did and can't be evaluated.
 static int take_ready(uint8_t type, int *last, bool *empty)
 {
     const unsigned char *start = src_raw.pos + blank_run(src_raw.pos);
@@ -438,6 +478,7 @@ static bool fetch_one(plat_file *stream, uint8_t type, int *last, bool *empty)
     int ready = take_ready(type, last, empty);
     if (ready != 0)
         return ready > 0;
+    stretch.text = nullptr;
     line_owed = nullptr;
     line_used = 0;
     int c = skip_blanks(stream);
@@ -515,7 +556,7 @@ static int32_t fetch_list(plat_file *stream, int32_t spec_count, const uint8_t *
     int32_t walked = 0;
     int c = 0;
     for (int32_t p = 0;; p++) {
-        if (more) {
+        if (more && p < spec_count) {
             int32_t taken = take_plain_arguments(spec + p, spec_count - p, &c, &keep_absent);
             walked += taken;
             p += taken;
@@ -562,6 +603,7 @@ static int32_t fetch_list(plat_file *stream, int32_t spec_count, const uint8_t *
 int32_t fetch_args(plat_file *stream, int32_t spec_count, const uint8_t *spec, bool keep_absent)
 {
     slot_clear();
+    stretch.text = nullptr;
     line_owed = nullptr;
     pool_top = arg_pool_size;
     src_leave = slots_leave_source;

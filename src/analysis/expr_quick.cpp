@@ -100,13 +100,16 @@ static bool give_up()
     return false;
 }
 
-// Reads a variable. An unknown one has the value of the variable read before it, and if names are still
-// unread, that is now known for good.
-static inline void read_variable(const char *name, size_t size)
+// Reads a variable, or an element if there are subscripts. Gives what var_read and var_read_element give. If
+// the name is unknown, names that were put off have been read by that, and this stays.
+static inline int32_t read_variable(const char *name, size_t size, int32_t count, const int32_t *subscripts)
 {
     bool unread = var_unread != nullptr;
-    if (var_read_sized(name, size, nullptr) == VAR_UNKNOWN && unread)
+    int32_t code = count > 0 ? var_read_element_sized(name, size, count, subscripts)
+                             : var_read_sized(name, size, nullptr);
+    if (code == VAR_UNKNOWN && unread)
         keep_selection();
+    return code;
 }
 
 // A function of numbers; text is at its parenthesis.
@@ -138,12 +141,13 @@ static const char *quick_name(const char *text, double *value)
     if (*text == '(')
         return quick_call(name, size, text, value);
     if (*text != '[') {
-        read_variable(name, size);
+        // An unknown name has the value of the variable read before it.
+        (void)read_variable(name, size, 0, nullptr);
     } else {
         int32_t count;
         int32_t subscripts[var_dims_max];
         text = quick_subscripts(text, &count, subscripts);
-        if (text == nullptr || var_read_element_sized(name, size, count, subscripts) != 0)
+        if (text == nullptr || read_variable(name, size, count, subscripts) != 0)
             return nullptr;
     }
     *value = var_current.value;
@@ -287,8 +291,7 @@ static bool assign(const char *text, const char *end)
         return false;
     if (quick_condition(skip_blanks(text + 1), &value) != end)
         return false;
-    if (count > 0 ? var_read_element_sized(name, size, count, subscripts) != 0
-                  : var_read_sized(name, size, nullptr) != 0)
+    if (read_variable(name, size, count, subscripts) != 0)
         return false;
     (void)var_store_value(value);
     return true;

@@ -43,10 +43,7 @@ __attribute__((always_inline)) static inline plain_marks marks_from(const char_m
     uint64_t names = behind_runs(starts & masks.letter, masks.word) & ends;
     names &= ~mark_keywords(text, starts & masks.letter, masks.letter, ends);
 
-    // Up to the first other one; if there is none, the highest bit is left to the next stretch.
-    uint64_t others = ends & ~(numbers | names | starts);
-    ends &= up_to_lowest_bit(others) >> 1;
-    return plain_marks{starts, ends, names & ends, starts & ends};
+    return plain_marks{starts, ends, ends & (numbers | names | starts), names};
 }
 
 static plain_marks find_plainly(const unsigned char *text, size_t ready)

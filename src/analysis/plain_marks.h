@@ -9,13 +9,14 @@
 
 constexpr int plain_marks_width = 64; // characters that are looked at; so many have to be readable
 
-// The plain arguments from a place on, up to the first argument that isn't plain or isn't complete. A bit in
-// starts and one in ends for each, in order; bit n belongs to the character n behind the place.
+// The arguments from a place on that are complete, up to the end of the line. A bit in starts and one in ends
+// for each, in order; bit n belongs to the character n behind the place. What an argument that isn't plain
+// starts and ends with is only so if it has no comma in parentheses.
 struct plain_marks {
-    uint64_t starts;  // their first characters; for an empty argument, of what ends it
-    uint64_t ends;    // the commas behind them; the last one may be a line feed
-    uint64_t names;   // the ends of those that are names
-    uint64_t empties; // the ends of those that are empty
+    uint64_t starts; // first characters; for an empty argument, of what ends it
+    uint64_t ends;   // the commas behind them; the last one may be a line feed
+    uint64_t plain;  // those ends whose argument is plain
+    uint64_t names;  // those of the plain ones that are names
 };
 
 // One way to find them: at text, of which ready characters count.

@@ -41,8 +41,8 @@ static int copy_white(plat_file *stream)
     return c;
 }
 
-// Characters behind a word that lie ready in the source: what may be read without a change, the blank, the tab and
-// the line feed. A NUL would be lost when it is pushed back; the other white space is rare.
+// Characters behind a word that lie ready in the source: what may be read without a change, the blank, the
+// tab and the line feed. A NUL would be lost when it is pushed back; the other white space is rare.
 struct ready_map {
     bool ready[256];
 };
@@ -51,7 +51,8 @@ static constexpr ready_map ready_make()
 {
     ready_map map{};
     for (int c = 1; c < 256; c++)
-        map.ready[c] = c == '\n' || c == '\t' || (src_plain.plain[c] && (char_classes.bits[c] & CHAR_WHITE) == 0);
+        map.ready[c] =
+            c == '\n' || c == '\t' || (src_plain.plain[c] && (char_classes.bits[c] & CHAR_WHITE) == 0);
     map.ready[' '] = true;
     return map;
 }
@@ -78,7 +79,8 @@ static void write_indent(int size)
 }
 
 // Takes the one character that begins a statement which is text, if it is one; see read_ready_word.
-static bool take_ready_mark(const unsigned char *start, int indent, char *word, int32_t *length, int32_t *kind)
+static bool take_ready_mark(const unsigned char *start, int indent, char *word, int32_t *length,
+                            int32_t *kind)
 {
     if (char_is(*start, CHAR_WHITE) || *start == '#' || *start == ':')
         return false;
@@ -213,11 +215,13 @@ static void write_rejected_text(size_t size)
     out_char('\n');
 }
 
-// The line feed that ends a statement's line if all of it lies ready in the source and fits line_buf; else null.
+// The line feed that ends a statement's line if all of it lies ready in the source and fits line_buf; else
+// null.
 static const unsigned char *ready_line_end(int32_t word_length)
 {
     const unsigned char *end = plain_run_end(src_raw.pos, src_raw.plain_end);
-    bool ready = end < src_raw.plain_end && *end == '\n' && end - src_raw.pos < line_buf_capacity - word_length;
+    bool ready =
+        end < src_raw.plain_end && *end == '\n' && end - src_raw.pos < line_buf_capacity - word_length;
     return ready ? end : nullptr;
 }
 
@@ -230,8 +234,8 @@ static void write_ready_line(const char *word, int32_t length, const unsigned ch
     src_take_line_feed();
 }
 
-// A statement that is text and lies ready in the source: a line that is refused at sight, such as a comment, or a
-// quick assignment. STATEMENT_END if it is neither, and nothing was read.
+// A statement that is text and lies ready in the source: a line that is refused at sight, such as a comment,
+// or a quick assignment. STATEMENT_END if it is neither, and nothing was read.
 static int32_t ready_text(const char *word, int32_t length)
 {
     const unsigned char *end = ready_line_end(length);
