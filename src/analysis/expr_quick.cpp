@@ -204,7 +204,7 @@ static inline const char *quick_product(const char *text, double *value)
         text = quick_signed(skip_blanks(text + 1), &right);
         if (divides && right == 0)
             return nullptr;
-        *value = divides ? *value / right : *value * right;
+        *value = one_of(divides, *value / one_of(divides, right, 1), *value * right);
     }
     return text;
 }
@@ -216,7 +216,7 @@ static const char *quick_sum(const char *text, double *value)
         bool minus = *text == '-';
         double right = 0;
         text = quick_product(skip_blanks(text + 1), &right);
-        *value = minus ? *value - right : *value + right;
+        *value = one_of(minus, *value - right, *value + right);
     }
     return text;
 }

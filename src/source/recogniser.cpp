@@ -225,11 +225,24 @@ static const unsigned char *ready_line_end(int32_t word_length)
     return ready ? end : nullptr;
 }
 
-// Writes a statement as it stands, up to its line feed.
-static void write_ready_line(const char *word, int32_t length, const unsigned char *end)
+// Writes a statement as it stands, up to its line feed, and so many line feeds. More is copied than is written: how
+// long a line is can't be foreseen.
+static void write_ready_line(const char *word, int32_t length, const unsigned char *end, int line_feeds)
 {
-    out_bytes(word, static_cast<size_t>(length));
-    out_bytes(reinterpret_cast<const char *>(src_raw.pos), static_cast<size_t>(end - src_raw.pos));
+    constexpr size_t step = 32;
+    static_assert(step <= src_slack && ready_word_max + 1 <= step);
+    auto size = static_cast<size_t>(end - src_raw.pos);
+    char *place = out_take_place(line_buf_capacity + 2 * step);
+    memcpy(place, word, step);
+    place += length;
+    size_t at = 0;
+    do {
+        memcpy(place + at, src_raw.pos + at, step);
+        at += step;
+    } while (at < size);
+    place[size] = '\n';
+    place[size + 1] = '\n';
+    out_give_place(place + size + line_feeds);
     src_raw.pos = end;
     src_take_line_feed();
 }
@@ -245,14 +258,12 @@ static int32_t ready_text(const char *word, int32_t length)
     if (!lex_starts_operand(word[0])) {
         if (memchr(src_raw.pos, 0, static_cast<size_t>(end - src_raw.pos)) != nullptr)
             return STATEMENT_END;
-        write_ready_line(word, length, end);
-        out_char('\n');
+        write_ready_line(word, length, end, 1);
         return STATEMENT_DONE;
     }
     if (word_in_source == nullptr || !quick_assignment(word_in_source, line_end))
         return STATEMENT_END;
-    write_ready_line(word, length, end);
-    out_bytes("\n\n", 2);
+    write_ready_line(word, length, end, 2);
     return STATEMENT_TEXT;
 }
 

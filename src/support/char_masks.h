@@ -81,7 +81,7 @@ int word_run(const unsigned char *text);
 // The number of blanks and tabs from text on, at most 16; so many characters have to be readable.
 int blank_run(const unsigned char *text);
 
-// The first character from text on, at the latest end, that is a backslash, CR, line feed or byte 26. 15
+// The first character from text on, at the latest end, that is a backslash, CR, line feed or byte 26. 31
 // characters behind end have to be readable.
 const unsigned char *plain_run_end(const unsigned char *text, const unsigned char *end);
 
@@ -175,12 +175,21 @@ inline int blank_run(const unsigned char *text)
     return lowest_bit(~blanks | 1 << 16);
 }
 
+// Marks those of 16 characters that are a backslash, CR, line feed or byte 26.
+inline uint64_t plain_others(const unsigned char *text)
+{
+    __m128i characters = _mm_loadu_si128(reinterpret_cast<const __m128i *>(text));
+    __m128i breaks = _mm_or_si128(_mm_cmpeq_epi8(characters, _mm_set1_epi8('\n')),
+                                  _mm_cmpeq_epi8(characters, _mm_set1_epi8('\r')));
+    __m128i others = _mm_or_si128(_mm_cmpeq_epi8(characters, _mm_set1_epi8('\\')),
+                                  _mm_cmpeq_epi8(characters, _mm_set1_epi8(26)));
+    return characters_mask(_mm_or_si128(breaks, others), 0);
+}
+
 inline const unsigned char *plain_run_end(const unsigned char *text, const unsigned char *end)
 {
-    for (; text < end; text += 16) {
-        __m128i characters = _mm_loadu_si128(reinterpret_cast<const __m128i *>(text));
-        uint64_t others = characters_mask(characters, '\\', 0) | characters_mask(characters, '\r', 0) |
-                          characters_mask(characters, '\n', 0) | characters_mask(characters, 26, 0);
+    for (; text < end; text += 32) {
+        uint64_t others = plain_others(text) | plain_others(text + 16) << 16;
         if (others != 0) {
             text += lowest_bit(others);
             break;

@@ -30,7 +30,7 @@ static inline uint64_t name_hash(const char *name, size_t size, bool nocase)
         uint64_t characters = characters_load(name + at, size - at);
         hash = (hash ^ hash >> 32 ^ (nocase ? characters_lower(characters) : characters)) * factor;
     }
-    return hash ^ hash >> 32;
+    return hash;
 }
 
 // Tells whether the name of a row, of the same hash, is the name of size characters.
@@ -54,7 +54,7 @@ int32_t name_index_find(name_index *index, const char *name, size_t size, uint32
     if (size > index->length)
         size = index->length;
     uint64_t hash = name_hash(name, size, index->nocase);
-    uint32_t at = static_cast<uint32_t>(hash) % name_index_places;
+    uint32_t at = static_cast<uint32_t>(hash >> (64 - name_index_bits));
     for (; index->places[at] != 0; at = (at + 1) % name_index_places) {
         auto row = static_cast<size_t>(index->places[at] - 1);
         const char *known = index->names + row * index->stride;

@@ -8,7 +8,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
-constexpr uint32_t name_index_places = 2048;
+constexpr int name_index_bits = 11; // of a hash, the highest: they depend on all characters
+constexpr uint32_t name_index_places = 1 << name_index_bits;
 
 struct name_index {
     const char *names;                      // the name of row 0, NUL-terminated

@@ -21,6 +21,17 @@ inline int32_t int_from_double(double value)
     return wrap_int32(static_cast<uint64_t>(static_cast<int64_t>(value)));
 }
 
+// One of two numbers, chosen without a branch.
+inline double one_of(bool first, double a, double b)
+{
+    uint64_t bits[2];
+    memcpy(&bits[0], &b, sizeof b);
+    memcpy(&bits[1], &a, sizeof a);
+    uint64_t chosen = first ? bits[1] : bits[0];
+    memcpy(&a, &chosen, sizeof a);
+    return a;
+}
+
 // A number, or the same number with the other sign; decided without a branch.
 inline double with_sign(double value, bool minus)
 {
