@@ -215,55 +215,23 @@ static void write_rejected_text(size_t size)
     out_char('\n');
 }
 
-// The line feed that ends a statement's line if all of it lies ready in the source and fits line_buf; else
-// null.
-static const unsigned char *ready_line_end(int32_t word_length)
-{
-    const unsigned char *end = plain_run_end(src_raw.pos, src_raw.plain_end);
-    bool ready =
-        end < src_raw.plain_end && *end == '\n' && end - src_raw.pos < line_buf_capacity - word_length;
-    return ready ? end : nullptr;
-}
-
-// Writes a statement as it stands, up to its line feed, and so many line feeds. More is copied than is written: how
-// long a line is can't be foreseen.
-static void write_ready_line(const char *word, int32_t length, const unsigned char *end, int line_feeds)
-{
-    constexpr size_t step = 32;
-    static_assert(step <= src_slack && ready_word_max + 1 <= step);
-    auto size = static_cast<size_t>(end - src_raw.pos);
-    char *place = out_take_place(line_buf_capacity + 2 * step);
-    memcpy(place, word, step);
-    place += length;
-    size_t at = 0;
-    do {
-        memcpy(place + at, src_raw.pos + at, step);
-        at += step;
-    } while (at < size);
-    place[size] = '\n';
-    place[size + 1] = '\n';
-    out_give_place(place + size + line_feeds);
-    src_raw.pos = end;
-    src_take_line_feed();
-}
-
 // A statement that is text and lies ready in the source: a line that is refused at sight, such as a comment,
 // or a quick assignment. STATEMENT_END if it is neither, and nothing was read.
 static int32_t ready_text(const char *word, int32_t length)
 {
-    const unsigned char *end = ready_line_end(length);
+    const unsigned char *end = line_ready_end(length);
     if (end == nullptr)
         return STATEMENT_END;
     const char *line_end = reinterpret_cast<const char *>(end);
     if (!lex_starts_operand(word[0])) {
         if (memchr(src_raw.pos, 0, static_cast<size_t>(end - src_raw.pos)) != nullptr)
             return STATEMENT_END;
-        write_ready_line(word, length, end, 1);
+        line_write_ready(word, length, end, 1);
         return STATEMENT_DONE;
     }
     if (word_in_source == nullptr || !quick_assignment(word_in_source, line_end))
         return STATEMENT_END;
-    write_ready_line(word, length, end, 2);
+    line_write_ready(word, length, end, 2);
     return STATEMENT_TEXT;
 }
 
@@ -357,7 +325,7 @@ static int32_t command_statement(plat_file *stream, const char *word, int32_t le
 int32_t next_statement(plat_file *stream)
 {
     // The word stays here until the next statement: slot 0 and the handlers read it.
-    static char word[word_size + 1 + slot_text_slack];
+    static char word[word_size + line_step];
 
     if (plat_poll_escape() == escape_key)
         return STATEMENT_END;
