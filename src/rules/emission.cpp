@@ -37,26 +37,37 @@ static inline char *put_literal(char *place, const form_code &form, const form_p
     return place + piece->size;
 }
 
-static void emit_rare_mark(const form_code &form, const form_piece *piece, int32_t last_slot)
+// Puts the joint of a piece and the text of a slot.
+static inline char *put_joined(char *place, const form_code &form, const form_piece *piece, const arg_slot *slot)
 {
-    const char *joint = form.text + piece->start + piece->size + 1;
+    memcpy(place, form.text + piece->start + piece->size + 1, form_joint_max);
+    return put_text(place + piece->joint, slot);
+}
+
+static char *put_number(char *place, int32_t value)
+{
+    out_give_place(place);
+    out_format("%d", value);
+    return out_take_place(put_room);
+}
+
+static inline char *put_mark(char *place, const form_code &form, const form_piece *piece, int32_t last_slot)
+{
     const arg_slot *slot = arg_slots + piece->slot;
+    if (piece->mark == MARK_TEXT)
+        return put_text(place, slot);
     switch (piece->mark) {
-    case MARK_LVAL: out_format("%d", slot_lval(slot)); break;
-    case MARK_IVAL: out_format("%d", slot_ival(slot)); break;
-    case MARK_IF_ANY:
-        if (slot->text_size == 0)
-            break;
-        out_bytes(joint, piece->joint);
-        out_bytes(slot->text, slot->text_size);
-        break;
+    case MARK_LVAL: return put_number(place, slot_lval(slot));
+    case MARK_IVAL: return put_number(place, slot_ival(slot));
+    case MARK_IF_ANY: return slot->text_size > 0 ? put_joined(place, form, piece, slot) : place;
     case MARK_LIST:
+        // A list may be longer than the room for a form's pieces.
         for (const arg_slot *last = arg_slots + last_slot; slot <= last; slot++) {
-            out_bytes(joint, piece->joint);
-            out_bytes(slot->text, slot->text_size);
+            out_give_place(place);
+            place = put_joined(out_take_place(put_room), form, piece, slot);
         }
-        break;
-    default: break;
+        return place;
+    default: return place;
     }
 }
 
@@ -79,16 +90,8 @@ void emit_form(const form_code &form, int32_t last_slot)
         return;
     }
     const form_piece *end = form.pieces + form.pieces_used;
-    for (const form_piece *piece = form.pieces; piece < end; piece++) {
-        place = put_literal(place, form, piece);
-        if (piece->mark == MARK_TEXT) {
-            place = put_text(place, arg_slots + piece->slot);
-        } else if (piece->mark != MARK_NONE) {
-            out_give_place(place);
-            emit_rare_mark(form, piece, last_slot);
-            place = out_take_place(put_room);
-        }
-    }
+    for (const form_piece *piece = form.pieces; piece < end; piece++)
+        place = put_mark(put_literal(place, form, piece), form, piece, last_slot);
     out_give_place(place);
 }
 

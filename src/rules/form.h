@@ -26,6 +26,7 @@ struct form_piece {
 };
 
 constexpr int form_pieces_max = 24; // what the widest form takes, the two lines of a dimension
+constexpr int form_joint_max = 2;   // characters of a joint
 constexpr int form_slot_max = 26;   // no form may name a slot behind this one
 
 // A form taken apart.
@@ -49,6 +50,8 @@ constexpr int form_read_mark(const char *text, int at, form_piece *piece)
     while (text[at] == ',' || text[at] == ' ')
         at++;
     piece->joint = static_cast<uint8_t>(at - joint_start);
+    if (piece->joint > form_joint_max)
+        form_is_malformed();
     char kind = text[at++];
     int slot = 0;
     int digits = 0;
