@@ -38,7 +38,8 @@ static inline char *put_literal(char *place, const form_code &form, const form_p
 }
 
 // Puts the joint of a piece and the text of a slot.
-static inline char *put_joined(char *place, const form_code &form, const form_piece *piece, const arg_slot *slot)
+static inline char *put_joined(char *place, const form_code &form, const form_piece *piece,
+                               const arg_slot *slot)
 {
     memcpy(place, form.text + piece->start + piece->size + 1, form_joint_max);
     return put_text(place + piece->joint, slot);

@@ -199,6 +199,11 @@ const cmd_row &command_row_at(int32_t index)
     return cmd_table.row[index];
 }
 
+int32_t command_find(const word_key &key)
+{
+    return word_index_find(command_index, key);
+}
+
 int32_t command_find(const char *word, size_t size)
 {
     return word_index_find(command_index, word, size);

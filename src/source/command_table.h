@@ -5,6 +5,7 @@
 #pragma once
 
 #include "source/command_rows.h"
+#include "support/word_index.h"
 
 #include <stddef.h>
 #include <stdint.h>
@@ -24,3 +25,4 @@ const cmd_row &command_row_at(int32_t index);
 
 // Index of the row of a word of size characters, or -1.
 int32_t command_find(const char *word, size_t size);
+int32_t command_find(const word_key &key);

@@ -66,6 +66,9 @@ static bool is_ready(const unsigned char *c)
 // A word of fewer characters may lie ready, behind as few blanks and with as few behind it.
 constexpr int ready_word_max = 16;
 
+// The key of the statement's word, for the tables; of a word that is in none of them, no one's.
+static word_key first_word_key;
+
 // Where the word of the statement lies in the source, as long as its line isn't read; null if it doesn't lie
 // there.
 static const char *word_in_source;
@@ -115,6 +118,9 @@ static bool read_ready_word(char *word, int32_t *length, int32_t *kind)
     write_indent(indent);
     memcpy(word, start, ready_word_max);
     word_in_source = reinterpret_cast<const char *>(start);
+    first_word_key = static_cast<size_t>(run) <= word_size_max
+                         ? word_key_ready(start, static_cast<size_t>(run))
+                         : word_key{0, 0};
     bool assigned = *next == '=' || *next == '[';
     *kind = (blank ? assigned : *next != '\n') ? 1 : 0;
     *length = run + *kind;
@@ -178,6 +184,8 @@ static int32_t read_word(plat_file *stream, char *word, int32_t size, int32_t *l
     kind = read_word_singly(stream, word, size, length);
     word[*length] = 0;
     *length = static_cast<int32_t>(strlen(word));
+    auto read = static_cast<size_t>(*length);
+    first_word_key = read <= word_size_max ? word_key_make(word, read) : word_key{0, 0};
     return kind;
 }
 
@@ -338,10 +346,10 @@ int32_t next_statement(plat_file *stream)
         return assignment_statement(stream, word, length);
     if (word[0] == ':')
         return label_define(stream, word, word_size);
-    int32_t row = command_find(word, static_cast<size_t>(length));
+    int32_t row = command_find(first_word_key);
     if (row >= 0)
         return command_statement(stream, word, length, row);
-    int32_t keyword = word_index_find(stmt_keyword_index, word, static_cast<size_t>(length));
+    int32_t keyword = word_index_find(stmt_keyword_index, first_word_key);
     if (keyword >= 0)
         return stmt_keyword_table[keyword].handler(stream, word, word_size);
     return unknown_statement(stream, word, length);

@@ -12,7 +12,8 @@ char stmt_text[line_buf_capacity + 4];
 const unsigned char *line_ready_end(int32_t word_length)
 {
     const unsigned char *end = plain_run_end(src_raw.pos, src_raw.plain_end);
-    bool ready = end < src_raw.plain_end && *end == '\n' && end - src_raw.pos < line_buf_capacity - word_length;
+    bool ready =
+        end < src_raw.plain_end && *end == '\n' && end - src_raw.pos < line_buf_capacity - word_length;
     return ready ? end : nullptr;
 }
 

@@ -27,16 +27,16 @@ extern char line_buf[line_buf_capacity + 1];
 // The copy of a text that an evaluation or a declaration works on, and cuts up.
 extern char stmt_text[line_buf_capacity + 4];
 
-// Lines that lie ready in the source are written in steps of so many bytes: more is copied than is written, for how
-// long a line is can't be foreseen.
+// Lines that lie ready in the source are written in steps of so many bytes: more is copied than is written,
+// for how long a line is can't be foreseen.
 constexpr size_t line_step = 32;
 
-// The line feed that ends the current line if all of it lies ready in the source and fits line_buf behind a word of
-// the given length; else null.
+// The line feed that ends the current line if all of it lies ready in the source and fits line_buf behind a
+// word of the given length; else null.
 const unsigned char *line_ready_end(int32_t word_length);
 
-// Writes a word, of which line_step bytes have to be readable, and the line that lies ready up to its end, and so
-// many line feeds. Reads on behind the line.
+// Writes a word, of which line_step bytes have to be readable, and the line that lies ready up to its end,
+// and so many line feeds. Reads on behind the line.
 void line_write_ready(const char *word, int32_t length, const unsigned char *end, int line_feeds);
 
 // Copies a statement's word, a blank and the rest of its line as read to the output. Gives STATEMENT_DONE,

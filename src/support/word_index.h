@@ -25,6 +25,18 @@ inline word_key word_key_make(const char *word, size_t size)
                     static_cast<uint32_t>(characters_lower(rest))};
 }
 
+// The same for a word of which word_size_max characters and four more are readable, whatever they are.
+inline word_key word_key_ready(const unsigned char *word, size_t size)
+{
+    uint64_t first;
+    uint64_t rest;
+    memcpy(&first, word, sizeof first);
+    memcpy(&rest, word + 8, sizeof rest);
+    first &= size < 8 ? (uint64_t{1} << 8 * size) - 1 : UINT64_MAX;
+    rest &= size <= 8 ? 0 : (uint64_t{1} << 8 * (size - 8)) - 1;
+    return word_key{characters_lower(first), static_cast<uint32_t>(characters_lower(rest))};
+}
+
 constexpr bool word_key_equals(const word_key &a, const word_key &b)
 {
     return a.first == b.first && a.rest == b.rest;
@@ -70,15 +82,19 @@ constexpr word_index<places, rows> word_index_make(const table_row (&table)[rows
     return index;
 }
 
-// Number of the row of a word, or -1.
+// Number of the row of a key, or -1.
 template <size_t places, size_t rows>
-inline int32_t word_index_find(const word_index<places, rows> &index, const char *word, size_t size)
+inline int32_t word_index_find(const word_index<places, rows> &index, const word_key &key)
 {
-    if (size > word_size_max)
-        return -1;
-    word_key key = word_key_make(word, size);
     size_t place = word_hash(key) % places;
     while (index.row[place] != 0 && !word_key_equals(index.key[index.row[place]], key))
         place = (place + 1) % places;
     return index.row[place] - 1;
+}
+
+// The same for a word.
+template <size_t places, size_t rows>
+inline int32_t word_index_find(const word_index<places, rows> &index, const char *word, size_t size)
+{
+    return size > word_size_max ? -1 : word_index_find(index, word_key_make(word, size));
 }
