@@ -50,10 +50,10 @@ struct ready_map {
 static constexpr ready_map ready_make()
 {
     ready_map map{};
-    for (int c = 1; c < 256; c++)
-        map.ready[c] =
-            c == '\n' || c == '\t' || (src_plain.plain[c] && (char_classes.bits[c] & CHAR_WHITE) == 0);
-    map.ready[' '] = true;
+    for (int c = 1; c < 256; c++) {
+        bool white = (char_classes.bits[c] & CHAR_WHITE) != 0;
+        map.ready[c] = white ? c == ' ' || c == '\t' || c == '\n' : src_plain.plain[c];
+    }
     return map;
 }
 static constexpr ready_map ready_characters = ready_make();
