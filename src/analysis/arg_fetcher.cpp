@@ -254,7 +254,7 @@ static bool stretch_follow()
     if (stretch.text != nullptr && text - stretch.text < plain_marks_width)
         return false;
     stretch.text = text;
-    stretch.marks = plain_marks_find(text, static_cast<size_t>(src_raw.plain_end - text));
+    plain_marks_find(text, static_cast<size_t>(src_raw.plain_end - text), &stretch.marks);
     return true;
 }
 

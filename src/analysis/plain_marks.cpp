@@ -24,8 +24,9 @@ static uint64_t mark_keywords(const unsigned char *text, uint64_t starts, uint64
 }
 
 // The arguments at text, whose characters the masks tell.
-__attribute__((always_inline)) static inline plain_marks marks_from(const char_masks &masks,
-                                                                    const unsigned char *text, size_t ready)
+__attribute__((always_inline)) static inline void marks_from(const char_masks &masks,
+                                                             const unsigned char *text, size_t ready,
+                                                             plain_marks *marks)
 {
     uint64_t ends = masks.comma | masks.line_feed;
     if (ready < plain_marks_width)
@@ -43,12 +44,15 @@ __attribute__((always_inline)) static inline plain_marks marks_from(const char_m
     uint64_t names = behind_runs(starts & masks.letter, masks.word) & ends;
     names &= ~mark_keywords(text, starts & masks.letter, masks.letter, ends);
 
-    return plain_marks{starts, ends, ends & (numbers | names | starts), names};
+    marks->starts = starts;
+    marks->ends = ends;
+    marks->plain = ends & (numbers | names | starts);
+    marks->names = names;
 }
 
-static plain_marks find_plainly(const unsigned char *text, size_t ready)
+static void find_plainly(const unsigned char *text, size_t ready, plain_marks *marks)
 {
-    return marks_from(char_masks_read(text), text, ready);
+    marks_from(char_masks_read(text), text, ready, marks);
 }
 
 static bool always()
@@ -76,7 +80,7 @@ WITH_AVX2 static inline __m256i between_avx2(__m256i characters, char low, char 
                              from_low);
 }
 
-WITH_AVX2 static plain_marks find_avx2(const unsigned char *text, size_t ready)
+WITH_AVX2 static void find_avx2(const unsigned char *text, size_t ready, plain_marks *marks)
 {
     __m256i low = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(text));
     __m256i high = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(text + 32));
@@ -97,7 +101,7 @@ WITH_AVX2 static plain_marks find_avx2(const unsigned char *text, size_t ready)
     masks.tab = are('\t');
     masks.comma = are(',');
     masks.line_feed = are('\n');
-    return marks_from(masks, text, ready);
+    marks_from(masks, text, ready, marks);
 }
 
 static bool has_avx2()
@@ -115,7 +119,7 @@ WITH_AVX512 static inline uint64_t between_avx512(__m512i characters, char low, 
     return _mm512_cmple_epu8_mask(from_low, _mm512_set1_epi8(static_cast<char>(high - low)));
 }
 
-WITH_AVX512 static plain_marks find_avx512(const unsigned char *text, size_t ready)
+WITH_AVX512 static void find_avx512(const unsigned char *text, size_t ready, plain_marks *marks)
 {
     __m512i characters = _mm512_loadu_si512(text);
     auto are = [&](char c) WITH_AVX512 { return _mm512_cmpeq_epi8_mask(characters, _mm512_set1_epi8(c)); };
@@ -130,7 +134,7 @@ WITH_AVX512 static plain_marks find_avx512(const unsigned char *text, size_t rea
     masks.tab = are('\t');
     masks.comma = are(',');
     masks.line_feed = are('\n');
-    return marks_from(masks, text, ready);
+    marks_from(masks, text, ready, marks);
 }
 
 static bool has_avx512()
@@ -149,13 +153,13 @@ const plain_marks_way plain_marks_table[plain_marks_ways] = {
 #endif
 
 // Chooses the way at the first call.
-static plain_marks find_first(const unsigned char *text, size_t ready)
+static void find_first(const unsigned char *text, size_t ready, plain_marks *marks)
 {
     int way = plain_marks_ways - 1;
     while (!plain_marks_table[way].supported())
         way--;
     plain_marks_find = plain_marks_table[way].find;
-    return plain_marks_find(text, ready);
+    plain_marks_find(text, ready, marks);
 }
 
-plain_marks (*plain_marks_find)(const unsigned char *text, size_t ready) = find_first;
+void (*plain_marks_find)(const unsigned char *text, size_t ready, plain_marks *marks) = find_first;

@@ -21,7 +21,7 @@ struct plain_marks {
 
 // One way to find them: at text, of which ready characters count.
 struct plain_marks_way {
-    plain_marks (*find)(const unsigned char *text, size_t ready);
+    void (*find)(const unsigned char *text, size_t ready, plain_marks *marks);
     bool (*supported)(); // by the processor
 };
 
@@ -29,5 +29,6 @@ struct plain_marks_way {
 constexpr int plain_marks_ways = 3;
 extern const plain_marks_way plain_marks_table[plain_marks_ways];
 
-// The quickest way that is supported.
-extern plain_marks (*plain_marks_find)(const unsigned char *text, size_t ready);
+// The quickest way that is supported. It writes where the marks are read: a copy of numbers just written makes the
+// processor wait.
+extern void (*plain_marks_find)(const unsigned char *text, size_t ready, plain_marks *marks);
