@@ -20,6 +20,10 @@ static int32_t pool_top;          // where in arg_pool the strings begin that ha
 static int32_t line_used;         // characters gathered in line_buf
 static const arg_slot *line_owed; // the slot whose text line_buf should hold and doesn't yet; null: it does
 
+// What ends an argument, whichever line end the source has.
+constexpr int comma = ',';
+constexpr int line_feed = '\n';
+
 // How a character of raw text is taken: stored at once, or looked at.
 enum : uint8_t { RAW_STORED = 1, RAW_STORED_COUNTED = 2, STRING_STORED = 4 };
 
@@ -311,7 +315,7 @@ static arg_slot *store_plain(uint64_t ends, const uint8_t *spec, int32_t count, 
 // line feed that ended the last of them.
 static int32_t take_plain_arguments(const uint8_t *spec, int32_t count, int *last, bool *keep_absent)
 {
-    if (!is_numeric(*spec & ~ARG_OPTIONAL) || pool_top <= pool_values_max || src_at_line_feed())
+    if (!is_numeric(*spec & ~ARG_OPTIONAL) || pool_top <= pool_values_max || src_is_line_end(src_raw.pos))
         return 0;
     const arg_slot *first = arg_cursor;
     int32_t taken = 0;
@@ -333,8 +337,8 @@ static int32_t take_plain_arguments(const uint8_t *spec, int32_t count, int *las
         *keep_absent |= (stretch.marks.starts & done) != 0;
         slot_names_wait(waiting_names{reinterpret_cast<const char *>(stretch.text), arg_cursor,
                                       stretch.marks.starts, done, stretch.marks.names & done});
-        *last = stretch.text[end];
-        more = *last == ',';
+        more = stretch.text[end] == ',';
+        *last = more ? comma : line_feed;
         src_raw.pos = stretch.text + end + (more ? 1 : 0);
         arg_type_cursor += behind - arg_cursor;
         arg_cursor = behind;
@@ -345,19 +349,19 @@ static int32_t take_plain_arguments(const uint8_t *spec, int32_t count, int *las
     line_owed = arg_cursor - 1;
     slot_clear();
     if (*last == '\n')
-        src_take_line_feed();
+        src_take_line_end();
     return taken;
 }
 
 // Takes what ends an argument at end, a comma or a line feed, and all before it.
 static void take_through(const unsigned char *end, int *last)
 {
-    *last = *end;
+    *last = *end == ',' ? comma : line_feed;
     src_raw.pos = end;
-    if (*end == '\n')
-        src_take_line_feed();
-    else
+    if (*end == ',')
         src_raw.pos++;
+    else
+        src_take_line_end();
 }
 
 // Makes a stretch of the source the slot's text.
@@ -378,7 +382,7 @@ static const unsigned char *raw_end(const unsigned char *start, bool counted)
             const unsigned char *mark = c + lowest_bit(marks);
             if (mark >= src_raw.plain_end)
                 return nullptr;
-            if (*mark == '\n' || (*mark == ',' && depth == 0))
+            if (src_is_line_end(mark) || (*mark == ',' && depth == 0))
                 return depth == 0 ? mark : nullptr;
             bool parenthesis = *mark == '(' || *mark == ')';
             if (!parenthesis && *mark != ',')
@@ -414,7 +418,7 @@ static bool take_ready_string(const unsigned char *start, int *last)
     const unsigned char *end = quote + 1;
     while (end < src_raw.plain_end && *end == ' ')
         end++;
-    if (end == src_raw.plain_end || (*end != ',' && *end != '\n'))
+    if (end == src_raw.plain_end || (*end != ',' && !src_is_line_end(end)))
         return false;
     auto size = static_cast<uint32_t>(quote - start - 1);
     if (!pool_take_string(size))
@@ -456,7 +460,7 @@ static int take_ready(uint8_t type, int *last, bool *empty)
         *arg_type_cursor = ARG_STR;
         return 1;
     }
-    if (*start == ',' || *start == '\n') {
+    if (*start == ',' || src_is_line_end(start)) {
         slot_set_stretch(start, start, HOLDS_NOTHING);
         take_through(start, last);
         line_owed = arg_cursor;

@@ -13,7 +13,7 @@ constexpr int quick_slack = 16;
 // many.
 constexpr int quick_size_max = 49;
 
-// Evaluates the text from text to end, behind which stands a comma, a line feed or a NUL. True if it did.
+// Evaluates the text from text to end, behind which stands a comma, a line end or a NUL. True if it did.
 bool quick_expr(const char *text, const char *end, double *value);
 
 // Carries out the assignment of a value to a variable or an element that is known. The text begins with a

@@ -24,14 +24,13 @@ static uint64_t mark_keywords(const unsigned char *text, uint64_t starts, uint64
 }
 
 // The arguments at text, whose characters the masks tell.
-__attribute__((always_inline)) static inline void marks_from(const char_masks &masks,
-                                                             const unsigned char *text, size_t ready,
-                                                             plain_marks *marks)
+__attribute__((always_inline)) static inline void
+marks_from(const char_masks &masks, const unsigned char *text, size_t ready, plain_marks *marks)
 {
-    uint64_t ends = masks.comma | masks.line_feed;
-    if (ready < plain_marks_width)
-        ends &= (uint64_t{1} << ready) - 1;
-    ends &= up_to_lowest_bit(masks.line_feed);
+    const uint64_t in_source = ready < plain_marks_width ? (uint64_t{1} << ready) - 1 : UINT64_MAX;
+    uint64_t line_feeds = masks.line_feed & in_source;
+    uint64_t line_ends = line_feeds | (masks.carriage & line_feeds >> 1);
+    uint64_t ends = ((masks.comma & in_source) | line_ends) & up_to_lowest_bit(line_ends);
     uint64_t starts = behind_runs(ends << 1 | 1, masks.space | masks.tab);
 
     // A number with a digit or two: 5, -5, 5., .5. One that begins with 0 and a digit is perhaps octal.
@@ -101,6 +100,7 @@ WITH_AVX2 static void find_avx2(const unsigned char *text, size_t ready, plain_m
     masks.tab = are('\t');
     masks.comma = are(',');
     masks.line_feed = are('\n');
+    masks.carriage = are('\r');
     marks_from(masks, text, ready, marks);
 }
 
@@ -134,6 +134,7 @@ WITH_AVX512 static void find_avx512(const unsigned char *text, size_t ready, pla
     masks.tab = are('\t');
     masks.comma = are(',');
     masks.line_feed = are('\n');
+    masks.carriage = are('\r');
     marks_from(masks, text, ready, marks);
 }
 

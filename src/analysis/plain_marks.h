@@ -14,9 +14,9 @@ constexpr int plain_marks_width = 64; // characters that are looked at; so many 
 // starts and ends with is only so if it has no comma in parentheses.
 struct plain_marks {
     uint64_t starts; // first characters; for an empty argument, of what ends it
-    uint64_t ends;   // the commas behind them; the last one may be a line feed
-    uint64_t plain;  // those ends whose argument is plain
-    uint64_t names;  // those of the plain ones that are names
+    uint64_t ends; // the commas behind them; the last one may be a line end, a line feed or the CR of a CR LF
+    uint64_t plain; // those ends whose argument is plain
+    uint64_t names; // those of the plain ones that are names
 };
 
 // One way to find them: at text, of which ready characters count.
@@ -29,6 +29,6 @@ struct plain_marks_way {
 constexpr int plain_marks_ways = 3;
 extern const plain_marks_way plain_marks_table[plain_marks_ways];
 
-// The quickest way that is supported. It writes where the marks are read: a copy of numbers just written makes the
-// processor wait.
+// The quickest way that is supported. It writes where the marks are read: a copy of numbers just written
+// makes the processor wait.
 extern void (*plain_marks_find)(const unsigned char *text, size_t ready, plain_marks *marks);

@@ -42,7 +42,8 @@ static int copy_white(plat_file *stream)
 }
 
 // Characters behind a word that lie ready in the source: what may be read without a change, the blank, the
-// tab and the line feed. A NUL would be lost when it is pushed back; the other white space is rare.
+// tab and the line feed, and CR LF too. A NUL would be lost when it is pushed back; the other white space is
+// rare.
 struct ready_map {
     bool ready[256];
 };
@@ -60,7 +61,7 @@ static constexpr ready_map ready_characters = ready_make();
 
 static bool is_ready(const unsigned char *c)
 {
-    return c < src_raw.plain_end && ready_characters.ready[*c];
+    return (c < src_raw.plain_end && ready_characters.ready[*c]) || src_is_line_end(c);
 }
 
 // A word of fewer characters may lie ready, behind as few blanks and with as few behind it.
@@ -122,7 +123,7 @@ static bool read_ready_word(char *word, int32_t *length, int32_t *kind)
                          ? word_key_ready(start, static_cast<size_t>(run))
                          : word_key{0, 0};
     bool assigned = *next == '=' || *next == '[';
-    *kind = (blank ? assigned : *next != '\n') ? 1 : 0;
+    *kind = (blank ? assigned : *next != '\n' && *next != '\r') ? 1 : 0;
     *length = run + *kind;
     word[run] = static_cast<char>(blank ? ' ' : *end);
     word[*length] = 0;

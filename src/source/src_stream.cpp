@@ -267,7 +267,7 @@ int src_getc_slow(plat_file *stream)
     }
     if (ready && *src_raw.pos == '\n') {
         src_settle();
-        src_take_line_feed();
+        src_take_line_end();
         return '\n';
     }
     int c = getc_logical(true, stream);

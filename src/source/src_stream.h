@@ -95,16 +95,17 @@ inline int src_getc(plat_file *stream)
 // Settles the line counters as asking for the next character does.
 void src_settle();
 
-// True if the next character is a line feed that may be taken as it is.
-inline bool src_at_line_feed()
+// True if a line end, a line feed or CR LF, lies ready at a place in the buffer.
+inline bool src_is_line_end(const unsigned char *place)
 {
-    return src_raw.pos < src_raw.plain_end && *src_raw.pos == '\n';
+    return place < src_raw.plain_end &&
+           (*place == '\n' || (*place == '\r' && place + 1 < src_raw.plain_end && place[1] == '\n'));
 }
 
-// Takes the line feed that src_at_line_feed has seen.
-inline void src_take_line_feed()
+// Takes the line end that lies ready at the source's place.
+inline void src_take_line_end()
 {
-    src_raw.pos++;
+    src_raw.pos += *src_raw.pos == '\r' ? 2 : 1;
     src_lines.line_physical++;
     if (src_lines.line_counting == 0)
         return;

@@ -12,8 +12,7 @@ char stmt_text[line_buf_capacity + 4];
 const unsigned char *line_ready_end(int32_t word_length)
 {
     const unsigned char *end = plain_run_end(src_raw.pos, src_raw.plain_end);
-    bool ready =
-        end < src_raw.plain_end && *end == '\n' && end - src_raw.pos < line_buf_capacity - word_length;
+    bool ready = src_is_line_end(end) && end - src_raw.pos < line_buf_capacity - word_length;
     return ready ? end : nullptr;
 }
 
@@ -23,6 +22,8 @@ void line_write_ready(const char *word, int32_t length, const unsigned char *end
     auto size = static_cast<size_t>(end - src_raw.pos);
     char *place = out_take_place(line_buf_capacity + 2 * line_step);
     memcpy(place, word, line_step);
+    if (static_cast<size_t>(length) > line_step)
+        memcpy(place, word, static_cast<size_t>(length));
     place += length;
     size_t at = 0;
     do {
@@ -33,7 +34,7 @@ void line_write_ready(const char *word, int32_t length, const unsigned char *end
     place[size + 1] = '\n';
     out_give_place(place + size + line_feeds);
     src_raw.pos = end;
-    src_take_line_feed();
+    src_take_line_end();
 }
 
 // Copies a line whose word is written.

@@ -31,7 +31,7 @@ extern char stmt_text[line_buf_capacity + 4];
 // for how long a line is can't be foreseen.
 constexpr size_t line_step = 32;
 
-// The line feed that ends the current line if all of it lies ready in the source and fits line_buf behind a
+// The line end of the current line if all of it lies ready in the source and fits line_buf behind a
 // word of the given length; else null.
 const unsigned char *line_ready_end(int32_t word_length);
 

@@ -28,6 +28,7 @@ struct char_masks {
     uint64_t tab;       // tab
     uint64_t comma;     // ,
     uint64_t line_feed; // line feed
+    uint64_t carriage;  // CR
 };
 
 // The masks of the characters from text on.
@@ -130,6 +131,7 @@ inline char_masks char_masks_read(const unsigned char *text)
         masks.tab |= characters_mask(characters, '\t', at);
         masks.comma |= characters_mask(characters, ',', at);
         masks.line_feed |= characters_mask(characters, '\n', at);
+        masks.carriage |= characters_mask(characters, '\r', at);
     }
     return masks;
 }
@@ -263,6 +265,7 @@ inline char_masks char_masks_read_singly(const unsigned char *text)
         masks.tab |= c == '\t' ? bit : 0;
         masks.comma |= c == ',' ? bit : 0;
         masks.line_feed |= c == '\n' ? bit : 0;
+        masks.carriage |= c == '\r' ? bit : 0;
     }
     return masks;
 }
