@@ -1,10 +1,10 @@
 // Argument fetcher: turns the rest of a command statement into slots, driven by the row's spec bytes alone.
 //
-// It sees no lines but a stream of characters, in which a quoted string may run over a line end. Each
-// argument is gathered in line_buf first. Numeric arguments are evaluated there, in place, after their typed
-// text has been put by: so after a failure line_buf, which the statement loop prints, ends behind the first
-// name of the last text that was evaluated. Plain numbers, the commonest arguments, go straight from the
-// source to their slot; line_buf gets such a text only when the fetch fails. After a success it is nobody's.
+// It sees no lines but a stream of characters, in which a quoted string may run over a line end. An argument
+// that needs no change stays in the source's buffer (arg_ready.h); any other is gathered in line_buf
+// (arg_gather.h) and stored from there (arg_store.h). After a failure line_buf, which the statement loop
+// prints, holds the text read last; if that was evaluated, it ends behind its first name. After a success it
+// is nobody's.
 #pragma once
 
 #include <stdint.h>
@@ -15,7 +15,7 @@ constexpr uint32_t arg_pool_block = 3008; // bytes of arg_pool
 constexpr int32_t arg_pool_size =
     3001; // of them in use: values from the bottom up, strings from the top down
 
-// The argument store, one block for each file: the values of type 4 arguments and the strings.
+// The argument store, one block for each file. Its size bounds the values and the strings of a statement.
 extern char *arg_pool;
 
 // Fetches a statement's arguments and reads on behind its line feed. Entered with arg_cursor on slot 1 and
