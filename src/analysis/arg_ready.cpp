@@ -59,23 +59,25 @@ static arg_slot *store_plain(uint64_t ends, const uint8_t *spec, int32_t count, 
     uint8_t *type = arg_type_cursor;
     const char *text = reinterpret_cast<const char *>(stretch.text);
     uint64_t starts = stretch.marks.starts & UINT64_MAX << (src_raw.pos - stretch.text);
+    unsigned last = 0;
     for (; ends != 0 && slot < limit; slot++, spec++, type++) {
-        uint8_t holds = *spec | HOLDS_WAITING;
-        int start = lowest_bit(starts);
-        int behind = lowest_bit(ends);
-        auto size = static_cast<uint32_t>(behind - start);
+        unsigned holds = *spec | unsigned{HOLDS_WAITING};
+        auto start = static_cast<unsigned>(lowest_bit(starts));
+        auto behind = static_cast<unsigned>(lowest_bit(ends));
+        unsigned size = behind - start;
         if (!arg_is_numeric(holds ^ HOLDS_WAITING) || (size | (*spec & ARG_OPTIONAL)) == 0)
             break;
-        *end = behind;
+        last = behind;
         *type = static_cast<uint8_t>((holds ^ HOLDS_WAITING) | (size == 0 ? unsigned{ARG_ABSENT} : 0));
         slot->text = text + start;
         slot->text_size = size;
         slot->begin_mark = 0;
         slot->state = 0;
-        slot->holds = holds;
+        slot->holds = static_cast<uint8_t>(holds);
         starts = without_lowest_bit(starts);
         ends = without_lowest_bit(ends);
     }
+    *end = static_cast<int>(last);
     return slot;
 }
 
