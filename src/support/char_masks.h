@@ -31,10 +31,11 @@ struct char_masks {
     uint64_t carriage;  // CR
 };
 
+// All that looks at characters stands here twice: with instructions for 16 at a time, and one at a time
+// (singly) for machines without them. Both give the same.
+
 // The masks of the characters from text on.
 char_masks char_masks_read(const unsigned char *text);
-
-// The same, one character at a time: for machines without the instructions, and to compare with.
 char_masks char_masks_read_singly(const unsigned char *text);
 
 // Index of the lowest bit of a mask that isn't 0.
@@ -78,21 +79,26 @@ inline uint64_t behind_runs(uint64_t places, uint64_t runs)
 // readable.
 constexpr int word_run_max = 16;
 int word_run(const unsigned char *text);
+int word_run_singly(const unsigned char *text);
 
 // The number of blanks and tabs from text on, at most 16; so many characters have to be readable.
 int blank_run(const unsigned char *text);
+int blank_run_singly(const unsigned char *text);
 
 // The first character from text on, at the latest end, that is a backslash, CR, line feed or byte 26. 31
 // characters behind end have to be readable.
 const unsigned char *plain_run_end(const unsigned char *text, const unsigned char *end);
+const unsigned char *plain_run_end_singly(const unsigned char *text, const unsigned char *end);
 
 // Marks those of the 16 characters from text on that aren't simply part of a raw text: the comma, the
 // backslash, whatever isn't printable, and the parentheses.
 uint64_t raw_marks(const unsigned char *text);
+uint64_t raw_marks_singly(const unsigned char *text);
 
 // The first character from text on, at the latest end, that isn't simply part of a string: a quote of either
 // kind, a NUL, and what isn't plain. 15 characters behind end have to be readable.
 const unsigned char *string_run_end(const unsigned char *text, const unsigned char *end);
+const unsigned char *string_run_end_singly(const unsigned char *text, const unsigned char *end);
 
 #if defined(__SSE2__)
 
@@ -202,7 +208,39 @@ inline const unsigned char *plain_run_end(const unsigned char *text, const unsig
 
 #else
 
+inline char_masks char_masks_read(const unsigned char *text)
+{
+    return char_masks_read_singly(text);
+}
+
+inline int word_run(const unsigned char *text)
+{
+    return word_run_singly(text);
+}
+
 inline uint64_t raw_marks(const unsigned char *text)
+{
+    return raw_marks_singly(text);
+}
+
+inline const unsigned char *string_run_end(const unsigned char *text, const unsigned char *end)
+{
+    return string_run_end_singly(text, end);
+}
+
+inline int blank_run(const unsigned char *text)
+{
+    return blank_run_singly(text);
+}
+
+inline const unsigned char *plain_run_end(const unsigned char *text, const unsigned char *end)
+{
+    return plain_run_end_singly(text, end);
+}
+
+#endif
+
+inline uint64_t raw_marks_singly(const unsigned char *text)
 {
     uint64_t marks = 0;
     for (int i = 0; i < 16; i++) {
@@ -212,14 +250,14 @@ inline uint64_t raw_marks(const unsigned char *text)
     return marks;
 }
 
-inline const unsigned char *string_run_end(const unsigned char *text, const unsigned char *end)
+inline const unsigned char *string_run_end_singly(const unsigned char *text, const unsigned char *end)
 {
     while (text < end && memchr("\"`\\\r\n\x1A", *text, 7) == nullptr)
         text++;
     return text;
 }
 
-inline int blank_run(const unsigned char *text)
+inline int blank_run_singly(const unsigned char *text)
 {
     int run = 0;
     while (run < 16 && (text[run] == ' ' || text[run] == '\t'))
@@ -227,27 +265,20 @@ inline int blank_run(const unsigned char *text)
     return run;
 }
 
-inline const unsigned char *plain_run_end(const unsigned char *text, const unsigned char *end)
+inline const unsigned char *plain_run_end_singly(const unsigned char *text, const unsigned char *end)
 {
     while (text < end && *text != '\\' && *text != '\r' && *text != '\n' && *text != 26)
         text++;
     return text;
 }
 
-inline int word_run(const unsigned char *text)
+inline int word_run_singly(const unsigned char *text)
 {
     int run = 0;
     while (run < word_run_max && char_is(text[run], CHAR_WORD))
         run++;
     return run;
 }
-
-inline char_masks char_masks_read(const unsigned char *text)
-{
-    return char_masks_read_singly(text);
-}
-
-#endif
 
 inline char_masks char_masks_read_singly(const unsigned char *text)
 {
