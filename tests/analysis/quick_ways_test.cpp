@@ -1,0 +1,178 @@
+// The quick ways beside the plain ones: what they take they take alike, and what they leave they leave alone.
+#include "analysis/expr_eval.h"
+#include "analysis/expr_lexer.h"
+#include "analysis/expr_quick.h"
+#include "analysis/plain_marks.h"
+#include "analysis/var_store.h"
+#include "common/diff.h"
+#include "common/random_texts.h"
+#include "common/run.h"
+#include "driver/batch.h"
+#include "support/char_masks.h"
+
+#include <gtest/gtest.h>
+
+#include <math.h>
+#include <string.h>
+
+#include <regex>
+
+// ---- Quick evaluation ----
+
+static random_texts expressions({
+    {'e', "%b%o%b;%b%o%b%p%e"},
+    {'b', ";;;;; ; ;\t; \t "},
+    {'o', "%n;%n;%n;%v;%v;%v;%n;%v;-%b%o;(%e);%f;%x"},
+    {'n', "0;1;7;10;2.5;.5;5.;0.1;3.14159265358979;123456789012345"},
+    {'v', "x;y;i;c;f;nosuch;other_1;a[1];a[i];b[1][0];a[%e];x23456789012345"},
+    {'f', "abs(%e);Sqrt (%e);atan2(%e,%e);HYPOT(%e,%e);floor(%e);foo(%e);cos(%e,%e)"},
+    {'x',
+     "90071992547409931;0.1234567890123;0.90071992547409931;007;08;0x1F;00.5;1e3;2.5e-1;1d;.;1.2.3;2x;X;_x;"
+     "a;a[3];a[-1];b[1];x[0];nosuch[0];$s[0];$$l[1][0];@c;INT;Sizeof(a);Copsize;abs;x234567890123456;5';"
+     "6\";~1;+2"},
+    {'p', "+;-;*;/;+;-;*;/;<;>;<=;>=;==;!=;&&;||;%q"},
+    {'q', "=;^;&;|;#;<<;! =;< =;= =;<>;?;,;@"},
+    {'a', "%t=%e;%t%b=%e;%t ==%e"},
+    {'t', "x;y;i;c;f;a[1];a [ i ];b[1][x];nosuch;a;b[1];a[9];int;nosuch[1]"},
+    {'z', ",;\n;,1)+1];\n)"},
+});
+
+// The bytes of all variables: the selection, the records, and the one area that their blocks lie in.
+static std::string variables_now()
+{
+    return std::string(reinterpret_cast<char *>(&var_current), sizeof var_current) +
+           std::string(reinterpret_cast<char *>(var_table),
+                       static_cast<size_t>(var_count) * sizeof *var_table) +
+           std::string(static_cast<char *>(Vbuf->areas->base), Vbuf->areas->size);
+}
+
+static void variables_restore(const std::string &bytes)
+{
+    size_t blocks = bytes.size() - Vbuf->areas->size;
+    memcpy(&var_current, bytes.data(), sizeof var_current);
+    memcpy(var_table, bytes.data() + sizeof var_current, blocks - sizeof var_current);
+    memcpy(Vbuf->areas->base, bytes.data() + blocks, Vbuf->areas->size);
+}
+
+// A name that was put off before.
+static void read_late()
+{
+    (void)var_read("late", nullptr);
+}
+
+static void make_variables()
+{
+    file_objects();
+    for (std::string text :
+         {"DOUBLE a[3]", "SHORT b[2][2]", "$s=\"ab\"", "INT i", "CHAR c", "FLOAT f", "x=2.5", "y=3", "late=7",
+          "x23456789012345=6", "x234567890123456=7", "f=.1", "a[1]=1.5", "b[1][0]=2", "$$l[1]=\"cd\""})
+        (void)eval_expr(text.data());
+}
+
+TEST(expr_quick, agrees_with_the_evaluator)
+{
+    int taken[2] = {0, 0};
+    bool fresh = true; // the variables have to be made anew
+    for (int n = 0; n < 200000; n++) {
+        if (fresh || n % 1000 == 0)
+            make_variables();
+        fresh = false;
+        bool assigns = expressions.die() % 3 == 0;
+        std::string text = expressions.expand(assigns ? "%a" : "%e");
+        std::string source = text + expressions.pick('z') + std::string(quick_slack, 0);
+        const char *end = source.data() + text.size();
+        bool late = expressions.die() % 2 == 0;
+        SCOPED_TRACE(source.data());
+
+        std::string before = variables_now();
+        var_unread = late ? read_late : nullptr;
+        double value = 0;
+        bool took = assigns ? quick_assignment(source.data(), end) : quick_expr(source.data(), end, &value);
+        if (var_unread != nullptr)
+            var_unread();
+        std::string after = variables_now();
+
+        variables_restore(before);
+        if (late)
+            read_late();
+        if (took) {
+            taken[assigns]++;
+            const double *wanted = eval_expr(text.data());
+            ASSERT_NE(wanted, nullptr);
+            // Which sign the sum of two NaN has is left to the compiler: they are kept out of the variables.
+            fresh = isnan(*wanted);
+            if (fresh)
+                continue;
+            ASSERT_TRUE(assigns || memcmp(&value, wanted, sizeof value) == 0);
+        }
+        ASSERT_TRUE(after == variables_now());
+    }
+    EXPECT_GT(taken[0], 60000) << "of about 133,000 expressions";
+    EXPECT_GT(taken[1], 10000) << "of about 67,000 assignments";
+}
+
+// ---- Plain arguments ----
+
+static random_texts lines({
+    {'l', "%p%p%p%p%p%p%p%p%p%p%p%p%p%p%p%p"},
+    {'p',
+     ",;,;,;,;,;,; ; ;"
+     "\t;-;.;0;1;27;a;_;Z;(;[;\n;-1.5;x1;int;INTx;Sizeof;.5;007;3.;\xE1;\\;\r;\x1A;\";`;~;aZ_09"},
+});
+
+// The marks of a text, one argument at a time.
+static plain_marks read_marks(const std::string &text, size_t ready)
+{
+    // A 0 with a digit behind it may begin an octal number.
+    static const std::regex number("-?((0|[1-9][0-9]*)([.][0-9]*)?|[.][0-9]+) *");
+    plain_marks marks{};
+    size_t start = 0;
+    for (size_t end = 0; end < std::min<size_t>(ready, plain_marks_width); end++) {
+        if (text[end] != ',' && text[end] != '\n')
+            continue;
+        start = text.find_first_not_of(" \t", start);
+        std::string argument = text.substr(start, end - start);
+        uint64_t bit = uint64_t{1} << end;
+        bool name = lex_is_bare_name(argument.c_str());
+        marks.starts |= uint64_t{1} << start;
+        marks.ends |= bit;
+        marks.names |= name ? bit : 0;
+        marks.plain |= name || argument.empty() || std::regex_match(argument, number) ? bit : 0;
+        start = end + 1;
+        if (text[end] == '\n')
+            break;
+    }
+    return marks;
+}
+
+TEST(plain_marks, are_found_many_at_a_time_as_one_by_one)
+{
+    for (int n = 0; n < 10000; n++) {
+        // A run of one kind, perhaps none, and whatever.
+        std::string text = times(lines.die() % 40, lines.pick('p')) + lines.expand("%l%l%l%l%l%l%l%l%l%l");
+        auto start = reinterpret_cast<const unsigned char *>(text.data());
+        SCOPED_TRACE(escaped(text));
+
+        size_t ready = lines.die() % (2 * plain_marks_width);
+        plain_marks wanted = read_marks(text, ready);
+        // What stands behind the last end may have a start too.
+        uint64_t counted = wanted.ends == 0 ? 0 : bits_through(highest_bit(wanted.ends));
+        for (const plain_marks_way &way : plain_marks_table) {
+            plain_marks marks = (way.supported() ? way : plain_marks_table[0]).find(start, ready);
+            ASSERT_EQ(marks.ends, wanted.ends) << &way - plain_marks_table;
+            ASSERT_EQ(marks.plain, wanted.plain) << &way - plain_marks_table;
+            ASSERT_EQ(marks.names, wanted.names) << &way - plain_marks_table;
+            ASSERT_EQ(marks.starts & counted, wanted.starts) << &way - plain_marks_table;
+        }
+
+        text[lines.die() % 80] = static_cast<char>(lines.die() % 256);
+        char_masks many = char_masks_read(start);
+        char_masks singly = char_masks_read_singly(start);
+        ASSERT_EQ(memcmp(&many, &singly, sizeof many), 0);
+        ASSERT_EQ(word_run(start), word_run_singly(start));
+        ASSERT_EQ(blank_run(start), blank_run_singly(start));
+        ASSERT_EQ(raw_marks(start), raw_marks_singly(start));
+        ASSERT_EQ(plain_run_end(start, start + ready), plain_run_end_singly(start, start + ready));
+        ASSERT_EQ(string_run_end(start, start + ready), string_run_end_singly(start, start + ready));
+    }
+}
