@@ -1,5 +1,6 @@
 // Properties that hold for every script, tried on all golden scripts and samples.
 #include "common/diff.h"
+#include "common/random_texts.h"
 #include "common/run.h"
 
 #include "source/command_rows.h"
@@ -92,16 +93,48 @@ static void load_every_key(const char *, key_record *key)
     key->key_restart = key->key_pos = 0;
 }
 
+static std::string enciphered(const std::string &script)
+{
+    const std::string magic("Murivo\0", 7);
+    std::string bytes = script.compare(0, magic.size(), magic) == 0 ? script : magic + script;
+    for (size_t i = 0; i < bytes.size(); i++)
+        bytes[i] = static_cast<char>(bytes[i] ^ every_key[i % sizeof every_key]);
+    return bytes;
+}
+
 TEST(properties, an_enciphered_script_converts_like_a_plain_one)
 {
     for (const fs::path &path : all_scripts()) {
         std::string script = read_file(path);
-        std::string wanted = converted(script);
-        const std::string magic("Murivo\0", 7);
-        std::string enciphered = script.compare(0, magic.size(), magic) == 0 ? script : magic + script;
-        for (size_t i = 0; i < enciphered.size(); i++)
-            enciphered[i] = static_cast<char>(enciphered[i] ^ every_key[i % sizeof every_key]);
-        EXPECT_EQ(unified_diff(wanted, converted(enciphered, load_every_key)), "") << path;
+        EXPECT_EQ(unified_diff(converted(enciphered(script), load_every_key), converted(script)), "") << path;
+    }
+}
+
+// Names wait for a statement that asks for their values, so each statement is repeated up to 200 times.
+TEST(properties, a_random_script_converts_like_its_enciphered_form)
+{
+    random_texts texts({
+        {'s',
+         "LINE %a,%a,%a,%a,%a,%a,%a,,%a\n;PRANGE %a,%a,%a,%a,%a,%a,%a,%a\n;POINT %u,%u,%u,%u\n;x = %a\n;"
+         "                  y                  =%a+%a\n;i = %a*%a - %a\n;a [%a]= %a\n;SPLINE w3,x,%a,%a,%a\n;"
+         "SPLINE w3,x %a\n;\t// %a,%a\n;PRINT \"s%a\", x, %a\n;longer_than_sixteen  = %a\n;REM %a\n;foo %a\n;"
+         "IF %a\n;%a %a\n;PRANGE %x,%x,%u,%u,%u,%u,%u,%u\n;VIEW %u,%x,%u,1,0,0,0,1,0,0\n"},
+        {'a', "%u;%u;%u;%u;%u;%u;%u;%u;%u;%u;%u;%u;%u;%u;%u;%u;%u;%u;%u;%x"},
+        {'u', "1;-2.5;.5;07;x;y;i;f;no1;no2;no1"},
+        {'x',
+         ";x+1;a[1];abs(i);no1+1;a[no2]; x;x ;- 1;sizeof;1/0;x y;"
+         "x=4;z(;a[7];5';\"s;\t;\\\n;\\\r\n;y+x\r\n;`"},
+    });
+    for (int n = 0; n < 12; n++) {
+        std::string script = "INT i\nFLOAT f\nDOUBLE a[3]\nx = 1.5\n";
+        while (script.size() < 150000) {
+            std::string statement = texts.pick('s');
+            for (size_t more = texts.die() % 4 == 0 ? texts.die() % 200 : 1; more > 0; more--)
+                script += texts.expand(statement);
+        }
+        std::string output = converted(script);
+        ASSERT_EQ(unified_diff(converted(enciphered(script), load_every_key), output), "");
+        EXPECT_GT(output.size(), script.size()) << "the reading stopped";
     }
 }
 
@@ -112,7 +145,9 @@ TEST(properties, a_seam_between_blocks_is_seen_nowhere)
         "LINE 1,2.5,-3 , x+1,5,\\\n6,1,,3\r\nword1 = 12 \\\r\n + 3\n"
         "SPLINE a3,\"s\\101\\12\" , 4\nINT i[3], k\nARRAY v[2] = {1,\n2}\n"
         ":label text\nPRINT \"a\\n\", , `b`\nON x goto a,b\nfoo bar\nCIRCLE 1,2,3,4 x\n"
-        "POINT 1,2,3,4,5,6,7,8\nREM\tend\r\n\n  // tail\n";
+        "POINT 1,2,3,4,5,6,7,8\nREM\tend\r\n\n  // tail\n"
+        "x = 2.5\ny=7\nLINE x,no,y,1,no,x\nLINE no,1,x,no,y,2\nPRANGE no,x,-1.5,no,x+y,no,y,no\n"
+        "LINE y,no,x,(\nk = no\nPRANGE k,no,x,x y,1\nPRANGE no,y,k,no, x,no,\\\n.5,no\n";
     const std::string wanted = converted(tail);
     const size_t block = 65536;
     for (size_t at = 0; at <= tail.size(); at++) {
