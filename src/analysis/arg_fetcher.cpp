@@ -55,7 +55,7 @@ static int32_t pass_absent(const uint8_t *spec, int32_t count, int32_t *walked)
         uint64_t others = ((bytes ^ ARG_OPTIONAL * ones) & (ARG_OPTIONAL | ARG_REPEAT) * ones);
         bytes = (bytes & ARG_TYPE * ones) | ARG_ABSENT * ones;
         memcpy(arg_type_cursor, &bytes, 8);
-        int32_t run = others == 0 ? 8 : lowest_bit(others) / 8;
+        auto run = static_cast<int32_t>(others == 0 ? 8 : lowest_bit(others) / 8);
         if (run > count - passed)
             run = count - passed;
         arg_type_cursor += run;

@@ -52,7 +52,7 @@ static bool stretch_goes_on()
 // wait for their values: at most count of them, by the positions at spec, as long as these are numeric and
 // none that has to be given is empty. Gives the slot behind the last one, and in *end where that one ended in
 // the stretch. Nothing in here has to be guessed but when it ends.
-static arg_slot *store_plain(uint64_t ends, const uint8_t *spec, int32_t count, int *end)
+static arg_slot *store_plain(uint64_t ends, const uint8_t *spec, int32_t count, unsigned *end)
 {
     arg_slot *slot = arg_cursor;
     const arg_slot *limit = slot + count;
@@ -62,8 +62,8 @@ static arg_slot *store_plain(uint64_t ends, const uint8_t *spec, int32_t count, 
     unsigned last = 0;
     for (; ends != 0 && slot < limit; slot++, spec++, type++) {
         unsigned holds = *spec | unsigned{HOLDS_WAITING};
-        auto start = static_cast<unsigned>(lowest_bit(starts));
-        auto behind = static_cast<unsigned>(lowest_bit(ends));
+        unsigned start = lowest_bit(starts);
+        unsigned behind = lowest_bit(ends);
         unsigned size = behind - start;
         if (!arg_is_numeric(holds ^ HOLDS_WAITING) || (size | (*spec & ARG_OPTIONAL)) == 0)
             break;
@@ -77,7 +77,7 @@ static arg_slot *store_plain(uint64_t ends, const uint8_t *spec, int32_t count, 
         starts = without_lowest_bit(starts);
         ends = without_lowest_bit(ends);
     }
-    *end = static_cast<int>(last);
+    *end = last;
     return slot;
 }
 
@@ -94,7 +94,7 @@ int32_t arg_take_plain(const uint8_t *spec, int32_t count, int *last, bool *keep
         uint64_t ends = stretch_plain_ends();
         if (ends == 0 && !fresh && stretch_goes_on())
             break;
-        int end = 0;
+        unsigned end = 0;
         arg_slot *behind = store_plain(ends, spec + taken, count - taken, &end);
         if (behind == arg_cursor && fresh)
             break;

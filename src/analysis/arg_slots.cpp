@@ -78,10 +78,10 @@ static void store_late_value(arg_slot *slot, double value)
 }
 
 // Reads the name in a stretch whose end has the given number: its dimensions, or VAR_UNKNOWN.
-static int32_t read_name(const waiting_names &stretch, int end)
+static int32_t read_name(const waiting_names &stretch, unsigned end)
 {
-    int start = highest_bit(stretch.starts & bits_through(end));
-    return var_read_sized(stretch.text + start, static_cast<size_t>(end - start), nullptr);
+    unsigned start = highest_bit(stretch.starts & bits_through(end));
+    return var_read_sized(stretch.text + start, end - start, nullptr);
 }
 
 // Selects the variable that reading the names of the first stretches would leave selected.
@@ -89,7 +89,7 @@ static void select_last(int32_t stretches)
 {
     while (stretches-- > 0)
         for (uint64_t names = slot_names[stretches].names; names != 0;) {
-            int end = highest_bit(names);
+            unsigned end = highest_bit(names);
             if (read_name(slot_names[stretches], end) != VAR_UNKNOWN)
                 return;
             names ^= uint64_t{1} << end;

@@ -11,8 +11,8 @@
 
 #include <stddef.h>
 
-constexpr int digits_max = 15;  // a number of so many digits is exact
-constexpr int keyword_size = 7; // of the longest keyword
+constexpr int digits_max = 15;     // a number of so many digits is exact
+constexpr size_t keyword_size = 7; // of the longest keyword
 
 static const char *quick_sum(const char *text, double *value);
 static const char *quick_condition(const char *text, double *value);
@@ -55,12 +55,11 @@ static const char *quick_number(const char *text, double *value)
 // The length of the name at text, of letters, digits and underscores; 0 for a keyword or a name too long.
 static inline size_t name_size(const char *text)
 {
-    int run = word_run(reinterpret_cast<const unsigned char *>(text));
-    auto size = static_cast<size_t>(run);
+    size_t run = word_run(reinterpret_cast<const unsigned char *>(text));
     if (run == word_run_max)
         return 0;
     bool perhaps_keyword = run <= keyword_size && text_is(text[run - 1], CHAR_LETTER);
-    return perhaps_keyword && lex_is_keyword(text, size) ? 0 : size;
+    return perhaps_keyword && lex_is_keyword(text, run) ? 0 : run;
 }
 
 // The subscripts at text, of which there may be none.

@@ -15,9 +15,9 @@ static uint64_t mark_keywords(const unsigned char *text, uint64_t starts, uint64
     if ((behind & ends) == 0)
         return 0;
     for (; behind != 0; behind = without_lowest_bit(behind), starts = without_lowest_bit(starts)) {
-        int start = lowest_bit(starts);
-        int end = lowest_bit(behind);
-        if (lex_is_keyword(reinterpret_cast<const char *>(text) + start, static_cast<size_t>(end - start)))
+        unsigned start = lowest_bit(starts);
+        unsigned end = lowest_bit(behind);
+        if (lex_is_keyword(reinterpret_cast<const char *>(text) + start, end - start))
             keywords |= uint64_t{1} << end;
     }
     return keywords;

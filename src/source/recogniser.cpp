@@ -65,7 +65,7 @@ static bool is_ready(const unsigned char *c)
 }
 
 // A word of fewer characters may lie ready, behind as few blanks and with as few behind it.
-constexpr int ready_word_max = 16;
+constexpr unsigned ready_word_max = 16;
 
 // The key of the statement's word, for the tables; of a word that is in none of them, no one's.
 static word_key first_word_key;
@@ -75,7 +75,7 @@ static word_key first_word_key;
 static const char *word_in_source;
 
 // Writes the white space in front of a statement that lies ready.
-static void write_indent(int size)
+static void write_indent(unsigned size)
 {
     char *place = out_take_place(ready_word_max);
     memcpy(place, src_raw.pos, ready_word_max);
@@ -83,7 +83,7 @@ static void write_indent(int size)
 }
 
 // Takes the one character that begins a statement which is text, if it is one; see read_ready_word.
-static bool take_ready_mark(const unsigned char *start, int indent, char *word, int32_t *length,
+static bool take_ready_mark(const unsigned char *start, unsigned indent, char *word, int32_t *length,
                             int32_t *kind)
 {
     if (char_is(*start, CHAR_WHITE) || *start == '#' || *start == ':')
@@ -103,15 +103,15 @@ static bool read_ready_word(char *word, int32_t *length, int32_t *kind)
 {
     src_settle();
     word_in_source = nullptr;
-    int indent = blank_run(src_raw.pos);
+    unsigned indent = blank_run(src_raw.pos);
     const unsigned char *start = src_raw.pos + indent;
-    int run = word_run(start);
+    unsigned run = word_run(start);
     const unsigned char *end = start + run;
     if (run == ready_word_max || !is_ready(start) || !is_ready(end))
         return false;
     if (!char_is(*start, CHAR_LETTER))
         return take_ready_mark(start, indent, word, length, kind);
-    int blanks = blank_run(end);
+    unsigned blanks = blank_run(end);
     const unsigned char *next = end + blanks;
     bool blank = blanks > 0;
     if (blanks == ready_word_max || !is_ready(next))
@@ -119,12 +119,10 @@ static bool read_ready_word(char *word, int32_t *length, int32_t *kind)
     write_indent(indent);
     memcpy(word, start, ready_word_max);
     word_in_source = reinterpret_cast<const char *>(start);
-    first_word_key = static_cast<size_t>(run) <= word_size_max
-                         ? word_key_ready(start, static_cast<size_t>(run))
-                         : word_key{0, 0};
+    first_word_key = run <= word_size_max ? word_key_ready(start, run) : word_key{0, 0};
     bool assigned = *next == '=' || *next == '[';
     *kind = (blank ? assigned : *next != '\n' && *next != '\r') ? 1 : 0;
-    *length = run + *kind;
+    *length = static_cast<int32_t>(run) + *kind;
     word[run] = static_cast<char>(blank ? ' ' : *end);
     word[*length] = 0;
     src_raw.pos = blank || *kind == 0 ? next : end + 1;
@@ -180,7 +178,7 @@ static int32_t read_word(plat_file *stream, char *word, int32_t size, int32_t *l
 {
     int32_t kind;
     *length = 0;
-    if (size > ready_word_max && read_ready_word(word, length, &kind))
+    if (static_cast<unsigned>(size) > ready_word_max && read_ready_word(word, length, &kind))
         return kind;
     kind = read_word_singly(stream, word, size, length);
     word[*length] = 0;

@@ -39,15 +39,15 @@ char_masks char_masks_read(const unsigned char *text);
 char_masks char_masks_read_singly(const unsigned char *text);
 
 // Index of the lowest bit of a mask that isn't 0.
-inline int lowest_bit(uint64_t mask)
+inline unsigned lowest_bit(uint64_t mask)
 {
-    return __builtin_ctzll(mask);
+    return static_cast<unsigned>(__builtin_ctzll(mask));
 }
 
 // Index of the highest bit of a mask that isn't 0.
-inline int highest_bit(uint64_t mask)
+inline unsigned highest_bit(uint64_t mask)
 {
-    return 63 - __builtin_clzll(mask);
+    return 63 - static_cast<unsigned>(__builtin_clzll(mask));
 }
 
 // A mask without its lowest bit.
@@ -57,7 +57,7 @@ inline uint64_t without_lowest_bit(uint64_t mask)
 }
 
 // The bits up to a number, that one included.
-inline uint64_t bits_through(int number)
+inline uint64_t bits_through(unsigned number)
 {
     return (uint64_t{2} << number) - 1;
 }
@@ -77,13 +77,13 @@ inline uint64_t behind_runs(uint64_t places, uint64_t runs)
 
 // The number of letters, digits and underscores from text on, at most so many; as many characters have to be
 // readable.
-constexpr int word_run_max = 16;
-int word_run(const unsigned char *text);
-int word_run_singly(const unsigned char *text);
+constexpr unsigned word_run_max = 16;
+unsigned word_run(const unsigned char *text);
+unsigned word_run_singly(const unsigned char *text);
 
 // The number of blanks and tabs from text on, at most 16; so many characters have to be readable.
-int blank_run(const unsigned char *text);
-int blank_run_singly(const unsigned char *text);
+unsigned blank_run(const unsigned char *text);
+unsigned blank_run_singly(const unsigned char *text);
 
 // The first character from text on, at the latest end, that is a backslash, CR, line feed or byte 26. 31
 // characters behind end have to be readable.
@@ -142,7 +142,7 @@ inline char_masks char_masks_read(const unsigned char *text)
     return masks;
 }
 
-inline int word_run(const unsigned char *text)
+inline unsigned word_run(const unsigned char *text)
 {
     __m128i characters = _mm_loadu_si128(reinterpret_cast<const __m128i *>(text));
     __m128i letter = characters_between(_mm_or_si128(characters, _mm_set1_epi8('a' - 'A')), 'a', 'z');
@@ -176,7 +176,7 @@ inline const unsigned char *string_run_end(const unsigned char *text, const unsi
     return text < end ? text : end;
 }
 
-inline int blank_run(const unsigned char *text)
+inline unsigned blank_run(const unsigned char *text)
 {
     __m128i characters = _mm_loadu_si128(reinterpret_cast<const __m128i *>(text));
     uint64_t blanks = characters_mask(characters, ' ', 0) | characters_mask(characters, '\t', 0);
@@ -213,7 +213,7 @@ inline char_masks char_masks_read(const unsigned char *text)
     return char_masks_read_singly(text);
 }
 
-inline int word_run(const unsigned char *text)
+inline unsigned word_run(const unsigned char *text)
 {
     return word_run_singly(text);
 }
@@ -228,7 +228,7 @@ inline const unsigned char *string_run_end(const unsigned char *text, const unsi
     return string_run_end_singly(text, end);
 }
 
-inline int blank_run(const unsigned char *text)
+inline unsigned blank_run(const unsigned char *text)
 {
     return blank_run_singly(text);
 }
@@ -257,9 +257,9 @@ inline const unsigned char *string_run_end_singly(const unsigned char *text, con
     return text;
 }
 
-inline int blank_run_singly(const unsigned char *text)
+inline unsigned blank_run_singly(const unsigned char *text)
 {
-    int run = 0;
+    unsigned run = 0;
     while (run < 16 && (text[run] == ' ' || text[run] == '\t'))
         run++;
     return run;
@@ -272,9 +272,9 @@ inline const unsigned char *plain_run_end_singly(const unsigned char *text, cons
     return text;
 }
 
-inline int word_run_singly(const unsigned char *text)
+inline unsigned word_run_singly(const unsigned char *text)
 {
-    int run = 0;
+    unsigned run = 0;
     while (run < word_run_max && char_is(text[run], CHAR_WORD))
         run++;
     return run;

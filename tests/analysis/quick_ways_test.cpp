@@ -117,7 +117,7 @@ static random_texts lines({
     {'l', "%p%p%p%p%p%p%p%p%p%p%p%p%p%p%p%p"},
     {'p',
      ",;,;,;,;,;,; ; ;"
-     "\t;-;.;0;1;27;a;_;Z;(;[;\n;-1.5;x1;int;INTx;Sizeof;.5;007;3.;\xE1;\\;\r;\x1A;\";`;~;aZ_09"},
+     "\t;\r\n;-;.;0;1;27;a;_;Z;(;[;\n;-1.5;x1;int;INTx;Sizeof;.5;007;3.;\xE1;\\;\r;\x1A;\";`;~;aZ_09"},
 });
 
 // The marks of a text, one argument at a time.
@@ -127,8 +127,10 @@ static plain_marks read_marks(const std::string &text, size_t ready)
     static const std::regex number("-?((0|[1-9][0-9]*)([.][0-9]*)?|[.][0-9]+) *");
     plain_marks marks{};
     size_t start = 0;
-    for (size_t end = 0; end < std::min<size_t>(ready, plain_marks_width); end++) {
-        if (text[end] != ',' && text[end] != '\n')
+    size_t seen = std::min<size_t>(ready, plain_marks_width);
+    for (size_t end = 0; end < seen; end++) {
+        bool line_end = text[end] == '\n' || (end + 1 < seen && text.compare(end, 2, "\r\n") == 0);
+        if (text[end] != ',' && !line_end)
             continue;
         start = text.find_first_not_of(" \t", start);
         std::string argument = text.substr(start, end - start);
@@ -139,7 +141,7 @@ static plain_marks read_marks(const std::string &text, size_t ready)
         marks.names |= name ? bit : 0;
         marks.plain |= name || argument.empty() || std::regex_match(argument, number) ? bit : 0;
         start = end + 1;
-        if (text[end] == '\n')
+        if (line_end)
             break;
     }
     return marks;
@@ -158,7 +160,8 @@ TEST(plain_marks, are_found_many_at_a_time_as_one_by_one)
         // What stands behind the last end may have a start too.
         uint64_t counted = wanted.ends == 0 ? 0 : bits_through(highest_bit(wanted.ends));
         for (const plain_marks_way &way : plain_marks_table) {
-            plain_marks marks = (way.supported() ? way : plain_marks_table[0]).find(start, ready);
+            plain_marks marks;
+            (way.supported() ? way : plain_marks_table[0]).find(start, ready, &marks);
             ASSERT_EQ(marks.ends, wanted.ends) << &way - plain_marks_table;
             ASSERT_EQ(marks.plain, wanted.plain) << &way - plain_marks_table;
             ASSERT_EQ(marks.names, wanted.names) << &way - plain_marks_table;
