@@ -84,7 +84,7 @@ static arg_slot *store_plain(uint64_t ends, const uint8_t *spec, int32_t count, 
 int32_t arg_take_plain(const uint8_t *spec, int32_t count, int *last, bool *keep_absent)
 {
     if (!arg_is_numeric(*spec & ~ARG_OPTIONAL) || arg_pool_top <= arg_pool_values_max ||
-        src_is_line_end(src_raw.pos))
+        src_is_line_end(src_raw.pos) || *src_raw.pos == '(')
         return 0;
     const arg_slot *first = arg_cursor;
     int32_t taken = 0;
