@@ -110,26 +110,26 @@ TEST(properties, an_enciphered_script_converts_like_a_plain_one)
     }
 }
 
-// Names wait for a statement that asks for their values, so each statement is repeated up to 200 times.
+// Names wait for a statement that asks for their values, so a statement may stand there 500 times.
 TEST(properties, a_random_script_converts_like_its_enciphered_form)
 {
     random_texts texts({
         {'s',
-         "LINE %a,%a,%a,%a,%a,%a,%a,,%a\n;PRANGE %a,%a,%a,%a,%a,%a,%a,%a\n;POINT %u,%u,%u,%u\n;x = %a\n;"
+         "LINE %a,%a,%a,%a,%a,%a,%a,,%a\n;PRANGE %a,%a,%a,%a,%a,%a,%a,%a\n;POINT %u,%u,%u\n;x = %a\n;"
          "                  y                  =%a+%a\n;i = %a*%a - %a\n;a [%a]= %a\n;SPLINE w3,x,%a,%a,%a\n;"
          "SPLINE w3,x %a\n;\t// %a,%a\n;PRINT \"s%a\", x, %a\n;longer_than_sixteen  = %a\n;REM %a\n;foo %a\n;"
          "IF %a\n;%a %a\n;PRANGE %x,%x,%u,%u,%u,%u,%u,%u\n;VIEW %u,%x,%u,1,0,0,0,1,0,0\n"},
         {'a', "%u;%u;%u;%u;%u;%u;%u;%u;%u;%u;%u;%u;%u;%u;%u;%u;%u;%u;%u;%x"},
-        {'u', "1;-2.5;.5;07;x;y;i;f;no1;no2;no1"},
+        {'u', "1;-2.5;.5;x;y;i;f;no1;no2;no1"},
         {'x',
-         ";x+1;a[1];abs(i);no1+1;a[no2]; x;x ;- 1;sizeof;1/0;x y;"
+         ";07;x+1;a[1];abs(i);no1+1;a[no2]; x;x ;- 1;sizeof;1/0;x y;"
          "x=4;z(;a[7];5';\"s;\t;\\\n;\\\r\n;y+x\r\n;`"},
     });
     for (int n = 0; n < 12; n++) {
         std::string script = "INT i\nFLOAT f\nDOUBLE a[3]\nx = 1.5\n";
         while (script.size() < 150000) {
             std::string statement = texts.pick('s');
-            for (size_t more = texts.die() % 4 == 0 ? texts.die() % 200 : 1; more > 0; more--)
+            for (size_t more = texts.die() % 8 == 0 ? texts.die() % 500 : 1; more > 0; more--)
                 script += texts.expand(statement);
         }
         std::string output = converted(script);

@@ -89,8 +89,9 @@ inline uint64_t characters_load(const char *text, size_t size)
     return characters;
 }
 
-// Eight characters lowered at once, for hashes and for words: letters are lowered, digits and the underscore
-// stay apart from all others, and so does each other character from all of these.
+// Eight characters lowered at once, for hashes and for words of letters, digits and underscores: letters are
+// lowered, and these stay apart from each other and from all other characters, but for byte 127, which the
+// underscore becomes.
 constexpr uint64_t characters_lower(uint64_t characters)
 {
     return characters | (characters & 0x4040404040404040) >> 1;

@@ -13,9 +13,8 @@
 #include <gtest/gtest.h>
 
 #include <math.h>
+#include <regex.h>
 #include <string.h>
-
-#include <regex>
 
 // ---- Quick evaluation ----
 
@@ -38,12 +37,11 @@ static random_texts expressions({
 });
 
 // The bytes of all variables: the selection, the records, and the one area that their blocks lie in.
-static std::string variables_now()
+static void variables_keep(std::string *bytes)
 {
-    return std::string(reinterpret_cast<char *>(&var_current), sizeof var_current) +
-           std::string(reinterpret_cast<char *>(var_table),
-                       static_cast<size_t>(var_count) * sizeof *var_table) +
-           std::string(static_cast<char *>(Vbuf->areas->base), Vbuf->areas->size);
+    bytes->assign(reinterpret_cast<char *>(&var_current), sizeof var_current);
+    bytes->append(reinterpret_cast<char *>(var_table), static_cast<size_t>(var_count) * sizeof *var_table);
+    bytes->append(static_cast<char *>(Vbuf->areas->base), Vbuf->areas->size);
 }
 
 static void variables_restore(const std::string &bytes)
@@ -72,6 +70,8 @@ static void make_variables()
 TEST(expr_quick, agrees_with_the_evaluator)
 {
     int taken[2] = {0, 0};
+    std::string before;
+    std::string after;
     bool fresh = true; // the variables have to be made anew
     for (int n = 0; n < 200000; n++) {
         if (fresh || n % 1000 == 0)
@@ -84,13 +84,13 @@ TEST(expr_quick, agrees_with_the_evaluator)
         bool late = expressions.die() % 2 == 0;
         SCOPED_TRACE(source.data());
 
-        std::string before = variables_now();
+        variables_keep(&before);
         var_unread = late ? read_late : nullptr;
         double value = 0;
         bool took = assigns ? quick_assignment(source.data(), end) : quick_expr(source.data(), end, &value);
         if (var_unread != nullptr)
             var_unread();
-        std::string after = variables_now();
+        variables_keep(&after);
 
         variables_restore(before);
         if (late)
@@ -105,7 +105,8 @@ TEST(expr_quick, agrees_with_the_evaluator)
                 continue;
             ASSERT_TRUE(assigns || memcmp(&value, wanted, sizeof value) == 0);
         }
-        ASSERT_TRUE(after == variables_now());
+        variables_keep(&before);
+        ASSERT_TRUE(before == after);
     }
     EXPECT_GT(taken[0], 60000) << "of about 133,000 expressions";
     EXPECT_GT(taken[1], 10000) << "of about 67,000 assignments";
@@ -124,7 +125,9 @@ static random_texts lines({
 static plain_marks read_marks(const std::string &text, size_t ready)
 {
     // A 0 with a digit behind it may begin an octal number.
-    static const std::regex number("-?((0|[1-9][0-9]*)([.][0-9]*)?|[.][0-9]+) *");
+    static regex_t number;
+    if (number.re_nsub == 0)
+        regcomp(&number, "^-?((0|[1-9][0-9]*)([.][0-9]*)?|[.][0-9]+) *$", REG_EXTENDED);
     plain_marks marks{};
     size_t start = 0;
     size_t seen = std::min<size_t>(ready, plain_marks_width);
@@ -139,7 +142,8 @@ static plain_marks read_marks(const std::string &text, size_t ready)
         marks.starts |= uint64_t{1} << start;
         marks.ends |= bit;
         marks.names |= name ? bit : 0;
-        marks.plain |= name || argument.empty() || std::regex_match(argument, number) ? bit : 0;
+        marks.plain |=
+            name || argument.empty() || regexec(&number, argument.c_str(), 0, nullptr, 0) == 0 ? bit : 0;
         start = end + 1;
         if (line_end)
             break;
