@@ -189,6 +189,9 @@ static bool take_ready_string(const unsigned char *start, int *last)
         end++;
     if (end == src_raw.plain_end || (*end != ',' && !src_is_line_end(end)))
         return false;
+    // Gathered, the string, its NUL and the blanks would fill line_buf: the argument is cut there.
+    if (end - start - 1 > line_buf_capacity)
+        return false;
     auto size = static_cast<uint32_t>(quote - start - 1);
     if (!arg_pool_take_string(size))
         return false;
