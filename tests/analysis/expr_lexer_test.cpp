@@ -233,7 +233,7 @@ TEST(expr_lexer, reads_strings_up_to_their_end)
         {"a\\) b)", ')', "a) b", ')'},
         {"ab\\000cd\"", '"', "ab", '"'},
         {"abc", '"', "", TOKEN_NAME},
-        {"1\\", '"', "", TOKEN_NUMBER},
+        {std::string("1\\\0\"", 4), '"', "", TOKEN_NUMBER},
         {"", '"', "", TOKEN_END},
     };
     for (const auto &c : cases) {

