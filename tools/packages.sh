@@ -9,6 +9,7 @@ group_packages() {
     case $1 in
     build) echo g++ cmake ninja-build ;;
     check) echo libgtest-dev clang clang-format clang-tidy ;;
+    mutation) echo python3 ;;
     windows) echo g++-mingw-w64-x86-64-posix ;;
     wine) echo wine wine64 ;;
     dialog) echo xvfb xdotool ;;
