@@ -727,7 +727,9 @@ static int expr_parse()
     return step == STEP_ACCEPT ? 0 : 1;
 }
 
-bool eval_bare_name(const char *text, double *value)
+// The short way for a text that is a bare name, which isn't changed: gives its value, as eval_expr would.
+// False if the text is anything else, and then nothing was done.
+static bool eval_bare_name(const char *text, double *value)
 {
     if (!lex_is_bare_name(text))
         return false;

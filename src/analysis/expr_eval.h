@@ -14,10 +14,6 @@
 // even a successful one.
 const double *eval_expr(char *text);
 
-// The short way for a text that is a bare name, which isn't changed: gives its value, as eval_expr would.
-// False if the text is anything else, and then nothing was done.
-bool eval_bare_name(const char *text, double *value);
-
 // The hook that is told each failure as a message; null: nobody listens.
 extern void (*expr_error)(const char *message);
 
