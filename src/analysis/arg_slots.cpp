@@ -130,7 +130,7 @@ void slots_leave_source()
 {
     if (var_unread != nullptr)
         slot_names_read();
-    slot_names_used = 0;
+    slot_names_used = names_earlier = 0;
     for (arg_slot *slot = arg_slots + 1; slots_filling && slot <= arg_cursor; slot++)
         slot->text = slot_ended_text(slot);
 }

@@ -61,6 +61,22 @@ static bool always()
 
 #if defined(__x86_64__)
 
+// Fills the masks of single characters, by whatever tells where a character stands. Digits and letters are
+// there.
+template <typename character_mask>
+__attribute__((always_inline)) static inline void mask_singles(char_masks *masks, const character_mask &are)
+{
+    masks->word = masks->digit | masks->letter | are('_');
+    masks->zero = are('0');
+    masks->minus = are('-');
+    masks->point = are('.');
+    masks->space = are(' ');
+    masks->tab = are('\t');
+    masks->comma = are(',');
+    masks->line_feed = are('\n');
+    masks->carriage = are('\r');
+}
+
 // ---- With 32 bytes at a time ----
 
 #define WITH_AVX2 __attribute__((target("avx2,bmi")))
@@ -92,15 +108,7 @@ WITH_AVX2 static void find_avx2(const unsigned char *text, size_t ready, plain_m
     masks.digit = mask_avx2(between_avx2(low, '0', '9'), between_avx2(high, '0', '9'));
     masks.letter = mask_avx2(between_avx2(_mm256_or_si256(low, case_bit), 'a', 'z'),
                              between_avx2(_mm256_or_si256(high, case_bit), 'a', 'z'));
-    masks.word = masks.digit | masks.letter | are('_');
-    masks.zero = are('0');
-    masks.minus = are('-');
-    masks.point = are('.');
-    masks.space = are(' ');
-    masks.tab = are('\t');
-    masks.comma = are(',');
-    masks.line_feed = are('\n');
-    masks.carriage = are('\r');
+    mask_singles(&masks, are);
     marks_from(masks, text, ready, marks);
 }
 
@@ -126,15 +134,7 @@ WITH_AVX512 static void find_avx512(const unsigned char *text, size_t ready, pla
     char_masks masks;
     masks.digit = between_avx512(characters, '0', '9');
     masks.letter = between_avx512(_mm512_or_si512(characters, _mm512_set1_epi8('a' - 'A')), 'a', 'z');
-    masks.word = masks.digit | masks.letter | are('_');
-    masks.zero = are('0');
-    masks.minus = are('-');
-    masks.point = are('.');
-    masks.space = are(' ');
-    masks.tab = are('\t');
-    masks.comma = are(',');
-    masks.line_feed = are('\n');
-    masks.carriage = are('\r');
+    mask_singles(&masks, are);
     marks_from(masks, text, ready, marks);
 }
 
