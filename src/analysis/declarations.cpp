@@ -158,19 +158,19 @@ static void write_declaration(const char *word, const char *text)
 }
 
 // Enters one variable in the store. A variable that is declared again keeps its value if its dimensions
-// stay; a dimension of 0 fits any. False if the store doesn't take it.
-static bool declare(const char *name, int8_t type, int32_t count, const int32_t *dims)
+// stay; a dimension of 0 fits any. 0, or a code of var_make if the store doesn't take it.
+static int32_t declare(const char *name, int8_t type, int32_t count, const int32_t *dims)
 {
     int32_t known = var_read(name, nullptr);
     if (known != count)
-        return var_make(name, type, count, dims) == 0;
+        return var_make(name, type, count, dims);
     if (var_current.type != type)
-        return false;
+        return VAR_TYPE;
     int32_t compared = type == VAR_SLIST ? 1 : count; // of a string list the items alone
     for (int32_t i = 0; i < compared; i++)
         if (dims[i] != 0 && dims[i] != var_current.block->dims[i])
-            return var_make(name, type, count, dims) == 0;
-    return true;
+            return var_make(name, type, count, dims);
+    return 0;
 }
 
 // Declares the items of a list; VAR_NONE only checks their names. first is the item that was cut off
@@ -187,12 +187,17 @@ static int32_t declare_list(char *first, int first_delimiter, char *next, int8_t
         count++;
         int32_t dims[var_dims_max];
         if (delimiter == ITEM_BLANK)
-            return STATEMENT_END;
+            return STOP_DECL_COMMA;
         int32_t ndims = parse_var_ref(item, max_dims, dims);
-        if (ndims < 0 || (type != VAR_NONE && !declare(item, type, ndims, dims)))
-            return STATEMENT_END;
+        if (ndims < 0)
+            return STOP_DECL_REFERENCE;
+        int32_t code = type != VAR_NONE ? declare(item, type, ndims, dims) : 0;
+        if (code != 0)
+            return STOP_STORE - code;
     }
-    return next == nullptr && count > 0 ? STATEMENT_TEXT : STATEMENT_END;
+    if (next != nullptr)
+        return STOP_DECL_ITEM;
+    return count > 0 ? STATEMENT_TEXT : STOP_DECL_EMPTY;
 }
 
 // LOCAL type list, or LOCAL list: whether the first word is a type and whether a further word follows it
@@ -203,10 +208,10 @@ static int32_t declare_local(char *text)
     int delimiter = ITEM_LAST;
     char *item = next_item(text, &next, &delimiter);
     if (item == nullptr)
-        return STATEMENT_END;
+        return next != nullptr ? STOP_DECL_ITEM : STOP_DECL_EMPTY;
     int8_t type = decl_type_find(item);
     if ((type != VAR_NONE) != (delimiter == ITEM_BLANK))
-        return STATEMENT_END;
+        return STOP_DECL_COMMA;
     return type != VAR_NONE ? declare_list(nullptr, 0, next, type)
                             : declare_list(item, delimiter, next, VAR_NONE);
 }
@@ -311,11 +316,11 @@ static int32_t read_values(plat_file *stream)
             continue;
         if (*text == '#') {
             if (!value_line_directive(text))
-                return STATEMENT_END;
+                return STOP_ARRAY_VALUES;
             continue;
         }
         if (first && *text++ != '{')
-            return STATEMENT_END;
+            return STOP_ARRAY_VALUES;
         first = false;
         char *close = strchr(text, '}');
         if (close != nullptr)
@@ -336,8 +341,13 @@ int32_t array_statement(plat_file *stream, char *word, int32_t)
         out_char('=');
     int32_t dims[var_dims_max];
     int32_t count = parse_var_ref(line_buf, var_dims_max, dims);
-    if (count <= 0 || var_make(line_buf, VAR_NONE, count, dims) != 0 || var_current.type == VAR_SLIST)
-        return STATEMENT_END;
+    if (count <= 0)
+        return STOP_DECL_REFERENCE;
+    int32_t code = var_make(line_buf, VAR_NONE, count, dims);
+    if (code != 0)
+        return STOP_STORE - code;
+    if (var_current.type == VAR_SLIST)
+        return STOP_ARRAY_VALUES;
     if (c != '=') {
         out_char('\n');
         return STATEMENT_DONE;

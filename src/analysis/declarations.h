@@ -8,11 +8,12 @@
 
 struct plat_file;
 
-// The type words and LOCAL. word is the statement's word as typed. Gives STATEMENT_TEXT, or STATEMENT_END
-// for a fault.
+// The type words and LOCAL. word is the statement's word as typed. Gives STATEMENT_TEXT, or the code that
+// names the fault.
 int32_t decl_statement(plat_file *stream, char *word, int32_t size);
 
-// ARRAY, with initial values that may run over lines. Gives STATEMENT_DONE, or STATEMENT_END for a fault.
+// ARRAY, with initial values that may run over lines. Gives STATEMENT_DONE, or the code that names the
+// fault.
 int32_t array_statement(plat_file *stream, char *word, int32_t size);
 
 // What ended an item of a declaration list.

@@ -1,6 +1,8 @@
 #include "driver/statement_loop.h"
 
 #include "analysis/arg_fetcher.h"
+#include "analysis/arg_slots.h"
+#include "driver/journal.h"
 #include "rules/rules.h"
 #include "source/command_table.h"
 #include "source/recogniser.h"
@@ -8,20 +10,21 @@
 #include "source/statement_text.h"
 #include "support/output.h"
 
-constexpr int32_t handler_stops_source = -2; // a handler's result; no rule gives it
+void (*statement_seen)(const statement_record *record);
 
 // Sends a command with fetched arguments to its family. The system commands are dropped.
-static int32_t dispatch(int32_t id, int32_t count)
+static void dispatch(int32_t id, int32_t count)
 {
     if (id >= 1000 && id <= 1999)
-        return 0;
+        return;
     if (id < 300)
-        return conv_entity(id);
-    if (id <= 399)
-        return conv_setting(id, count);
-    if (id <= 499)
-        return conv_input(id, count);
-    return conv_flow(id, count);
+        (void)conv_entity(id);
+    else if (id <= 399)
+        (void)conv_setting(id, count);
+    else if (id <= 499)
+        (void)conv_input(id, count);
+    else
+        (void)conv_flow(id, count);
 }
 
 // Writes what a failed fetch has left of its statement; the rest of the line is the next statement.
@@ -31,21 +34,41 @@ static void write_failed_argument()
         out_format(" %s\n", line_buf);
 }
 
+// Fetches the arguments of a command and converts it. Gives what fetch_args gave.
+static int32_t command_convert(plat_file *stream, const cmd_row &row)
+{
+    int32_t count = fetch_args(stream, row.spec_count, row.spec, false);
+    if (count < 0)
+        write_failed_argument();
+    else
+        dispatch(row.id, count);
+    return count;
+}
+
+// Tells statement_seen of a finished statement.
+static void journal_tell(const statement_head &head, int32_t result, int32_t fetched)
+{
+    statement_record record{};
+    record.head = head;
+    record.result = result;
+    record.fetched = fetched;
+    record.failed_at = fetched < 0 ? static_cast<int32_t>(arg_type_cursor - arg_types) + 1 : 0;
+    record.next_line = src_lines.line_physical;
+    record.output_end = out_tell();
+    record.source_complete = src_ended();
+    statement_seen(&record);
+}
+
 void statement_loop(plat_file *stream)
 {
     src_count_lines();
-    for (;;) {
-        int32_t result = next_statement(stream);
-        if (result == STATEMENT_END)
-            break;
-        if (result < 0)
-            continue;
-        const cmd_row &row = command_row_at(result);
-        int32_t count = fetch_args(stream, row.spec_count, row.spec, false);
-        if (count < 0)
-            write_failed_argument();
-        else if (dispatch(row.id, count) == handler_stops_source)
-            break;
-    }
+    int32_t result;
+    do {
+        statement_head head{};
+        result = next_statement(stream, statement_seen != nullptr ? &head : nullptr);
+        int32_t fetched = result >= 0 ? command_convert(stream, command_row_at(result)) : 0;
+        if (statement_seen != nullptr)
+            journal_tell(head, result, fetched);
+    } while (!statement_stops(result));
     src_close();
 }

@@ -28,10 +28,10 @@ void labels_start(label_row *table)
 }
 
 // Tells of a second label of a name and of one label too many alike.
-static int32_t label_report(const char *name)
+static int32_t label_report(const char *name, int32_t result)
 {
     fputs(name, stdout);
-    return STATEMENT_END;
+    return result;
 }
 
 int32_t label_define(plat_file *stream, char *word, int32_t)
@@ -54,9 +54,9 @@ int32_t label_define(plat_file *stream, char *word, int32_t)
         label_table[known].line_physical == row.line_physical)
         return STATEMENT_NO_LABEL;
     if (known >= 0)
-        return label_report(row.name);
+        return label_report(row.name, STOP_LABEL_TWICE);
     if (label_count == label_capacity)
-        return label_report(row.name);
+        return label_report(row.name, STOP_LABELS_FULL);
     label_table[label_count++] = row;
     name_index_add(&label_names, place);
     return STATEMENT_DONE;

@@ -40,7 +40,7 @@ extern line_directive_state line_directives;
 void labels_start(label_row *table);
 
 // A label line: word holds the colon and the label. Gives STATEMENT_DONE, STATEMENT_NO_LABEL for a lone
-// colon, or STATEMENT_END for a second label of a name or one label too many, after printing its name.
+// colon, or STOP_LABEL_TWICE or STOP_LABELS_FULL, after printing the label's name.
 int32_t label_define(plat_file *stream, char *word, int32_t size);
 
 // The statement #LINE. Gives STATEMENT_TEXT, whatever the line holds.

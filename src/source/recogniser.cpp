@@ -242,9 +242,10 @@ static int32_t ready_text(const char *word, int32_t length)
     return STATEMENT_TEXT;
 }
 
-static int32_t assignment_statement(plat_file *stream, const char *word, int32_t length)
+static int32_t assignment_statement(plat_file *stream, const char *word, int32_t length, statement_kind *kind)
 {
     int32_t result = ready_text(word, length);
+    *kind = result == STATEMENT_TEXT ? KIND_EXPRESSION : KIND_TEXT;
     if (result != STATEMENT_END)
         return result;
     size_t size;
@@ -252,17 +253,20 @@ static int32_t assignment_statement(plat_file *stream, const char *word, int32_t
         write_rejected_text(size);
         return STATEMENT_DONE;
     }
+    *kind = KIND_EXPRESSION;
     // Kept: an accepted assignment has its own line feed and gets one more, so an empty line follows it.
     out_bytes(line_buf, size);
     out_char('\n');
     return STATEMENT_TEXT;
 }
 
-static int32_t unknown_statement(plat_file *stream, char *word, int32_t length)
+static int32_t unknown_statement(plat_file *stream, char *word, int32_t length, statement_kind *kind)
 {
     size_t size;
     word[length++] = ' ';
-    if (collect_and_evaluate(stream, word, length, &size))
+    bool accepted = collect_and_evaluate(stream, word, length, &size);
+    *kind = accepted ? KIND_EXPRESSION : KIND_UNKNOWN;
+    if (accepted)
         out_bytes(line_buf, size);
     else
         write_rejected_text(size);
@@ -282,7 +286,7 @@ static int32_t on_goto(plat_file *stream, char *word, int32_t)
     if (src_read_line_crlf(line_buf, line_buf_capacity, stream) == 0)
         return STATEMENT_END;
     if (find_nocase(line_buf, " GOTO") < 0 && find_nocase(line_buf, "\tGOTO") < 0)
-        return STATEMENT_END;
+        return STOP_ON_WITHOUT_GOTO;
     out_format("%s %s", word, line_buf);
     return STATEMENT_DONE;
 }
@@ -329,27 +333,42 @@ static int32_t command_statement(plat_file *stream, const char *word, int32_t le
     return row;
 }
 
-int32_t next_statement(plat_file *stream)
+static int32_t word_statement(plat_file *stream, char *word, int32_t length, statement_kind *kind)
 {
-    // The word stays here until the next statement: slot 0 and the handlers read it.
-    static char word[word_size + line_step];
-
-    if (plat_poll_escape() == escape_key)
-        return STATEMENT_END;
-    int32_t length;
-    int32_t kind = read_word(stream, word, word_size, &length);
-    if (kind == -1)
-        return STATEMENT_END;
-    slots_start_statement();
-    if (kind == 1)
-        return assignment_statement(stream, word, length);
+    *kind = KIND_LABEL;
     if (word[0] == ':')
         return label_define(stream, word, word_size);
     int32_t row = command_find(first_word_key);
+    *kind = KIND_COMMAND;
     if (row >= 0)
         return command_statement(stream, word, length, row);
     int32_t keyword = word_index_find(stmt_keyword_index, first_word_key);
+    *kind = KIND_KEYWORD;
     if (keyword >= 0)
         return stmt_keyword_table[keyword].handler(stream, word, word_size);
-    return unknown_statement(stream, word, length);
+    return unknown_statement(stream, word, length, kind);
+}
+
+int32_t next_statement(plat_file *stream, statement_head *head)
+{
+    // The word stays here until the next statement: slot 0 and the handlers read it.
+    static char word[word_size + line_step];
+    statement_kind kind;
+
+    if (head != nullptr)
+        *head = statement_head{KIND_NONE, src_lines.line_physical, out_tell()};
+    if (plat_poll_escape() == escape_key)
+        return STATEMENT_END;
+    int32_t length;
+    int32_t text = read_word(stream, word, word_size, &length);
+    if (text == -1)
+        return STATEMENT_END;
+    if (head != nullptr)
+        *head = statement_head{KIND_NONE, src_lines.line_statement, out_tell()};
+    slots_start_statement();
+    int32_t result = text == 1 ? assignment_statement(stream, word, length, &kind)
+                               : word_statement(stream, word, length, &kind);
+    if (head != nullptr)
+        head->kind = kind;
+    return result;
 }

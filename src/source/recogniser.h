@@ -9,9 +9,27 @@
 
 struct plat_file;
 
+// What a statement was recognised as.
+enum statement_kind : uint8_t {
+    KIND_NONE,       // the source ended before a statement began
+    KIND_COMMAND,    // a word of the command table
+    KIND_EXPRESSION, // text that the evaluator took: an assignment, as a rule
+    KIND_TEXT,       // text that begins with no plain word, or an assignment that the evaluator refused
+    KIND_UNKNOWN,    // a line whose first word no table knows, and that is no expression
+    KIND_LABEL,
+    KIND_KEYWORD // REM, ON, #LINE, a declaration
+};
+
+// Where a statement begins.
+struct statement_head {
+    statement_kind kind;
+    uint32_t line;         // line of the source on which its first character stands
+    uint64_t output_start; // bytes of the output in front of it, its indentation included
+};
+
 // Reads one statement. Gives the index of a command's row, with the word in slot 0 and arg_cursor on slot 1;
-// or a statement result code, and then the statement is written.
-int32_t next_statement(plat_file *stream);
+// or a statement result code, and then the statement is written. Fills *head, unless it is null.
+int32_t next_statement(plat_file *stream, statement_head *head = nullptr);
 
 // Reads the first word of a statement into word; the white space in front of it goes to the output.
 // -1: end of the source; 0: a plain word, for the tables or a label; 1: the statement is text.

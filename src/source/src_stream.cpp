@@ -64,6 +64,11 @@ int64_t src_raw_tell()
     return src_block_offset - (src_raw.end - src_raw.pos);
 }
 
+bool src_ended()
+{
+    return src_block_last && src_raw.pos == src_raw.end;
+}
+
 // Moves the raw position, inside the block if it lies there.
 static int raw_seek(plat_file *stream, int64_t offset)
 {

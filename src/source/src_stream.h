@@ -139,6 +139,9 @@ int64_t src_tell(plat_file *stream);
 // Position of the raw bytes, whatever is pushed back.
 int64_t src_raw_tell();
 
+// True if every byte of the file has been read: false when a byte 26 or a statement ended the source early.
+bool src_ended();
+
 // Reads a line into buffer, its line feed too, at most size characters, and a NUL behind (so the buffer has
 // size + 1 bytes). Gives the number of characters stored; 0 at the end of the source.
 int32_t src_read_line(char *buffer, int32_t size, plat_file *stream);

@@ -9,13 +9,32 @@
 
 struct plat_file;
 
-// Statement result codes. 0 or above is the index of a row of the command table.
+// Statement result codes. 0 or above is the index of a row of the command table. The loop treats the three
+// that go on alike; they tell which path finished the statement. The codes that stop differ only for whoever
+// tells the user why.
 enum : int32_t {
-    STATEMENT_END = -1,      // reading of this source stops
+    STATEMENT_END = -1,      // the source has ended
     STATEMENT_TEXT = -2,     // handled and written
     STATEMENT_NO_LABEL = -3, // a label line without a name, or one met again at its own place
-    STATEMENT_DONE = -4      // handled and written
+    STATEMENT_DONE = -4,     // handled and written
+
+    // Reading of this source stops:
+    STOP_LABEL_TWICE = -5,     // at a second label of a name
+    STOP_LABELS_FULL = -6,     // at one label too many
+    STOP_ON_WITHOUT_GOTO = -7, // at an ON without a GOTO
+    STOP_DECL_EMPTY = -8,      // at a declaration without an item
+    STOP_DECL_ITEM = -9,       // at an item that begins with no name, has a quote or unpaired brackets
+    STOP_DECL_COMMA = -10,     // at two words without a comma between them, or a LOCAL with half a type
+    STOP_DECL_REFERENCE = -11, // at an item that is no name with subscripts
+    STOP_ARRAY_VALUES = -12,   // at initial values without their braces, or of a string list
+    STOP_STORE = -20           // at a variable that the store doesn't take, less the store's code (1 to 7)
 };
+
+// Tells whether a statement result code stops the reading of the source.
+constexpr bool statement_stops(int32_t result)
+{
+    return result == STATEMENT_END || result <= STOP_LABEL_TWICE;
+}
 
 constexpr int32_t word_size = 128;          // the first word of a statement: 127 characters and a NUL
 constexpr int32_t line_buf_capacity = 3900; // characters of a statement's text

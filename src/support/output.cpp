@@ -3,24 +3,31 @@
 #include <stdarg.h>
 
 out_state out_file;
+void (*out_sink)(const char *bytes, size_t size);
 
 void out_open(plat_file file)
 {
     out_file.open = true;
     out_file.file = file;
+    out_file.start = 0;
     out_file.used = 0;
 }
 
 void out_flush()
 {
-    plat_write(&out_file.file, out_file.buffer, out_file.used);
+    if (out_sink != nullptr)
+        out_sink(out_file.buffer, out_file.used);
+    else
+        plat_write(&out_file.file, out_file.buffer, out_file.used);
+    out_file.start += out_file.used;
     out_file.used = 0;
 }
 
 void out_close()
 {
     out_flush();
-    plat_close(&out_file.file);
+    if (out_sink == nullptr)
+        plat_close(&out_file.file);
     out_file.open = false;
 }
 

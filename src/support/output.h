@@ -19,13 +19,24 @@ constexpr size_t out_buffer_size = 65536;
 struct out_state {
     bool open;      // an output is being written
     plat_file file; // where it goes
+    uint64_t start; // bytes handed to the file so far: the place of the buffer's first byte in the output
     size_t used;    // bytes gathered in the buffer, 0 to out_buffer_size
     char buffer[out_buffer_size];
 };
 extern out_state out_file;
 
-// Starts an output on an opened file, which out_close closes.
+// The hook that takes what would go to the output's file; null: it goes there. For a companion program that
+// wants to have the output in memory.
+extern void (*out_sink)(const char *bytes, size_t size);
+
+// Starts an output on an opened file, which out_close closes. With out_sink set the file isn't looked at.
 void out_open(plat_file file);
+
+// Bytes written so far, a line feed counting as one on every platform.
+inline uint64_t out_tell()
+{
+    return out_file.start + out_file.used;
+}
 
 // Writes what is gathered and closes the file.
 void out_close();

@@ -45,9 +45,9 @@ TEST(labels, tells_a_second_label_by_its_first_twelve_characters)
         int32_t result;
         const char *printed;
     } cases[] = {
-        {":top", ":TOP", STATEMENT_END, "TOP"},
-        {":top", ":top", STATEMENT_END, "top"},
-        {":longlabelname1", ":longlabelname2", STATEMENT_END, "longlabelnam"},
+        {":top", ":TOP", STOP_LABEL_TWICE, "TOP"},
+        {":top", ":top", STOP_LABEL_TWICE, "top"},
+        {":longlabelname1", ":longlabelname2", STOP_LABEL_TWICE, "longlabelnam"},
         {":longlabelna1", ":longlabelna2", STATEMENT_DONE, ""},
         {":a", ":b", STATEMENT_DONE, ""},
         {":a", ":", STATEMENT_NO_LABEL, ""},
@@ -75,7 +75,7 @@ TEST(labels, lets_the_same_line_be_read_again)
     src_count_lines();
     EXPECT_EQ(define(&source, ":A", &printed), STATEMENT_NO_LABEL);
     src_seek(source.stream, 0);
-    EXPECT_EQ(define(&source, ":a", &printed), STATEMENT_END) << "another line, the same position";
+    EXPECT_EQ(define(&source, ":a", &printed), STOP_LABEL_TWICE) << "another line, the same position";
     EXPECT_EQ(printed, "a");
 }
 
