@@ -40,9 +40,9 @@ static void read_reference(char *text)
     harness_expect(count >= -1 && count <= var_dims_max, "a number of subscripts");
     int32_t size;
     if (count == 0)
-        (void)var_read(text, &size);
+        (void)var_read(text, strlen(text), &size);
     else if (count > 0)
-        (void)var_read_element(text, count, dims);
+        (void)var_read_element(text, strlen(text), count, dims);
 }
 
 // The rest of a line as a text of its own.

@@ -161,15 +161,15 @@ static void write_declaration(const char *word, const char *text)
 // stay; a dimension of 0 fits any. 0, or a code of var_make if the store doesn't take it.
 static int32_t declare(const char *name, int8_t type, int32_t count, const int32_t *dims)
 {
-    int32_t known = var_read(name, nullptr);
+    int32_t known = var_read(name, strlen(name), nullptr);
     if (known != count)
-        return var_make(name, type, count, dims);
+        return var_make(name, strlen(name), type, count, dims);
     if (var_current.type != type)
         return VAR_TYPE;
     int32_t compared = type == VAR_SLIST ? 1 : count; // of a string list the items alone
     for (int32_t i = 0; i < compared; i++)
         if (dims[i] != 0 && dims[i] != var_current.block->dims[i])
-            return var_make(name, type, count, dims);
+            return var_make(name, strlen(name), type, count, dims);
     return 0;
 }
 
@@ -343,7 +343,7 @@ int32_t array_statement(plat_file *stream, char *word, int32_t)
     int32_t count = parse_var_ref(line_buf, var_dims_max, dims);
     if (count <= 0)
         return STOP_DECL_REFERENCE;
-    int32_t code = var_make(line_buf, VAR_NONE, count, dims);
+    int32_t code = var_make(line_buf, strlen(line_buf), VAR_NONE, count, dims);
     if (code != 0)
         return STOP_STORE - code;
     if (var_current.type == VAR_SLIST)

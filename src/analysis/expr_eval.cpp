@@ -349,7 +349,7 @@ static int take_inch_mark()
 
 static int reduce_read_element()
 {
-    int32_t code = var_read_element(top[-1].text, top->list.count, top->list.items);
+    int32_t code = var_read_element(top[-1].text, strlen(top[-1].text), top->list.count, top->list.items);
     if (code == VAR_UNKNOWN)
         return fail(STEP_RECOVER, "%s not declared", top[-1].text);
     if (code != 0)
@@ -360,16 +360,16 @@ static int reduce_read_element()
 // An unknown name is no error: it has the value of the last variable read.
 static int reduce_read()
 {
-    (void)var_read(top->text, nullptr);
+    (void)var_read(top->text, strlen(top->text), nullptr);
     return reduce_expr(18, var_current.value); // expr: NAME
 }
 
 static int reduce_assign()
 {
     const char *name = top[-2].text;
-    int32_t ndims = var_read(name, nullptr);
+    int32_t ndims = var_read(name, strlen(name), nullptr);
     if (ndims == VAR_UNKNOWN) {
-        if (var_make(name, VAR_NONE, 0, nullptr) != 0)
+        if (var_make(name, strlen(name), VAR_NONE, 0, nullptr) != 0)
             return fail(STEP_STOP, "can't make %s", name);
     } else if (ndims != 0) {
         return fail(STEP_STOP, "syntax error");
@@ -382,7 +382,7 @@ static int reduce_assign_element()
     const char *name = top[-3].text;
     if (name[0] == '@')
         return fail(STEP_STOP, "syntax error");
-    switch (var_read_element(name, top[-2].list.count, top[-2].list.items)) {
+    switch (var_read_element(name, strlen(name), top[-2].list.count, top[-2].list.items)) {
     case 0: return reduce_expr(43, var_store_value(top->number)); // assignment: NAME subscripts = expr
     case VAR_UNKNOWN: return fail(STEP_STOP, "%s not declared", name);
     default: return fail(STEP_STOP, "bad subscript");
@@ -396,7 +396,7 @@ static int reduce_assign_string(int rule)
     int32_t subscript = rule == 45 ? top[-2].list.items[0] : -1;
     const char *string = top->text;
     int32_t length = static_cast<int32_t>(strlen(string));
-    int32_t code = var_store_string(name, subscript, length + 1);
+    int32_t code = var_store_string(name, strlen(name), subscript, length + 1);
     if (code < 0)
         return fail(STEP_STOP, "syntax error");
     if (code > 0)
@@ -444,7 +444,8 @@ static int reduce_declaration()
     bool failed = false;
     for (int32_t i = 0; i < top->count; i++) {
         const expr_parked *item = &expr_pool[decl_items[i]];
-        int32_t code = var_make(item->name, type, item->subscripts.count, item->subscripts.items);
+        int32_t code =
+            var_make(item->name, strlen(item->name), type, item->subscripts.count, item->subscripts.items);
         if (code != 0) {
             failed = true;
             fail(STEP_ON, "can't define %s (%d)", item->name, code);
@@ -494,7 +495,7 @@ static int take_decl_item()
 static int reduce_array()
 {
     const char *name = top[-1].text;
-    int32_t code = var_make(name, VAR_NONE, top->list.count, top->list.items);
+    int32_t code = var_make(name, strlen(name), VAR_NONE, top->list.count, top->list.items);
     if (code != 0)
         return fail(STEP_RECOVER, "can't make %s (%d)", name, code);
     return STEP_DECLARATION; // decl: ARRAY NAME subscripts, 5
@@ -617,7 +618,7 @@ static int take_sizeof()
         (step = shift_expected(TOKEN_NAME, 0)) != STEP_ON || (step = shift_expected(')', 0)) != STEP_ON)
         return step;
     int32_t size = 0;
-    (void)var_read(top[-1].text, &size);
+    (void)var_read(top[-1].text, strlen(top[-1].text), &size);
     return reduce_expr(13, size); // expr: SIZEOF ( NAME )
 }
 
@@ -733,7 +734,7 @@ static bool eval_bare_name(const char *text, double *value)
 {
     if (!lex_is_bare_name(text))
         return false;
-    (void)var_read(text, nullptr);
+    (void)var_read(text, strlen(text), nullptr);
     *value = var_current.value;
     return true;
 }

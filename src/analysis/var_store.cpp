@@ -89,11 +89,11 @@ double var_store_value(double value)
 
 // ---- Reading ----
 
-static int8_t prefix_type(const char *name)
+static int8_t prefix_type(const char *name, size_t size)
 {
-    if (name[0] == '$' && name[1] == '$' && text_is(name[2], CHAR_LETTER))
+    if (size > 2 && name[0] == '$' && name[1] == '$' && text_is(name[2], CHAR_LETTER))
         return VAR_SLIST;
-    if (name[0] == '$' && text_is(name[1], CHAR_LETTER))
+    if (size > 1 && name[0] == '$' && text_is(name[1], CHAR_LETTER))
         return VAR_STRING;
     return VAR_DOUBLE;
 }
@@ -105,21 +105,6 @@ static void read_unread()
     var_unread = nullptr;
     if (read != nullptr)
         read();
-}
-
-// A NUL-terminated name as the index wants it: with eight characters that may be read.
-struct sized_name {
-    const char *text;
-    size_t size;
-    char room[8]; // of a shorter name
-};
-
-static void name_measure(const char *name, sized_name *sized)
-{
-    sized->text = name;
-    sized->size = strlen(name);
-    if (sized->size < sizeof sized->room)
-        sized->text = static_cast<char *>(memcpy(sized->room, name, sized->size));
 }
 
 static var_rec *var_find(const char *name, size_t size)
@@ -143,16 +128,9 @@ static int32_t element_count(const var_rec *rec)
     return count;
 }
 
-int32_t var_read(const char *name, int32_t *size_out)
+int32_t var_read(const char *name, size_t name_size, int32_t *size_out)
 {
-    sized_name sized;
-    name_measure(name, &sized);
-    return var_read_sized(sized.text, sized.size, size_out);
-}
-
-int32_t var_read_sized(const char *name, size_t size, int32_t *size_out)
-{
-    var_rec *rec = var_find(name, size);
+    var_rec *rec = var_find(name, name_size);
     if (rec == nullptr) {
         read_unread();
         return VAR_UNKNOWN;
@@ -206,16 +184,9 @@ static int32_t read_list_character(int32_t item, int32_t character)
     return 0;
 }
 
-int32_t var_read_element(const char *name, int32_t count, const int32_t *subscripts)
+int32_t var_read_element(const char *name, size_t name_size, int32_t count, const int32_t *subscripts)
 {
-    sized_name sized;
-    name_measure(name, &sized);
-    return var_read_element_sized(sized.text, sized.size, count, subscripts);
-}
-
-int32_t var_read_element_sized(const char *name, size_t size, int32_t count, const int32_t *subscripts)
-{
-    int32_t ndims = var_read_sized(name, size, nullptr);
+    int32_t ndims = var_read(name, name_size, nullptr);
     if (ndims == VAR_UNKNOWN)
         return VAR_UNKNOWN;
     if (ndims != count)
@@ -234,14 +205,6 @@ int32_t var_read_element_sized(const char *name, size_t size, int32_t count, con
     var_current.ptr = row + static_cast<size_t>(subscripts[count - 1]) * type_size[var_current.type];
     var_current.value = value_load(var_current.type, var_current.ptr);
     return 0;
-}
-
-int8_t var_type_of(const char *name)
-{
-    sized_name sized;
-    name_measure(name, &sized);
-    const var_rec *rec = var_find(sized.text, sized.size);
-    return rec != nullptr ? rec->type : prefix_type(name);
 }
 
 // ---- Making ----
@@ -343,23 +306,24 @@ static void list_link(var_block *block, int32_t items, int32_t characters)
 }
 
 // Takes the next record for a name that name_index_find didn't find. Null if all are in use.
-static var_rec *record_take(const char *name, int8_t type, int32_t ndims, uint32_t place)
+static var_rec *record_take(const char *name, size_t name_size, int8_t type, int32_t ndims, uint32_t place)
 {
     if (var_count == var_capacity)
         return nullptr;
     var_rec *rec = var_table + var_count++;
-    size_t length = strnlen(name, var_name_length);
-    memcpy(rec->name, name, length);
-    rec->name[length] = 0;
+    if (name_size > var_name_length)
+        name_size = var_name_length;
+    memcpy(rec->name, name, name_size);
+    rec->name[name_size] = 0;
     rec->type = type;
     rec->ndims = static_cast<int8_t>(ndims);
     name_index_add(&var_names, place);
     return rec;
 }
 
-static int32_t make_scalar(const char *name, int8_t type, uint32_t place)
+static int32_t make_scalar(const char *name, size_t name_size, int8_t type, uint32_t place)
 {
-    var_rec *rec = record_take(name, type, 0, place);
+    var_rec *rec = record_take(name, name_size, type, 0, place);
     if (rec == nullptr)
         return VAR_TABLE_FULL;
     memset(rec->value, 0, sizeof rec->value);
@@ -370,8 +334,8 @@ static int32_t make_scalar(const char *name, int8_t type, uint32_t place)
 }
 
 // Makes the array of a new variable (rec null), or gives a known one its new dimensions.
-static int32_t make_array(var_rec *rec, const char *name, int8_t type, int32_t ndims, const int32_t *dims,
-                          uint32_t place)
+static int32_t make_array(var_rec *rec, const char *name, size_t name_size, int8_t type, int32_t ndims,
+                          const int32_t *dims, uint32_t place)
 {
     payload_sizes sizes;
     if (!payload_measure(type, ndims, dims, &sizes))
@@ -381,7 +345,7 @@ static int32_t make_array(var_rec *rec, const char *name, int8_t type, int32_t n
     var_block *block = block_resize(rec != nullptr ? rec->array.block : nullptr, size, &room);
     if (block == nullptr)
         return VAR_NO_MEMORY;
-    if (rec == nullptr && (rec = record_take(name, type, ndims, place)) == nullptr) {
+    if (rec == nullptr && (rec = record_take(name, name_size, type, ndims, place)) == nullptr) {
         heap_free(block);
         return VAR_TABLE_FULL;
     }
@@ -403,16 +367,16 @@ static int32_t make_array(var_rec *rec, const char *name, int8_t type, int32_t n
 }
 
 // True if a type that is given suits the prefix of a new name. A plain name may take any type.
-static bool type_suits_prefix(const char *name, int8_t type)
+static bool type_suits_prefix(const char *name, size_t size, int8_t type)
 {
-    if (name[0] != '$')
+    if (size == 0 || name[0] != '$')
         return true;
-    return type == (name[1] == '$' ? VAR_SLIST : VAR_STRING);
+    return type == (size > 1 && name[1] == '$' ? VAR_SLIST : VAR_STRING);
 }
 
-int32_t var_make(const char *name, int8_t type, int32_t ndims, const int32_t *dims)
+int32_t var_make(const char *name, size_t name_size, int8_t type, int32_t ndims, const int32_t *dims)
 {
-    if (name[0] == '@')
+    if (name_size > 0 && name[0] == '@')
         return VAR_SYSTEM_NAME;
     read_unread();
     if (ndims > var_dims_max)
@@ -422,14 +386,12 @@ int32_t var_make(const char *name, int8_t type, int32_t ndims, const int32_t *di
             return VAR_NO_MEMORY;
 
     uint32_t place = 0;
-    sized_name sized;
-    name_measure(name, &sized);
-    int32_t row = name_index_find(&var_names, sized.text, sized.size, &place);
+    int32_t row = name_index_find(&var_names, name, name_size, &place);
     var_rec *rec = row < 0 ? nullptr : var_table + row;
     if (rec == nullptr) {
         if (type == VAR_NONE)
-            type = prefix_type(name);
-        else if (!type_suits_prefix(name, type))
+            type = prefix_type(name, name_size);
+        else if (!type_suits_prefix(name, name_size, type))
             return VAR_TYPE;
     } else {
         if (type != VAR_NONE && type != rec->type)
@@ -440,7 +402,8 @@ int32_t var_make(const char *name, int8_t type, int32_t ndims, const int32_t *di
     }
     if ((type == VAR_STRING && ndims != 1) || (type == VAR_SLIST && ndims != 2))
         return VAR_DIMENSIONS;
-    return ndims == 0 ? make_scalar(name, type, place) : make_array(rec, name, type, ndims, dims, place);
+    return ndims == 0 ? make_scalar(name, name_size, type, place)
+                      : make_array(rec, name, name_size, type, ndims, dims, place);
 }
 
 void var_fill_start()
@@ -528,18 +491,18 @@ static int32_t item_resize(var_rec *rec, int32_t item, uint32_t new_size)
 }
 
 // Makes the variable of a string assignment to a name that isn't known: the prefix says what it may be.
-static int32_t make_for_string(const char *name, int32_t subscript, int32_t length)
+static int32_t make_for_string(const char *name, size_t name_size, int32_t subscript, int32_t length)
 {
     if (subscript == -1) {
-        if (prefix_type(name) != VAR_STRING)
+        if (prefix_type(name, name_size) != VAR_STRING)
             return -1;
-        return var_make(name, VAR_NONE, 1, &length);
+        return var_make(name, name_size, VAR_NONE, 1, &length);
     }
-    if (prefix_type(name) != VAR_SLIST)
+    if (prefix_type(name, name_size) != VAR_SLIST)
         return -1;
     // The largest subscript can't have an item behind it; a negative dimension is refused alike.
     int32_t dims[2] = {subscript == INT32_MAX ? -1 : subscript + 1, 0};
-    return var_make(name, VAR_NONE, 2, dims);
+    return var_make(name, name_size, VAR_NONE, 2, dims);
 }
 
 static int32_t store_item(var_rec *rec, int32_t subscript, int32_t length)
@@ -558,13 +521,13 @@ static int32_t store_item(var_rec *rec, int32_t subscript, int32_t length)
     return 0;
 }
 
-int32_t var_store_string(const char *name, int32_t subscript, int32_t length)
+int32_t var_store_string(const char *name, size_t name_size, int32_t subscript, int32_t length)
 {
-    if (name[0] == '@')
+    if (name_size > 0 && name[0] == '@')
         return -1;
-    int32_t ndims = var_read(name, nullptr);
+    int32_t ndims = var_read(name, name_size, nullptr);
     if (ndims == VAR_UNKNOWN) {
-        int32_t code = make_for_string(name, subscript, length);
+        int32_t code = make_for_string(name, name_size, subscript, length);
         if (code != 0)
             return code;
     } else if (ndims == 0 || var_current.type != (subscript == -1 ? VAR_STRING : VAR_SLIST)) {
@@ -574,7 +537,7 @@ int32_t var_store_string(const char *name, int32_t subscript, int32_t length)
     if (subscript != -1)
         return store_item(rec, subscript, length);
     if (rec->array.block->dims[0] != length) {
-        int32_t code = var_make(name, VAR_STRING, 1, &length);
+        int32_t code = var_make(name, name_size, VAR_STRING, 1, &length);
         if (code != 0)
             return code;
     }

@@ -95,32 +95,38 @@ extern void (*var_unread)();
 // Forgets the variables of the last file, and starts on the records of table and the blocks of heap.
 void vars_start(var_rec *table, pool_heap *heap);
 
+// A name is so many characters of a text, without a NUL among them; 255 of them count.
+
 // Reads a variable: gives its number of dimensions, or VAR_UNKNOWN. If size_out isn't null it receives the
 // element count: 1 for a scalar, the product of the dimensions, a string's length with its NUL, a string
 // list's items.
-int32_t var_read(const char *name, int32_t *size_out);
-
-// The same for a name that is size characters of a text, of which eight have to be readable.
-int32_t var_read_sized(const char *name, size_t size, int32_t *size_out);
+int32_t var_read(const char *name, size_t name_size, int32_t *size_out);
 
 // Reads an element. 0, or VAR_UNKNOWN or VAR_BAD_SUBSCRIPT. A character of a string list's item has two
 // subscripts, item and character.
-int32_t var_read_element(const char *name, int32_t count, const int32_t *subscripts);
-int32_t var_read_element_sized(const char *name, size_t size, int32_t count, const int32_t *subscripts);
+int32_t var_read_element(const char *name, size_t name_size, int32_t count, const int32_t *subscripts);
+
+// The former names of the two.
+inline int32_t var_read_sized(const char *name, size_t name_size, int32_t *size_out)
+{
+    return var_read(name, name_size, size_out);
+}
+inline int32_t var_read_element_sized(const char *name, size_t name_size, int32_t count,
+                                      const int32_t *subscripts)
+{
+    return var_read_element(name, name_size, count, subscripts);
+}
 
 // Makes a variable, or gives an array new dimensions, its elements zero. 0, or one of the codes above; then
 // a known variable is as it was.
-int32_t var_make(const char *name, int8_t type, int32_t ndims, const int32_t *dims);
-
-// Type code of a known variable; else the one of the name's prefix.
-int8_t var_type_of(const char *name);
+int32_t var_make(const char *name, size_t name_size, int8_t type, int32_t ndims, const int32_t *dims);
 
 // Stores a value where var_current points, in the width of its type, and gives it as it then stands there.
 double var_store_value(double value);
 
 // Makes room for a string of length bytes, its NUL included, in a string variable (subscript -1) or in an
 // item of a string list, and selects it. 0, -1 if the variable's kind doesn't fit, or a code of var_make.
-int32_t var_store_string(const char *name, int32_t subscript, int32_t length);
+int32_t var_store_string(const char *name, size_t name_size, int32_t subscript, int32_t length);
 
 // Filling the array that var_make has just selected, in the order of its storage: start, then a value at a
 // time. What lies beyond the array's end is ignored.

@@ -20,9 +20,7 @@ void name_index_start(name_index *index, const void *names, size_t stride, size_
 static inline uint64_t name_hash(const char *name, size_t size, bool nocase)
 {
     constexpr uint64_t factor = 0x9E3779B97F4A7C15u;
-    uint64_t hash;
-    memcpy(&hash, name, sizeof hash);
-    hash &= size < 8 ? (uint64_t{1} << 8 * size) - 1 : UINT64_MAX;
+    uint64_t hash = characters_load(name, size);
     if (nocase)
         hash = characters_lower(hash);
     hash *= factor;

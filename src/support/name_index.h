@@ -26,7 +26,7 @@ struct name_index {
 void name_index_start(name_index *index, const void *names, size_t stride, size_t length, bool nocase);
 
 // The row of a name of size characters, or -1. Then place is where name_index_add puts it, until the next
-// call. Of the name eight characters have to be readable.
+// call.
 int32_t name_index_find(name_index *index, const char *name, size_t size, uint32_t *place);
 
 // Adds the next row, whose name is in the table by now, at the place that name_index_find gave for it.

@@ -82,9 +82,12 @@ inline uint64_t characters_load(const char *text, size_t size)
         memcpy(&first, text, 4);
         memcpy(&last, text + size - 4, 4);
         characters = first | static_cast<uint64_t>(last) << (8 * size - 32);
-    } else {
-        for (size_t i = 0; i < size; i++)
-            characters |= static_cast<uint64_t>(static_cast<unsigned char>(text[i])) << 8 * i;
+    } else if (size > 0) {
+        // The first, the middle and the last one: with fewer than three some are the same.
+        auto at = [text](size_t i) {
+            return static_cast<uint64_t>(static_cast<unsigned char>(text[i])) << 8 * i;
+        };
+        characters = at(0) | at(size / 2) | at(size - 1);
     }
     return characters;
 }

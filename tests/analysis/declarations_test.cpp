@@ -187,9 +187,9 @@ TEST(declarations, enter_the_store)
     for (const auto &c : cases) {
         script_source source(c.text);
         const int32_t two = 2, four = 4;
-        var_make("d", VAR_DOUBLE, 0, nullptr);
-        var_make("i", VAR_INT, 1, &two);
-        var_make("s", VAR_STRING, 1, &four);
+        var_make("d", 1, VAR_DOUBLE, 0, nullptr);
+        var_make("i", 1, VAR_INT, 1, &two);
+        var_make("s", 1, VAR_STRING, 1, &four);
         output_capture output;
         char word[word_size];
         snprintf(word, sizeof word, "%s", c.word);
@@ -204,7 +204,7 @@ TEST(declarations, give_an_array_new_dimensions)
     script_source source("a[4]\n");
     output_capture output;
     const int32_t three = 3;
-    var_make("a", VAR_INT, 1, &three);
+    var_make("a", 1, VAR_INT, 1, &three);
     char text[] = "a[1] = 5", word[] = "INT";
     eval_expr(text);
     EXPECT_EQ(decl_statement(source.stream, word, word_size), STATEMENT_TEXT);
@@ -270,12 +270,12 @@ TEST(declarations, fill_arrays)
         EXPECT_EQ(array_statement(source.stream, word, word_size), c.result) << escaped(c.text);
         EXPECT_EQ(escaped(output.text()), escaped(c.written)) << escaped(c.text);
         std::vector<double> values;
-        int32_t ndims = var_read("v", nullptr);
+        int32_t ndims = var_read("v", 1, nullptr);
         if (ndims > 0) {
             int32_t size[2] = {var_current.block->dims[0], ndims == 2 ? var_current.block->dims[1] : 1};
             for (int32_t i = 0; i < size[0] * size[1]; i++) {
                 int32_t at[2] = {i / size[1], i % size[1]};
-                var_read_element("v", ndims, at);
+                var_read_element("v", 1, ndims, at);
                 values.push_back(var_current.value);
             }
         }

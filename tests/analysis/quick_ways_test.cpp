@@ -55,7 +55,7 @@ static void variables_restore(const std::string &bytes)
 // A name that was put off before.
 static void read_late()
 {
-    (void)var_read("late", nullptr);
+    (void)var_read("late", 4, nullptr);
 }
 
 static void make_variables()
