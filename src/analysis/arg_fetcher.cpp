@@ -1,18 +1,11 @@
-// The walk over the spec. Each position takes plain arguments as far as they go, then one that lies ready,
-// and at last what has to be gathered.
+// The walk over the spec, one position after the other.
 #include "analysis/arg_fetcher.h"
 
 #include "analysis/arg_gather.h"
-#include "analysis/arg_ready.h"
 #include "analysis/arg_slots.h"
 #include "analysis/arg_store.h"
-#include "analysis/expr_lexer.h"
 #include "source/src_stream.h"
 #include "source/statement_text.h"
-#include "support/char_masks.h"
-#include "support/text.h"
-
-#include <string.h>
 
 char *arg_pool;
 
@@ -21,11 +14,6 @@ char *arg_pool;
 static bool fetch_one(plat_file *stream, uint8_t type, int *last, bool *empty)
 {
     *empty = false;
-    int ready = arg_take_ready(type, last, empty);
-    if (ready != 0)
-        return ready > 0;
-    arg_ready_restart();
-    arg_line_owed = nullptr;
     arg_line_used = 0;
     int c = arg_skip_blanks(stream);
     bool quote = c == '"' || c == '`';
@@ -43,46 +31,9 @@ static bool fetch_one(plat_file *stream, uint8_t type, int *last, bool *empty)
     return arg_is_numeric(type) ? arg_store_number(type) : arg_store_text(false);
 }
 
-// The list has ended: passes the optional positions that follow, at most count of them, none of which takes a
-// slot. Gives how many there were. Eight positions go at a time.
-static int32_t pass_absent(const uint8_t *spec, int32_t count, int32_t *walked)
-{
-    constexpr uint64_t ones = 0x0101010101010101;
-    int32_t passed = 0;
-    while (passed < count) {
-        uint64_t bytes = characters_load(reinterpret_cast<const char *>(spec) + passed,
-                                         static_cast<size_t>(count - passed));
-        uint64_t others = ((bytes ^ ARG_OPTIONAL * ones) & (ARG_OPTIONAL | ARG_REPEAT) * ones);
-        bytes = (bytes & ARG_TYPE * ones) | ARG_ABSENT * ones;
-        memcpy(arg_type_cursor, &bytes, 8);
-        auto run = static_cast<int32_t>(others == 0 ? 8 : lowest_bit(others) / 8);
-        if (run > count - passed)
-            run = count - passed;
-        arg_type_cursor += run;
-        passed += run;
-        if (run < 8)
-            break;
-    }
-    *walked += passed;
-    return passed;
-}
-
-// Gives line_buf the text that it is owed, for the statement loop to print. Of a string this is what it
-// holds.
 static int32_t fetch_failed()
 {
     slots_abandon_list();
-    if (arg_line_owed != nullptr) {
-        uint32_t size = arg_line_owed->text_size;
-        const char *text = arg_line_owed->text;
-        if (arg_line_owed->holds == HOLDS_STRING)
-            text = slot_str(arg_line_owed, &size);
-        memcpy(line_buf, text, size);
-        line_buf[size] = 0;
-        // The evaluation of an expression leaves its text cut behind its first name.
-        if (arg_is_numeric(arg_line_owed->holds))
-            lex_cut(line_buf);
-    }
     return -1;
 }
 
@@ -102,14 +53,6 @@ static int32_t fetch_list(plat_file *stream, int32_t spec_count, const uint8_t *
     int32_t walked = 0;
     int c = 0;
     for (int32_t p = 0;; p++) {
-        if (more && p < spec_count) {
-            int32_t taken = arg_take_plain(spec + p, spec_count - p, &c, &keep_absent);
-            walked += taken;
-            p += taken;
-            more = taken == 0 || (c == ',' && p < spec_count);
-        }
-        if (!more && !keep_absent)
-            p += pass_absent(spec + p, spec_count - p, &walked);
         if (p == spec_count) {
             if (!more)
                 break;
@@ -149,12 +92,6 @@ static int32_t fetch_list(plat_file *stream, int32_t spec_count, const uint8_t *
 int32_t fetch_args(plat_file *stream, int32_t spec_count, const uint8_t *spec, bool keep_absent)
 {
     slot_clear();
-    arg_ready_restart();
-    arg_line_owed = nullptr;
-    arg_pool_top = arg_pool_size;
-    src_leave = slots_leave_source;
-    slots_filling = true;
-    int32_t walked = fetch_list(stream, spec_count, spec, keep_absent);
-    slots_filling = false;
-    return walked;
+    arg_store_start();
+    return fetch_list(stream, spec_count, spec, keep_absent);
 }

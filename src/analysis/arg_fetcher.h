@@ -1,10 +1,9 @@
 // Argument fetcher: turns the rest of a command statement into slots, driven by the row's spec bytes alone.
 //
-// It sees no lines but a stream of characters, in which a quoted string may run over a line end. An argument
-// that needs no change stays in the source's buffer (arg_ready.h); any other is gathered in line_buf
-// (arg_gather.h) and stored from there (arg_store.h). After a failure line_buf, which the statement loop
-// prints, holds the text read last; if that was evaluated, it ends behind its first name. After a success it
-// is nobody's.
+// It sees no lines but a stream of characters, in which a quoted string may run over a line end. Each
+// argument is gathered in line_buf (arg_gather.h) and stored from there (arg_store.h). After a failure
+// line_buf, which the statement loop prints, holds the text read last; if that was evaluated, it ends behind
+// its first name. After a success it is nobody's.
 #pragma once
 
 #include <stdint.h>

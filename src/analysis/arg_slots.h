@@ -7,7 +7,6 @@
 // read a fixed number of slots, more than the statement gave.
 #pragma once
 
-#include "analysis/var_store.h"
 #include "support/number.h"
 
 #include <stdint.h>
@@ -36,7 +35,7 @@ enum : uint8_t {
 // Flag of an arg_types byte: the argument was left out or empty.
 constexpr uint8_t ARG_ABSENT = 16;
 
-// The mark of the slot list: begin_mark of slot 0, and state of a slot that holds no argument.
+// The state of a slot that holds no argument: the end of the list.
 constexpr int16_t slot_mark = 999;
 
 constexpr int arg_types_size = 100; // spec positions that one statement may walk
@@ -49,28 +48,19 @@ constexpr int arg_slots_cleared = 8; // slots are cleared so many at a time
 // What a slot holds beside its text.
 enum : uint8_t {
     HOLDS_NOTHING = 0,
-    HOLDS_LONG = ARG_LONG, // a value in the field of that type
+    HOLDS_LONG = ARG_LONG, // a value of that type
     HOLDS_INT = ARG_INT,
     HOLDS_FLOAT = ARG_FLOAT,
     HOLDS_DOUBLE = ARG_DOUBLE,
-    HOLDS_RAW = 5,     // str, which is the text
-    HOLDS_STRING = 6,  // str, which is the text without its quotes
-    HOLDS_WAITING = 16 // beside a type: the value is still to be worked out from the text, if a rule asks
+    HOLDS_RAW = 5,   // str, which is the text
+    HOLDS_STRING = 6 // str, which is the text without its quotes
 };
 
-// One argument. Rules read its values by slot_lval and its like. The text of an argument that needs no change
-// is a stretch of the source's buffer, with the comma or the line feed behind it and no NUL; any other has a
-// NUL.
+// One argument. Rules read its values by slot_lval and its like.
 struct arg_slot {
-    const char *text; // what rules write: as typed, a quoted string decoded and between double quotes
-    union {
-        int32_t lval; // value of a type 1 argument
-        int32_t ival; // value of a type 2 argument
-        float fval;   // value of a type 3 argument
-        double dval;  // value of a type 4 argument
-    };
+    const char *text;   // what rules write: as typed, a quoted string decoded and between double quotes
+    double value;       // what a numeric argument evaluated to
     uint32_t text_size; // length of text
-    int16_t begin_mark; // slot_mark in slot 0, 0 elsewhere
     int16_t state;      // 0: a fetched argument, an empty one too; slot_mark: no argument here
     uint8_t holds;
 };
@@ -83,7 +73,7 @@ extern arg_slot *slots_last; // the last slot of the list: all slots behind it a
 extern uint8_t arg_types[arg_types_size + 8]; // eight are written at a time
 extern uint8_t *arg_type_cursor;
 
-// Puts both cursors on their first element, forgets the last statement's texts and marks slot 0.
+// Puts both cursors on their first element and forgets the last statement's texts.
 void slots_start_statement();
 
 // Makes a text of at most 127 characters, which stays where it is, the command word in slot 0.
@@ -109,14 +99,10 @@ inline char *slot_text_room(uint32_t size)
 // Gives a slot's text with a NUL behind it; from then on it is the slot's.
 const char *slot_ended_text(arg_slot *slot);
 
-// Before the bytes of the source's buffer move: whatever lies there is read, or copied.
-extern bool slots_filling; // the list isn't complete
-void slots_leave_source();
-
 // Clears the slot under arg_cursor: no text, no values, state slot_mark.
 inline void slot_clear()
 {
-    *arg_cursor = arg_slot{slot_no_text, {0}, 0, 0, slot_mark, HOLDS_NOTHING};
+    *arg_cursor = arg_slot{slot_no_text, 0, 0, slot_mark, HOLDS_NOTHING};
 }
 
 // Steps arg_cursor to the next slot and clears that.
@@ -126,69 +112,27 @@ inline void slot_advance()
     slot_clear();
 }
 
-// ---- Values that wait ----
+// ---- Values ----
 
-// Arguments that are bare names wait for their values too. Reading one selects the variable, and an unknown
-// one has the value of the variable read before it: so they are read in their order, or not at all if the
-// next variable that is read is a known one. They wait as stretches of arguments, also those of the
-// statements before.
-struct waiting_names {
-    const char *text; // of the stretch, in the source's buffer
-    arg_slot *slot;   // its first argument
-    uint64_t starts;  // a bit for each of the arguments, in order: where it starts
-    uint64_t ends;    // and ends
-    uint64_t names;   // those bits of ends that belong to names
-};
-constexpr int slot_names_earlier = 28;                                   // stretches of earlier statements
-constexpr int slot_names_size = slot_names_earlier + arg_types_size + 1; // and of the current one
-extern waiting_names slot_names[slot_names_size];
-extern int32_t slot_names_used;
-
-// Reads all names that wait, and gives the slots of the current statement their values: before anything else
-// reads or stores variables in it.
-void slot_names_read();
-
-// Adds a stretch of arguments.
-inline void slot_names_wait(const waiting_names &stretch)
-{
-    slot_names[slot_names_used] = stretch;
-    slot_names_used += stretch.names != 0;
-    var_unread = slot_names_read; // which does nothing if there are none
-}
-
-// Stores the value of a numeric type in a slot.
-void slot_store_value(arg_slot *slot, uint8_t type, double value);
-
-// Works out the value of a slot that waits, in the current statement.
-void slot_settle(const arg_slot *slot);
-
-// Tells whether a slot has a value of a type, and works it out if it waits.
-inline bool slot_holds(const arg_slot *slot, uint8_t type)
-{
-    if (slot->holds == (type | HOLDS_WAITING))
-        slot_settle(slot);
-    return slot->holds == type;
-}
-
-// The value of a slot, 0 if it isn't of that type.
+// The value of a slot in the width of its type, 0 if it isn't of that type.
 inline int32_t slot_lval(const arg_slot *slot)
 {
-    return slot_holds(slot, HOLDS_LONG) ? slot->lval : 0;
+    return slot->holds == HOLDS_LONG ? int_from_double(slot->value) : 0;
 }
 
 inline int32_t slot_ival(const arg_slot *slot)
 {
-    return slot_holds(slot, HOLDS_INT) ? slot->ival : 0;
+    return slot->holds == HOLDS_INT ? int_from_double(slot->value) : 0;
 }
 
 inline float slot_fval(const arg_slot *slot)
 {
-    return slot_holds(slot, HOLDS_FLOAT) ? slot->fval : 0;
+    return slot->holds == HOLDS_FLOAT ? float_from_double(slot->value) : 0;
 }
 
 inline double slot_dval(const arg_slot *slot)
 {
-    return slot_holds(slot, HOLDS_DOUBLE) ? slot->dval : 0;
+    return slot->holds == HOLDS_DOUBLE ? slot->value : 0;
 }
 
 // The text without quotes and its length; null for numeric types and for an empty argument.

@@ -17,7 +17,7 @@ constexpr int getcur_optional = 5;
 // last integer: set by emit_getcur_comment, read by emit_getcur_tail.
 static const arg_slot *getcur_kept[getcur_optional];
 static const arg_slot *getcur_last;
-static constexpr arg_slot getcur_no_last{slot_no_text, {0}, 0, 0, slot_mark, HOLDS_NOTHING};
+static constexpr arg_slot getcur_no_last{slot_no_text, 0, 0, slot_mark, HOLDS_NOTHING};
 
 // INPUT looks at no more of its format than this.
 constexpr uint32_t scan_format_max = 1299;

@@ -4,7 +4,6 @@
 #include "analysis/declarations.h"
 #include "analysis/expr_eval.h"
 #include "analysis/expr_lexer.h"
-#include "analysis/expr_quick.h"
 #include "platform/platform.h"
 #include "source/command_table.h"
 #include "source/labels.h"
@@ -70,10 +69,6 @@ constexpr unsigned ready_word_max = 16;
 // The key of the statement's word, for the tables; of a word that is in none of them, no one's.
 static word_key first_word_key;
 
-// Where the word of the statement lies in the source, as long as its line isn't read; null if it doesn't lie
-// there.
-static const char *word_in_source;
-
 // Writes the white space in front of a statement that lies ready.
 static void write_indent(unsigned size)
 {
@@ -102,7 +97,6 @@ static bool take_ready_mark(const unsigned char *start, unsigned indent, char *w
 static bool read_ready_word(char *word, int32_t *length, int32_t *kind)
 {
     src_settle();
-    word_in_source = nullptr;
     unsigned indent = blank_run(src_raw.pos);
     const unsigned char *start = src_raw.pos + indent;
     unsigned run = word_run(start);
@@ -118,7 +112,6 @@ static bool read_ready_word(char *word, int32_t *length, int32_t *kind)
         return false;
     write_indent(indent);
     memcpy(word, start, ready_word_max);
-    word_in_source = reinterpret_cast<const char *>(start);
     first_word_key = run <= word_size_max ? word_key_ready(start, run) : word_key{0, 0};
     bool assigned = *next == '=' || *next == '[';
     *kind = (blank ? assigned : *next != '\n' && *next != '\r') ? 1 : 0;
@@ -222,33 +215,10 @@ static void write_rejected_text(size_t size)
     out_char('\n');
 }
 
-// A statement that is text and lies ready in the source: a line that is refused at sight, such as a comment,
-// or a quick assignment. STATEMENT_END if it is neither, and nothing was read.
-static int32_t ready_text(const char *word, int32_t length)
-{
-    const unsigned char *end = line_ready_end(length);
-    if (end == nullptr)
-        return STATEMENT_END;
-    const char *line_end = reinterpret_cast<const char *>(end);
-    if (!lex_starts_operand(word[0])) {
-        if (memchr(src_raw.pos, 0, static_cast<size_t>(end - src_raw.pos)) != nullptr)
-            return STATEMENT_END;
-        line_write_ready(word, length, end, 1);
-        return STATEMENT_DONE;
-    }
-    if (word_in_source == nullptr || !quick_assignment(word_in_source, line_end))
-        return STATEMENT_END;
-    line_write_ready(word, length, end, 2);
-    return STATEMENT_TEXT;
-}
-
 static int32_t assignment_statement(plat_file *stream, const char *word, int32_t length, statement_kind *kind)
 {
-    int32_t result = ready_text(word, length);
-    *kind = result == STATEMENT_TEXT ? KIND_EXPRESSION : KIND_TEXT;
-    if (result != STATEMENT_END)
-        return result;
     size_t size;
+    *kind = KIND_TEXT;
     if (!collect_and_evaluate(stream, word, length, &size)) {
         write_rejected_text(size);
         return STATEMENT_DONE;

@@ -18,7 +18,6 @@ key_record src_key;
 void (*key_load)(const char *name, key_record *key);
 src_line_state src_lines;
 src_buffer src_raw;
-void (*src_leave)();
 
 static unsigned char src_block[src_kept_size + src_block_size + src_slack];
 static int64_t src_block_offset; // position in the file of src_raw.end
@@ -44,8 +43,6 @@ __attribute__((noinline)) static bool block_fill(plat_file *stream)
 {
     if (src_block_last)
         return false;
-    if (src_leave != nullptr)
-        src_leave();
     size_t kept = static_cast<size_t>(src_raw.end - src_block);
     if (kept > src_kept_size)
         kept = src_kept_size;
@@ -126,7 +123,6 @@ static void key_free()
 void src_open(const char *name, plat_file *stream)
 {
     src_raw = src_buffer{src_block, src_block, src_block};
-    src_leave = nullptr;
     src_block_offset = 0;
     src_block_last = false;
     if (key_load != nullptr)

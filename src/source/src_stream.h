@@ -66,9 +66,6 @@ inline constexpr src_plain_map src_plain = src_plain_make();
 // Bytes behind the buffer that may be read, whatever they hold.
 constexpr size_t src_slack = 64;
 
-// Called before the bytes of the buffer move, for whoever keeps stretches of them. Null: nobody does.
-extern void (*src_leave)();
-
 // Starts a source on an opened stream: key hook, reset, magic test. The stream stays its opener's.
 void src_open(const char *name, plat_file *stream);
 

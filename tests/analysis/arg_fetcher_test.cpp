@@ -53,7 +53,7 @@ static std::string slots_now()
                      static_cast<double>(slot_fval(&slot)));
             result += value;
         }
-        if (slot_holds(&slot, HOLDS_DOUBLE)) {
+        if (slot.holds == HOLDS_DOUBLE) {
             snprintf(value, sizeof value, " d%g", slot_dval(&slot));
             result += value;
         }

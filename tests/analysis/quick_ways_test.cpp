@@ -2,18 +2,15 @@
 #include "analysis/expr_eval.h"
 #include "analysis/expr_lexer.h"
 #include "analysis/expr_quick.h"
-#include "analysis/plain_marks.h"
 #include "analysis/var_store.h"
 #include "common/diff.h"
 #include "common/random_texts.h"
 #include "common/run.h"
 #include "driver/batch.h"
-#include "support/char_masks.h"
 
 #include <gtest/gtest.h>
 
 #include <math.h>
-#include <regex.h>
 #include <string.h>
 
 // ---- Quick evaluation ----
@@ -110,76 +107,4 @@ TEST(expr_quick, agrees_with_the_evaluator)
     }
     EXPECT_GT(taken[0], 60000) << "of about 133,000 expressions";
     EXPECT_GT(taken[1], 10000) << "of about 67,000 assignments";
-}
-
-// ---- Plain arguments ----
-
-static random_texts lines({
-    {'l', "%p%p%p%p%p%p%p%p%p%p%p%p%p%p%p%p"},
-    {'p',
-     ",;,;,;,;,;,; ; ;"
-     "\t;\r\n;-;.;0;1;27;a;_;Z;(;[;\n;-1.5;x1;int;INTx;Sizeof;.5;007;3.;\xE1;\\;\r;\x1A;\";`;~;aZ_09"},
-});
-
-// The marks of a text, one argument at a time.
-static plain_marks read_marks(const std::string &text, size_t ready)
-{
-    // A 0 with a digit behind it may begin an octal number.
-    static regex_t number;
-    if (number.re_nsub == 0)
-        regcomp(&number, "^-?((0|[1-9][0-9]*)([.][0-9]*)?|[.][0-9]+) *$", REG_EXTENDED);
-    plain_marks marks{};
-    size_t start = 0;
-    size_t seen = std::min<size_t>(ready, plain_marks_width);
-    for (size_t end = 0; end < seen; end++) {
-        bool line_end = text[end] == '\n' || (end + 1 < seen && text.compare(end, 2, "\r\n") == 0);
-        if (text[end] != ',' && !line_end)
-            continue;
-        start = text.find_first_not_of(" \t", start);
-        std::string argument = text.substr(start, end - start);
-        uint64_t bit = uint64_t{1} << end;
-        bool name = lex_is_bare_name(argument.c_str());
-        marks.starts |= uint64_t{1} << start;
-        marks.ends |= bit;
-        marks.names |= name ? bit : 0;
-        marks.plain |=
-            name || argument.empty() || regexec(&number, argument.c_str(), 0, nullptr, 0) == 0 ? bit : 0;
-        start = end + 1;
-        if (line_end)
-            break;
-    }
-    return marks;
-}
-
-TEST(plain_marks, are_found_many_at_a_time_as_one_by_one)
-{
-    for (int n = 0; n < 10000; n++) {
-        // A run of one kind, perhaps none, and whatever.
-        std::string text = times(lines.die() % 40, lines.pick('p')) + lines.expand("%l%l%l%l%l%l%l%l%l%l");
-        auto start = reinterpret_cast<const unsigned char *>(text.data());
-        SCOPED_TRACE(escaped(text));
-
-        size_t ready = lines.die() % (2 * plain_marks_width);
-        plain_marks wanted = read_marks(text, ready);
-        // What stands behind the last end may have a start too.
-        uint64_t counted = wanted.ends == 0 ? 0 : bits_through(highest_bit(wanted.ends));
-        for (const plain_marks_way &way : plain_marks_table) {
-            plain_marks marks;
-            (way.supported() ? way : plain_marks_table[0]).find(start, ready, &marks);
-            ASSERT_EQ(marks.ends, wanted.ends) << &way - plain_marks_table;
-            ASSERT_EQ(marks.plain, wanted.plain) << &way - plain_marks_table;
-            ASSERT_EQ(marks.names, wanted.names) << &way - plain_marks_table;
-            ASSERT_EQ(marks.starts & counted, wanted.starts) << &way - plain_marks_table;
-        }
-
-        text[lines.die() % 80] = static_cast<char>(lines.die() % 256);
-        char_masks many = char_masks_read(start);
-        char_masks singly = char_masks_read_singly(start);
-        ASSERT_EQ(memcmp(&many, &singly, sizeof many), 0);
-        ASSERT_EQ(word_run(start), word_run_singly(start));
-        ASSERT_EQ(blank_run(start), blank_run_singly(start));
-        ASSERT_EQ(raw_marks(start), raw_marks_singly(start));
-        ASSERT_EQ(plain_run_end(start, start + ready), plain_run_end_singly(start, start + ready));
-        ASSERT_EQ(string_run_end(start, start + ready), string_run_end_singly(start, start + ready));
-    }
 }
