@@ -14,7 +14,8 @@ else()
   add_custom_command(
     OUTPUT ${page}.gz
     COMMAND gzip -9nkf ${page}
-    DEPENDS ${page})
+    DEPENDS ${page}
+    VERBATIM)
   add_custom_target(man_page ALL DEPENDS ${page}.gz)
 
   install(TARGETS murlconv DESTINATION bin)

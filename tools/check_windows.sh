@@ -3,11 +3,9 @@
 # must give what the POSIX build gives, with CR LF for LF.
 set -eu
 cd "$(dirname -- "$0")/.."
-root=$PWD
-check_name=check_windows
-work=$root/build/windows/check
-wine_home=$root/build/windows/wine
 . tools/checks.sh
+work=$MURL_BUILD/windows_check
+wine_home=$MURL_BUILD/windows_wine
 
 # ---- The file itself: small, and at home on any Windows ----
 
@@ -37,9 +35,9 @@ copy_scripts() {
 
 # Many scripts a run, as a start of wine takes long.
 convert_scripts() {
-    (cd "$work/posix" && xargs -d '\n' -n 200 "$root/build/release/murlconv") \
+    (cd "$work/posix" && xargs -d '\n' -n 200 "$MURL_BUILD/release/murlconv") \
         <"$work/scripts" >"$work/posix.out"
-    (cd "$work/windows" && tr / '\\' | xargs -d '\n' -n 200 timeout 300 wine "$exe" 2>>"$wine_log") \
+    (cd "$work/windows" && tr / '\134' | xargs -d '\n' -n 200 timeout 300 wine "$exe" 2>>"$wine_log") \
         <"$work/scripts" >"$work/windows.out"
 }
 
@@ -59,10 +57,10 @@ compare_scripts() {
 check_paths() {
     mkdir -p "$work/paths/x y" "$work/paths/dir.d" "$work/paths/taken_conv.mrl" "$work/paths/folder.mrl"
     cd "$work/paths"
-    drive=Z:$(pwd | tr / '\\')
+    drive=Z:$(pwd | tr / '\134')
     long=$(printf '%0300d' 0)
     printf 'LINE 1,2,3,4,5,6' >../line.mrl
-    "$root/build/release/murlconv" ../line.mrl
+    "$MURL_BUILD/release/murlconv" ../line.mrl
     for script in 'x y/a b.mrl' dir.d/script .mrl up.MRL dots.a.b.mrp drive.mrl 'é.mrl' taken.mrl twice.mrl; do
         cp ../line.mrl "$script"
     done
@@ -82,24 +80,23 @@ check_paths() {
     echo 'windows: paths are taken as they come'
 }
 
-need build 'the POSIX side is not built to compare with'
-need windows 'the Windows side is not built and not checked'
-build release
-build windows
-exe=$root/build/windows/murlconv.exe
+need windows 'the Windows side is not built'
+build_preset release
+build_preset windows
+exe=$MURL_BUILD/windows/murlconv.exe
 check_exe "$exe"
 
-need wine 'the Windows side is built, but not run'
+need wine 'the Windows side was built, but not run'
 . tools/wine.sh
 rm -rf "$work"
 mkdir -p "$work/empty"
 wine_start
-(cd "$work/empty" && wine_run "$root/build/windows/tests/windows_test.exe")
+(cd "$work/empty" && wine_run "$MURL_BUILD/windows/tests/windows_test.exe")
 copy_scripts
 convert_scripts
 compare_scripts
 check_paths
 
-need dialog 'the open dialog of the Windows side is not tried'
+need dialog 'the open dialog was not tried'
 . tests/platform/windows_dialog.sh
 check_dialog

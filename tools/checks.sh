@@ -1,28 +1,32 @@
-# What the checks of the Windows side and of the packages share; to be read by a script that has set -eu and
-# stands at the repository's root.
+# What the steps of ./check share; to be read by a script that has set -eu and stands at the checkout's root.
+# It sets root and MURL_BUILD, so that a step can also be run alone.
+# shellcheck shell=sh
+
+name=$(basename -- "$0" .sh)
+root=$(pwd -P)
+. tools/builds.sh
+find_build_folder
+# The same messages and the same order of names for everybody; and wine spells file names by it.
+export LC_ALL=C.UTF-8
 
 fail() {
-    echo "$check_name: $*" >&2
+    tell "$*"
     exit 1
 }
 
-# Installs a group of packages. If that can't be done the rest of the check is skipped, which is a fault where
-# the results count.
+# Installs a group of packages. If that can't be done the rest of the step is skipped.
+#   need GROUP CONSEQUENCE
 need() {
-    tools/packages.sh "$1" >build/packages.log 2>&1 && return
-    echo "skipped: the packages for $1 can't be installed, so $2" >&2
-    [ "${CI:-}" != true ] || exit 1
-    exit 0
+    tools/packages.sh "$1" 2>"$MURL_BUILD/packages.log" && return
+    cat "$MURL_BUILD/packages.log" >&2
+    skip "$2: the packages for $1 are not there"
 }
 
-mkdir -p build
-
-# Builds a preset. Standard output is for results only.
-build() {
-    { cmake --preset "$1" && cmake --build --preset "$1"; } >"build/$1.log" 2>&1 || {
-        cat "build/$1.log" >&2
-        exit 1
-    }
+# Ends a step that can't be run to its end. ./check tells the reason in its last line.
+skip() {
+    tell "skipped: $1"
+    printf '%s\n' "$1" >"$MURL_BUILD/skip_reason"
+    exit 77
 }
 
 # A file with its LF as CR LF.

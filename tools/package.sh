@@ -1,27 +1,28 @@
 #!/bin/sh
 # Builds the two packages and prints their paths:
-#   dist/murlconv-VERSION-windows.zip
-#   dist/murlconv_VERSION_amd64.deb
+#   tools/package.sh [FOLDER]     into a folder, dist if none is named
+#     FOLDER/murlconv-VERSION-windows.zip
+#     FOLDER/murlconv_VERSION_ARCHITECTURE.deb
 set -eu
 cd "$(dirname -- "$0")/.."
-check_name=package
 . tools/checks.sh
+dist=${1:-dist}
 
 # Packs what a preset has built.
 pack() {
-    build "$1"
-    (cd "build/$1" && rm -f ./*.deb ./*.zip && cpack) >"build/$1.log" 2>&1 || {
-        cat "build/$1.log" >&2
+    build_preset "$1"
+    (cd "$MURL_BUILD/$1" && rm -f ./*.deb ./*.zip && cpack) >"$MURL_BUILD/$1.log" 2>&1 || {
+        cat "$MURL_BUILD/$1.log" >&2
         exit 1
     }
-    for package in "build/$1"/*.deb "build/$1"/*.zip; do
+    for package in "$MURL_BUILD/$1"/*.deb "$MURL_BUILD/$1"/*.zip; do
         [ -e "$package" ] || continue
-        mv "$package" dist/
-        echo "dist/${package##*/}"
+        mv "$package" "$dist/"
+        echo "$dist/${package##*/}"
     done
 }
 
 tools/packages.sh build windows packages
-mkdir -p dist
+mkdir -p "$dist"
 pack windows
 pack release

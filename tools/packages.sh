@@ -8,12 +8,13 @@ set -eu
 group_packages() {
     case $1 in
     build) echo g++ cmake ninja-build ;;
-    check) echo libgtest-dev clang clang-format clang-tidy ;;
+    check) echo libgtest-dev ;;
+    style) echo clang-format clang-tidy cppcheck shellcheck ;;
     mutation) echo python3 ;;
     windows) echo g++-mingw-w64-x86-64-posix ;;
     wine) echo wine wine64 ;;
     dialog) echo xvfb xdotool ;;
-    packages) echo dpkg-dev gzip groff-base ;;
+    packages) echo dpkg-dev file gzip groff-base lintian ;;
     bench) echo libbenchmark-dev hyperfine time ;;
     hostile) echo python3 time ;;
     fuzz) echo clang libclang-rt-dev ;;
@@ -29,7 +30,10 @@ missing=
 for group in "$@"; do
     for package in $(group_packages "$group"); do
         status=$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null) || status=none
-        [ "$status" = installed ] || missing="$missing $package"
+        case " $missing " in
+        *" $package "*) ;;
+        *) [ "$status" = installed ] || missing="$missing $package" ;;
+        esac
     done
 done
 [ -n "$missing" ] || exit 0
@@ -39,15 +43,17 @@ if [ "$(id -u)" = 0 ]; then
 elif command -v sudo >/dev/null 2>&1; then
     as_root=sudo
 else
-    echo "murlconv needs these packages; please run: apt-get install$missing" >&2
+    echo "packages.sh: these packages are needed; please run: apt-get install$missing" >&2
     exit 1
 fi
+echo "packages.sh: installing$missing" >&2
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
-# shellcheck disable=SC2086
-if ! { $as_root apt-get update && $as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y \
+# A source of packages that can't be reached is no reason to give up: another may have them all.
+# shellcheck disable=SC2086 # several words
+if ! { { $as_root apt-get update || true; } && $as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y \
     --no-install-recommends $missing; } >"$log" 2>&1 </dev/null; then
     cat "$log" >&2
-    echo "murlconv needs these packages, which could not be installed:$missing" >&2
+    echo "packages.sh: these packages are needed and could not be installed:$missing" >&2
     exit 1
 fi

@@ -1,6 +1,7 @@
 # Wine for the checks; to be read by a script at the repository's root that has set -eu.
 #
 # Needs wine_home, a folder for all that wine writes, made here and removed at the end of the script.
+# shellcheck shell=sh disable=SC2154
 
 export WINEPREFIX="$wine_home"
 export WINEDEBUG=-all
