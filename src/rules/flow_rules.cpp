@@ -2,18 +2,15 @@
 //
 // Nothing of a script is ever run, so a flow command is one line, copied. A dimension's new parameters have
 // another order: the old statement is quoted under a tip and the new one stands below.
-#include "rules/emission.h"
 #include "rules/rule_table.h"
 #include "rules/rules.h"
-#include "source/command_table.h"
 #include "support/number.h"
-#include "support/text.h"
 
 constexpr int flow_first = 500;
-constexpr int flow_last = 799; // no id behind it has a rule
+constexpr int flow_last = 799; // no id after it has a rule
 
-// Kept: the misspelling; users search for these lines. The attributes stand in the comment alone.
-static constexpr form_code cirdim_form = form(
+// Kept: the misspelling; users search for these lines.
+static constexpr form_code tip_cirdim = form(
     "// CONVERSION TIP ///////////////////////////////////////////////////\n"
     "// The dimension commands have change significantly from the previous\n"
     "// version of MURL.  Parameter order, quantity, and array definitions\n"
@@ -21,38 +18,9 @@ static constexpr form_code cirdim_form = form(
     "// arrays from the original command.  This will allow the command to\n"
     "// be read by the current version of MURL.\n"
     "// Please refer to the CIRDIM entry in the provided MURL help file.\n"
-    "// Original MURL command:\n"
-    "// CIRDIM {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, {A7}, {A8}, {A9}, {A10}, {A11}, {A12}\n"
-    "\n"
-    "CIRDIM {A7}, {A4}, , {A1}, {A2}, {A3}, , {A5}, , {A6}\n"
-    "\n");
+    "// Original MURL command:\n");
 
-static void conv_lindim(int32_t count);
-
-// clang-format off
-static constexpr rule_row flow_table[] = {
-    // id, command, old form,
-    //     new form, routine
-    {500, "CHAIN", "CHAIN file",
-        form("{W} {A1}\n"), nullptr},
-    {501, "DOSUB", "DOSUB label",
-        form("{W} {A1}\n"), nullptr},
-    {502, "GOTO", "GOTO label",
-        form("{W} {A1}\n"), nullptr},
-    {503, "IF", "IF condition",
-        form("{W} {A1}\n"), nullptr},
-    {505, "CIRDIM", "CIRDIM x, y, z, line, number [, number], mode [, five attributes]",
-        cirdim_form, nullptr},
-    {506, "LINDIM", "LINDIM x, y, z, line, two numbers, mode [, five attributes]",
-        no_form, conv_lindim},
-};
-// clang-format on
-
-static_assert(rule_ids_ascend(flow_table, flow_first, flow_last));
-static_assert(rule_slots_fit(flow_table, command_spec_count));
-static constexpr rule_index flow_index = rule_index_make(flow_table, flow_first);
-
-static constexpr form_code lindim_old = form(
+static constexpr form_code tip_lindim = form(
     "// CONVERSION TIP ///////////////////////////////////////////////////\n"
     "// The dimension commands have change significantly from the previous\n"
     "// version of MURL.  Parameter order, quantity, and array definitions\n"
@@ -65,45 +33,60 @@ static constexpr form_code lindim_old = form(
     "// Please refer to the LINDIM or CHAMFDIM entry in the provided MURL help file.\n"
     "// Original MURL command:\n"
     "// LINDIM {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, {A7}, {A8}, {A9}, {A10}, {A11}, {A12}\n"
-    "// new MURL command syntax:\n",
-    command_spec_count(506));
+    "// new MURL command syntax:\n");
 
-// Behind the chamfer's style and "hentity_chamferline".
-static constexpr form_code chamfdim_rest = form(
-    ", , {A5}, {A4}, , {A1}, {A2}, {A3}, , , , {A9}, {A10}, {A11}, {A12}\n"
-    "\n",
-    command_spec_count(506));
+static void choose_lindim(rule_choice *choice);
 
-// The linear form up to its style, and behind that.
-static constexpr form_code lindim_head = form("// LINDIM {A6}", command_spec_count(506));
-static constexpr form_code lindim_rest = form(
-    ", {A4}, , {A1}, {A2}, {A3}, , , {A5}, , , , {A9}, {A10}, {A11}, {A12}\n"
-    "\n",
-    command_spec_count(506));
+// clang-format off
+static constexpr rule_row flow_table[] = {
+    // id, command, old form, effect, tip,
+    //     new form, choice, when
+    {500, "CHAIN", "file", EFFECT_COPIED, nullptr,
+        form("{W} {A1}\n"), nullptr, nullptr},
+    {501, "DOSUB", "label", EFFECT_COPIED, nullptr,
+        form("{W} {A1}\n"), nullptr, nullptr},
+    {502, "GOTO", "label", EFFECT_COPIED, nullptr,
+        form("{W} {A1}\n"), nullptr, nullptr},
+    {503, "IF", "condition", EFFECT_COPIED, nullptr,
+        form("{W} {A1}\n"), nullptr, nullptr},
+    // The attributes stand in the comment alone.
+    {505, "CIRDIM", "x, y, z, line, n1, [n2], mode [, a1..a5]", EFFECT_TIP, &tip_cirdim,
+        form("// CIRDIM {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, {A7}, {A8}, {A9}, {A10}, {A11}, {A12}\n"
+             "\n"
+             "CIRDIM {A7}, {A4}, , {A1}, {A2}, {A3}, , {A5}, , {A6}\n"
+             "\n"), nullptr, nullptr},
+    {506, "LINDIM", "x, y, z, line, n1, n2, mode [, a1..a5]", EFFECT_BY_HAND, &tip_lindim,
+        form("// LINDIM {A6}, {N7}, {A4}, , {A1}, {A2}, {A3}, , , {A5}, , , , {A9}, {A10}, {A11}, {A12}\n"
+             "\n"), choose_lindim, "the mode is 1 to 9: a style of 1 to 3, one for three modes"},
+    {506, "LINDIM", "x, y, z, line, n1, n2, mode [, a1..a5]", EFFECT_BY_HAND, &tip_lindim,
+        form("// CHAMFDIM {N7}, hentity_chamferline, , {A5}, {A4}, , {A1}, {A2}, {A3}, , , , {A9}, {A10}, {A11}, {A12}\n"
+             "\n"), nullptr, "the mode is 10 or 11: a chamfer of 0 or 1"},
+    // Kept: without a style its place is missing too, so that the line moves up by one.
+    {506, "LINDIM", "x, y, z, line, n1, n2, mode [, a1..a5]", EFFECT_BY_HAND, &tip_lindim,
+        form("// LINDIM {A6}, {A4}, , {A1}, {A2}, {A3}, , , {A5}, , , , {A9}, {A10}, {A11}, {A12}\n"
+             "\n"), nullptr, "the mode is another"},
+};
+// clang-format on
 
-// LINDIM x, y, z, line, number, number, mode, five attributes
-//     -> // CHAMFDIM 0 or 1, hentity_chamferline, ...   the modes 10 and 11
-//     -> // LINDIM number, style, ...                   the modes 1 to 9, style 1 to 3
-//     -> // LINDIM number, ...                          any other mode
-static void conv_lindim(int32_t)
+static_assert(rules_fit(flow_table, flow_first, flow_last));
+static constexpr rule_index flow_index = rule_index_make(flow_table, flow_first);
+const rule_family flow_family = rule_family_of(flow_table, flow_index, flow_first, flow_last);
+
+static void choose_lindim(rule_choice *choice)
 {
     // The text counts, not the value: in 2+8 the mode is 2.
-    int32_t mode = int_from_text(slot_ended_text(arg_slots + 7));
-    emit_form(lindim_old);
-    if (mode == 10 || mode == 11) {
-        out_format("// CHAMFDIM %d, hentity_chamferline", mode - 10);
-        emit_form(chamfdim_rest);
-        return;
+    int32_t mode = int_from_text(arg_slots[7].text, arg_slots[7].text_size);
+    if (mode >= 1 && mode <= 9) {
+        choice->number = (mode + 2) / 3;
+    } else if (mode == 10 || mode == 11) {
+        choice->row = 1;
+        choice->number = mode - 10;
+    } else {
+        choice->row = 2;
     }
-    emit_form(lindim_head);
-    // Kept: without a style its place is missing too, so that the line moves up by one.
-    if (mode >= 1 && mode <= 9)
-        out_format(", %d", (mode + 2) / 3);
-    emit_form(lindim_rest);
 }
 
-int32_t conv_flow(int32_t id, int32_t count)
+void conv_flow(int32_t id, int32_t count)
 {
-    rule_run(rule_find(flow_table, flow_index, id, flow_first), count, "");
-    return 0;
+    rule_run(flow_family, id, count);
 }

@@ -1,71 +1,130 @@
-// Rule tables: one row for each command of a family, and how the row of an id is found.
+// Rule tables: what becomes of each command, a row for each way in which it can come out.
 //
 // A family's file begins with its table, which names every id in order. The index from id to row is made by
-// the compiler, as are the checks.
+// the compiler, as are the checks. The converter writes from the tables; the guide to the commands and
+// companion programs read them too.
 #pragma once
 
 #include "rules/emission.h"
+#include "source/command_rows.h"
 
 #include <stdint.h>
 
-// One row of a family's table. Rows stand in order of id.
-struct rule_row {
-    int16_t id;
-    const char *command;            // the command word or words of the id
-    const char *old_form;           // what the script holds; optional arguments in square brackets
-    form_code new_form;             // the whole output with its line ends; empty if nothing is left
-    void (*routine)(int32_t count); // what writes the output instead, or null
+// What becomes of a command.
+enum rule_effect : uint8_t {
+    EFFECT_COPIED,          // the same word with the same arguments
+    EFFECT_REBUILT,         // the same word; arguments moved, joined, dropped or made constant
+    EFFECT_RENAMED,         // another word
+    EFFECT_TIP,             // a tip, and the new command stands under it
+    EFFECT_BY_HAND,         // a tip; the new form stands as a comment or not at all
+    EFFECT_COMMENTED,       // a comment, with neither tip nor warning
+    EFFECT_NOT_IMPLEMENTED, // a warning that the new dialect has no such command
+    EFFECT_DROPPED,         // nothing is left of it but line ends
+    EFFECT_SYSTEM           // a system command: nothing is left
 };
 
-// Where the row of an id stands in its family's table. Every family spans at most so many ids.
+// One row: the whole output of a command.
+struct rule_row {
+    int16_t id;
+    const char *command;  // the command word or words of the id
+    const char *old_form; // the old arguments by name; the optional ones in brackets, a1..a3 for a1, a2, a3
+    rule_effect effect;
+    const form_code *tip; // comment lines in front, or null
+    form_code new_form;   // the rest of the output, with its line ends; empty if nothing is left
+    void (*choose)(rule_choice *choice); // settles the choice, null if there is nothing to choose
+    const char *when; // what makes this row the statement's, if its id has several; else null
+};
+
+// The rows of ORDDIM, by what they write: BASEDIM, which declares its handle; ADDBASEDIM, which counts on
+// that; nothing.
+enum : int32_t { ORDDIM_FIRST, ORDDIM_FOLLOWING, ORDDIM_OUTSIDE };
+
+// Where the rows of an id begin in its family's table. Every family spans at most so many ids.
 constexpr int family_span = 300;
 struct rule_index {
     uint8_t place[family_span]; // of the id less the family's first: position in the table and 1, or 0
 };
 
-template <typename row, int count>
-constexpr rule_index rule_index_make(const row (&rows)[count], int first_id)
+// A family: the rows of a range of ids. The rows of one id follow each other, and the first one chooses.
+struct rule_family {
+    int32_t first_id;
+    int32_t last_id;
+    const rule_row *rows;
+    int32_t row_count;
+    const rule_index *index;
+};
+extern const rule_family entity_family;  // geometry, notes, labels, crosshatch and the view
+extern const rule_family setting_family; // what a script sets, and the dimensions of that range
+extern const rule_family input_family;   // input, query and files
+extern const rule_family flow_family;    // flow, and the dimensions of that range
+
+// ---- For readers of the tables ----
+
+// The first row of a command, or null. System commands have one row together.
+const rule_row *rule_find(int32_t id);
+
+// How many rows the command of a first row has.
+int32_t rule_row_count(const rule_row *first);
+
+// The effect in a word or two.
+const char *rule_effect_text(rule_effect effect);
+
+// The row that wrote the last command that was converted, and what was chosen for it.
+struct rule_record {
+    const rule_row *row;
+    rule_choice choice;
+};
+extern rule_record rule_last;
+
+// What the output of rule_last holds of a slot of its statement, 0 if nothing. While the slots are as the
+// statement left them.
+constexpr unsigned USE_TEXT = 1;  // its text
+constexpr unsigned USE_VALUE = 2; // a number or a word made of its value, in place of the text
+unsigned rule_slot_use(int32_t slot);
+
+// ---- For the families ----
+
+template <int count> constexpr rule_index rule_index_make(const rule_row (&rows)[count], int first_id)
 {
     rule_index index{};
-    for (int i = 0; i < count; i++)
+    for (int i = count - 1; i >= 0; i--)
         index.place[rows[i].id - first_id] = static_cast<uint8_t>(i + 1);
     return index;
 }
 
-// Tells whether the ids of a table ascend strictly and lie from first_id to last_id.
-template <typename row, int count>
-constexpr bool rule_ids_ascend(const row (&rows)[count], int first_id, int last_id)
+// The slots that the form of an id may name: any number if its last position repeats.
+constexpr int rule_slots(int id)
 {
-    for (int i = 0; i < count; i++)
-        if (rows[i].id < first_id || rows[i].id > last_id || (i > 0 && rows[i].id <= rows[i - 1].id))
+    return command_repeats(id) ? form_slot_max : command_spec_count(id);
+}
+
+// Tells whether a table is in order of id and has a row for every command from first_id to last_id, and no
+// form names a slot that its command lacks.
+template <int count> constexpr bool rules_fit(const rule_row (&rows)[count], int first_id, int last_id)
+{
+    for (int i = 0; i < count; i++) {
+        const rule_row &row = rows[i];
+        if (row.id < first_id || row.id > last_id || (i > 0 && row.id < rows[i - 1].id))
+            return false;
+        bool alone = (i == 0 || rows[i - 1].id != row.id) && (i + 1 == count || rows[i + 1].id != row.id);
+        if (alone != (row.when == nullptr) || row.new_form.top_slot > rule_slots(row.id))
+            return false;
+        if (row.tip != nullptr && row.tip->top_slot > rule_slots(row.id))
+            return false;
+    }
+    rule_index index = rule_index_make(rows, first_id);
+    for (const command_source_row &command : command_rows)
+        if (command.id >= first_id && command.id <= last_id && index.place[command.id - first_id] == 0)
             return false;
     return last_id - first_id < family_span && count < 255;
 }
 
-// The row of an id, or null if the family has no such row.
-template <typename row, int count>
-inline const row *rule_find(const row (&rows)[count], const rule_index &index, int32_t id, int32_t first_id)
+template <int count>
+constexpr rule_family rule_family_of(const rule_row (&rows)[count], const rule_index &index, int32_t first_id,
+                                     int32_t last_id)
 {
-    int32_t place = id >= first_id && id - first_id < family_span ? index.place[id - first_id] : 0;
-    return place > 0 ? &rows[place - 1] : nullptr;
+    return rule_family{first_id, last_id, rows, count, &index};
 }
 
-// Tells whether no form of a table names a slot that its command lacks.
-template <int count> constexpr bool rule_slots_fit(const rule_row (&rows)[count], int (*spec_count)(int id))
-{
-    for (const rule_row &row : rows)
-        if (row.new_form.top_slot > spec_count(row.id))
-            return false;
-    return true;
-}
-
-// Carries out a row, if there is one: its routine or its form. An id without a row leaves the given text.
-inline void rule_run(const rule_row *row, int32_t count, const char *without_row)
-{
-    if (row == nullptr)
-        out_text(without_row);
-    else if (row->routine != nullptr)
-        row->routine(count);
-    else
-        emit_form(row->new_form, count);
-}
+// Carries out the rule of an id. count is the argument count of the statement.
+void rule_run(const rule_family &family, int32_t id, int32_t count);

@@ -314,3 +314,12 @@ constexpr int command_spec_count(int id)
             return spec_length(row.spec);
     return -1;
 }
+
+// Tells whether the last position of the commands of an id takes every further argument too.
+constexpr bool command_repeats(int id)
+{
+    for (const command_source_row &row : command_rows)
+        if (int count = row.id == id ? spec_length(row.spec) : 0; count > 0)
+            return (spec_digit(row.spec[3 * count - 3]) & 2) != 0;
+    return false;
+}

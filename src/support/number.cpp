@@ -17,15 +17,16 @@ float float_from_double(double value)
     return static_cast<float>(value);
 }
 
-int32_t int_from_text(const char *text)
+int32_t int_from_text(const char *text, size_t size)
 {
-    while (text_is(*text, CHAR_WHITE))
+    const char *end = text + size;
+    while (text < end && text_is(*text, CHAR_WHITE))
         text++;
-    bool minus = *text == '-';
-    if (*text == '-' || *text == '+')
+    bool minus = text < end && *text == '-';
+    if (text < end && (*text == '-' || *text == '+'))
         text++;
     int64_t value = 0;
-    for (; text_is(*text, CHAR_DIGIT); text++)
+    for (; text < end && text_is(*text, CHAR_DIGIT); text++)
         if (value <= INT32_MAX)
             value = value * 10 + (*text - '0');
     if (minus)

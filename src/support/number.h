@@ -1,6 +1,7 @@
 // Number: conversions between widths, each with a defined result for every value.
 #pragma once
 
+#include <stddef.h>
 #include <stdint.h>
 #include <string.h>
 
@@ -45,9 +46,9 @@ inline double with_sign(double value, bool minus)
 // A double as a float, rounded; what is too large for one is infinite.
 float float_from_double(double value);
 
-// A leading decimal integer after white space and one optional sign, as atoi reads it; a value outside
-// the 32-bit range gives the nearer end of that range, no number gives 0.
-int32_t int_from_text(const char *text);
+// A leading decimal integer after white space and one optional sign, as atoi reads it, of a text of size
+// characters; a value outside the 32-bit range gives the nearer end of that range, no number gives 0.
+int32_t int_from_text(const char *text, size_t size);
 
 // The value of 10 to the power n, as pow gives it. The small powers are kept, filled by pow itself on first
 // use, so that a power is the same number from the table and from pow.

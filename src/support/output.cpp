@@ -62,6 +62,10 @@ static void out_integer(int32_t value)
 
 static void out_float(double value)
 {
+    if (value != value) {
+        out_text("nan"); // the C library's sign of it differs by the machine
+        return;
+    }
     // The largest double has 309 digits in front of its point.
     char digits[400];
     int size = snprintf(digits, sizeof digits, "%f", value);

@@ -153,7 +153,7 @@ static bool line_has_number(const char *line, int64_t number)
         digits++;
     if (*digits == '-' || *digits == '+')
         digits++;
-    return text_is(*digits, CHAR_DIGIT) && int_from_text(line) == number;
+    return text_is(*digits, CHAR_DIGIT) && int_from_text(line, strlen(line)) == number;
 }
 
 // Looks a prompt up in the file. On true line holds its line or piece of a line as it was read.

@@ -18,6 +18,11 @@ static bool starts_nocase(const char *text, const char *pattern)
     return true;
 }
 
+bool text_is_word(const char *text, size_t size, const char *word)
+{
+    return size == strlen(word) && starts_nocase(text, word);
+}
+
 int find_nocase(const char *text, const char *pattern)
 {
     for (int i = 0; text[i] != 0; i++)

@@ -100,6 +100,9 @@ constexpr uint64_t characters_lower(uint64_t characters)
     return characters | (characters & 0x4040404040404040) >> 1;
 }
 
+// Tells whether a text of size characters is a NUL-terminated word without regard to case.
+bool text_is_word(const char *text, size_t size, const char *word);
+
 // Index of the first occurrence of pattern in text without regard to case, or -1. An empty text gives -1.
 int find_nocase(const char *text, const char *pattern);
 

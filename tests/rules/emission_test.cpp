@@ -52,8 +52,8 @@ TEST(emission, walks_the_tail_of_getcur_in_two_passes)
         {",10,20,30,4,50,\"a\",\"b\"", ", 10, 20, 30, 4, 50,\"a\",\"b\"", ", 10, 20, 30, 4, 50, \"a|b\""},
         {",10,20,30,4,50,,,,,,,,,,5", ", 10, 20, 30, 4, 50,,,,,,,,,", ", 10, 20, 30, 4, 50"},
         {",10,20,30,4,50,,,,,,,,,,5,6", ", 10, 20, 30, 4, 50,,,,,,,,,, 6", ", 10, 20, 30, 4, 50"},
-        // A gap takes no step, so what stands behind it is read one slot early.
-        {",10,,30", ", 10, ,30", ", 10, "},
+        // A gap takes no step, so what stands after it is read one slot early, the last one as a menu string.
+        {",10,,30", ", 10, ,30", ", 10, ||||||||"},
     };
     for (const auto &c : cases) {
         fetch(("GETCUR \"p\",1,2" + std::string(c.arguments) + "\n").c_str());
