@@ -6,37 +6,19 @@
 // start with @ are system variables of the running CAD system: there is none here, so none is ever found.
 #pragma once
 
-#include "support/pool_heap.h"
+#include "analysis/var_array.h"
 
 #include <stddef.h>
 #include <stdint.h>
 
-// Type codes of a variable, another numbering than the argument types.
-enum : int8_t {
-    VAR_NONE = 0, // no type: the variable's own, or the one of the name's prefix
-    VAR_CHAR = 1,
-    VAR_UCHAR = 2,
-    VAR_SHORT = 3,
-    VAR_USHORT = 4,
-    VAR_INT = 5,
-    VAR_UINT = 6,
-    VAR_LONG = 7, // 32 bits, as is ULONG
-    VAR_ULONG = 8,
-    VAR_FLOAT = 9,
-    VAR_DOUBLE = 10,
-    VAR_STRING = 11, // characters, always one dimension
-    VAR_SLIST = 12   // a list of strings, always two dimensions: items, characters
-};
-
 constexpr int var_dims_max = 5;
 constexpr int var_name_length = 255;
-constexpr int32_t var_capacity = 1000;                   // variables of one file
-constexpr uint64_t var_payload_max = 256u * 1024 * 1024; // bytes that one variable's block may hold
+constexpr int32_t var_capacity = 1000; // variables of one file
 
 // What var_make gives when it can't; a positive number, told apart in messages only.
 enum : int32_t {
     VAR_TABLE_FULL = 1,
-    VAR_NO_MEMORY = 3,   // or more than 5 dimensions, or a negative one
+    VAR_NO_MEMORY = 3,   // or beyond var_payload_max, more than 5 dimensions, or a negative one
     VAR_SYSTEM_NAME = 4, // the name starts with @
     VAR_SCALAR = 5,      // the variable exists, and the new declaration or the old one is a scalar
     VAR_DIMENSIONS = 6,  // a string without exactly one dimension, a string list without exactly two
@@ -47,20 +29,6 @@ enum : int32_t {
 enum : int32_t {
     VAR_UNKNOWN = -1,
     VAR_BAD_SUBSCRIPT = -2 // wrong count of subscripts, or one out of range
-};
-
-// The head of a variable's block; the payload that it points into follows it.
-struct var_block {
-    int32_t *dims;       // one number for each dimension; for a string list the item count alone
-    unsigned char *rows; // row tables, or a string list's offset table, or data itself (one dimension)
-    unsigned char *data; // the elements
-    unsigned char *end;  // the first byte behind the elements
-};
-
-// Where the elements of an array are.
-struct var_array {
-    var_block *block;
-    uint32_t block_room; // bytes of payload that the block has room for
 };
 
 // What is read of most variables lies in front, together with the first characters of the name.

@@ -9,6 +9,8 @@
 #include <limits.h>
 #include <math.h>
 #include <string.h>
+#include <time.h>
+#include <unistd.h>
 
 #include <random>
 
@@ -289,7 +291,7 @@ TEST_F(var_store_test, keeps_the_items_of_a_list_that_changes)
     model[2] = "abc";
     for (int step = 0; step < 2000; step++) {
         size_t item = random() % (model.size() + 2);
-        std::string text(random() % 40, static_cast<char>('a' + step % 26));
+        std::string text(random() % 40 * (step % 97 == 0 ? 100 : 1), static_cast<char>('a' + step % 26));
         ASSERT_EQ(store_string("$$l", static_cast<int32_t>(item), text), 0);
         if (item >= model.size())
             model.resize(item + 1);
@@ -298,6 +300,98 @@ TEST_F(var_store_test, keeps_the_items_of_a_list_that_changes)
             ASSERT_EQ(item_text("$$l", static_cast<int32_t>(i)), model[i]) << step << ": " << i;
         ASSERT_EQ(size_of("$$l"), static_cast<int32_t>(model.size()));
     }
+}
+
+// CPU time since the clock showed a start.
+static double seconds_since(clock_t start)
+{
+    return static_cast<double>(clock() - start) / CLOCKS_PER_SEC;
+}
+
+// Each of these took minutes when a store moved what stands after its item.
+TEST_F(var_store_test, stores_items_in_any_order)
+{
+    constexpr int32_t count = 300000;
+    clock_t start = clock();
+    for (int32_t i = count; i-- > 0;)
+        ASSERT_EQ(store_string("$$down", i, "x"), 0);
+    for (int32_t i = 0; i < count; i++)
+        ASSERT_EQ(store_string("$$down", i, "longer"), 0);
+    for (int32_t i = 0; i < count; i++)
+        ASSERT_EQ(store_string("$$down", static_cast<int32_t>(i * int64_t{7919} % count), "s"), 0);
+    EXPECT_EQ(item_text("$$down", count / 2), "s");
+    EXPECT_EQ(size_of("$$down"), count);
+    ASSERT_EQ(store_string("$$long", 30000000, "x"), 0);
+    for (int32_t i = 0; i < count; i++)
+        ASSERT_EQ(store_string("$$long", 5, i % 2 == 0 ? "ab" : "abcdef"), 0);
+    EXPECT_EQ(item_text("$$long", 30000000), "x");
+    EXPECT_LT(seconds_since(start), 20);
+}
+
+// Bytes of this process that are in memory.
+static size_t resident_bytes()
+{
+    size_t size = 0, resident = 0;
+    FILE *file = fopen("/proc/self/statm", "r");
+    EXPECT_EQ(fscanf(file, "%zu %zu", &size, &resident), 2);
+    fclose(file);
+    return resident * static_cast<size_t>(sysconf(_SC_PAGESIZE));
+}
+
+// A large array's memory serves again, also when a small one was made in between.
+TEST_F(var_store_test, takes_no_more_memory_than_its_variables)
+{
+    size_t before = resident_bytes();
+    for (int i = 0; i < 10; i++) {
+        ASSERT_EQ(make("a", VAR_CHAR, {50000000}), 0);
+        ASSERT_EQ(make("a", VAR_CHAR, {1}), 0);
+        ASSERT_EQ(make("b" + std::to_string(i), VAR_CHAR, {100}), 0);
+        ASSERT_EQ(make("l", VAR_SLIST, {1, 50000000}), 0);
+        ASSERT_EQ(store_string("l", 0, "x"), 0);
+        ASSERT_EQ(store_string("$$m" + std::to_string(i), 100, "x"), 0);
+        ASSERT_EQ(make("c", VAR_CHAR, {50000000 + i}), 0);
+        file_objects();
+    }
+    EXPECT_LT(resident_bytes() - before, 800000000u);
+}
+
+TEST_F(var_store_test, limits_all_payloads_together)
+{
+    ASSERT_EQ(make("l", VAR_SLIST, {3, 4}), 0);  // 4 + 3 * 4 + 3 * 5
+    ASSERT_EQ(store_string("$s", -1, "abc"), 0); // 8 + 5
+    ASSERT_EQ(make("m", VAR_INT, {2, 3}), 0);    // 8 + 2 * 4 + 24
+    int32_t rest = static_cast<int32_t>(var_payload_max) - 31 - 13 - 40;
+    ASSERT_EQ(make("a", VAR_DOUBLE, {rest / 2 / 8}), 0);
+    rest -= 8 + rest / 2 / 8 * 8;
+    EXPECT_EQ(make("b", VAR_CHAR, {rest - 8 + 1}), VAR_NO_MEMORY);
+    EXPECT_EQ(var_read("b", 1, nullptr), VAR_UNKNOWN);
+    ASSERT_EQ(make("b", VAR_CHAR, {rest - 8}), 0);
+    // All of it is in use.
+    EXPECT_EQ(make("x", VAR_INT), 0) << "a scalar takes nothing";
+    EXPECT_EQ(make("c", VAR_CHAR, {0}), VAR_NO_MEMORY);
+    EXPECT_EQ(store_string("$t", -1, ""), VAR_NO_MEMORY);
+    EXPECT_EQ(store_string("$s", -1, "abcd"), VAR_NO_MEMORY);
+    EXPECT_EQ(size_of("$s"), 4);
+    EXPECT_EQ(store_string("$s", -1, "xyz"), 0);
+    EXPECT_EQ(store_string("l", 1, "abcd"), VAR_NO_MEMORY);
+    EXPECT_EQ(store_string("l", 3, ""), VAR_NO_MEMORY);
+    EXPECT_EQ(size_of("l"), 3);
+    EXPECT_EQ(store_string("l", 1, "abc"), 0);
+    // What a shorter string leaves serves another one, byte for byte.
+    EXPECT_EQ(store_string("$s", -1, "ab"), 0);
+    EXPECT_EQ(store_string("l", 0, "abcde"), VAR_NO_MEMORY);
+    EXPECT_EQ(store_string("l", 0, "abcd"), 0);
+    EXPECT_EQ(store_string("l", 2, ""), 0);
+    EXPECT_EQ(store_string("l", 0, "abcdefg"), 0);
+    EXPECT_EQ(store_string("$s", -1, "abc"), VAR_NO_MEMORY);
+    // An array counts with its new size alone.
+    EXPECT_EQ(make("b", VAR_CHAR, {rest - 8}), 0);
+    EXPECT_EQ(make("b", VAR_CHAR, {rest - 8 + 1}), VAR_NO_MEMORY);
+    EXPECT_EQ(size_of("b"), rest - 8);
+    EXPECT_EQ(make("b", VAR_CHAR, {8, rest / 8 - 16}), 0);
+    EXPECT_EQ(make("c", VAR_CHAR, {40}), 0);
+    file_objects();
+    EXPECT_EQ(make("b", VAR_CHAR, {rest}), 0) << "the next file starts anew";
 }
 
 TEST_F(var_store_test, tells_names_apart_by_255_characters)
@@ -315,6 +409,21 @@ static int mallocs_left;
 static void *failing_malloc(size_t size)
 {
     return mallocs_left-- > 0 ? malloc(size) : nullptr;
+}
+
+TEST_F(var_store_test, gives_an_array_new_dimensions_in_its_old_place)
+{
+    make("a", VAR_DOUBLE, {1000});
+    make("b", VAR_INT, {30000, 2});
+    make("a", VAR_DOUBLE, {2000});
+    make("b", VAR_INT, {40000, 2});
+    mallocs_left = 0;
+    heap_malloc = failing_malloc;
+    for (int i = 0; i < 10; i++) {
+        EXPECT_EQ(make("a", VAR_DOUBLE, {i % 2 == 0 ? 1000 : 2000}), 0);
+        EXPECT_EQ(make("b", VAR_INT, {i % 2 == 0 ? 30000 : 40000, 2}), 0);
+    }
+    heap_malloc = malloc;
 }
 
 TEST_F(var_store_test, keeps_a_variable_that_finds_no_memory_to_grow)

@@ -71,6 +71,7 @@ static memory_result convert_with_failure(const fs::path &folder, bool piped, in
     reset_run();
     free(var_table); // so that the run makes its tables like the first one of a process
     var_table = nullptr;
+    var_count = 0;
     free(label_table);
     label_table = nullptr;
     char program[] = "murlconv", first[] = "a.mrl", missing[] = "no.mrl", second[] = "b.mrl";

@@ -1,0 +1,320 @@
+// A block holds three pieces behind its head: dims, rows, data. Row tables hold 32-bit numbers where one
+// would expect pointers: byte offsets, from rows for the upper levels and from data for the last.
+//
+// The items of a string list lie in its data in the order in which they were stored, each after its size in
+// four bytes; its table holds the place of each item, 0 for one without bytes. An item that grows goes to the
+// end of the data and leaves its old place as waste. When the room is used up, the list moves to a new block
+// with a quarter of its size to spare, and the waste stays behind. So a move is paid for by what was stored
+// since the last one, in whatever order items come.
+#include "analysis/var_array.h"
+
+#include <stddef.h>
+#include <stdlib.h>
+#include <string.h>
+
+static pool_heap *array_heap;
+static uint64_t payload_used; // of all arrays
+
+constexpr uint32_t item_head = 4; // bytes of the size in front of an item
+
+void arrays_start(pool_heap *heap)
+{
+    array_heap = heap;
+    payload_used = 0;
+}
+
+// ---- Blocks ----
+
+// A block from this size on, in bytes, is malloc's own and goes back when it isn't needed any more. The pool
+// keeps all that it ever got, and there a small block could keep a large place from serving again.
+constexpr size_t block_large = 64 * 1024;
+
+static bool block_is_large(uint64_t room)
+{
+    return sizeof(var_block) + room >= block_large;
+}
+
+// A block with so many bytes behind its head, and anything in them. Null if there is no memory.
+static var_block *block_make(uint64_t room)
+{
+    size_t bytes = sizeof(var_block) + static_cast<size_t>(room);
+    void *block = block_is_large(room) ? heap_malloc(bytes)
+                                       : heap_alloc(array_heap, "Vbuf", static_cast<uint32_t>(bytes));
+    return static_cast<var_block *>(block);
+}
+
+static void block_drop(var_block *block, uint64_t room)
+{
+    if (block_is_large(room))
+        free(block);
+    else
+        heap_free(block);
+}
+
+// Sets the pieces of a block.
+static void block_point(var_block *block, uint64_t dims_size, uint64_t rows_size, uint64_t data_size)
+{
+    unsigned char *dims = reinterpret_cast<unsigned char *>(block + 1);
+    block->dims = reinterpret_cast<int32_t *>(dims);
+    block->rows = dims + dims_size;
+    block->data = block->rows + rows_size;
+    block->end = block->data + data_size;
+    block->wasted = 0;
+}
+
+// Puts another block in the place of an array's, which is given back.
+static void block_replace(var_array *array, var_block *block, uint64_t room)
+{
+    if (array->block != nullptr && array->block != block)
+        block_drop(array->block, array->room);
+    array->block = block;
+    array->room = static_cast<uint32_t>(room);
+}
+
+// True if an array's payload may change to so many bytes.
+static bool payload_fits(const var_array *array, uint64_t payload)
+{
+    return payload_used - array->payload + payload <= var_payload_max;
+}
+
+static void payload_set(var_array *array, uint64_t payload)
+{
+    payload_used += payload - array->payload;
+    array->payload = static_cast<uint32_t>(payload);
+}
+
+void array_drop(var_array *array)
+{
+    block_drop(array->block, array->room);
+    payload_set(array, 0);
+    array->block = nullptr;
+}
+
+void array_release(const var_array *array)
+{
+    if (block_is_large(array->room))
+        free(array->block);
+}
+
+// ---- Tables ----
+
+static uint32_t table_load(const unsigned char *table, int32_t index)
+{
+    uint32_t entry;
+    memcpy(&entry, table + static_cast<size_t>(index) * sizeof entry, sizeof entry);
+    return entry;
+}
+
+static void table_store(unsigned char *table, int32_t index, uint32_t entry)
+{
+    memcpy(table + static_cast<size_t>(index) * sizeof entry, &entry, sizeof entry);
+}
+
+// Links the row tables of an array of two or more dimensions, level by level. Each table of a level starts
+// where the one before ends.
+static void rows_link(var_block *block, int32_t ndims, const int32_t *dims, uint32_t element)
+{
+    uint32_t tables = 1; // tables of this level
+    uint32_t start = 0;  // entry where they begin, counted from rows
+    for (int32_t i = 0; i + 1 < ndims; i++) {
+        uint32_t entries = tables * static_cast<uint32_t>(dims[i]);
+        uint32_t below = static_cast<uint32_t>(dims[i + 1]);
+        bool last = i + 2 == ndims;
+        for (uint32_t entry = 0; entry < entries; entry++) {
+            uint32_t offset = last ? entry * below * element : (start + entries + entry * below) * 4;
+            table_store(block->rows, static_cast<int32_t>(start + entry), offset);
+        }
+        start += entries;
+        tables = entries;
+    }
+}
+
+unsigned char *array_element(const var_block *block, int8_t type, int32_t ndims, const int32_t *subscripts)
+{
+    unsigned char *row = block->rows;
+    for (int32_t i = 0; i + 1 < ndims; i++)
+        row = (i + 2 < ndims ? block->rows : block->data) + table_load(row, subscripts[i]);
+    return row + static_cast<size_t>(subscripts[ndims - 1]) * type_size[type];
+}
+
+// Gives each item of a new list its characters.
+static void list_link(var_block *block, int32_t items, int32_t characters)
+{
+    uint32_t size = static_cast<uint32_t>(characters) + 1;
+    uint32_t offset = item_head;
+    for (int32_t number = 0; number < items; number++) {
+        table_store(block->rows, number, characters != 0 ? offset : 0);
+        if (characters != 0)
+            table_store(block->data + offset - item_head, 0, size);
+        offset += size + item_head;
+    }
+}
+
+// ---- Making ----
+
+// Bytes of the three pieces of a block, and of what counts of them.
+struct block_sizes {
+    uint64_t dims;
+    uint64_t rows;
+    uint64_t data;
+    uint64_t payload;
+};
+
+constexpr uint64_t round_up_8(uint64_t size)
+{
+    return (size + 7) / 8 * 8;
+}
+
+// The sizes for a type and its dimensions. False if the payload alone passes var_payload_max, no sum or
+// product having left 64 bits.
+static bool block_measure(int8_t type, int32_t ndims, const int32_t *dims, block_sizes *sizes)
+{
+    if (type == VAR_SLIST) {
+        uint64_t items = static_cast<uint64_t>(dims[0]);
+        uint64_t characters = dims[1] != 0 ? items * (static_cast<uint64_t>(dims[1]) + 1) : 0;
+        uint64_t heads = dims[1] != 0 ? items * item_head : 0;
+        *sizes = block_sizes{4, 4 * items, characters + heads, 4 + 4 * items + characters};
+        return sizes->payload <= var_payload_max;
+    }
+    uint64_t rows = 0;
+    uint64_t level = 1; // elements down to this dimension
+    for (int32_t i = 0; i < ndims; i++) {
+        level *= static_cast<uint64_t>(dims[i]);
+        // Also on a level above the last the table entries alone would be too many.
+        if (level > var_payload_max)
+            return false;
+        if (i + 1 < ndims)
+            rows += 4 * level;
+    }
+    uint64_t data = type == VAR_STRING ? level + 1 : type_size[type] * level;
+    *sizes = block_sizes{round_up_8(4 * static_cast<uint64_t>(ndims)), round_up_8(rows), data, 0};
+    sizes->payload = sizes->dims + sizes->rows + sizes->data;
+    return sizes->payload <= var_payload_max;
+}
+
+// Spare bytes of a list that takes so many.
+constexpr uint64_t list_spare(uint64_t size)
+{
+    return size / 4 + 256;
+}
+
+// A block of so many bytes for new contents of an array: the one that it has if that isn't far too large,
+// else a new one. A block that was too small gets half as much again, or a string that grows by one character
+// each time would leave the pool a row of blocks of every size. Null if there is no memory.
+static var_block *block_for(const var_array *array, uint64_t size, uint64_t *room)
+{
+    *room = array->room;
+    if (array->block != nullptr && size <= *room && *room / 2 <= size + 1024)
+        return array->block;
+    *room = size > *room && size < *room + *room / 2 ? *room + *room / 2 : size;
+    return block_make(*room);
+}
+
+bool array_make(var_array *array, int8_t type, int32_t ndims, const int32_t *dims)
+{
+    block_sizes sizes;
+    if (!block_measure(type, ndims, dims, &sizes) || !payload_fits(array, sizes.payload))
+        return false;
+    uint64_t size = sizes.dims + sizes.rows + sizes.data;
+    if (type == VAR_SLIST)
+        size += list_spare(size);
+    uint64_t room;
+    var_block *block = block_for(array, size, &room);
+    if (block == nullptr)
+        return false;
+    block_replace(array, block, room);
+    payload_set(array, sizes.payload);
+    block_point(block, sizes.dims, sizes.rows, sizes.data);
+    memcpy(block->dims, dims, (type == VAR_SLIST ? 1 : static_cast<size_t>(ndims)) * sizeof *dims);
+    memset(block->data, 0, sizes.data);
+    if (type == VAR_SLIST)
+        list_link(block, dims[0], dims[1]);
+    else
+        rows_link(block, ndims, dims, type_size[type]);
+    return true;
+}
+
+// ---- Items of a list ----
+
+list_item list_item_at(const var_block *block, int32_t number)
+{
+    uint32_t offset = table_load(block->rows, number);
+    if (offset == 0)
+        return {block->data, 0};
+    return {block->data + offset, table_load(block->data + offset - item_head, 0)};
+}
+
+// Moves a list to a new block, with room for so many items and so many bytes more than its items take. False
+// if there is no memory.
+static bool list_move(var_array *array, int32_t items, uint64_t more)
+{
+    const var_block *old = array->block;
+    uint64_t entries = static_cast<uint64_t>(old->data - old->rows) / 4;
+    if (entries < static_cast<uint64_t>(items))
+        entries = static_cast<uint64_t>(items) + static_cast<uint64_t>(items) / 4;
+    uint64_t room = 4 + 4 * entries + static_cast<uint64_t>(old->end - old->data) - old->wasted + more;
+    room += list_spare(room);
+    var_block *block = block_make(room);
+    if (block == nullptr)
+        return false;
+    block_point(block, 4, 4 * entries, 0);
+    block->dims[0] = old->dims[0];
+    for (int32_t number = 0; number < old->dims[0]; number++) {
+        list_item item = list_item_at(old, number);
+        uint32_t bytes = item.size != 0 ? item_head + item.size : 0;
+        uint32_t place = static_cast<uint32_t>(block->end - block->data) + item_head;
+        table_store(block->rows, number, bytes != 0 ? place : 0);
+        if (bytes != 0)
+            memcpy(block->end, item.start - item_head, bytes);
+        block->end += bytes;
+    }
+    block_replace(array, block, room);
+    return true;
+}
+
+// Tells whether a list's block has room for so many items and so many bytes more of them.
+static bool list_has_room(const var_array *array, int32_t items, uint64_t more)
+{
+    const var_block *block = array->block;
+    const unsigned char *room_end = reinterpret_cast<const unsigned char *>(block + 1) + array->room;
+    return items <= (block->data - block->rows) / 4 && more <= static_cast<uint64_t>(room_end - block->end);
+}
+
+// Gives an item another size, its bytes zero. The block has room for one that grows.
+static void item_resize(var_block *block, int32_t number, uint32_t size)
+{
+    list_item item = list_item_at(block, number);
+    if (size < item.size) {
+        block->wasted += item.size - size;
+    } else {
+        block->wasted += item.size != 0 ? item_head + item.size : 0;
+        item.start = block->end + item_head;
+        block->end = item.start + size;
+        table_store(block->rows, number, static_cast<uint32_t>(item.start - block->data));
+    }
+    table_store(item.start - item_head, 0, size);
+    memset(item.start, 0, size);
+}
+
+bool list_item_store(var_array *array, int32_t number, uint32_t size)
+{
+    int32_t known = array->block->dims[0];
+    int32_t items = number < known ? known : number + 1;
+    uint32_t old_size = number < known ? list_item_at(array->block, number).size : 0;
+    uint64_t payload = array->payload + 4 * static_cast<uint64_t>(items - known) - old_size + size;
+    uint64_t more = size > old_size ? uint64_t{item_head} + size : 0;
+    if (!payload_fits(array, payload))
+        return false;
+    if (!list_has_room(array, items, more) && !list_move(array, items, more))
+        return false;
+    payload_set(array, payload);
+    for (int32_t empty = known; empty < items; empty++)
+        table_store(array->block->rows, empty, 0);
+    array->block->dims[0] = items;
+    if (size != old_size)
+        item_resize(array->block, number, size);
+    // A list of long items that became short ones. Without memory its waste stays.
+    if (array->block->wasted > payload + 4096)
+        (void)list_move(array, items, 0);
+    return true;
+}

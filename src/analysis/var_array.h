@@ -1,0 +1,76 @@
+// Arrays, strings and string lists: the blocks in which their elements lie.
+//
+// All blocks of a file belong to its variables, and what counts of them, the payload, is limited for all
+// together: dimensions, tables and elements, but nothing that is spare.
+#pragma once
+
+#include "support/pool_heap.h"
+
+#include <stdint.h>
+
+// Type codes of a variable, another numbering than the argument types.
+enum : int8_t {
+    VAR_NONE = 0, // no type: the variable's own, or the one of the name's prefix
+    VAR_CHAR = 1,
+    VAR_UCHAR = 2,
+    VAR_SHORT = 3,
+    VAR_USHORT = 4,
+    VAR_INT = 5,
+    VAR_UINT = 6,
+    VAR_LONG = 7, // 32 bits, as is ULONG
+    VAR_ULONG = 8,
+    VAR_FLOAT = 9,
+    VAR_DOUBLE = 10,
+    VAR_STRING = 11, // characters, always one dimension
+    VAR_SLIST = 12   // a list of strings, always two dimensions: items, characters
+};
+
+// Bytes of one element, by type code.
+inline constexpr uint8_t type_size[] = {0, 1, 1, 2, 2, 4, 4, 4, 4, 4, 8, 1, 4};
+
+constexpr uint64_t var_payload_max = 256u * 1024 * 1024; // bytes, of all variables of a file together
+
+// The head of a block; what it points into follows it.
+struct var_block {
+    int32_t *dims;       // one number for each dimension; for a string list the item count alone
+    unsigned char *rows; // row tables, or a string list's offset table, or data itself (one dimension)
+    unsigned char *data; // the elements
+    unsigned char *end;  // the first byte behind the elements
+    uint32_t wasted;     // bytes of a string list's data that no item uses any more
+};
+
+// Where the elements of an array are.
+struct var_array {
+    var_block *block; // null: not made yet
+    uint32_t room;    // bytes behind the block's head
+    uint32_t payload; // bytes that count toward var_payload_max
+};
+
+// An item of a string list: size bytes, a NUL the last of them, or none.
+struct list_item {
+    unsigned char *start;
+    uint32_t size;
+};
+
+// Starts on the blocks of a file: none yet, and heap is where the small ones come from.
+void arrays_start(pool_heap *heap);
+
+// Makes an array, or gives it new dimensions, none of them negative; its elements are zero. False if there is
+// no memory or the payloads would come to too much; then it is as it was.
+bool array_make(var_array *array, int8_t type, int32_t ndims, const int32_t *dims);
+
+// Gives an array's block back.
+void array_drop(var_array *array);
+
+// The same for an array of a file that is done with: a block of the file's heap isn't touched.
+void array_release(const var_array *array);
+
+// An element's place; each subscript is within its dimension.
+unsigned char *array_element(const var_block *block, int8_t type, int32_t ndims, const int32_t *subscripts);
+
+// An item of a string list, which has it.
+list_item list_item_at(const var_block *block, int32_t number);
+
+// Gives an item, not negative, so many bytes, zero if it had another number of them. A list that hasn't as
+// many items gets empty ones up to it. False as array_make.
+bool list_item_store(var_array *array, int32_t number, uint32_t size);
