@@ -16,17 +16,18 @@ struct plat_file {
 // can't be read, as with a folder.
 int plat_open_input(const char *path, plat_file *input);
 
-// Opens a script for writing with the platform's line ends, emptying a file that is there already. 0, or
-// another value if that can't be done, or if path leads to the very file that input reads from: then that
-// file is left as it is.
+// Opens a script for writing with the platform's line ends, emptying a file that is there already. A new file
+// has the permissions of the input where the platform knows such. 0, or another value if that can't be done,
+// or if path leads to the very file that input reads from: then that file is left as it is.
 int plat_open_output(const char *path, const plat_file *input, plat_file *output);
 
 // Reads size bytes, or as many as there are up to the end of the file, and gives their number. An error
 // counts as the end.
 size_t plat_read(const plat_file *file, void *bytes, size_t size);
 
-// Writes bytes as they are, but for the line ends of the platform. What the file does not take is lost.
-void plat_write(const plat_file *file, const char *bytes, size_t size);
+// Writes bytes as they are, but for the line ends of the platform. 0, or another value if the file didn't
+// take all of them.
+int plat_write(const plat_file *file, const char *bytes, size_t size);
 
 // Moves to a position in bytes, beyond 2 GB too. 0, or another value on failure.
 int plat_seek(const plat_file *file, long long offset);

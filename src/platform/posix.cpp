@@ -9,6 +9,7 @@
 #include <dirent.h>
 #include <errno.h>
 #include <fcntl.h>
+#include <signal.h>
 #include <spawn.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -39,9 +40,19 @@ enum select_result {
     SELECT_MISSING   // this way does not work here
 };
 
+// Opens a file, whatever signals come in between: a pipe can make that a long wait. -1 if it can't be opened.
+static int open_file(const char *path, int flags, mode_t mode)
+{
+    int file;
+    do
+        file = open(path, flags | O_CLOEXEC | O_NOCTTY, mode);
+    while (file < 0 && errno == EINTR);
+    return file;
+}
+
 int plat_open_input(const char *path, plat_file *input)
 {
-    input->number = open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY);
+    input->number = open_file(path, O_RDONLY, 0);
     if (input->number < 0)
         return 1;
     struct stat info;
@@ -53,28 +64,36 @@ int plat_open_input(const char *path, plat_file *input)
 
 // Empties what was there before at the output's path. False if that can't be done, or if it is the input:
 // links can lead back to it. A device and a pipe have nothing to empty.
-static bool empty_output(int file, int input)
+static bool empty_output(int file, const struct stat *in_info)
 {
     struct stat out_info;
-    struct stat in_info;
-    if (fstat(file, &out_info) != 0 || fstat(input, &in_info) != 0)
+    if (fstat(file, &out_info) != 0)
         return false;
-    if (out_info.st_dev == in_info.st_dev && out_info.st_ino == in_info.st_ino)
+    if (out_info.st_dev == in_info->st_dev && out_info.st_ino == in_info->st_ino)
         return false;
-    return !S_ISREG(out_info.st_mode) || out_info.st_size == 0 || ftruncate(file, 0) == 0;
+    if (!S_ISREG(out_info.st_mode) || out_info.st_size == 0)
+        return true;
+    int result;
+    do
+        result = ftruncate(file, 0);
+    while (result != 0 && errno == EINTR);
+    return result == 0;
 }
 
 // Most outputs are new files, which need no further look.
 int plat_open_output(const char *path, const plat_file *input, plat_file *output)
 {
-    constexpr int flags = O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY;
-    output->number = open(path, flags | O_EXCL, 0666);
+    struct stat info;
+    if (fstat(input->number, &info) != 0)
+        return 1;
+    mode_t mode = info.st_mode & 0666;
+    output->number = open_file(path, O_WRONLY | O_CREAT | O_EXCL, mode);
     if (output->number >= 0)
         return 0;
-    output->number = open(path, flags, 0666);
+    output->number = open_file(path, O_WRONLY | O_CREAT, mode);
     if (output->number < 0)
         return 1;
-    if (empty_output(output->number, input->number))
+    if (empty_output(output->number, &info))
         return 0;
     close(output->number);
     return 1;
@@ -94,17 +113,18 @@ size_t plat_read(const plat_file *file, void *bytes, size_t size)
     return used;
 }
 
-void plat_write(const plat_file *file, const char *bytes, size_t size)
+int plat_write(const plat_file *file, const char *bytes, size_t size)
 {
     while (size > 0) {
         ssize_t done = write(file->number, bytes, size);
         if (done < 0 && errno == EINTR)
             continue;
         if (done <= 0)
-            return;
+            return 1;
         bytes += done;
         size -= static_cast<size_t>(done);
     }
+    return 0;
 }
 
 int plat_seek(const plat_file *file, long long offset)
@@ -243,8 +263,36 @@ static select_result select_from_pipe(void (*take)(const char *path, void *conte
     return result;
 }
 
-// Starts a program of PATH with its standard output in a pipe and its warnings dropped. Gives its process and
-// the pipe's end, or -1 if there is no such program.
+// Starts a program with its standard output in a file, its warnings dropped, and the signals that plat_start
+// ignores as a program expects them. Gives its process, or -1.
+static pid_t spawn_program(const char *const *arguments, int output)
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGPIPE);
+    sigaddset(&signals, SIGXFSZ);
+    posix_spawnattr_t attributes;
+    if (posix_spawnattr_init(&attributes) != 0)
+        return -1;
+    pid_t process = -1;
+    posix_spawn_file_actions_t actions;
+    if (posix_spawn_file_actions_init(&actions) == 0) {
+        // The interface lacks const for history's sake; the arguments are not written.
+        char *const *vector = const_cast<char *const *>(arguments);
+        if (posix_spawnattr_setsigdefault(&attributes, &signals) != 0 ||
+            posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF) != 0 ||
+            posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO) != 0 ||
+            posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0) != 0 ||
+            posix_spawnp(&process, arguments[0], &actions, &attributes, vector, environ) != 0)
+            process = -1;
+        posix_spawn_file_actions_destroy(&actions);
+    }
+    posix_spawnattr_destroy(&attributes);
+    return process;
+}
+
+// Starts a program of PATH with its standard output in a pipe. Gives its process and the pipe's end, or -1 if
+// there is no such program.
 static pid_t start_program(const char *const *arguments, int *output)
 {
     int ends[2];
@@ -252,17 +300,7 @@ static pid_t start_program(const char *const *arguments, int *output)
         return -1;
     fcntl(ends[0], F_SETFD, FD_CLOEXEC);
     fcntl(ends[1], F_SETFD, FD_CLOEXEC);
-    pid_t process = -1;
-    posix_spawn_file_actions_t actions;
-    if (posix_spawn_file_actions_init(&actions) == 0) {
-        // The interface lacks const for history's sake; the arguments are not written.
-        char *const *vector = const_cast<char *const *>(arguments);
-        if (posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO) != 0 ||
-            posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0) != 0 ||
-            posix_spawnp(&process, arguments[0], &actions, nullptr, vector, environ) != 0)
-            process = -1;
-        posix_spawn_file_actions_destroy(&actions);
-    }
+    pid_t process = spawn_program(arguments, ends[1]);
     close(ends[1]);
     if (process == -1)
         close(ends[0]);
@@ -539,10 +577,13 @@ void plat_show_line(const char *text)
     fprintf(stderr, "%s\n", text);
 }
 
-// With one of the three standard streams closed, a script would get its number, and messages would go into
-// the script.
+// A reader that leaves and a limit on the size of files are failed writes like a full disk, no end of the
+// run. With one of the three standard streams closed, a script would get its number, and messages would go
+// into the script.
 int plat_start()
 {
+    signal(SIGPIPE, SIG_IGN);
+    signal(SIGXFSZ, SIG_IGN);
     for (int file = STDIN_FILENO; file <= STDERR_FILENO; file++) {
         if (fcntl(file, F_GETFD) < 0)
             open("/dev/null", O_RDWR | O_NOCTTY);

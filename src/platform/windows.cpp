@@ -68,15 +68,16 @@ size_t plat_read(const plat_file *file, void *bytes, size_t size)
     return used;
 }
 
-void plat_write(const plat_file *file, const char *bytes, size_t size)
+int plat_write(const plat_file *file, const char *bytes, size_t size)
 {
     while (size > 0) {
         int done = _write(file->number, bytes, static_cast<unsigned>(size));
         if (done <= 0)
-            return;
+            return 1;
         bytes += done;
         size -= static_cast<size_t>(done);
     }
+    return 0;
 }
 
 int plat_seek(const plat_file *file, long long offset)

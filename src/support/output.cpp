@@ -8,6 +8,7 @@ void (*out_sink)(const char *bytes, size_t size);
 void out_open(plat_file file)
 {
     out_file.open = true;
+    out_file.failed = false;
     out_file.file = file;
     out_file.start = 0;
     out_file.used = 0;
@@ -17,8 +18,8 @@ void out_flush()
 {
     if (out_sink != nullptr)
         out_sink(out_file.buffer, out_file.used);
-    else
-        plat_write(&out_file.file, out_file.buffer, out_file.used);
+    else if (!out_file.failed)
+        out_file.failed = plat_write(&out_file.file, out_file.buffer, out_file.used) != 0;
     out_file.start += out_file.used;
     out_file.used = 0;
 }

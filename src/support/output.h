@@ -2,8 +2,8 @@
 //
 // One output is open at a time. Whatever a writer hands over is gathered in one buffer of 64 KB, which
 // goes to the file in one piece when it is full and at the close. The file was opened in text mode by the
-// platform, so a line feed becomes the platform's line end. Nobody looks at the result of a write: a full
-// disk costs the output, not the run.
+// platform, so a line feed becomes the platform's line end. After a write that failed nothing more goes to
+// the file, so that it has no hole; nobody is told: a full disk costs the output, not the run.
 #pragma once
 
 #include "platform/platform.h"
@@ -19,6 +19,7 @@ constexpr size_t out_slack = 16; // bytes after the buffer, and after a text tha
 // The output of the file under conversion; it has no meaning between two files.
 struct out_state {
     bool open;      // an output is being written
+    bool failed;    // the file didn't take all that it was given
     plat_file file; // where it goes
     uint64_t start; // bytes handed to the file so far: the place of the buffer's first byte in the output
     size_t used;    // bytes gathered in the buffer, 0 to out_buffer_size

@@ -4,9 +4,12 @@
 #include "common/diff.h"
 #include "common/run.h"
 #include "source/src_stream.h"
+#include "support/output.h"
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <signal.h>
 #include <stdlib.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -245,6 +248,60 @@ TEST_F(batch_test, ends_with_status_0_whatever_could_not_be_opened)
     printed.clear();
     EXPECT_EQ(run_program(folder, std::string(TEST_PROGRAM) + " </dev/null", &printed), 0) << "a cancel";
     EXPECT_EQ(printed, "");
+}
+
+// The first output fails in the middle, by a reader that leaves or by a limit; what arrived of it is whole as
+// far as it goes, and the run goes on.
+TEST_F(batch_test, goes_on_after_an_output_that_failed)
+{
+    std::string script = times(20000, "REM a line of text\n");
+    write_file(folder / "a.mrl", script);
+    write_file(folder / "b.mrl", "REM b\n");
+    auto pipe_before = signal(SIGPIPE, SIG_DFL); // the program starts with what we have
+    auto size_before = signal(SIGXFSZ, SIG_DFL);
+    std::string printed;
+    std::string run = std::string(TEST_PROGRAM) + " a.mrl b.mrl";
+    EXPECT_EQ(run_program(folder, "mkfifo a_conv.mrl && { head -c 100 a_conv.mrl & " + run + "; }", &printed),
+              0);
+    EXPECT_EQ(printed, script.substr(0, 100));
+    EXPECT_EQ(read_file(folder / "b_conv.mrl"), "REM b\n");
+    fs::remove(folder / "a_conv.mrl");
+    fs::remove(folder / "b_conv.mrl");
+    printed.clear();
+    EXPECT_EQ(run_program(folder, "(ulimit -f 150; " + run + ")", &printed), 0);
+    std::string output = read_file(folder / "a_conv.mrl");
+    EXPECT_TRUE(!output.empty() && output.size() < script.size() && script.find(output) == 0);
+    EXPECT_EQ(read_file(folder / "b_conv.mrl"), "REM b\n");
+    signal(SIGPIPE, pipe_before);
+    signal(SIGXFSZ, size_before);
+}
+
+// A pipe that is full for a while: what comes later must not follow what got lost.
+TEST_F(batch_test, writes_nothing_after_a_failed_write)
+{
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    ASSERT_EQ(fcntl(ends[0], F_SETFL, O_NONBLOCK), 0);
+    ASSERT_EQ(fcntl(ends[1], F_SETFL, O_NONBLOCK), 0);
+    std::string written = times(30000, "0123456789") + times(30000, "abcdefghij"), got;
+    std::vector<char> piece(written.size());
+    auto take = [&] {
+        for (ssize_t size; (size = read(ends[0], piece.data(), piece.size())) > 0;)
+            got.append(piece.data(), static_cast<size_t>(size));
+    };
+    out_open(plat_file{ends[1]});
+    out_bytes(written.data(), 300000);
+    take();
+    out_bytes(written.data() + 300000, 300000);
+    EXPECT_EQ(out_tell(), 600000u);
+    out_close();
+    take();
+    close(ends[0]);
+    EXPECT_FALSE(got.empty());
+    EXPECT_EQ(got, written.substr(0, got.size()));
+    output_capture next;
+    out_text("the next one is written again");
+    EXPECT_EQ(next.text(), "the next one is written again");
 }
 
 TEST_F(batch_test, converts_the_paths_on_standard_input)

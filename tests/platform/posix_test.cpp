@@ -6,6 +6,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <stdlib.h>
 #include <string.h>
 #include <string>
@@ -159,7 +160,7 @@ TEST_F(platform, output_replaces_what_was_there)
     ASSERT_EQ(plat_open_input("a.mrl", &input), 0);
     ASSERT_EQ(plat_open_output("a_conv.mrl", &input, &output), 0);
     EXPECT_TRUE(fcntl(output.number, F_GETFD) & FD_CLOEXEC);
-    plat_write(&output, "new\n", 4);
+    EXPECT_EQ(plat_write(&output, "new\n", 4), 0);
     plat_close(&output);
     EXPECT_EQ(read_file("a_conv.mrl"), "new\n");
 
@@ -174,9 +175,72 @@ TEST_F(platform, output_replaces_what_was_there)
     EXPECT_EQ(access("elsewhere", F_OK), 0);
 
     ASSERT_EQ(plat_open_output("/dev/full", &input, &output), 0);
-    plat_write(&output, "lost", 4);
+    EXPECT_NE(plat_write(&output, "lost", 4), 0);
     plat_close(&output);
     plat_close(&input);
+}
+
+static int mode_of(const char *path)
+{
+    struct stat info;
+    return stat(path, &info) == 0 ? static_cast<int>(info.st_mode & 07777) : -1;
+}
+
+TEST_F(platform, new_output_has_the_permissions_of_its_input)
+{
+    static const struct {
+        mode_t input, mask, output;
+    } cases[] = {
+        {0644, 022, 0644}, {0600, 022, 0600}, {0666, 022, 0644},  {0666, 077, 0600},
+        {0755, 022, 0644}, {0440, 022, 0440}, {06777, 000, 0666},
+    };
+    for (const auto &row : cases) {
+        SCOPED_TRACE(testing::Message() << std::oct << row.input << " " << row.mask);
+        write_file("a.mrl", "in");
+        ASSERT_EQ(chmod("a.mrl", row.input), 0);
+        mode_t mask = umask(row.mask);
+        plat_file input, output;
+        ASSERT_EQ(plat_open_input("a.mrl", &input), 0);
+        ASSERT_EQ(plat_open_output("a_conv.mrl", &input, &output), 0);
+        EXPECT_EQ(plat_write(&output, "x", 1), 0);
+        plat_close(&output);
+        EXPECT_EQ(mode_of("a_conv.mrl"), static_cast<int>(row.output));
+        chmod("a_conv.mrl", 0631);
+        ASSERT_EQ(plat_open_output("a_conv.mrl", &input, &output), 0);
+        plat_close(&output);
+        EXPECT_EQ(mode_of("a_conv.mrl"), 0631) << "one that is there keeps its own";
+        plat_close(&input);
+        umask(mask);
+        unlink("a_conv.mrl");
+        unlink("a.mrl");
+    }
+}
+
+TEST_F(platform, opening_goes_on_after_a_signal)
+{
+    ASSERT_EQ(mkfifo("fifo", 0666), 0);
+    struct sigaction action = {}, before;
+    static volatile sig_atomic_t signals = 0;
+    signals = 0;
+    action.sa_handler = [](int) { signals = signals + 1; };
+    ASSERT_EQ(sigaction(SIGUSR1, &action, &before), 0);
+    pid_t parent = getpid();
+    pid_t writer = fork();
+    if (writer == 0) {
+        for (int i = 0; i < 3; i++) {
+            usleep(30000);
+            kill(parent, SIGUSR1);
+        }
+        usleep(30000);
+        close(open("fifo", O_WRONLY));
+        _exit(0);
+    }
+    plat_file input;
+    EXPECT_EQ(plat_open_input("fifo", &input), 0);
+    EXPECT_GT(signals, 0);
+    plat_close(&input);
+    waitpid(writer, nullptr, 0);
+    sigaction(SIGUSR1, &before, nullptr);
 }
 
 TEST_F(platform, output_never_touches_its_input)
@@ -357,6 +421,22 @@ TEST_F(platform, dialog_programs)
     setenv("WAYLAND_DISPLAY", "wayland-0", 1);
     EXPECT_EQ(selected_by("all\n", &result), name_list{"lost"});
     unsetenv("WAYLAND_DISPLAY");
+}
+
+// What the program ignores ends other programs, as they expect.
+TEST_F(platform, dialog_programs_get_their_signals_back)
+{
+    write_file("list.mrl", "");
+    setenv("DISPLAY", ":0", 1);
+    auto pipe_before = signal(SIGPIPE, SIG_DFL);
+    auto size_before = signal(SIGXFSZ, SIG_DFL);
+    ASSERT_EQ(plat_start(), 0);
+    write_program("zenity", "kill -PIPE $$; echo lost\n");
+    write_program("kdialog", "kill -XFSZ $$; echo lost\n");
+    int result;
+    EXPECT_EQ(selected_by("all\n", &result), name_list{"list.mrl"});
+    signal(SIGPIPE, pipe_before);
+    signal(SIGXFSZ, size_before);
 }
 
 TEST_F(platform, no_dialog_program_in_path)
