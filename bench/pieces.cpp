@@ -38,7 +38,6 @@ static void source_restart(plat_file *source)
 {
     plat_seek(source, 0);
     src_open("", source);
-    src_count_lines();
 }
 
 // A store with a few variables in it, and the block that the fetcher keeps values in.
@@ -57,12 +56,12 @@ static void store_start()
 }
 
 // Fetches the arguments of one LINE, as the statement loop does it.
-static int32_t fetch_line(plat_file *source, const cmd_row &row)
+static int32_t fetch_line(const cmd_row &row)
 {
     slots_start_statement();
     slot_set_word("LINE", 4);
     arg_cursor++;
-    return fetch_args(source, row.spec_count, row.spec, false);
+    return fetch_args(row.spec_count, row.spec, false);
 }
 
 static void getc_block(benchmark::State &state)
@@ -72,7 +71,7 @@ static void getc_block(benchmark::State &state)
     for (auto _ : state) {
         source_restart(&source);
         int sum = 0;
-        for (int c = src_getc(&source); c != -1; c = src_getc(&source), characters++)
+        for (int c = src_getc(); c != -1; c = src_getc(), characters++)
             sum += c;
         benchmark::DoNotOptimize(sum);
     }
@@ -103,7 +102,7 @@ static void find_command(benchmark::State &state, const char *word)
 {
     for (auto _ : state) {
         benchmark::DoNotOptimize(word);
-        benchmark::DoNotOptimize(command_find(word, strlen(word)));
+        benchmark::DoNotOptimize(command_find(word_key_make(word, strlen(word))));
     }
 }
 BENCHMARK_CAPTURE(find_command, line, "LINE");
@@ -114,7 +113,7 @@ static void fetch_line_arguments(benchmark::State &state)
 {
     store_start();
     plat_file source = source_of(line_arguments);
-    const cmd_row &row = command_row_at(command_find("LINE", 4));
+    const cmd_row &row = command_row_at(command_find(word_key_make("LINE", 4)));
     size_t statements = block_size / strlen(line_arguments);
     size_t left = 0;
     for (auto _ : state) {
@@ -122,7 +121,7 @@ static void fetch_line_arguments(benchmark::State &state)
             source_restart(&source);
             left = statements - 1;
         }
-        benchmark::DoNotOptimize(fetch_line(&source, row));
+        benchmark::DoNotOptimize(fetch_line(row));
     }
     plat_close(&source);
 }
@@ -132,10 +131,10 @@ static void write_line_rule(benchmark::State &state)
 {
     store_start();
     plat_file source = source_of(line_arguments);
-    const cmd_row &row = command_row_at(command_find("LINE", 4));
+    const cmd_row &row = command_row_at(command_find(word_key_make("LINE", 4)));
     out_open(plat_file{open("/dev/null", O_WRONLY)});
     source_restart(&source);
-    fetch_line(&source, row);
+    fetch_line(row);
     for (auto _ : state) {
         arg_cursor = arg_slots;
         arg_type_cursor = arg_types;

@@ -46,23 +46,23 @@ static void read_reference(char *text)
 }
 
 // The rest of a line as a text of its own.
-static char *rest_of_line(plat_file *source)
+static char *rest_of_line()
 {
     static char line[4096];
-    int32_t size = src_read_line(line, sizeof line - 1, source);
+    int32_t size = src_read_line(line, sizeof line - 1);
     return harness_text(reinterpret_cast<const uint8_t *>(line), static_cast<size_t>(size));
 }
 
-static void run_line(plat_file *source, int reader)
+static void run_line(int reader)
 {
     char word[128] = "ARRAY";
     if (reader >= 0 && reader < words_count) {
         strcpy(word, words[reader]);
-        (void)decl_statement(source, word, sizeof word);
+        (void)decl_statement(word);
     } else if (reader == words_count) {
-        (void)array_statement(source, word, sizeof word);
+        (void)array_statement(word);
     } else {
-        char *text = rest_of_line(source);
+        char *text = rest_of_line();
         if (reader == words_count + 1)
             split_list(text);
         else
@@ -78,9 +78,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     harness_start_file();
     plat_file *source = harness_source(data, size);
     src_open("", source);
-    src_count_lines();
-    for (int c = src_getc(source); c != -1; c = src_getc(source))
-        run_line(source, c - 'a');
+    for (int c = src_getc(); c != -1; c = src_getc())
+        run_line(c - 'a');
     heap_check(nullptr);
     return 0;
 }

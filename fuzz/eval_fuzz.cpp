@@ -2,7 +2,6 @@
 #include "harness.h"
 
 #include "analysis/expr_eval.h"
-#include "analysis/expr_quick.h"
 #include "analysis/var_store.h"
 #include "support/pool_heap.h"
 
@@ -36,21 +35,6 @@ static bool evaluate(const uint8_t *data, size_t size, double *value)
     return result != nullptr;
 }
 
-// Evaluates a text quickly, if that is possible, and leaves the selection as it was. *selected is what it
-// would have left.
-static bool evaluate_quickly(const uint8_t *data, size_t size, double *value, var_selection *selected)
-{
-    if (size > quick_size_max || memchr(data, 0, size) != nullptr)
-        return false;
-    char text[quick_size_max + 1 + quick_slack] = "";
-    memcpy(text, data, size);
-    var_selection before = var_current;
-    bool quick = quick_expr(text, text + size, value);
-    *selected = var_current;
-    var_current = before;
-    return quick;
-}
-
 static bool same_number(double a, double b)
 {
     return memcmp(&a, &b, sizeof a) == 0 || (a != a && b != b);
@@ -81,13 +65,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
             line_end = end;
         auto length = static_cast<size_t>(line_end - data);
         double value = 0;
-        double quick_value = 0;
-        var_selection selected;
-        bool quick = evaluate_quickly(data, length, &quick_value, &selected);
         bool valid = evaluate(data, length, &value);
-        harness_expect(!quick || (valid && same_number(value, quick_value)), "a quick value is the value");
-        harness_expect(!quick || (selected.ptr == var_current.ptr && selected.type == var_current.type),
-                       "a quick evaluation selects the same variable");
         if (may_be_enclosed(data, length))
             check_enclosed(data, length, valid, value);
         data = line_end + 1;

@@ -89,7 +89,6 @@ void harness_reset()
     heap_budget_left = harness_heap_budget;
     rules_run = rules_run_state{};
     line_directives = line_directives_at_start;
-    src_count_lines();
     out_file.used = 0;
     file_empty(&out_file.file);
 }

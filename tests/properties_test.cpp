@@ -81,7 +81,7 @@ TEST(properties, line_ends_of_the_input_make_no_difference)
     }
 }
 
-// ---- The slow way and the fast way through the source give the same ----
+// ---- However the source is read, the output is the same ----
 
 static constexpr unsigned char every_key[] = {0x55, 0x0F, 0xA3};
 
@@ -110,8 +110,7 @@ TEST(properties, an_enciphered_script_converts_like_a_plain_one)
     }
 }
 
-// Names wait for a statement that asks for their values, so a statement may stand there 500 times.
-TEST(properties, a_random_script_converts_like_its_enciphered_form)
+TEST(properties, a_random_script_converts_alike_however_it_is_read)
 {
     random_texts texts({
         {'s',
@@ -134,31 +133,36 @@ TEST(properties, a_random_script_converts_like_its_enciphered_form)
         }
         std::string output = converted(script);
         ASSERT_EQ(unified_diff(converted(enciphered(script), load_every_key), output), "");
+        for (size_t limit : {1, 61, 300, 4096})
+            ASSERT_EQ(unified_diff(converted(script, nullptr, limit), output), "") << limit;
         EXPECT_GT(output.size(), script.size()) << "the reading stopped";
     }
 }
 
-// The source is read in blocks of 64 KB. A seam between two of them may stand at any character. Another full
-// block follows, which takes the place of the first one.
-TEST(properties, a_seam_between_blocks_is_seen_nowhere)
+TEST(properties, a_script_converts_alike_by_any_number_of_bytes_at_a_time)
 {
-    const std::string tail =
-        "LINE 1,2.5,-3 , x+1,5,\\\n6,1,,3\r\nword1 = 12 \\\r\n + 3\n"
-        "SPLINE a3,\"s\\101\\12\" , 4\nINT i[3], k\nARRAY v[2] = {1,\n2}\n"
-        ":label text\nPRINT \"a\\n\", , `b`\nON x goto a,b\nfoo bar\nCIRCLE 1,2,3,4 x\n"
-        "POINT 1,2,3,4,5,6,7,8\nREM\tend\r\n\n  // tail\n"
-        "x = 2.5\ny=7\nLINE x,no,y,1,no,x\nLINE no,1,x,no,y,2\nPRANGE no,x,-1.5,no,x+y,no,y,no\n"
-        "LINE y,no,x,(\nk = no\nPRANGE k,no,x,x y,1\nPRANGE no,y,k,no, x,no,\\\n.5,no\n";
-    const std::string wanted = converted(tail);
-    const size_t block = 65536;
-    const std::string rest = "REM " + times(block, "y") + "\n";
-    for (size_t at = 0; at <= tail.size(); at++) {
-        std::string head = "REM " + times(block - at - 5, "x") + "\n"; // tail[at] begins the second block
-        std::string output = converted(head + tail + rest);
-        ASSERT_EQ(output.substr(0, head.size()), head);
-        ASSERT_EQ(unified_diff(wanted + rest, output.substr(head.size())), "")
-            << "seam at " << escaped(tail.substr(at));
+    for (const fs::path &path : all_scripts()) {
+        std::string script = read_file(path);
+        std::string output = converted(script);
+        for (size_t limit : {1, 61, 300, 4096})
+            EXPECT_EQ(unified_diff(converted(script, nullptr, limit), output), "") << path << " by " << limit;
     }
+}
+
+// Statements of more characters than the window has, for each kind of thing that a statement may keep.
+TEST(properties, a_statement_may_be_longer_than_the_window)
+{
+    const std::string gap = times(300000, " ");
+    const std::string dropped = times(300000, "\x01");
+    EXPECT_EQ(converted("LINE" + gap + "1,2," + gap + "3,x" + dropped + "y,5,6 , 7, " + gap + "8\n"),
+              converted("LINE 1,2,3,xy,5,6 , 7, 8\n"));
+    EXPECT_EQ(converted("PRINT" + gap + "\"a\\n\"" + dropped + "," + gap + "b" + gap + "\n").substr(0, 5),
+              " b   ");
+    EXPECT_EQ(converted("PRINT \"a\", b\nSPLINE \v" + dropped.substr(0, 0) + times(300000, "\f") +
+                        "a3,\"p\",1,2\n"),
+              converted("PRINT \"a\", b\nSPLINE \va3,\"p\",1,2\n"));
+    EXPECT_EQ(converted("REM " + gap + "x\n" + gap + "WAIT 1," + gap + "\ny = 1\n"),
+              "REM x\n" + gap + "WAIT 1\ny = 1\n\n");
 }
 
 // A plausible argument for each position of a row.
@@ -195,7 +199,7 @@ TEST(properties, every_command_with_a_rule_stands_in_a_golden_script)
             size_t word = std::min(text.find_first_not_of(" \t", start), text.size());
             size_t behind = std::min(text.find_first_of(" \t\r\n", word), text.size());
             if (word < end && behind - word < command_name_size)
-                if (int32_t row = command_find(text.c_str() + word, behind - word); row >= 0)
+                if (int32_t row = command_find(word_key_make(text.c_str() + word, behind - word)); row >= 0)
                     seen.insert(command_row_at(row).id);
             start = end + 1;
         }

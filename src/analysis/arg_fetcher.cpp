@@ -11,17 +11,17 @@ char *arg_pool;
 
 // Reads one argument into the slot under arg_cursor. *last is the character that ended it, *empty tells an
 // empty argument. False if it fails.
-static bool fetch_one(plat_file *stream, uint8_t type, int *last, bool *empty)
+static bool fetch_one(uint8_t type, int *last, bool *empty)
 {
     *empty = false;
     arg_line_used = 0;
-    int c = arg_skip_blanks(stream);
+    int c = arg_skip_blanks();
     bool quote = c == '"' || c == '`';
     if (quote && (type == ARG_STR || type == ARG_ITEM)) {
         *arg_type_cursor = ARG_STR;
-        return arg_gather_string(stream, c, last) && arg_store_text(true);
+        return arg_gather_string(c, last) && arg_store_text(true);
     }
-    if (!arg_gather_raw(stream, c, arg_is_numeric(type) || type == ARG_ITEM, last))
+    if (!arg_gather_raw(c, arg_is_numeric(type) || type == ARG_ITEM, last))
         return false;
     *empty = arg_line_used == 0;
     if (*empty) {
@@ -37,17 +37,14 @@ static int32_t fetch_failed()
     return -1;
 }
 
-static void skip_line(plat_file *stream, int c)
+static void skip_line(int c)
 {
-    while (c != '\n' && c != -1) {
-        const char *run;
-        (void)src_take_plain(&run, SIZE_MAX);
-        c = src_getc(stream);
-    }
+    while (c != '\n' && c != -1)
+        c = src_getc();
 }
 
 // The positions one by one, see fetch_args.
-static int32_t fetch_list(plat_file *stream, int32_t spec_count, const uint8_t *spec, bool keep_absent)
+static int32_t fetch_list(int32_t spec_count, const uint8_t *spec, bool keep_absent)
 {
     bool more = spec_count != 0; // the list goes on
     int32_t walked = 0;
@@ -64,7 +61,7 @@ static int32_t fetch_list(plat_file *stream, int32_t spec_count, const uint8_t *
         *arg_type_cursor = spec[p] & ARG_TYPE;
         bool empty = true;
         if (more) {
-            if (!fetch_one(stream, spec[p] & ARG_TYPE, &c, &empty))
+            if (!fetch_one(spec[p] & ARG_TYPE, &c, &empty))
                 return fetch_failed();
             more = c == ',' && (p + 1 < spec_count || repeats);
             keep_absent |= empty;
@@ -82,16 +79,16 @@ static int32_t fetch_list(plat_file *stream, int32_t spec_count, const uint8_t *
         walked++;
         arg_type_cursor++;
     }
-    skip_line(stream, c);
+    skip_line(c);
     slots_end_list();
     arg_type_cursor = arg_types;
     arg_cursor = arg_slots;
     return walked;
 }
 
-int32_t fetch_args(plat_file *stream, int32_t spec_count, const uint8_t *spec, bool keep_absent)
+int32_t fetch_args(int32_t spec_count, const uint8_t *spec, bool keep_absent)
 {
     slot_clear();
     arg_store_start();
-    return fetch_list(stream, spec_count, spec, keep_absent);
+    return fetch_list(spec_count, spec, keep_absent);
 }

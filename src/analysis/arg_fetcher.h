@@ -8,8 +8,6 @@
 
 #include <stdint.h>
 
-struct plat_file;
-
 constexpr uint32_t arg_pool_block = 3008; // bytes of arg_pool
 constexpr int32_t arg_pool_size =
     3001; // of them in use: values from the bottom up, strings from the top down
@@ -33,4 +31,4 @@ enum : int32_t {
 // included, with both cursors on their first element (slot 0); or -1 for an argument that is missing or
 // wrong, with the source right behind the place of the fault. keep_absent gives absent positions a slot from
 // the first one on; without it they have one only behind an empty argument.
-int32_t fetch_args(plat_file *stream, int32_t spec_count, const uint8_t *spec, bool keep_absent);
+int32_t fetch_args(int32_t spec_count, const uint8_t *spec, bool keep_absent);

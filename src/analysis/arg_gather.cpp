@@ -6,36 +6,11 @@
 
 int32_t arg_line_used;
 
-// How a character of raw text is taken: stored at once, or looked at.
-enum : uint8_t { RAW_STORED = 1, RAW_STORED_COUNTED = 2, STRING_STORED = 4 };
-
-struct raw_class_map {
-    uint8_t bits[256];
-};
-
-// In raw text printable characters and the blank are stored, the comma ends the argument, parentheses are
-// looked at where they are counted. In a string all is stored up to a quote or a NUL. The backslash isn't in
-// it: the source has to see whether it joins two lines.
-static constexpr raw_class_map raw_classes_make()
-{
-    raw_class_map map{};
-    for (int c = 0; c < 256; c++) {
-        unsigned bits = 0;
-        if (src_plain.plain[c] && c != '"' && c != '`' && c != 0)
-            bits |= STRING_STORED;
-        if (c >= ' ' && c < 127 && c != ',' && c != '\\')
-            bits |= c == '(' || c == ')' ? RAW_STORED : RAW_STORED | RAW_STORED_COUNTED;
-        map.bits[c] = static_cast<uint8_t>(bits);
-    }
-    return map;
-}
-static constexpr raw_class_map raw_classes = raw_classes_make();
-
-int arg_skip_blanks(plat_file *stream)
+int arg_skip_blanks()
 {
     int c;
     do
-        c = src_getc(stream);
+        c = src_getc();
     while (c == ' ' || c == '\t');
     return c;
 }
@@ -50,25 +25,10 @@ static void line_store(int c)
     line_buf[arg_line_used++] = static_cast<char>(c);
 }
 
-// Stores the characters that lie ready in the source and need no look.
-static void store_ready(uint8_t stored)
-{
-    const unsigned char *p = src_raw.pos;
-    const unsigned char *end = src_raw.plain_end;
-    if (end - p > line_buf_capacity - arg_line_used)
-        end = p + (line_buf_capacity - arg_line_used);
-    char *to = line_buf + arg_line_used;
-    while (p < end && (raw_classes.bits[*p] & stored) != 0)
-        *to++ = static_cast<char>(*p++);
-    if (p > src_raw.pos)
-        src_raw.pos = p;
-    arg_line_used = static_cast<int32_t>(to - line_buf);
-}
-
-bool arg_gather_raw(plat_file *stream, int c, bool counted, int *last)
+bool arg_gather_raw(int c, bool counted, int *last)
 {
     int32_t depth = 0;
-    for (; c != -1 && !line_full(); c = src_getc(stream)) {
+    for (; c != -1 && !line_full(); c = src_getc()) {
         if ((c == ',' && depth == 0) || c == '\n')
             break;
         if (!char_is(c, CHAR_GRAPH) && c != ' ')
@@ -78,7 +38,6 @@ bool arg_gather_raw(plat_file *stream, int c, bool counted, int *last)
             depth++;
         if (counted && c == ')' && --depth < 0)
             break;
-        store_ready(counted ? RAW_STORED_COUNTED : RAW_STORED);
     }
     line_buf[arg_line_used] = 0;
     *last = c;
@@ -86,19 +45,25 @@ bool arg_gather_raw(plat_file *stream, int c, bool counted, int *last)
 }
 
 // Decodes the escape behind a backslash in a string and stores its byte.
-static void gather_escape(plat_file *stream)
+static void gather_escape()
 {
-    int c = src_getc(stream);
+    int c = src_getc();
     if (char_is(c, CHAR_OCTAL)) {
-        int second = src_getc(stream);
-        int third = char_is(second, CHAR_OCTAL) ? src_getc(stream) : -1;
-        if (char_is(third, CHAR_OCTAL)) {
-            line_store((c - '0') * 64 + (second - '0') * 8 + (third - '0'));
-            return;
+        int second = src_peek();
+        src.pos += char_is(second, CHAR_OCTAL) || second == 0;
+        if (char_is(second, CHAR_OCTAL)) {
+            int third = src_peek();
+            if (char_is(third, CHAR_OCTAL)) {
+                src.pos++;
+                line_store((c - '0') * 64 + (second - '0') * 8 + (third - '0'));
+                return;
+            }
+            // Kept: a NUL can't be given back, so the second digit takes its place.
+            if (third == 0)
+                *src.pos = static_cast<unsigned char>(second);
+            else
+                src.pos--;
         }
-        if (char_is(second, CHAR_OCTAL))
-            src_ungetc(third);
-        src_ungetc(second);
         line_store(c);
         return;
     }
@@ -113,20 +78,19 @@ static void gather_escape(plat_file *stream)
     }
 }
 
-bool arg_gather_string(plat_file *stream, int quote, int *last)
+bool arg_gather_string(int quote, int *last)
 {
     bool closed = false;
-    int c = src_getc(stream);
-    for (; c != -1 && !line_full(); c = src_getc(stream)) {
+    int c = src_getc();
+    for (; c != -1 && !line_full(); c = src_getc()) {
         // What follows a closing quote is looked at one by one.
         if (!closed && c == quote) {
             line_store(0);
             closed = true;
         } else if (!closed && c == '\\') {
-            gather_escape(stream);
+            gather_escape();
         } else if (!closed) {
             line_store(c);
-            store_ready(STRING_STORED);
         } else if (c == ' ') {
             line_store(c);
         } else if (c == ',' || c == '\n') {

@@ -7,30 +7,10 @@
 // read a fixed number of slots, more than the statement gave.
 #pragma once
 
+#include "source/command_rows.h"
 #include "support/number.h"
 
 #include <stdint.h>
-
-// Type codes of an argument: the low nibble of a spec byte and of an arg_types byte.
-enum : uint8_t {
-    ARG_STR = 0,    // quoted string, or raw text
-    ARG_LONG = 1,   // evaluated, lval
-    ARG_INT = 2,    // evaluated, ival
-    ARG_FLOAT = 3,  // evaluated, fval
-    ARG_DOUBLE = 4, // evaluated, dval
-    ARG_NAME = 5,   // raw text: a name or a file variable
-    ARG_WORD = 6,   // raw text: a bare word or a label
-    ARG_VAR = 7,    // raw text: a variable that the command would store into
-    ARG_ITEM = 8,   // print item: quoted string, or raw text with parentheses counted
-    ARG_TYPE = 15   // mask of the type code
-};
-
-// Flags of a spec byte.
-enum : uint8_t {
-    ARG_OPTIONAL = 16, // the argument may be left out or empty
-    ARG_REPEAT = 32,   // the last position of a row, which takes every further argument too
-    ARG_PRINT = 64     // beside ARG_REPEAT: an empty item inside the list is an argument of its own
-};
 
 // Flag of an arg_types byte: the argument was left out or empty.
 constexpr uint8_t ARG_ABSENT = 16;

@@ -216,9 +216,9 @@ static int32_t declare_local(char *text)
                             : declare_list(item, delimiter, next, VAR_NONE);
 }
 
-int32_t decl_statement(plat_file *stream, char *word, int32_t)
+int32_t decl_statement(const char *word)
 {
-    if (src_read_line(stmt_text, line_buf_capacity, stream) == 0)
+    if (src_read_line(stmt_text, line_buf_capacity) == 0)
         return STATEMENT_END;
     if (text_compare_nocase(word, "LOCAL") == 0) {
         // Kept: the text brings its own line feed, so an empty line follows a LOCAL.
@@ -233,12 +233,12 @@ int32_t decl_statement(plat_file *stream, char *word, int32_t)
 
 // Reads the head of an ARRAY into line_buf, up to its line's end or the = outside of brackets. Gives what
 // ended it.
-static int read_array_head(plat_file *stream)
+static int read_array_head()
 {
     int32_t used = 0;
     int64_t depth = 0;
-    int c = src_getc(stream);
-    for (; c != -1 && c != '\n' && (c != '=' || depth > 0); c = src_getc(stream)) {
+    int c = src_getc();
+    for (; c != -1 && c != '\n' && (c != '=' || depth > 0); c = src_getc()) {
         depth += (c == '(' || c == '[') - (c == ')' || c == ']');
         if (used < line_buf_capacity - 1)
             line_buf[used++] = static_cast<char>(c);
@@ -305,11 +305,11 @@ static bool value_line_directive(const char *text)
 }
 
 // The initial values behind an ARRAY's =, line by line up to the closing brace.
-static int32_t read_values(plat_file *stream)
+static int32_t read_values()
 {
     bool first = true; // the opening brace has still to come
     var_fill_start();
-    while (src_read_line(line_buf, value_line_length, stream) > 0) {
+    while (src_read_line(line_buf, value_line_length) > 0) {
         out_text(line_buf);
         char *text = text_skip_white(line_buf);
         if (*text == 0)
@@ -332,10 +332,10 @@ static int32_t read_values(plat_file *stream)
     return STATEMENT_END;
 }
 
-int32_t array_statement(plat_file *stream, char *word, int32_t)
+int32_t array_statement(const char *word)
 {
-    (void)src_skip_space(stream);
-    int c = read_array_head(stream);
+    (void)src_skip_space();
+    int c = read_array_head();
     out_format("%s %s", word, line_buf);
     if (c == '=')
         out_char('=');
@@ -352,5 +352,5 @@ int32_t array_statement(plat_file *stream, char *word, int32_t)
         out_char('\n');
         return STATEMENT_DONE;
     }
-    return read_values(stream);
+    return read_values();
 }

@@ -6,15 +6,13 @@
 
 #include <stdint.h>
 
-struct plat_file;
-
 // The type words and LOCAL. word is the statement's word as typed. Gives STATEMENT_TEXT, or the code that
 // names the fault.
-int32_t decl_statement(plat_file *stream, char *word, int32_t size);
+int32_t decl_statement(const char *word);
 
 // ARRAY, with initial values that may run over lines. Gives STATEMENT_DONE, or the code that names the
 // fault.
-int32_t array_statement(plat_file *stream, char *word, int32_t size);
+int32_t array_statement(const char *word);
 
 // What ended an item of a declaration list.
 enum : int {

@@ -60,7 +60,7 @@ int convert_file(const char *source_name, plat_file *source_stream)
     if (pools_init() != 0 || setup_alloc() != 0)
         return BATCH_NO_MEMORY;
     src_open(source_name, source_stream);
-    statement_loop(source_stream);
+    statement_loop();
     return BATCH_DONE;
 }
 

@@ -35,9 +35,9 @@ static void write_failed_argument()
 }
 
 // Fetches the arguments of a command and converts it. Gives what fetch_args gave.
-static int32_t command_convert(plat_file *stream, const cmd_row &row)
+static int32_t command_convert(const cmd_row &row)
 {
-    int32_t count = fetch_args(stream, row.spec_count, row.spec, false);
+    int32_t count = fetch_args(row.spec_count, row.spec, false);
     if (count < 0)
         write_failed_argument();
     else
@@ -53,20 +53,19 @@ static void journal_tell(const statement_head &head, int32_t result, int32_t fet
     record.result = result;
     record.fetched = fetched;
     record.failed_at = fetched < 0 ? static_cast<int32_t>(arg_type_cursor - arg_types) + 1 : 0;
-    record.next_line = src_lines.line_physical;
+    record.next_line = src_line();
     record.output_end = out_tell();
     record.source_complete = src_ended();
     statement_seen(&record);
 }
 
-void statement_loop(plat_file *stream)
+void statement_loop()
 {
-    src_count_lines();
     int32_t result;
     do {
         statement_head head{};
-        result = next_statement(stream, statement_seen != nullptr ? &head : nullptr);
-        int32_t fetched = result >= 0 ? command_convert(stream, command_row_at(result)) : 0;
+        result = next_statement(statement_seen != nullptr ? &head : nullptr);
+        int32_t fetched = result >= 0 ? command_convert(command_row_at(result)) : 0;
         if (statement_seen != nullptr)
             journal_tell(head, result, fetched);
     } while (!statement_stops(result));

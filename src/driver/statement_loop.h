@@ -3,8 +3,6 @@
 
 #include <stdint.h>
 
-struct plat_file;
-
 // Reads the source to its end and writes what becomes of each statement. The source and the output are open,
 // the per-file objects made.
-void statement_loop(plat_file *stream);
+void statement_loop();

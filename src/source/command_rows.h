@@ -1,14 +1,35 @@
 // Command rows: the vocabulary of the scripts, 472 commands by family and in order of id.
 //
 // A row is the command word in the case of its manual, the id that picks the conversion rule, and the spec:
-// one byte in hexadecimal for each argument position, as the fetcher reads it (see arg_slots.h for type
-// codes and flags). Two rows may share an id; no two share a name, in whatever case. The words of the system
-// commands begin with a lower-case letter; their arguments are read and nothing of them is written.
+// one byte in hexadecimal for each argument position, as the fetcher reads it: a flag or none, and a type
+// code. Two rows may share an id; no two share a name, in whatever case. The words of the system commands
+// begin with a lower-case letter; their arguments are read and nothing of them is written.
 //
 // Laid out for the reader. The compiler makes the search order of it and checks what is claimed here.
 #pragma once
 
 #include <stdint.h>
+
+// Type codes of an argument: the low digit of a spec byte.
+enum : uint8_t {
+    ARG_STR = 0,    // quoted string, or raw text
+    ARG_LONG = 1,   // evaluated, lval
+    ARG_INT = 2,    // evaluated, ival
+    ARG_FLOAT = 3,  // evaluated, fval
+    ARG_DOUBLE = 4, // evaluated, dval
+    ARG_NAME = 5,   // raw text: a name or a file variable
+    ARG_WORD = 6,   // raw text: a bare word or a label
+    ARG_VAR = 7,    // raw text: a variable that the command would store into
+    ARG_ITEM = 8,   // print item: quoted string, or raw text with parentheses counted
+    ARG_TYPE = 15   // mask of the type code
+};
+
+// Flags of a spec byte.
+enum : uint8_t {
+    ARG_OPTIONAL = 16, // the argument may be left out or empty
+    ARG_REPEAT = 32,   // the last position of a row, which takes every further argument too
+    ARG_PRINT = 64     // beside ARG_REPEAT: an empty item inside the list is an argument of its own
+};
 
 struct command_source_row {
     const char *name;

@@ -65,6 +65,7 @@ constexpr sorted_rows rows_sort()
     return rows;
 }
 
+// A row's place in this order is its index for everybody; words are found by a hash, not by a search in it.
 static constexpr sorted_rows command_order = rows_sort();
 
 // ---- The specs as bytes ----
@@ -120,9 +121,11 @@ constexpr bool specs_known()
     for (const command_source_row &row : command_rows) {
         int count = spec_length(row.spec);
         for (int i = 0; i < count; i++) {
-            int flags = spec_digit(row.spec[3 * i]);
-            if (spec_digit(row.spec[3 * i + 1]) > 8 || flags > 7 || ((flags & 6) != 0 && i + 1 < count) ||
-                ((flags & 4) != 0 && (flags & 2) == 0))
+            int spec = spec_digit(row.spec[3 * i]) * 16 + spec_digit(row.spec[3 * i + 1]);
+            constexpr int flags = ARG_OPTIONAL | ARG_REPEAT | ARG_PRINT;
+            if ((spec & ARG_TYPE) > ARG_ITEM || (spec & ~(flags | ARG_TYPE)) != 0 ||
+                ((spec & ARG_REPEAT) != 0 && i + 1 < count) ||
+                ((spec & ARG_PRINT) != 0 && (spec & ARG_REPEAT) == 0))
                 return false;
         }
     }
@@ -199,12 +202,20 @@ const cmd_row &command_row_at(int32_t index)
     return cmd_table.row[index];
 }
 
+// The row of a word in the table, for constants.
+constexpr int32_t row_of(const char *name)
+{
+    for (int32_t i = 0; i < command_count; i++)
+        if (key_make(cmd_table.row[i].name).high == key_make(name).high &&
+            key_make(cmd_table.row[i].name).low == key_make(name).low)
+            return i;
+    return -1;
+}
+
+const int32_t command_spline = row_of("SPLINE");
+static_assert(row_of("SPLINE3") == row_of("SPLINE") + 1, "SPLINE's other list has the row after SPLINE's");
+
 int32_t command_find(const word_key &key)
 {
     return word_index_find(command_index, key);
-}
-
-int32_t command_find(const char *word, size_t size)
-{
-    return word_index_find(command_index, word, size);
 }

@@ -1,7 +1,8 @@
 // Command table: finds a command's row by its word, in any case.
 //
 // The table knows names, ids and specs; it knows no handler. It is constant data in ascending order of the
-// lower-case names, made at compile time from command_rows.
+// lower-case names, made at compile time from command_rows. The order matters for SPLINE and SPLINE3, whose
+// rows have to follow each other.
 #pragma once
 
 #include "source/command_rows.h"
@@ -23,6 +24,8 @@ struct cmd_row {
 // The row that says how a command's arguments are fetched. index is from 0 to command_count - 1.
 const cmd_row &command_row_at(int32_t index);
 
-// Index of the row of a word of size characters, or -1.
-int32_t command_find(const char *word, size_t size);
+// Index of the row of a word, or -1.
 int32_t command_find(const word_key &key);
+
+// Index of the row of SPLINE. The row after it is SPLINE3's, for the list of its points in space.
+extern const int32_t command_spline;

@@ -34,24 +34,19 @@ static int32_t label_report(const char *name, int32_t result)
     return result;
 }
 
-int32_t label_define(plat_file *stream, char *word, int32_t)
+int32_t label_define(const char *word)
 {
     label_row row{};
     strncpy(row.name, word + 1, label_name_length);
-    (void)rem_copy(stream, word);
+    (void)rem_copy(word);
     if (row.name[0] == 0)
         return STATEMENT_NO_LABEL;
-    row.position = wrap_int32(static_cast<uint64_t>(src_raw_tell()));
-    row.line_physical = src_lines.line_physical;
-    row.line_current = src_lines.line_current;
-    row.line_statement = src_lines.line_statement;
-    row.counting = src_lines.line_counting;
-    row.pending = src_lines.line_pending;
+    row.position = src_tell();
+    row.line = src_line();
 
     uint32_t place;
     int32_t known = name_index_find(&label_names, row.name, strlen(row.name), &place);
-    if (known >= 0 && label_table[known].position == row.position &&
-        label_table[known].line_physical == row.line_physical)
+    if (known >= 0 && label_table[known].position == row.position && label_table[known].line == row.line)
         return STATEMENT_NO_LABEL;
     if (known >= 0)
         return label_report(row.name, STOP_LABEL_TWICE);
@@ -62,10 +57,10 @@ int32_t label_define(plat_file *stream, char *word, int32_t)
     return STATEMENT_DONE;
 }
 
-int32_t line_directive(plat_file *stream, char *, int32_t)
+int32_t line_directive(const char *)
 {
     char operands[line_operands_size + 1];
-    if (src_read_line(operands, line_operands_size, stream) == 0)
+    if (src_read_line(operands, line_operands_size) == 0)
         return STATEMENT_TEXT;
     return line_directive_parse(operands);
 }

@@ -6,20 +6,14 @@
 
 #include <stdint.h>
 
-struct plat_file;
-
 constexpr int32_t label_capacity = 1000; // labels of one file
 constexpr int label_name_length = 12;    // characters of a label that count
 
-// One label. Position and lines say where the line behind the label begins.
+// One label. Position and line say where the text after the label's line begins.
 struct label_row {
-    char name[16];    // as typed, cut to label_name_length characters
-    int32_t position; // in bytes, low 32 bits
-    uint32_t line_physical;
-    uint32_t line_current;
-    uint32_t line_statement;
-    uint8_t counting;
-    uint8_t pending;
+    char name[16]; // as typed, cut to label_name_length characters
+    uint32_t line; // of the file
+    int64_t position;
 };
 
 extern label_row *label_table; // label_capacity rows from malloc; null before the first file
@@ -41,10 +35,10 @@ void labels_start(label_row *table);
 
 // A label line: word holds the colon and the label. Gives STATEMENT_DONE, STATEMENT_NO_LABEL for a lone
 // colon, or STOP_LABEL_TWICE or STOP_LABELS_FULL, after printing the label's name.
-int32_t label_define(plat_file *stream, char *word, int32_t size);
+int32_t label_define(const char *word);
 
 // The statement #LINE. Gives STATEMENT_TEXT, whatever the line holds.
-int32_t line_directive(plat_file *stream, char *word, int32_t size);
+int32_t line_directive(const char *word);
 
 // The operands of a #LINE: a number, perhaps with a + behind it, and perhaps a name. Gives STATEMENT_TEXT.
 int32_t line_directive_parse(const char *text);

@@ -9,251 +9,166 @@
 #include "source/labels.h"
 #include "source/src_stream.h"
 #include "source/statement_text.h"
-#include "support/char_masks.h"
 #include "support/output.h"
+#include "support/scan.h"
 #include "support/text.h"
 #include "support/word_index.h"
 
 #include <string.h>
 
 constexpr int escape_key = 27;
-constexpr int32_t spline_id = 5; // the one command whose row depends on its first argument
 
 // ---- The first word ----
 
 // Reads over the white space in front of a statement, which is how indentation and empty lines reach the
-// output, and gives the character behind it.
-static int copy_white(plat_file *stream)
+// output. False at the end of the source.
+static bool copy_white()
 {
-    int c = src_getc(stream);
-    while (char_is(c, CHAR_WHITE)) {
-        out_char(c);
-        const unsigned char *p = src_raw.pos;
-        while (p < src_raw.plain_end && *p == ' ')
+    do {
+        const unsigned char *p = src.pos;
+        while (p < src.end && (char_classes.bits[*p] & CHAR_WHITE) != 0)
             p++;
-        if (p > src_raw.pos) {
-            out_bytes(reinterpret_cast<const char *>(src_raw.pos), static_cast<size_t>(p - src_raw.pos));
-            src_raw.pos = p;
-        }
-        c = src_getc(stream);
-    }
-    return c;
+        auto size = static_cast<size_t>(p - src.pos);
+        out_bytes(reinterpret_cast<const char *>(src.pos), size);
+        src.pos += size;
+    } while (src.pos == src.end && src_more(nullptr));
+    return src.pos < src.end;
 }
 
-// Characters behind a word that lie ready in the source: what may be read without a change, the blank, the
-// tab and the line feed, and CR LF too. A NUL would be lost when it is pushed back; the other white space is
-// rare.
-struct ready_map {
-    bool ready[256];
+// The end of the word that begins at src.pos: its first character that is white, or, unless it is a label's,
+// no word character; or the end of the source, or the character that a word of word_size - 1 has no room for.
+static const unsigned char *word_end()
+{
+    bool label = *src.pos == ':';
+    const unsigned char *limit = src.pos + word_size - 1;
+    const unsigned char *p = src.pos + 1;
+    for (;;) {
+        while (label && p < src.end && p < limit && (char_classes.bits[*p] & CHAR_WHITE) == 0)
+            p++;
+        if (!label)
+            p = scan_word(p);
+        if (p < src.end || p >= limit || !src_more(src.pos))
+            return p < limit ? p : limit;
+    }
+}
+
+// What a statement's first word tells.
+enum : int {
+    FIRST_NONE, // the source has ended
+    FIRST_WORD, // a plain word, for the tables, or a label
+    FIRST_TEXT  // the statement is text
 };
 
-static constexpr ready_map ready_make()
+// Reads over the blanks behind a word, of which next is the first. What follows them stays in the source, but
+// for a NUL, which can't be given back. An assignment or a subscript makes the statement text, and its word
+// then has one blank.
+static int end_of_word(int next, char *word, int32_t *length)
 {
-    ready_map map{};
-    for (int c = 1; c < 256; c++) {
-        bool white = (char_classes.bits[c] & CHAR_WHITE) != 0;
-        map.ready[c] = white ? c == ' ' || c == '\t' || c == '\n' : src_plain.plain[c];
-    }
-    return map;
-}
-static constexpr ready_map ready_characters = ready_make();
-
-static bool is_ready(const unsigned char *c)
-{
-    return (c < src_raw.plain_end && ready_characters.ready[*c]) || src_is_line_end(c);
-}
-
-// A word of fewer characters may lie ready, behind as few blanks and with as few behind it.
-constexpr unsigned ready_word_max = 16;
-
-// The key of the statement's word, for the tables; of a word that is in none of them, no one's.
-static word_key first_word_key;
-
-// Writes the white space in front of a statement that lies ready.
-static void write_indent(unsigned size)
-{
-    char *place = out_take_place(ready_word_max);
-    memcpy(place, src_raw.pos, ready_word_max);
-    out_give_place(place + size);
-}
-
-// Takes the one character that begins a statement which is text, if it is one; see read_ready_word.
-static bool take_ready_mark(const unsigned char *start, unsigned indent, char *word, int32_t *length,
-                            int32_t *kind)
-{
-    if (char_is(*start, CHAR_WHITE) || *start == '#' || *start == ':')
-        return false;
-    write_indent(indent);
-    word[0] = static_cast<char>(*start);
-    word[1] = 0;
-    *length = 1;
-    *kind = 1;
-    src_raw.pos = start + 1;
-    return true;
-}
-
-// Reads a first word that lies ready in the source with the character behind it, and the one behind its
-// blanks. False if it doesn't, and nothing was read. *kind is what read_first_word gives.
-static bool read_ready_word(char *word, int32_t *length, int32_t *kind)
-{
-    src_settle();
-    unsigned indent = blank_run(src_raw.pos);
-    const unsigned char *start = src_raw.pos + indent;
-    unsigned run = word_run(start);
-    const unsigned char *end = start + run;
-    if (run == ready_word_max || !is_ready(start) || !is_ready(end))
-        return false;
-    if (!char_is(*start, CHAR_LETTER))
-        return take_ready_mark(start, indent, word, length, kind);
-    unsigned blanks = blank_run(end);
-    const unsigned char *next = end + blanks;
-    bool blank = blanks > 0;
-    if (blanks == ready_word_max || !is_ready(next))
-        return false;
-    write_indent(indent);
-    memcpy(word, start, ready_word_max);
-    first_word_key = run <= word_size_max ? word_key_ready(start, run) : word_key{0, 0};
-    bool assigned = *next == '=' || *next == '[';
-    *kind = (blank ? assigned : *next != '\n' && *next != '\r') ? 1 : 0;
-    *length = static_cast<int32_t>(run) + *kind;
-    word[run] = static_cast<char>(blank ? ' ' : *end);
-    word[*length] = 0;
-    src_raw.pos = blank || *kind == 0 ? next : end + 1;
-    return true;
-}
-
-// Reads over the blanks behind a word. 1 if an assignment or a subscript follows, for which the word then has
-// one blank behind it, else 0.
-static int32_t behind_word(plat_file *stream, char *word, int32_t *length, int32_t room)
-{
-    int c;
-    do
-        c = src_getc(stream);
-    while (c == ' ' || c == '\t');
-    if (c == -1)
-        return 0;
-    src_ungetc(c);
-    if (c != '[' && c != '=')
-        return 0;
-    if (room > 1)
+    if (next == '\n' || next == -1)
+        return FIRST_WORD;
+    do {
+        src.pos++;
+        next = src_peek();
+    } while (next == ' ' || next == '\t');
+    if (next == 0)
+        src.pos++;
+    if (next != '[' && next != '=')
+        return FIRST_WORD;
+    if (*length < word_size - 1)
         word[(*length)++] = ' ';
-    return 1;
-}
-
-// Reads a first word character by character.
-static int32_t read_word_singly(plat_file *stream, char *word, int32_t size, int32_t *length)
-{
-    int c = copy_white(stream);
-    if (c == -1)
-        return -1;
-    int32_t room = size - 1; // characters that still fit, and the NUL
-    word[(*length)++] = static_cast<char>(c);
-    if (!char_is(c, CHAR_LETTER) && c != '#' && c != ':')
-        return 1;
-    bool label = c == ':';
-    c = src_getc(stream);
-    // A word that fills its room loses the character that no longer fits.
-    while (c != -1 && !char_is(c, CHAR_WHITE) && --room > 0) {
-        word[(*length)++] = static_cast<char>(c);
-        if (!label && !char_is(c, CHAR_WORD))
-            return 1;
-        c = src_getc(stream);
-    }
-    if (c == '\n')
-        src_ungetc(c);
-    if (c == '\n' || c == -1)
-        return 0;
-    return behind_word(stream, word, length, room);
-}
-
-// read_first_word, with the length of the word up to a NUL.
-static int32_t read_word(plat_file *stream, char *word, int32_t size, int32_t *length)
-{
-    int32_t kind;
-    *length = 0;
-    if (static_cast<unsigned>(size) > ready_word_max && read_ready_word(word, length, &kind))
-        return kind;
-    kind = read_word_singly(stream, word, size, length);
     word[*length] = 0;
-    *length = static_cast<int32_t>(strlen(word));
-    auto read = static_cast<size_t>(*length);
-    first_word_key = read <= word_size_max ? word_key_make(word, read) : word_key{0, 0};
-    return kind;
+    return FIRST_TEXT;
 }
 
-int32_t read_first_word(plat_file *stream, char *word, int32_t size)
+// Reads the first word of a statement into word, with a NUL after it; the white space in front of it goes to
+// the output. The word of a FIRST_TEXT ends in the character that makes it text. *length is the length of the
+// word up to a NUL.
+static int read_first_word(char *word, int32_t *length)
 {
-    int32_t length;
-    return read_word(stream, word, size, &length);
+    if (!copy_white())
+        return FIRST_NONE;
+    bool is_word = char_is(*src.pos, CHAR_LETTER) || *src.pos == '#' || *src.pos == ':';
+    auto size = is_word ? static_cast<int32_t>(word_end() - src.pos) : 1;
+    memcpy(word, src.pos, static_cast<size_t>(size));
+    src.pos += size;
+    word[size] = 0;
+    *length = size;
+    int next = is_word ? src_peek() : 0;
+    // A word that fills its room loses the character that no longer fits, and goes on as at white space.
+    if (is_word && (next == -1 || char_is(next, CHAR_WHITE) || size == word_size - 1)) {
+        int kind = end_of_word(next, word, length);
+        if (word[0] == ':')
+            *length = static_cast<int32_t>(strlen(word));
+        return kind;
+    }
+    if (is_word) {
+        word[(*length)++] = static_cast<char>(next);
+        src.pos++;
+    }
+    word[*length] = 0;
+    *length -= word[*length - 1] == 0;
+    return FIRST_TEXT;
 }
 
 // ---- Statements that are text ----
 
-// Collects a statement's text in line_buf, the word and what follows it on the line, and evaluates a copy.
-// True if the evaluator accepts it. *size is the length of the text up to a NUL.
-static bool collect_and_evaluate(plat_file *stream, const char *word, int32_t length, size_t *size)
+// Writes a text and a line feed; one that the text ends in already is the same.
+static void write_rejected(const statement_span &line)
 {
-    memcpy(line_buf, word, static_cast<size_t>(length));
-    int32_t stored = length + src_read_line(line_buf + length, line_buf_capacity - length, stream);
-    line_buf[stored] = 0;
-    auto used = static_cast<size_t>(stored);
-    const void *end = memchr(line_buf, 0, used + 1);
-    *size = static_cast<size_t>(static_cast<const char *>(end) - line_buf);
-    // Most lines that nobody knows are comments: they needn't be copied to be refused.
-    if (!lex_starts_operand(line_buf[0]))
-        return false;
-    memcpy(stmt_text, line_buf, *size + 1);
-    return eval_expr(stmt_text) != nullptr;
-}
-
-// Writes line_buf and a line feed; one that the text ends in already is the same.
-static void write_rejected_text(size_t size)
-{
-    if (size > 0 && line_buf[size - 1] == '\n')
+    size_t size = line.size;
+    if (size > 0 && line.text[size - 1] == '\n')
         size--;
-    out_bytes(line_buf, size);
+    out_bytes(line.text, size);
     out_char('\n');
 }
 
-static int32_t assignment_statement(plat_file *stream, const char *word, int32_t length, statement_kind *kind)
+// Reads a statement that is text, behind its word, and evaluates it for its effects on the variables. True if
+// it is an expression. Most lines that nobody knows are comments, which are refused by their first character.
+static bool read_and_evaluate(const char *word, int32_t length, statement_span *line)
 {
-    size_t size;
-    *kind = KIND_TEXT;
-    if (!collect_and_evaluate(stream, word, length, &size)) {
-        write_rejected_text(size);
+    *line = statement_read(word, length);
+    if (line->size == 0 || !lex_starts_operand(line->text[0]))
+        return false;
+    memcpy(stmt_text, line->text, line->size);
+    stmt_text[line->size] = 0;
+    return eval_expr(stmt_text) != nullptr;
+}
+
+static int32_t assignment_statement(const char *word, int32_t length, statement_kind *kind)
+{
+    statement_span line;
+    if (!read_and_evaluate(word, length, &line)) {
+        *kind = KIND_TEXT;
+        write_rejected(line);
         return STATEMENT_DONE;
     }
     *kind = KIND_EXPRESSION;
     // Kept: an accepted assignment has its own line feed and gets one more, so an empty line follows it.
-    out_bytes(line_buf, size);
+    out_bytes(line.text, line.size);
     out_char('\n');
     return STATEMENT_TEXT;
 }
 
-static int32_t unknown_statement(plat_file *stream, char *word, int32_t length, statement_kind *kind)
+static int32_t unknown_statement(char *word, int32_t length, statement_kind *kind)
 {
-    size_t size;
+    statement_span line;
     word[length++] = ' ';
-    bool accepted = collect_and_evaluate(stream, word, length, &size);
+    src_settle_lines(src.pos); // a line feed before the word may give its place to the blank
+    bool accepted = read_and_evaluate(word, length, &line);
     *kind = accepted ? KIND_EXPRESSION : KIND_UNKNOWN;
     if (accepted)
-        out_bytes(line_buf, size);
+        out_bytes(line.text, line.size);
     else
-        write_rejected_text(size);
+        write_rejected(line);
     return STATEMENT_TEXT;
 }
 
 // ---- Statement keywords ----
 
-static int32_t rem_statement(plat_file *stream, char *word, int32_t)
-{
-    return rem_copy(stream, word);
-}
-
 // A list of labels behind an ON is copied as it stands; without a GOTO the reading of the file stops.
-static int32_t on_goto(plat_file *stream, char *word, int32_t)
+static int32_t on_goto(const char *word)
 {
-    if (src_read_line_crlf(line_buf, line_buf_capacity, stream) == 0)
+    if (src_read_line_crlf(line_buf, line_buf_capacity) == 0)
         return STATEMENT_END;
     if (find_nocase(line_buf, " GOTO") < 0 && find_nocase(line_buf, "\tGOTO") < 0)
         return STOP_ON_WITHOUT_GOTO;
@@ -263,7 +178,7 @@ static int32_t on_goto(plat_file *stream, char *word, int32_t)
 
 struct stmt_keyword {
     char name[12];
-    int32_t (*handler)(plat_file *stream, char *word, int32_t size);
+    int32_t (*handler)(const char *word); // gives a statement result code
 };
 
 // Sorted by name.
@@ -271,7 +186,7 @@ static constexpr stmt_keyword stmt_keyword_table[] = {
     {"#LINE", line_directive},  {"ARRAY", array_statement}, {"CHAR", decl_statement},
     {"DOUBLE", decl_statement}, {"FLOAT", decl_statement},  {"INT", decl_statement},
     {"LOCAL", decl_statement},  {"LONG", decl_statement},   {"ON", on_goto},
-    {"REM", rem_statement},     {"SHORT", decl_statement},  {"SLIST", decl_statement},
+    {"REM", rem_copy},          {"SHORT", decl_statement},  {"SLIST", decl_statement},
     {"STRING", decl_statement}, {"UCHAR", decl_statement},  {"UINT", decl_statement},
     {"ULONG", decl_statement},  {"USHORT", decl_statement},
 };
@@ -280,64 +195,133 @@ constexpr int stmt_keyword_count = sizeof stmt_keyword_table / sizeof stmt_keywo
 static_assert(stmt_keyword_count == 17, "a row for each keyword");
 static constexpr auto stmt_keyword_index = word_index_make<256>(stmt_keyword_table);
 
-// ---- Commands ----
+// ---- SPLINE ----
 
-// True if the argument that follows tells SPLINE3's list. Looks at the next word and goes back.
-static bool spline_is_3d(plat_file *stream)
+// The pairs that a backslash or a CR makes with the character after it, one character on: the line end behind
+// backslashes joins its lines if it did not, and the other way round.
+static void pair_again()
 {
-    char word[word_size] = "";
-    int64_t position = src_tell(stream);
-    src_read_word(stream, word, word_size);
-    bool result = word[1] == '3';
-    (void)src_seek(stream, position);
+    const unsigned char *p = src.pos;
+    while (*p == '\r' && src_fold_mark_at(p + 1) == nullptr)
+        p++;
+    while (*p == '\\' && src_fold_mark_at(p + 1) == nullptr)
+        p++;
+    p += *p == '\\' || *p == '\r';
+    auto size = static_cast<size_t>(p - src.pos);
+    src_fold_mark *mark = src_fold_mark_at(p);
+    src_settle_lines(src.pos);
+    if (mark != nullptr && !mark->lost_nul) {
+        mark->joins--;
+        memmove(src.pos - 2, src.pos, size);
+        memcpy(src.pos + size - 2, "\\\n", 2);
+        src.pos -= 2;
+    } else if (mark == nullptr && size > 0 && p[-1] == '\\' && *p == '\n' && p < src.end) {
+        memmove(src.pos + 2, src.pos, size - 1);
+        src.pos += 2;
+    }
+}
+
+// Kept: the look at SPLINE's argument goes back by as many bytes as characters were given back, and what
+// stands there is looked at anew. So a NUL that was lost after a backslash comes in the backslash's place, a
+// backslash at the source's end brings back the line feed before it, and after a CR that ended the word
+// backslashes pair up another way.
+static void look_again()
+{
+    src_fold_mark *here = src_fold_mark_at(src.pos);
+    if (src.pos[-1] == '\r' && here == nullptr) {
+        pair_again();
+        return;
+    }
+    const unsigned char *p = src.pos;
+    p += *p == '\\';
+    bool lost = *src.pos == '\\' && src_fold_mark_at(p) != nullptr && src_fold_mark_at(p)->lost_nul;
+    p += *p == '\r' && !lost;
+    if (lost) {
+        *src.pos = 0;
+    } else if (p == src.pos + 2 && src_fold_mark_at(p) != nullptr && src_fold_mark_at(p)->lost_nul) {
+        src.pos++;
+    } else if (p == src.end && p > src.pos && here != nullptr && here->joins > 0) {
+        src_settle_lines(src.pos);
+        *--src.pos = '\n';
+    }
+}
+
+// True if the argument that follows tells SPLINE3's list: its second character is a 3. White space before it
+// is looked through up to the line's end; where that comes first the argument is missing in either list. What
+// raw text drops of the white space is taken out, but for one character, so that any amount of it can pass.
+static bool spline_is_3d()
+{
+    size_t blanks = 0;
+    size_t at = 0; // characters of white space
+    while (src.pos + at + 1 >= src.end || (char_is(src.pos[at], CHAR_WHITE) && src.pos[at] != '\n')) {
+        if (src.pos + at + 1 >= src.end) {
+            if (at > blanks + 1) {
+                src.pos += at - (blanks + 1);
+                src.pos[0] = '\v';
+                memset(src.pos + 1, ' ', blanks);
+                at = blanks + 1;
+            }
+            if (blanks > line_buf_capacity || !src_more(nullptr))
+                break;
+            continue;
+        }
+        blanks += src.pos[at++] == ' ';
+    }
+    bool result = src.pos + at + 1 < src.end && src.pos[at] != '\n' && src.pos[at + 1] == '3';
+    if (at == 0)
+        look_again();
     return result;
 }
 
-static int32_t command_statement(plat_file *stream, const char *word, int32_t length, int32_t row)
+// ---- Commands ----
+
+static int32_t command_statement(const char *word, int32_t length, int32_t row)
 {
     slot_set_word(word, static_cast<uint32_t>(length));
     arg_cursor++;
-    // SPLINE3's row is the one behind SPLINE's.
-    if (command_row_at(row).id == spline_id && spline_is_3d(stream))
-        row++;
-    return row;
+    // SPLINE3's row comes after SPLINE's.
+    return row == command_spline && spline_is_3d() ? row + 1 : row;
 }
 
-static int32_t word_statement(plat_file *stream, char *word, int32_t length, statement_kind *kind)
+static int32_t word_statement(char *word, int32_t length, statement_kind *kind)
 {
     *kind = KIND_LABEL;
     if (word[0] == ':')
-        return label_define(stream, word, word_size);
-    int32_t row = command_find(first_word_key);
+        return label_define(word);
+    word_key key = length <= static_cast<int32_t>(word_size_max)
+                       ? word_key_make(word, static_cast<size_t>(length))
+                       : word_key{0, 0};
+    int32_t row = command_find(key);
     *kind = KIND_COMMAND;
     if (row >= 0)
-        return command_statement(stream, word, length, row);
-    int32_t keyword = word_index_find(stmt_keyword_index, first_word_key);
+        return command_statement(word, length, row);
+    int32_t keyword = word_index_find(stmt_keyword_index, key);
     *kind = KIND_KEYWORD;
     if (keyword >= 0)
-        return stmt_keyword_table[keyword].handler(stream, word, word_size);
-    return unknown_statement(stream, word, length, kind);
+        return stmt_keyword_table[keyword].handler(word);
+    return unknown_statement(word, length, kind);
 }
 
-int32_t next_statement(plat_file *stream, statement_head *head)
+int32_t next_statement(statement_head *head)
 {
     // The word stays here until the next statement: slot 0 and the handlers read it.
-    static char word[word_size + line_step];
-    statement_kind kind;
+    static char word[word_size + 2 + slot_text_slack];
+    statement_kind kind = KIND_NONE;
 
+    src_start_statement();
     if (head != nullptr)
-        *head = statement_head{KIND_NONE, src_lines.line_physical, out_tell()};
+        *head = statement_head{KIND_NONE, src_line(), out_tell()};
     if (plat_poll_escape() == escape_key)
         return STATEMENT_END;
     int32_t length;
-    int32_t text = read_word(stream, word, word_size, &length);
-    if (text == -1)
+    int first = read_first_word(word, &length);
+    if (first == FIRST_NONE)
         return STATEMENT_END;
     if (head != nullptr)
-        *head = statement_head{KIND_NONE, src_lines.line_statement, out_tell()};
+        *head = statement_head{KIND_NONE, src_line(), out_tell()};
     slots_start_statement();
-    int32_t result = text == 1 ? assignment_statement(stream, word, length, &kind)
-                               : word_statement(stream, word, length, &kind);
+    int32_t result =
+        first == FIRST_TEXT ? assignment_statement(word, length, &kind) : word_statement(word, length, &kind);
     if (head != nullptr)
         head->kind = kind;
     return result;

@@ -7,8 +7,6 @@
 
 #include <stdint.h>
 
-struct plat_file;
-
 // What a statement was recognised as.
 enum statement_kind : uint8_t {
     KIND_NONE,       // the source ended before a statement began
@@ -29,8 +27,4 @@ struct statement_head {
 
 // Reads one statement. Gives the index of a command's row, with the word in slot 0 and arg_cursor on slot 1;
 // or a statement result code, and then the statement is written. Fills *head, unless it is null.
-int32_t next_statement(plat_file *stream, statement_head *head = nullptr);
-
-// Reads the first word of a statement into word; the white space in front of it goes to the output.
-// -1: end of the source; 0: a plain word, for the tables or a label; 1: the statement is text.
-int32_t read_first_word(plat_file *stream, char *word, int32_t size);
+int32_t next_statement(statement_head *head = nullptr);

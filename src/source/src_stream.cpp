@@ -1,117 +1,55 @@
-// The pushback and the counters are kept exactly as the slow path tells it; the fast paths here and in the
-// header only ever run over characters for which the slow path would do nothing but hand them out.
+// The window lies in one buffer: room in front for what is put back, the main part that one read fills, and
+// behind it a reserve for the statement that runs past the main part's end. There the source is read on in
+// small chunks, each after the text that has to stay, so that of each chunk at most the gap before the next
+// kept piece is lost and the reserve is never used up.
 #include "source/src_stream.h"
 
 #include "platform/platform.h"
-#include "support/char_masks.h"
+#include "support/scan.h"
 #include "support/text.h"
 
 #include <stdlib.h>
 #include <string.h>
 
-constexpr size_t src_block_size = 65536; // bytes of one read
-constexpr size_t src_kept_size = 4096;   // bytes in front of a block that can still be gone back to in a pipe
-constexpr char src_magic[] = "Murivo";   // with its NUL, in front of an enciphered source
+constexpr size_t main_size = 131072;
+constexpr size_t chunk_size = 4096;
+constexpr size_t reserve_size = (src_kept_pieces + 3) * chunk_size + src_kept_max;
+constexpr size_t window_size = main_size + reserve_size;
+constexpr size_t slide_below = 512; // characters that are left of the window when it slides
+
+constexpr char src_magic[] = "Murivo";              // with its NUL, in front of an enciphered source
 constexpr size_t src_magic_size = sizeof src_magic; // 7 bytes
 
 key_record src_key;
 void (*key_load)(const char *name, key_record *key);
-src_line_state src_lines;
-src_buffer src_raw;
+src_window src;
+size_t src_read_limit = SIZE_MAX;
 
-static unsigned char src_block[src_kept_size + src_block_size + src_slack];
-static int64_t src_block_offset; // position in the file of src_raw.end
-static bool src_block_last;      // nothing follows the block
+static unsigned char src_buffer[src_front + window_size + src_slack];
+static unsigned char *const window_start = src_buffer + src_front;
+static unsigned char *const main_end = window_start + main_size;
 
-// The pushback: a character that was pushed back, 0 for an empty slot. Filled in the order A, B, C and
-// emptied in the order C, B, A.
-static int32_t pushback_a;
-static int32_t pushback_b;
-static int32_t pushback_c;
+static plat_file *src_stream; // the current source; not ours
+static bool file_ended;       // the file has no more bytes, as far as was read
+static bool source_ended;     // no more text comes: the file has ended, or byte 26 was met
+static bool cut_short;        // byte 26 was met, and bytes of the file are left
+static int64_t window_offset; // position of window_start in the logical text
+static unsigned char tail[2]; // bytes that the fold can't decide on without the next one
+static size_t tail_size;      // 0 to 2
 
-// Lets the fast path run, or keeps it out while something odd is in force.
-static void plain_update()
-{
-    bool odd = pushback_a != 0 || src_lines.line_pending != 0 || src_key.key_bytes != nullptr;
-    src_raw.plain_end = odd ? src_raw.pos : src_raw.end;
-}
+// What the fold took out, by place. At most one mark stands at a place, and two bytes at least were taken out
+// for each, but for a lost NUL, which a backslash or CR in the text has.
+static src_fold_mark marks[window_size / 2 + 1];
+static size_t marks_used;
 
-// Reads the next block behind the last bytes of the one before. False at the end of the file; a read error
-// counts as that. A block that isn't full is the last one, and nobody asks again. It stays out of the code of
-// its callers, which are hot.
-__attribute__((noinline)) static bool block_fill(plat_file *stream)
-{
-    if (src_block_last)
-        return false;
-    size_t kept = static_cast<size_t>(src_raw.end - src_block);
-    if (kept > src_kept_size)
-        kept = src_kept_size;
-    memmove(src_block, src_raw.end - kept, kept);
-    size_t size = plat_read(stream, src_block + kept, src_block_size);
-    src_raw.pos = src_block + kept;
-    src_raw.end = src_raw.pos + size;
-    src_block_offset += static_cast<int64_t>(size);
-    src_block_last = size < src_block_size;
-    plain_update();
-    return size > 0;
-}
+// Lines counted so far.
+static struct {
+    uint32_t line;              // at the place counted
+    const unsigned char *place; // everything before it is counted
+    size_t marks;               // marks that are counted
+} counted;
 
-int64_t src_raw_tell()
-{
-    return src_block_offset - (src_raw.end - src_raw.pos);
-}
-
-bool src_ended()
-{
-    return src_block_last && src_raw.pos == src_raw.end;
-}
-
-// Moves the raw position, inside the block if it lies there.
-static int raw_seek(plat_file *stream, int64_t offset)
-{
-    int64_t block_start = src_block_offset - (src_raw.end - src_block);
-    if (offset >= block_start && offset <= src_block_offset) {
-        src_raw.pos = src_block + (offset - block_start);
-        return 0;
-    }
-    int result = plat_seek(stream, offset);
-    if (result == 0) {
-        src_raw.pos = src_raw.end = src_block;
-        src_block_offset = offset;
-        src_block_last = false;
-    }
-    return result;
-}
-
-// The next byte, decoded, left in the source. -1 at the end.
-static int raw_peek(plat_file *stream)
-{
-    if (src_raw.pos == src_raw.end && !block_fill(stream))
-        return -1;
-    int c = *src_raw.pos;
-    if (src_key.key_bytes != nullptr)
-        c ^= src_key.key_bytes[src_key.key_pos];
-    return c == 26 ? -1 : c;
-}
-
-// Steps over the byte that raw_peek gave.
-static void raw_step()
-{
-    src_raw.pos++;
-    if (src_key.key_bytes == nullptr)
-        return;
-    src_key.key_pos++;
-    if (src_key.key_pos == src_key.key_len)
-        src_key.key_pos = src_key.key_restart;
-}
-
-int src_rawc(plat_file *stream)
-{
-    int c = raw_peek(stream);
-    if (c != -1)
-        raw_step();
-    return c;
-}
+// ---- Reading ----
 
 static void key_free()
 {
@@ -120,23 +58,145 @@ static void key_free()
     src_key.key_len = 0;
 }
 
+static void decipher(unsigned char *bytes, size_t size)
+{
+    if (src_key.key_bytes == nullptr)
+        return;
+    for (size_t i = 0; i < size; i++) {
+        bytes[i] ^= src_key.key_bytes[src_key.key_pos];
+        if (++src_key.key_pos == src_key.key_len)
+            src_key.key_pos = src_key.key_restart;
+    }
+}
+
+// Reads bytes of the file to a place, at most size. Gives their number.
+static size_t read_bytes(unsigned char *place, size_t size)
+{
+    if (size > src_read_limit)
+        size = src_read_limit;
+    size_t got = plat_read(src_stream, place, size);
+    file_ended = got < size;
+    return got;
+}
+
+// The mark at the end of the text that the fold has written.
+static src_fold_mark *mark_here(const unsigned char *to)
+{
+    auto place = static_cast<uint32_t>(to - window_start);
+    if (marks_used == 0 || marks[marks_used - 1].place != place)
+        marks[marks_used++] = src_fold_mark{place, 0, false, false};
+    return &marks[marks_used - 1];
+}
+
+// Writes a character that isn't looked at. Gives false at byte 26, which ends the source.
+static bool fold_protected(unsigned char **to, unsigned char c)
+{
+    if (c == 26)
+        return false;
+    if (c == 0)
+        mark_here(*to)->lost_nul = true;
+    else
+        *(*to)++ = c;
+    return true;
+}
+
+static void fold_join(const unsigned char *to, bool lf)
+{
+    src_fold_mark *mark = mark_here(to);
+    mark->joins++;
+    mark->joined_lf |= lf;
+}
+
+// Folds what begins at from, a backslash, a CR or byte 26. Gives the bytes that it takes; 0: byte 26, or too
+// few of them are there.
+static size_t fold_special(unsigned char **to, const unsigned char *from, size_t left)
+{
+    if (*from == 26 || (left == 1 && !file_ended) ||
+        (left == 2 && !file_ended && from[0] == '\\' && from[1] == '\r'))
+        return 0;
+    size_t size = 1;
+    if (from[0] == '\\' && left > 1) {
+        if (from[1] == '\n') {
+            fold_join(*to, true);
+            return 2;
+        }
+        if (left > 2 && from[1] == '\r' && from[2] == '\n') {
+            fold_join(*to, false);
+            return 3;
+        }
+        if (from[1] == '\r') {
+            *(*to)++ = '\\';
+            size = 2;
+        }
+    } else if (left > 1 && from[1] == '\n') {
+        *(*to)++ = '\n';
+        return 2;
+    }
+    *(*to)++ = from[size - 1];
+    if (size == left)
+        return size;
+    return fold_protected(to, from[size]) ? size + 1 : size;
+}
+
+// Folds the bytes from from up to raw_end onto src.end, which is at or before from, and moves src.end.
+static void fold(const unsigned char *from, const unsigned char *raw_end)
+{
+    unsigned char *to = src.end;
+    tail_size = 0;
+    while (from < raw_end) {
+        const unsigned char *special = scan_fold(from, raw_end);
+        auto run = static_cast<size_t>(special - from);
+        if (to != from)
+            memmove(to, from, run);
+        to += run;
+        from = special;
+        if (from == raw_end)
+            break;
+        size_t taken = fold_special(&to, from, static_cast<size_t>(raw_end - from));
+        from += taken;
+        if (taken > 0)
+            continue;
+        if (*from == 26) {
+            source_ended = true;
+            cut_short = raw_end - from > 1;
+            break;
+        }
+        tail_size = static_cast<size_t>(raw_end - from);
+        memcpy(tail, from, tail_size);
+        break;
+    }
+    source_ended |= file_ended;
+    src.end = to;
+    *src.end = '\n';
+    src.low = source_ended ? src.end : src.end - slide_below;
+    if (!source_ended && src.low > main_end)
+        src.low = main_end;
+}
+
 void src_open(const char *name, plat_file *stream)
 {
-    src_raw = src_buffer{src_block, src_block, src_block};
-    src_block_offset = 0;
-    src_block_last = false;
+    src_stream = stream;
+    src.pos = src.end = window_start;
+    source_ended = cut_short = false;
+    window_offset = 0;
+    marks_used = 0;
+    counted = {1, window_start, 0};
     if (key_load != nullptr)
         key_load(name, &src_key);
-    src_reset();
-    char head[src_magic_size + 1];
-    for (size_t i = 0; i < src_magic_size; i++)
-        head[i] = static_cast<char>(src_rawc(stream));
-    head[src_magic_size] = 0;
-    if (memcmp(head, src_magic, src_magic_size) != 0) {
+
+    size_t size = 0;
+    do
+        size += read_bytes(window_start + size, main_size - size);
+    while (size < src_magic_size && !file_ended);
+    unsigned char head[src_magic_size] = "";
+    memcpy(head, window_start, size < src_magic_size ? size : src_magic_size);
+    decipher(head, src_magic_size);
+    bool magic = size >= src_magic_size && memcmp(head, src_magic, src_magic_size) == 0;
+    if (!magic)
         key_free();
-        (void)raw_seek(stream, 0);
-    }
-    plain_update();
+    unsigned char *text = window_start + (magic ? src_magic_size : 0);
+    decipher(text, static_cast<size_t>(window_start + size - text));
+    fold(text, window_start + size);
 }
 
 void src_close()
@@ -144,253 +204,179 @@ void src_close()
     key_free();
 }
 
-void src_count_lines()
+// Moves the unread text down to a place, which becomes pos.
+static void move_unread(unsigned char *place)
 {
-    src_lines = src_line_state{1, 1, 1, 1, 0};
-    plain_update();
+    src_settle_lines(src.pos);
+    auto distance = static_cast<uint32_t>(src.pos - place);
+    auto pos_place = static_cast<uint32_t>(src.pos - window_start);
+    size_t kept = 0;
+    size_t kept_counted = 0;
+    for (size_t i = 0; i < marks_used; i++) {
+        if (marks[i].place < pos_place)
+            continue;
+        kept_counted += i < counted.marks;
+        marks[kept] = marks[i];
+        marks[kept++].place -= distance;
+    }
+    marks_used = kept;
+    auto size = static_cast<size_t>(src.end - src.pos);
+    // One character of what was read goes along, so that a reader of single characters can take a step back.
+    if (place == window_start)
+        place[-1] = src.pos[-1];
+    memmove(place, src.pos, size);
+    window_offset += distance;
+    src.pos = place;
+    src.end = place + size;
+    counted.place = place;
+    counted.marks = kept_counted;
 }
 
-void src_reset()
+bool src_more(unsigned char *keep)
 {
-    pushback_a = pushback_b = pushback_c = 0;
-    src_lines.line_pending = 0;
-    plain_update();
+    if (source_ended)
+        return false;
+    move_unread(keep != nullptr ? keep : window_start);
+    const unsigned char *before = src.end;
+    do {
+        unsigned char *raw = src.end;
+        if (raw + 2 * chunk_size > window_start + window_size)
+            return false; // the reserve is large enough, so this is never so
+        size_t room = raw + chunk_size < main_end ? static_cast<size_t>(main_end - raw) : chunk_size;
+        size_t undecided = tail_size;
+        memcpy(raw, tail, undecided);
+        size_t size = read_bytes(raw + undecided, room - undecided);
+        decipher(raw + undecided, size);
+        fold(raw, raw + undecided + size);
+    } while (src.end == before && !source_ended);
+    return src.end > before;
 }
 
-// Counts a line feed that is handed out.
-static void count_line_end()
+bool src_ended()
 {
-    src_lines.line_physical++;
-    if (src_lines.line_counting == 0)
-        return;
-    src_lines.line_pending = 1;
-    src_lines.line_current++;
+    if (!source_ended || src.pos < src.end || cut_short)
+        return false;
+    unsigned char byte;
+    return file_ended || plat_read(src_stream, &byte, 1) == 0;
 }
 
-// A character is asked for: a line end that stood before it is settled.
-static void settle_line_end()
-{
-    if (src_lines.line_pending == 0 || src_lines.line_counting == 0)
-        return;
-    src_lines.line_pending = 0;
-    src_lines.line_statement = src_lines.line_current;
-}
+// ---- Lines and marks ----
 
-void src_settle()
+void src_settle_lines(const unsigned char *place)
 {
-    settle_line_end();
-    plain_update();
-}
-
-// Counts a line feed that a continuation swallows. The two kinds of continuation differ in whether they
-// look at line_counting.
-static void count_continuation(bool always)
-{
-    src_lines.line_physical++;
-    if (always || src_lines.line_counting != 0)
-        src_lines.line_current++;
-}
-
-static int pushback_take()
-{
-    int32_t *slot = pushback_c != 0 ? &pushback_c : pushback_b != 0 ? &pushback_b : &pushback_a;
-    int c = *slot;
-    *slot = 0;
-    return c;
-}
-
-static void pushback_put(int c)
-{
-    if (pushback_a == 0)
-        pushback_a = c;
-    else if (pushback_b != 0)
-        pushback_c = c;
+    if (place < counted.place)
+        counted.line -= static_cast<uint32_t>(count_line_feeds(place, counted.place));
     else
-        pushback_b = c;
+        counted.line += static_cast<uint32_t>(count_line_feeds(counted.place, place));
+    counted.place = place;
+    auto number = static_cast<uint32_t>(place - window_start);
+    for (; counted.marks < marks_used && marks[counted.marks].place <= number; counted.marks++)
+        counted.line += marks[counted.marks].joins;
 }
 
-// Joins lines: c was read from the source; while it is a backslash at a line's end, the next line's first
-// byte takes its place. What stands behind any other backslash is pushed back.
-static int join_lines(int c, bool lf_continues, plat_file *stream)
+uint32_t src_line()
 {
-    while (c == '\\') {
-        int d = src_rawc(stream);
-        if (d == '\n' && lf_continues) {
-            count_continuation(true);
-        } else if (d == '\r') {
-            int e = src_rawc(stream);
-            if (e != '\n') {
-                pushback_put(e);
-                pushback_put(d);
-                return c;
-            }
-            count_continuation(false);
-        } else {
-            pushback_put(d);
-            return c;
-        }
-        c = src_rawc(stream);
+    src_settle_lines(src.pos);
+    return counted.line;
+}
+
+int64_t src_tell()
+{
+    return window_offset + (src.pos - window_start);
+}
+
+// Index of the first mark at or after a place.
+static size_t mark_lower_bound(size_t place)
+{
+    size_t low = 0;
+    size_t high = marks_used;
+    while (low < high) {
+        size_t middle = (low + high) / 2;
+        if (marks[middle].place < place)
+            low = middle + 1;
+        else
+            high = middle;
     }
-    return c;
+    return low;
 }
 
-static int getc_logical(bool lf_continues, plat_file *stream)
+src_fold_mark *src_fold_mark_at(const unsigned char *place)
 {
-    settle_line_end();
-    if (pushback_a != 0) {
-        int c = pushback_take();
-        if (c == '\n')
-            count_line_end();
-        return c;
-    }
-    int c = join_lines(src_rawc(stream), lf_continues, stream);
-    if (c == '\r') {
-        int e = src_rawc(stream);
-        if (e != '\n') {
-            pushback_put(e);
-            return c;
-        }
-        c = e;
-    }
-    if (c == '\n')
-        count_line_end();
-    return c;
+    auto number = static_cast<size_t>(place - window_start);
+    size_t i = mark_lower_bound(number);
+    return i < marks_used && marks[i].place == number ? &marks[i] : nullptr;
 }
 
-int src_getc_slow(plat_file *stream)
+// ---- Lines and words ----
+
+// Characters from pos on up to the next one before which a line was joined across a lone line feed; size if
+// there is none among so many.
+static size_t joined_lf_distance(size_t size)
 {
-    // The commonest odd characters by far are a line feed and the first one of the next line.
-    bool ready = src_raw.pos < src_raw.end && pushback_a == 0 && src_key.key_bytes == nullptr;
-    if (ready && src_lines.line_pending != 0 && src_plain.plain[*src_raw.pos]) {
-        settle_line_end();
-        plain_update();
-        return *src_raw.pos++;
-    }
-    if (ready && *src_raw.pos == '\n') {
-        src_settle();
-        src_take_line_end();
-        return '\n';
-    }
-    int c = getc_logical(true, stream);
-    plain_update();
-    return c;
+    auto pos_place = static_cast<size_t>(src.pos - window_start);
+    for (size_t i = mark_lower_bound(pos_place + 1); i < marks_used && marks[i].place - pos_place < size; i++)
+        if (marks[i].joined_lf)
+            return marks[i].place - pos_place;
+    return size;
 }
 
-int src_getc_crlf(plat_file *stream)
+// Puts the backslash and the line feed of a continuation before pos back into the text.
+static void unjoin(src_fold_mark *mark)
 {
-    int c = getc_logical(false, stream);
-    plain_update();
-    return c;
+    src_settle_lines(src.pos);
+    counted.line--; // the line feed is counted when it is read
+    mark->joined_lf = false;
+    *--src.pos = '\n';
+    *--src.pos = '\\';
+    counted.place = src.pos;
 }
 
-void src_ungetc(int c)
-{
-    if (c == '\n') {
-        src_lines.line_physical--;
-        if (src_lines.line_counting != 0) {
-            src_lines.line_current--;
-            if (src_lines.line_pending != 0)
-                src_lines.line_pending = 0;
-            else
-                src_lines.line_statement--;
-        }
-    }
-    pushback_put(c);
-    plain_update();
-}
-
-int src_seek(plat_file *stream, int64_t offset)
-{
-    src_reset();
-    int result = raw_seek(stream, offset);
-    plain_update();
-    if (result != 0 || src_key.key_len == 0)
-        return result;
-    int64_t p = src_raw_tell();
-    int64_t cycle = src_key.key_len - src_key.key_restart;
-    if (p >= src_key.key_restart)
-        p = src_key.key_restart + (p - src_key.key_restart) % cycle;
-    src_key.key_pos = static_cast<int16_t>(p);
-    return 0;
-}
-
-int64_t src_tell(plat_file *)
-{
-    return src_raw_tell() - (pushback_a != 0) - (pushback_b != 0) - (pushback_c != 0);
-}
-
-size_t src_take_plain(const char **run, size_t limit)
-{
-    const unsigned char *start = src_raw.pos;
-    const unsigned char *end = src_raw.plain_end;
-    if (end <= start)
-        return 0;
-    if (static_cast<size_t>(end - start) > limit)
-        end = start + limit;
-    const unsigned char *p = plain_run_end(start, end);
-    src_raw.pos = p;
-    *run = reinterpret_cast<const char *>(start);
-    return static_cast<size_t>(p - start);
-}
-
-static int32_t read_line(char *buffer, int32_t size, bool lf_continues, plat_file *stream)
+static int32_t read_line(char *buffer, int32_t size, bool lf_continues)
 {
     int32_t stored = 0;
-    while (stored < size) {
-        const char *run;
-        size_t length = src_take_plain(&run, static_cast<size_t>(size - stored));
-        if (length > 0) {
-            memcpy(buffer + stored, run, length);
-            stored += static_cast<int32_t>(length);
+    bool line_feed = false;
+    while (stored < size && !line_feed && (src.pos < src.end || src_more(nullptr))) {
+        auto run = static_cast<size_t>(src.end - src.pos);
+        if (run > static_cast<size_t>(size - stored))
+            run = static_cast<size_t>(size - stored);
+        if (!lf_continues)
+            run = joined_lf_distance(run);
+        const void *found = memchr(src.pos, '\n', run);
+        line_feed = found != nullptr;
+        if (line_feed)
+            run = static_cast<size_t>(static_cast<const unsigned char *>(found) - src.pos) + 1;
+        memcpy(buffer + stored, src.pos, run);
+        stored += static_cast<int32_t>(run);
+        src.pos += run;
+        if (lf_continues || line_feed || stored == size)
             continue;
-        }
-        int c = lf_continues ? src_getc(stream) : src_getc_crlf(stream);
-        if (c == -1)
-            break;
-        buffer[stored++] = static_cast<char>(c);
-        if (c == '\n')
-            break;
+        (void)src_peek(); // at the window's end only more of the source tells
+        src_fold_mark *mark = src_fold_mark_at(src.pos);
+        if (mark != nullptr && mark->joined_lf)
+            unjoin(mark);
     }
     if (size > 0)
         buffer[stored] = 0;
     return stored;
 }
 
-int32_t src_read_line(char *buffer, int32_t size, plat_file *stream)
+int32_t src_read_line(char *buffer, int32_t size)
 {
-    return read_line(buffer, size, true, stream);
+    return read_line(buffer, size, true);
 }
 
-int32_t src_read_line_crlf(char *buffer, int32_t size, plat_file *stream)
+int32_t src_read_line_crlf(char *buffer, int32_t size)
 {
-    return read_line(buffer, size, false, stream);
+    return read_line(buffer, size, false);
 }
 
-void src_read_word(plat_file *stream, char *buffer, int32_t size)
+int src_skip_space()
 {
-    int c;
-    do
-        c = src_getc(stream);
-    while (char_is(c, CHAR_WHITE));
-    if (c == -1)
-        return;
-    int32_t stored = 0;
-    for (; c != -1; c = src_getc(stream)) {
-        if (char_is(c, CHAR_WHITE) || stored == size - 1) {
-            src_ungetc(c);
-            break;
-        }
-        buffer[stored++] = static_cast<char>(c);
-    }
-    buffer[stored] = 0;
-}
-
-int src_skip_space(plat_file *stream)
-{
-    int c;
-    do
-        c = src_getc(stream);
-    while (char_is(c, CHAR_WHITE));
-    src_ungetc(c);
+    int c = src_peek();
+    for (; char_is(c, CHAR_WHITE); c = src_peek())
+        src.pos++;
+    // Kept: a NUL can't be given back to the source.
+    if (c == 0)
+        src.pos++;
     return c;
 }

@@ -1,19 +1,25 @@
-// Source stream: every character of a script comes from here.
+// Source stream: the script as one logical text.
 //
-// Three things lie over the plain bytes of the file: an optional rolling XOR with a magic in front, the
-// logical characters (CR LF is one line feed, a backslash at a line's end joins two lines), and a pushback
-// of three characters. Lines are counted along. Characters are 0 to 255; -1 is the end of the source, which
-// the byte 26 is too, wherever it stands: the position stays on it, and nothing behind it is ever read.
+// A window of the file is read, deciphered and folded in place, once: CR LF becomes a line feed, a backslash
+// at a line's end joins two lines and leaves nothing, byte 26 ends the source. From then on everybody reads
+// characters between src.pos and src.end, which lie there one after the other; no reader knows blocks, keys
+// or continuations. After the last one stands a line feed that isn't part of the text, so that a search for
+// the end of anything stops there.
 //
-// The bytes are read in blocks into one buffer. A plain character costs one comparison and one table look-up;
-// whatever is odd (pushback, a key, the character behind a line end) shortens the stretch of the buffer that
-// may be read so, down to nothing, and then goes the slow way.
+// What the fold keeps of the order in which characters are looked at: the character after a backslash or
+// after a CR that no line feed follows is taken as it is, so two backslashes at a line's end join nothing;
+// and a NUL there is lost.
+//
+// The window slides between statements. A statement that runs past its end reads on by src_more, which says
+// what of the text has to stay where it is.
 #pragma once
 
 #include <stddef.h>
 #include <stdint.h>
 
 struct plat_file;
+
+// ---- The key ----
 
 // The key of an enciphered source. The key runs once from 0 to key_len - 1 and then cycles from key_restart
 // on, so 0 <= key_restart < key_len. Without a key, key_bytes is null and key_len 0.
@@ -30,123 +36,89 @@ extern key_record src_key;
 // file's name alone. Null: no source is enciphered.
 extern void (*key_load)(const char *name, key_record *key);
 
-// Line counters of the source. They reflect the characters handed out and not taken back, and wrap at 32
-// bits.
-struct src_line_state {
-    uint32_t line_physical;  // line feeds read, plus 1
-    uint32_t line_current;   // the same while line_counting is set
-    uint32_t line_statement; // line_current where the logical line being read began
-    uint8_t line_counting;   // line_current and line_statement run
-    uint8_t line_pending;    // a line end was read: line_statement takes over at the next character
-};
-extern src_line_state src_lines;
+// ---- The window ----
 
-// The buffer of raw bytes. Bytes from pos to plain_end may be taken as they are if they are plain
-// characters; plain_end is pos or below while anything odd is in force, else end.
-struct src_buffer {
-    const unsigned char *pos;
-    const unsigned char *plain_end;
-    const unsigned char *end;
+struct src_window {
+    unsigned char *pos; // the next character
+    unsigned char *end; // after the last character: a line feed that is no part of the text
+    unsigned char *low; // a statement that begins after this place begins with src_more
 };
-extern src_buffer src_raw;
+extern src_window src;
 
-// Characters that stand for themselves in a source: all but backslash, CR, line feed and byte 26.
-struct src_plain_map {
-    bool plain[256];
-};
-constexpr src_plain_map src_plain_make()
-{
-    src_plain_map map{};
-    for (int c = 0; c < 256; c++)
-        map.plain[c] = c != '\\' && c != '\r' && c != '\n' && c != 26;
-    return map;
-}
-inline constexpr src_plain_map src_plain = src_plain_make();
-
-// Bytes behind the buffer that may be read, whatever they hold.
+// Bytes after end that may be read, whatever they hold.
 constexpr size_t src_slack = 64;
 
-// Starts a source on an opened stream: key hook, reset, magic test. The stream stays its opener's.
+// Bytes before pos that may always be written: what was read stands there, or nothing.
+constexpr size_t src_front = 4608;
+
+// A limit for tests on the bytes that one read asks for, so that the window's end is met anywhere.
+extern size_t src_read_limit;
+
+// Starts a source on an opened stream: key hook, magic test, first window. The stream stays its opener's.
 void src_open(const char *name, plat_file *stream);
 
 // Frees the key of the source that ends, if it has one.
 void src_close();
 
-// Starts the line counters: the source's first line is line 1.
-void src_count_lines();
+// Reads more of the source. The unread characters move down to keep, which becomes pos; what stands before
+// keep stays as it is. Null: nothing has to stay. Kept texts of one statement may come to src_kept_max bytes
+// in src_kept_pieces pieces. False at the end of the source: then nothing was read, and pos and end are the
+// same if they were.
+bool src_more(unsigned char *keep);
+constexpr size_t src_kept_max = 40960;
+constexpr size_t src_kept_pieces = 101;
 
-// One byte, decoded.
-int src_rawc(plat_file *stream);
-
-// src_getc for whatever is no plain character in the buffer.
-int src_getc_slow(plat_file *stream);
-
-// One logical character.
-inline int src_getc(plat_file *stream)
+// Between two statements: slides the window if little of it is left.
+inline void src_start_statement()
 {
-    if (src_raw.pos < src_raw.plain_end && src_plain.plain[*src_raw.pos])
-        return *src_raw.pos++;
-    return src_getc_slow(stream);
+    if (src.pos > src.low)
+        (void)src_more(nullptr);
 }
 
-// Settles the line counters as asking for the next character does.
-void src_settle();
-
-// True if a line end, a line feed or CR LF, lies ready at a place in the buffer.
-inline bool src_is_line_end(const unsigned char *place)
+// The next character, 0 to 255, left in the source or taken; -1 at the end of the source, which stays the
+// end. Nothing that was read before has to stay.
+inline int src_peek()
 {
-    return place < src_raw.plain_end &&
-           (*place == '\n' || (*place == '\r' && place + 1 < src_raw.plain_end && place[1] == '\n'));
+    return src.pos < src.end || src_more(nullptr) ? *src.pos : -1;
 }
 
-// Takes the line end that lies ready at the source's place.
-inline void src_take_line_end()
+inline int src_getc()
 {
-    src_raw.pos += *src_raw.pos == '\r' ? 2 : 1;
-    src_lines.line_physical++;
-    if (src_lines.line_counting == 0)
-        return;
-    src_lines.line_pending = 1;
-    src_lines.line_current++;
-    src_raw.plain_end = src_raw.pos;
+    return src.pos < src.end || src_more(nullptr) ? *src.pos++ : -1;
 }
 
-// Takes the plain characters that lie ready in the buffer, at most limit of them, as one run inside the
-// buffer, which stays there until the next read. Gives its length, 0 if the next character isn't plain or
-// has to be read singly.
-size_t src_take_plain(const char **run, size_t limit);
+// Reads a line into buffer, its line feed too, at most size characters, and a NUL after them (so the buffer
+// has size + 1 bytes). Gives the number of characters stored; 0 at the end of the source.
+int32_t src_read_line(char *buffer, int32_t size);
 
-// One logical character, where only backslash CR LF continues a line, not backslash LF.
-int src_getc_crlf(plat_file *stream);
+// The same for a line that goes on after a backslash only across CR LF: a line that was joined across a lone
+// line feed ends there, with its backslash. The first character was looked at before.
+int32_t src_read_line_crlf(char *buffer, int32_t size);
 
-// Pushes one character back, -1 too. Three fit; one more overwrites the last.
-void src_ungetc(int c);
+// Reads over white space and gives the first other character, which stays in the source; a NUL doesn't.
+int src_skip_space();
 
-// Empties the pushback and clears line_pending.
-void src_reset();
+// ---- Where the source is read ----
 
-// Moves to a position that src_tell gave, the key position following. 0, or another value if the stream
-// can't be moved. The line counters stay as they are: lines passed twice count twice.
-int src_seek(plat_file *stream, int64_t offset);
+// Line of the file on which the next character stands, from 1. Counted when asked for.
+uint32_t src_line();
 
-// Position of the next logical character in bytes, as nearly as a byte count can tell: the raw position,
-// less one for each character pushed back.
-int64_t src_tell(plat_file *stream);
+// Counts the lines up to a place at or after pos; for who is going to change the text before it.
+void src_settle_lines(const unsigned char *place);
 
-// Position of the raw bytes, whatever is pushed back.
-int64_t src_raw_tell();
+// Position of the next character in the logical text, from 0.
+int64_t src_tell();
 
-// True if every byte of the file has been read: false when a byte 26 or a statement ended the source early.
+// True if the whole file was read: false while text is left, or if byte 26 or a statement ended it early.
 bool src_ended();
 
-// Reads a line into buffer, its line feed too, at most size characters, and a NUL behind (so the buffer has
-// size + 1 bytes). Gives the number of characters stored; 0 at the end of the source.
-int32_t src_read_line(char *buffer, int32_t size, plat_file *stream);
-int32_t src_read_line_crlf(char *buffer, int32_t size, plat_file *stream);
+// What the fold took out before a character of the window, as far as somebody may have to know.
+struct src_fold_mark {
+    uint32_t place; // of the character, from the window's start
+    uint32_t joins; // continuations
+    bool joined_lf; // one of them across a lone line feed
+    bool lost_nul;  // a NUL
+};
 
-// Reads the next word, delimited by white space, at most size - 1 characters, and a NUL behind. At the end
-// of the source the buffer stays as it is.
-void src_read_word(plat_file *stream, char *buffer, int32_t size);
-
-// Reads over white space and gives the first other character, which stays in the source.
-int src_skip_space(plat_file *stream);
+// What was taken out before the character at a place from pos on; null: nothing.
+src_fold_mark *src_fold_mark_at(const unsigned char *place);

@@ -1,7 +1,6 @@
 #include "source/statement_text.h"
 
 #include "source/src_stream.h"
-#include "support/char_masks.h"
 #include "support/output.h"
 
 #include <string.h>
@@ -9,64 +8,41 @@
 char line_buf[line_buf_capacity + 1];
 char stmt_text[line_buf_capacity + 4];
 
-const unsigned char *line_ready_end(int32_t word_length)
+statement_span statement_read(const char *word, int32_t length)
 {
-    const unsigned char *end = plain_run_end(src_raw.pos, src_raw.plain_end);
-    bool ready = src_is_line_end(end) && end - src_raw.pos < line_buf_capacity - word_length;
-    return ready ? end : nullptr;
-}
-
-void line_write_ready(const char *word, int32_t length, const unsigned char *end, int line_feeds)
-{
-    static_assert(line_step <= src_slack);
-    auto size = static_cast<size_t>(end - src_raw.pos);
-    char *place = out_take_place(line_buf_capacity + 2 * line_step);
-    memcpy(place, word, line_step);
-    if (static_cast<size_t>(length) > line_step)
-        memcpy(place, word, static_cast<size_t>(length));
-    place += length;
-    size_t at = 0;
-    do {
-        memcpy(place + at, src_raw.pos + at, line_step);
-        at += line_step;
-    } while (at < size);
-    place[size] = '\n';
-    place[size + 1] = '\n';
-    out_give_place(place + size + line_feeds);
-    src_raw.pos = end;
-    src_take_line_end();
-}
-
-// Copies a line whose word is written.
-static int32_t copy_line(plat_file *stream)
-{
+    unsigned char *start = src.pos - length;
+    memcpy(start, word, static_cast<size_t>(length));
+    int32_t left = line_buf_capacity - length;
     for (;;) {
-        const char *run;
-        size_t size = src_take_plain(&run, SIZE_MAX);
-        if (size > 0) {
-            out_bytes(run, size);
-            continue;
-        }
-        int c = src_getc(stream);
-        if (c == -1)
-            return STATEMENT_END;
-        out_char(c);
-        if (c == '\n')
+        auto ready = static_cast<int32_t>(src.end - src.pos < left ? src.end - src.pos : left);
+        const void *found = memchr(src.pos, '\n', static_cast<size_t>(ready));
+        if (found != nullptr)
+            ready = static_cast<int32_t>(static_cast<const unsigned char *>(found) - src.pos) + 1;
+        src.pos += ready;
+        left -= ready;
+        if (found != nullptr || left == 0 || !src_more(src.pos))
+            break;
+    }
+    auto size = static_cast<size_t>(src.pos - start);
+    const void *nul = memchr(start, 0, size);
+    if (nul != nullptr)
+        size = static_cast<size_t>(static_cast<const unsigned char *>(nul) - start);
+    return statement_span{reinterpret_cast<const char *>(start), size};
+}
+
+int32_t rem_copy(const char *word)
+{
+    out_text(word);
+    out_char(' ');
+    while (src.pos < src.end || src_more(nullptr)) {
+        auto size = static_cast<size_t>(src.end - src.pos);
+        const void *found = memchr(src.pos, '\n', size);
+        if (found != nullptr)
+            size = static_cast<size_t>(static_cast<const unsigned char *>(found) - src.pos) + 1;
+        out_bytes(reinterpret_cast<const char *>(src.pos), size);
+        src.pos += size;
+        if (found != nullptr)
             return STATEMENT_DONE;
     }
-}
-
-int32_t rem_copy(plat_file *stream, const char *word)
-{
-    char start[word_size + line_step];
-    auto length = static_cast<int32_t>(strlen(word));
-    const unsigned char *end = line_ready_end(length);
-    memcpy(start, word, static_cast<size_t>(length));
-    start[length++] = ' ';
-    if (end == nullptr) {
-        out_bytes(start, static_cast<size_t>(length));
-        return copy_line(stream);
-    }
-    line_write_ready(start, length, end, 1);
-    return STATEMENT_DONE;
+    return STATEMENT_END;
 }

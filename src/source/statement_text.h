@@ -7,8 +7,6 @@
 #include <stddef.h>
 #include <stdint.h>
 
-struct plat_file;
-
 // Statement result codes. 0 or above is the index of a row of the command table. The loop treats the three
 // that go on alike; they tell which path finished the statement. The codes that stop differ only for whoever
 // tells the user why.
@@ -39,25 +37,24 @@ constexpr bool statement_stops(int32_t result)
 constexpr int32_t word_size = 128;          // the first word of a statement: 127 characters and a NUL
 constexpr int32_t line_buf_capacity = 3900; // characters of a statement's text
 
-// The collecting buffer: the whole text of a statement that is no command, or the argument that is being
-// fetched. After a failed fetch it holds what the statement loop prints.
+// A line that has to be copied: of an ON, an ARRAY, initial values. After a failed fetch it holds what is
+// left of the statement, which the statement loop prints.
 extern char line_buf[line_buf_capacity + 1];
 
-// The copy of a text that an evaluation or a declaration works on, and cuts up.
+// The copy of a declaration's text, which is cut up.
 extern char stmt_text[line_buf_capacity + 4];
 
-// Lines that lie ready in the source are written in steps of so many bytes: more is copied than is written,
-// for how long a line is can't be foreseen.
-constexpr size_t line_step = 32;
+// A text in the source's window, valid until the source is read on.
+struct statement_span {
+    const char *text;
+    size_t size;
+};
 
-// The line end of the current line if all of it lies ready in the source and fits line_buf behind a
-// word of the given length; else null.
-const unsigned char *line_ready_end(int32_t word_length);
-
-// Writes a word, of which line_step bytes have to be readable, and the line that lies ready up to its end,
-// and so many line feeds. Reads on behind the line.
-void line_write_ready(const char *word, int32_t length, const unsigned char *end, int line_feeds);
+// Reads the rest of a statement's line, its line feed too, and puts the word in front of it: length
+// characters, of which as many but one were read. The whole has line_buf_capacity characters at most, and
+// what comes after them is left in the source. Gives the text up to its first NUL.
+statement_span statement_read(const char *word, int32_t length);
 
 // Copies a statement's word, a blank and the rest of its line as read to the output. Gives STATEMENT_DONE,
 // or STATEMENT_END if the source ended before the line did; then the output has no line end.
-int32_t rem_copy(plat_file *stream, const char *word);
+int32_t rem_copy(const char *word);

@@ -18,12 +18,12 @@ static const spec_bytes print_spec{0x00, 0x68};
 static const spec_bytes optional_longs{0x11, 0x11, 0x11};
 
 // Fetches the arguments of the source's next statement, as the loop does behind a command word.
-static int32_t fetch(script_source *source, const spec_bytes &spec, bool keep_absent = false)
+static int32_t fetch(script_source *, const spec_bytes &spec, bool keep_absent = false)
 {
     slots_start_statement();
     slot_set_word("WORD", 4);
     arg_cursor++;
-    return fetch_args(source->stream, static_cast<int32_t>(spec.size()), spec.data(), keep_absent);
+    return fetch_args(static_cast<int32_t>(spec.size()), spec.data(), keep_absent);
 }
 
 static std::string text_of(const arg_slot &slot)
@@ -72,10 +72,10 @@ static std::string types_now(int32_t walked)
     return result;
 }
 
-static std::string rest_of(script_source *source)
+static std::string rest_of(script_source *)
 {
     std::string rest;
-    for (int c; (c = src_getc(source->stream)) != -1;)
+    for (int c; (c = src_getc()) != -1;)
         rest += static_cast<char>(c);
     return rest;
 }

@@ -193,7 +193,7 @@ TEST(declarations, enter_the_store)
         output_capture output;
         char word[word_size];
         snprintf(word, sizeof word, "%s", c.word);
-        EXPECT_EQ(decl_statement(source.stream, word, word_size), c.result) << c.word << " " << c.text;
+        EXPECT_EQ(decl_statement(word), c.result) << c.word << " " << c.text;
         EXPECT_EQ(escaped(output.text()), escaped(c.written)) << c.word << " " << c.text;
         EXPECT_EQ(store_now(), known + c.store) << c.word << " " << c.text;
     }
@@ -207,7 +207,7 @@ TEST(declarations, give_an_array_new_dimensions)
     var_make("a", 1, VAR_INT, 1, &three);
     char text[] = "a[1] = 5", word[] = "INT";
     eval_expr(text);
-    EXPECT_EQ(decl_statement(source.stream, word, word_size), STATEMENT_TEXT);
+    EXPECT_EQ(decl_statement(word), STATEMENT_TEXT);
     EXPECT_EQ(store_now(), "a:5[4]");
     char again[] = "a[1]";
     EXPECT_EQ(*eval_expr(again), 0);
@@ -267,7 +267,7 @@ TEST(declarations, fill_arrays)
         eval_expr(declared.data());
         output_capture output;
         char word[word_size] = "ARRAY";
-        EXPECT_EQ(array_statement(source.stream, word, word_size), c.result) << escaped(c.text);
+        EXPECT_EQ(array_statement(word), c.result) << escaped(c.text);
         EXPECT_EQ(escaped(output.text()), escaped(c.written)) << escaped(c.text);
         std::vector<double> values;
         int32_t ndims = var_read("v", 1, nullptr);
@@ -281,7 +281,7 @@ TEST(declarations, fill_arrays)
         }
         EXPECT_EQ(values, c.values) << escaped(c.text);
         std::string rest;
-        for (int ch; (ch = src_getc(source.stream)) != -1;)
+        for (int ch; (ch = src_getc()) != -1;)
             rest += static_cast<char>(ch);
         EXPECT_EQ(escaped(rest), escaped(c.rest)) << escaped(c.text);
         bool directs = std::string(c.text).find(" 7") != std::string::npos;
@@ -296,10 +296,10 @@ TEST(declarations, read_a_long_line_of_values_in_pieces)
     script_source source("v[300] =" + values + "\nn");
     output_capture output;
     char word[word_size] = "ARRAY", text[] = "v[254] * 100 + v[255] * 10 + v[256]";
-    EXPECT_EQ(array_statement(source.stream, word, word_size), STATEMENT_DONE);
+    EXPECT_EQ(array_statement(word), STATEMENT_DONE);
     EXPECT_EQ(output.text(), "ARRAY v[300] =" + values + "\n");
     EXPECT_EQ(*eval_expr(text), 1548);
-    EXPECT_EQ(src_getc(source.stream), 'n');
+    EXPECT_EQ(src_getc(), 'n');
 }
 
 TEST(declarations, drop_the_head_of_an_array_behind_3899_characters)
@@ -307,7 +307,7 @@ TEST(declarations, drop_the_head_of_an_array_behind_3899_characters)
     script_source source("v[" + times(3897, "1") + "]\nn");
     output_capture output;
     char word[word_size] = "ARRAY";
-    EXPECT_EQ(array_statement(source.stream, word, word_size), STOP_DECL_REFERENCE);
+    EXPECT_EQ(array_statement(word), STOP_DECL_REFERENCE);
     EXPECT_EQ(output.text(), "ARRAY v[" + times(3897, "1"));
-    EXPECT_EQ(src_getc(source.stream), 'n');
+    EXPECT_EQ(src_getc(), 'n');
 }

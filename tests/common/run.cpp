@@ -63,6 +63,7 @@ void reset_run()
     line_directives = line_directives_at_start;
     key_load = nullptr;
     expr_error = nullptr;
+    src_read_limit = SIZE_MAX;
 }
 
 int open_files()
@@ -85,15 +86,17 @@ run_result run_converter(const fs::path &folder, const std::vector<std::string> 
     return result;
 }
 
-std::string converted(const std::string &script, void (*key)(const char *, key_record *))
+std::string converted(const std::string &script, void (*key)(const char *, key_record *), size_t read_limit)
 {
     fs::path folder = fs::path(TEST_SCRATCH_DIR) / ("converted_" + std::to_string(getpid()));
     fs::create_directories(folder);
     write_file(folder / "script.mrl", script);
     reset_run();
     key_load = key;
+    src_read_limit = read_limit;
     run_converter(folder, {"script.mrl"});
     key_load = nullptr;
+    src_read_limit = SIZE_MAX;
     std::string output = read_file(folder / "script_conv.mrl");
     fs::remove_all(folder);
     return output;
@@ -148,5 +151,4 @@ script_source::script_source(const std::string &text) : source_stream(text)
 {
     file_objects();
     src_open("test", stream);
-    src_count_lines();
 }

@@ -34,8 +34,9 @@ struct run_result {
 run_result run_converter(const std::filesystem::path &folder, const std::vector<std::string> &paths);
 
 // The output for one script, from a state that is reset first. key may be a hook that enciphered sources
-// need.
-std::string converted(const std::string &script, void (*key)(const char *, key_record *) = nullptr);
+// need, read_limit the bytes that are read of it at a time.
+std::string converted(const std::string &script, void (*key)(const char *, key_record *) = nullptr,
+                      size_t read_limit = SIZE_MAX);
 
 // An open file that holds text, closed at the end.
 struct source_stream {

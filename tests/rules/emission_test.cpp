@@ -14,10 +14,10 @@
 static void fetch(const char *statement)
 {
     script_source source(statement);
-    int32_t row = next_statement(source.stream);
+    int32_t row = next_statement();
     ASSERT_GE(row, 0) << statement;
     const cmd_row &command = command_row_at(row);
-    ASSERT_GE(fetch_args(source.stream, command.spec_count, command.spec, false), 0) << statement;
+    ASSERT_GE(fetch_args(command.spec_count, command.spec, false), 0) << statement;
 }
 
 TEST(emission, bounds_an_integer_and_steps_only_if_it_is_there)

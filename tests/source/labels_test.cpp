@@ -11,12 +11,12 @@
 #include <string.h>
 
 // Defines the label whose word is at the start of line; what it prints is added to printed.
-static int32_t define(script_source *source, const char *word, std::string *printed)
+static int32_t define(const char *word, std::string *printed)
 {
     char buffer[word_size];
     strcpy(buffer, word);
     testing::internal::CaptureStdout();
-    int32_t result = label_define(source->stream, buffer, word_size);
+    int32_t result = label_define(buffer);
     *printed += testing::internal::GetCapturedStdout();
     return result;
 }
@@ -26,15 +26,11 @@ TEST(labels, remembers_where_a_label_stands)
     script_source source("rest\nx");
     output_capture output;
     std::string printed;
-    EXPECT_EQ(define(&source, ":top", &printed), STATEMENT_DONE);
+    EXPECT_EQ(define(":top", &printed), STATEMENT_DONE);
     ASSERT_EQ(label_count, 1);
     EXPECT_STREQ(label_table[0].name, "top");
     EXPECT_EQ(label_table[0].position, 5);
-    EXPECT_EQ(label_table[0].line_physical, 2u);
-    EXPECT_EQ(label_table[0].line_current, 2u);
-    EXPECT_EQ(label_table[0].line_statement, 1u);
-    EXPECT_EQ(label_table[0].counting, 1);
-    EXPECT_EQ(label_table[0].pending, 1);
+    EXPECT_EQ(label_table[0].line, 2u);
     EXPECT_EQ(printed, "");
 }
 
@@ -57,26 +53,12 @@ TEST(labels, tells_a_second_label_by_its_first_twelve_characters)
         script_source source("\n\n");
         output_capture output;
         std::string printed;
-        EXPECT_EQ(define(&source, c.first, &printed), STATEMENT_DONE) << c.first;
-        EXPECT_EQ(define(&source, c.second, &printed), c.result) << c.second;
+        EXPECT_EQ(define(c.first, &printed), STATEMENT_DONE) << c.first;
+        EXPECT_EQ(define(c.second, &printed), c.result) << c.second;
         EXPECT_EQ(printed, c.printed) << c.second;
         EXPECT_EQ(label_count, c.result == STATEMENT_DONE ? 2 : 1) << c.second;
         EXPECT_EQ(output.text(), std::string(c.first) + " \n" + c.second + " \n");
     }
-}
-
-TEST(labels, lets_the_same_line_be_read_again)
-{
-    script_source source("\n");
-    output_capture output;
-    std::string printed;
-    EXPECT_EQ(define(&source, ":a", &printed), STATEMENT_DONE);
-    src_seek(source.stream, 0);
-    src_count_lines();
-    EXPECT_EQ(define(&source, ":A", &printed), STATEMENT_NO_LABEL);
-    src_seek(source.stream, 0);
-    EXPECT_EQ(define(&source, ":a", &printed), STOP_LABEL_TWICE) << "another line, the same position";
-    EXPECT_EQ(printed, "a");
 }
 
 TEST(line_directives, hold_what_the_line_says)
@@ -122,8 +104,8 @@ TEST(line_directives, leave_what_stands_behind_79_characters)
 {
     script_source source(times(79, "1") + "X\n");
     char word[] = "#LINE";
-    EXPECT_EQ(line_directive(source.stream, word, word_size), STATEMENT_TEXT);
-    EXPECT_EQ(src_getc(source.stream), 'X');
+    EXPECT_EQ(line_directive(word), STATEMENT_TEXT);
+    EXPECT_EQ(src_getc(), 'X');
     reset_run();
 }
 

@@ -1,41 +1,58 @@
-// The source stream: joined lines, pushback, line counters, the key, and reading by lines and words.
+// The source stream: what comes out of it, however its window falls.
 #include "source/src_stream.h"
 
 #include "common/diff.h"
+#include "common/random_texts.h"
 #include "common/run.h"
+#include "support/scan.h"
 
 #include <gtest/gtest.h>
 
 #include <stdlib.h>
 #include <string.h>
 
-// Everything that a source hands out, byte by byte.
-static std::string read_all(const std::string &text, int (*getc)(plat_file *))
+static const std::string nul(1, 0);
+
+// Bytes of one read at which the properties here are tried.
+static constexpr size_t read_limits[] = {1, 2, 3, 61, SIZE_MAX};
+
+static std::string read_rest()
 {
-    source_stream source(text);
-    src_open("test", source.stream);
-    src_count_lines();
     std::string result;
-    for (int c; (c = getc(source.stream)) != -1;)
+    for (int c; (c = src_getc()) != -1;)
         result += static_cast<char>(c);
-    EXPECT_EQ(getc(source.stream), -1) << "the end doesn't stay the end";
+    EXPECT_EQ(src_getc(), -1) << "the end doesn't stay the end";
+    return result;
+}
+
+static std::string read_all(const std::string &text)
+{
+    script_source source(text);
+    std::string result = read_rest();
     src_close();
     src_close();
     return result;
 }
 
-static const std::string nul(1, 0);
+// The same with a first line that is joined only across CR LF.
+static std::string read_all_crlf(const std::string &text)
+{
+    script_source source(text);
+    char line[32];
+    auto size = static_cast<size_t>(src_read_line_crlf(line, sizeof line - 1));
+    return std::string(line, size) + read_rest();
+}
 
 TEST(src_stream, joins_lines_and_folds_line_ends)
 {
     static const struct {
-        std::string text, lf_and_crlf, crlf_only; // what src_getc and src_getc_crlf give
+        std::string text, folded, crlf_only;
     } cases[] = {
         {"", "", ""},
         {"ab", "ab", "ab"},
         {"a\\\nb", "ab", "a\\\nb"},
         {"a\\\r\nb", "ab", "ab"},
-        {"a\\\n\\\nb", "ab", "a\\\n\\\nb"},
+        {"a\\\n\\\nb", "ab", "a\\\nb"},
         {"a\\\r\n\\\r\nb", "ab", "ab"},
         {"a\\\n\nb", "a\nb", "a\\\n\nb"},
         {"a\\\n\r\nb", "a\nb", "a\\\n\nb"},
@@ -48,6 +65,7 @@ TEST(src_stream, joins_lines_and_folds_line_ends)
         {"a\\", "a\\", "a\\"},
         {"a\\\n", "a", "a\\\n"},
         {"a\r\nb\rc\r\r\nd\r", "a\nb\rc\r\r\nd\r", "a\nb\rc\r\r\nd\r"},
+        {"a\r\\\nb", "a\r\\\nb", "a\r\\\nb"},
         {"a\x1A"
          "b",
          "a", "a"},
@@ -55,6 +73,7 @@ TEST(src_stream, joins_lines_and_folds_line_ends)
          "b",
          "a\\", "a\\"},
         {"a\r\x1A", "a\r", "a\r"},
+        {"a\\" + nul + "b\r" + nul + "c\\\r" + nul + "d", "a\\b\rc\\\rd", "a\\b\rc\\\rd"},
         {"Murivo" + nul, "", ""},
         {"Murivo" + nul + "a", "a", "a"},
         {"Murivo", "Murivo", "Murivo"},
@@ -62,134 +81,84 @@ TEST(src_stream, joins_lines_and_folds_line_ends)
         {"murivo" + nul, "murivo" + nul, "murivo" + nul},
         {"a" + nul + "b\x80\xFF", "a" + nul + "b\x80\xFF", "a" + nul + "b\x80\xFF"},
     };
-    for (const auto &c : cases) {
-        EXPECT_EQ(escaped(read_all(c.text, src_getc)), escaped(c.lf_and_crlf)) << escaped(c.text);
-        EXPECT_EQ(escaped(read_all(c.text, src_getc_crlf)), escaped(c.crlf_only)) << escaped(c.text);
-    }
+    for (const auto &c : cases)
+        for (size_t limit : read_limits) {
+            src_read_limit = limit;
+            EXPECT_EQ(escaped(read_all(c.text)), escaped(c.folded)) << escaped(c.text) << " by " << limit;
+            EXPECT_EQ(escaped(read_all_crlf(c.text)), escaped(c.crlf_only))
+                << escaped(c.text) << " by " << limit;
+        }
+    reset_run();
 }
 
-// A backslash behind a CR that was pushed back isn't looked at again: it came from pushback.
-TEST(src_stream, takes_pushed_back_characters_last_first)
-{
-    script_source source("xyz");
-    src_ungetc('a');
-    src_ungetc('b');
-    src_ungetc('c');
-    for (char wanted : std::string("cbaxyz"))
-        EXPECT_EQ(src_getc(source.stream), wanted);
-    src_ungetc(-1);
-    EXPECT_EQ(src_getc(source.stream), -1);
-}
-
-TEST(src_stream, overwrites_the_third_of_four_pushed_back)
-{
-    script_source source("x");
-    for (char c : std::string("abcd"))
-        src_ungetc(c);
-    for (char wanted : std::string("dbax"))
-        EXPECT_EQ(src_getc(source.stream), wanted);
-}
-
-TEST(src_stream, does_not_join_lines_over_pushed_back_characters)
-{
-    script_source source("b");
-    src_ungetc('\n');
-    src_ungetc('\\');
-    EXPECT_EQ(src_getc(source.stream), '\\');
-    EXPECT_EQ(src_getc(source.stream), '\n');
-    EXPECT_EQ(src_getc(source.stream), 'b');
-}
-
-static std::string lines_now()
-{
-    return std::to_string(src_lines.line_physical) + " " + std::to_string(src_lines.line_current) + " " +
-           std::to_string(src_lines.line_statement) + (src_lines.line_pending != 0 ? " pending" : "");
-}
-
-TEST(src_stream, counts_lines)
-{
-    script_source source("a\\\nb\nc\r\n\nd");
-    EXPECT_EQ(lines_now(), "1 1 1");
-    static const struct {
-        char c;
-        const char *lines; // behind it
-    } steps[] = {{'a', "1 1 1"},          {'b', "2 2 1"},          {'\n', "3 3 1 pending"}, {'c', "3 3 3"},
-                 {'\n', "4 4 3 pending"}, {'\n', "5 5 4 pending"}, {'d', "5 5 5"}};
-    for (const auto &step : steps) {
-        EXPECT_EQ(src_getc(source.stream), step.c);
-        EXPECT_EQ(lines_now(), step.lines) << "behind " << escaped(std::string(1, step.c));
-    }
-}
-
-TEST(src_stream, uncounts_a_line_end_that_goes_back)
-{
-    script_source source("a\nb\\\r\nc\\\nd");
-    src_getc(source.stream);
-    src_getc(source.stream);
-    src_ungetc('\n');
-    EXPECT_EQ(lines_now(), "1 1 1");
-    EXPECT_EQ(src_getc(source.stream), '\n');
-    EXPECT_EQ(lines_now(), "2 2 1 pending");
-    EXPECT_EQ(src_getc(source.stream), 'b');
-    src_ungetc('b');
-    src_ungetc('\n');
-    EXPECT_EQ(lines_now(), "1 1 1");
-    src_lines.line_counting = 0;
-    EXPECT_EQ(src_getc(source.stream), '\n');
-    EXPECT_EQ(lines_now(), "2 1 1");
-    for (char wanted : std::string("bcd"))
-        EXPECT_EQ(src_getc(source.stream), wanted);
-    EXPECT_EQ(lines_now(), "4 2 1") << "a continuation without a CR counts even so";
-}
-
-TEST(src_stream, tells_a_position_that_seek_finds_again)
-{
-    script_source source("ab\\\ncd\r\nef");
-    std::string text = "abcd\nef";
-    std::vector<int64_t> positions;
-    for (char c : text) {
-        positions.push_back(src_tell(source.stream));
-        EXPECT_EQ(src_getc(source.stream), c);
-    }
-    for (size_t i = 0; i < text.size(); i++) {
-        src_ungetc('!');
-        EXPECT_EQ(src_seek(source.stream, positions[i]), 0);
-        EXPECT_EQ(src_getc(source.stream), text[i]) << i;
-    }
-    src_seek(source.stream, 5);
-    src_ungetc('x');
-    src_ungetc('y');
-    src_ungetc('z');
-    EXPECT_EQ(src_tell(source.stream), 2);
-    EXPECT_EQ(src_raw_tell(), 5);
-}
-
-TEST(src_stream, goes_back_and_on_over_many_blocks)
+// What has to stay stays where it is, whatever is read after it, and nothing is lost.
+TEST(src_stream, keeps_the_pieces_of_a_long_statement)
 {
     std::string text;
-    for (int i = 0; text.size() < 300000; i++)
-        text += std::to_string(i) + " ";
-    script_source source(text);
-    for (int64_t at : {299000, 0, 65535, 65536, 131073, 7, 200000, 199990, 131071}) {
-        EXPECT_EQ(src_seek(source.stream, at), 0);
-        EXPECT_EQ(src_tell(source.stream), at);
-        for (int64_t i = at; i < at + 900; i++)
-            ASSERT_EQ(src_getc(source.stream), text[static_cast<size_t>(i)]) << at << ": " << i;
+    for (int i = 0; text.size() < 3000000; i++)
+        text += std::to_string(i) + (i % 3 == 0 ? "\\\n" : "\n");
+    std::string wanted = read_all(text);
+    for (size_t limit : {size_t{4096}, SIZE_MAX}) {
+        src_read_limit = limit;
+        script_source source(text);
+        std::vector<std::pair<unsigned char *, std::string>> kept;
+        std::string result;
+        unsigned char *keep = src.pos;
+        // A hundred pieces at the widest distances, of the most that may be kept.
+        for (size_t piece = 0; piece < 100; piece++) {
+            for (size_t skip = 0; skip < 7000 + piece; skip++) {
+                ASSERT_TRUE(src.pos < src.end || src_more(keep));
+                result += static_cast<char>(*src.pos++);
+            }
+            unsigned char *start = src.pos;
+            while (src.pos - start < 400) {
+                ASSERT_TRUE(src.pos < src.end || src_more(src.pos));
+                result += static_cast<char>(*src.pos++);
+            }
+            keep = src.pos;
+            kept.emplace_back(start, std::string(reinterpret_cast<char *>(start), 400));
+        }
+        for (const auto &[place, bytes] : kept)
+            ASSERT_EQ(std::string(reinterpret_cast<char *>(place), 400), bytes);
+        result += read_rest();
+        EXPECT_EQ(result == wanted, true) << "by " << limit;
     }
+    reset_run();
 }
 
-TEST(src_stream, stays_at_its_end_until_a_seek)
+TEST(src_stream, counts_lines_when_asked)
 {
-    std::string text = times(20000, "a b ");
-    script_source source(text);
-    for (int round = 0; round < 2; round++) {
-        for (char c : text)
-            ASSERT_EQ(src_getc(source.stream), c);
-        EXPECT_EQ(src_getc(source.stream), -1);
-        EXPECT_EQ(pwrite(source.stream->number, "late", 4, static_cast<off_t>(text.size())), 4);
-        EXPECT_EQ(src_getc(source.stream), -1) << "a file that grows";
-        EXPECT_EQ(src_seek(source.stream, 0), 0);
-        text += "late";
+    static const struct {
+        char c;
+        uint32_t line; // of the character after it
+    } steps[] = {{'a', 2}, {'b', 2}, {'\n', 3}, {'c', 3}, {'\n', 4}, {'\n', 7}, {'d', 7}};
+    for (size_t limit : read_limits) {
+        src_read_limit = limit;
+        script_source source("a\\\nb\nc\r\n\n\\\r\n\\\nd");
+        EXPECT_EQ(src_line(), 1u);
+        for (const auto &step : steps) {
+            EXPECT_EQ(src_getc(), step.c);
+            (void)src_peek(); // what a continuation stands in front of
+            EXPECT_EQ(src_line(), step.line)
+                << "after " << escaped(std::string(1, step.c)) << " by " << limit;
+        }
+        EXPECT_EQ(src_tell(), 7);
+    }
+    reset_run();
+}
+
+TEST(src_stream, tells_whether_the_whole_file_was_read)
+{
+    for (const auto &[text, whole] :
+         std::vector<std::pair<std::string, bool>>{{"", true},
+                                                   {"a\n", true},
+                                                   {"a\x1A", true},
+                                                   {"a\x1A\n", false},
+                                                   {"\x1A" + times(200000, "b"), false}}) {
+        script_source source(text);
+        EXPECT_EQ(src_ended(), text.empty()) << escaped(text.substr(0, 9));
+        (void)read_rest();
+        EXPECT_EQ(src_ended(), whole) << escaped(text.substr(0, 9));
     }
 }
 
@@ -220,54 +189,23 @@ static std::string enciphered(std::string text)
     return text;
 }
 
-class src_key_test : public testing::Test {
-protected:
-    void SetUp() override
-    {
-        key_load = load_test_key;
-    }
-
-    void TearDown() override
-    {
-        src_close();
-        reset_run();
-    }
-};
-
-TEST_F(src_key_test, deciphers_behind_the_magic)
+TEST(src_stream, deciphers_after_the_magic)
 {
     std::string text = "LINE 1,2\\\n3\r\nwith \\ and \r and " + nul + " to the end";
     std::string plain = "LINE 1,23\nwith \\ and \r and " + nul + " to the end";
-    EXPECT_EQ(read_all(enciphered("Murivo" + nul + text), src_getc), plain);
-    EXPECT_EQ(read_all(enciphered("Murivo" + nul + text + "\x1Amore"), src_getc), plain);
-}
-
-TEST_F(src_key_test, drops_the_key_for_a_plain_file)
-{
-    EXPECT_EQ(read_all("LINE 1,2,3,4,5,6\n", src_getc), "LINE 1,2,3,4,5,6\n");
-    EXPECT_EQ(src_key.key_bytes, nullptr);
-    EXPECT_EQ(src_key.key_len, 0);
-}
-
-TEST_F(src_key_test, follows_a_seek)
-{
-    std::string text = "Murivo" + nul + "the quick brown fox jumps over the lazy dog";
-    script_source source(enciphered(text));
-    std::vector<int16_t> key_positions;
-    for (size_t i = 7; i < text.size(); i++) {
-        key_positions.push_back(src_key.key_pos);
-        EXPECT_EQ(src_getc(source.stream), text[i]);
+    for (size_t limit : read_limits) {
+        key_load = load_test_key;
+        src_read_limit = limit;
+        EXPECT_EQ(read_all(enciphered("Murivo" + nul + text)), plain);
+        EXPECT_EQ(read_all(enciphered("Murivo" + nul + text + "\x1Amore")), plain);
+        EXPECT_EQ(read_all("LINE 1,2,3,4,5,6\n"), "LINE 1,2,3,4,5,6\n") << "a plain file";
+        EXPECT_EQ(src_key.key_bytes, nullptr);
+        EXPECT_EQ(src_key.key_len, 0);
     }
-    for (size_t i = text.size() - 1; i >= 7; i--) {
-        EXPECT_EQ(src_seek(source.stream, static_cast<int64_t>(i)), 0);
-        EXPECT_EQ(src_key.key_pos, key_positions[i - 7]) << i;
-        EXPECT_EQ(src_getc(source.stream), text[i]) << i;
-    }
-    src_seek(source.stream, 2);
-    EXPECT_EQ(src_getc(source.stream), 'r');
+    reset_run();
 }
 
-// ---- Lines and words ----
+// ---- Lines ----
 
 TEST(src_stream, reads_lines_up_to_a_size)
 {
@@ -284,54 +222,83 @@ TEST(src_stream, reads_lines_up_to_a_size)
         {"abc", 0, {}},
         {"\n\n", 10, {"\n", "\n"}},
     };
-    for (const auto &c : cases) {
-        script_source source(c.text);
-        std::vector<std::string> lines;
-        char buffer[16] = "untouched";
-        while (int32_t length = src_read_line(buffer, c.size, source.stream)) {
-            EXPECT_EQ(buffer[length], 0);
-            lines.emplace_back(buffer, static_cast<size_t>(length));
+    for (const auto &c : cases)
+        for (size_t limit : read_limits) {
+            src_read_limit = limit;
+            script_source source(c.text);
+            std::vector<std::string> lines;
+            char buffer[16] = "untouched";
+            while (int32_t length = src_read_line(buffer, c.size)) {
+                EXPECT_EQ(buffer[length], 0);
+                lines.emplace_back(buffer, static_cast<size_t>(length));
+            }
+            EXPECT_EQ(lines, c.lines) << escaped(c.text) << " by " << c.size;
         }
-        EXPECT_EQ(lines, c.lines) << escaped(c.text) << " by " << c.size;
-    }
+    reset_run();
 }
 
+// A continuation that doesn't count comes apart where the size ends.
 TEST(src_stream, continues_a_crlf_line_only_across_crlf)
 {
-    script_source source("a\\\nb\\\r\nc\n");
+    script_source source("a\\\nb\\\r\nc\\\nd\n");
     char buffer[16];
-    EXPECT_EQ(src_read_line_crlf(buffer, 10, source.stream), 3);
+    EXPECT_EQ(src_read_line_crlf(buffer, 10), 3);
     EXPECT_STREQ(buffer, "a\\\n");
-    EXPECT_EQ(src_read_line_crlf(buffer, 10, source.stream), 3);
-    EXPECT_STREQ(buffer, "bc\n");
-    EXPECT_EQ(lines_now(), "4 4 2 pending");
-}
-
-TEST(src_stream, reads_words_and_leaves_what_ends_them)
-{
-    static const struct {
-        const char *text;
-        int32_t size;
-        const char *word;
-        int next;
-    } cases[] = {
-        {"  \n\tab cd", 8, "ab", ' '}, {"ab\n", 8, "ab", '\n'},  {"abcdef", 4, "abc", 'd'},
-        {"ab", 8, "ab", -1},           {" \n", 8, "before", -1}, {"a,b c", 8, "a,b", ' '},
-    };
-    for (const auto &c : cases) {
-        script_source source(c.text);
-        char word[16] = "before";
-        src_read_word(source.stream, word, c.size);
-        EXPECT_STREQ(word, c.word) << c.text;
-        EXPECT_EQ(src_getc(source.stream), c.next) << c.text;
-    }
+    EXPECT_EQ(src_line(), 2u);
+    EXPECT_EQ(src_read_line_crlf(buffer, 2), 2);
+    EXPECT_STREQ(buffer, "bc");
+    EXPECT_EQ(src_read_line_crlf(buffer, 1), 1);
+    EXPECT_STREQ(buffer, "d") << "the continuation was passed before";
 }
 
 TEST(src_stream, skips_space_and_leaves_what_follows)
 {
-    script_source source(" \t\v\f\r\n\n x");
-    EXPECT_EQ(src_skip_space(source.stream), 'x');
-    EXPECT_EQ(src_getc(source.stream), 'x');
-    EXPECT_EQ(src_skip_space(source.stream), -1);
-    EXPECT_EQ(src_getc(source.stream), -1);
+    script_source source(" \t\v\f\r\n\n x" + nul + " y");
+    EXPECT_EQ(src_skip_space(), 'x');
+    EXPECT_EQ(src_getc(), 'x');
+    EXPECT_EQ(src_skip_space(), 0);
+    EXPECT_EQ(src_getc(), ' ') << "a NUL can't be given back";
+    EXPECT_EQ(src_skip_space(), 'y');
+    EXPECT_EQ(src_getc(), 'y');
+    EXPECT_EQ(src_skip_space(), -1);
+}
+
+// ---- Scanning ----
+
+TEST(scan, gives_the_same_by_16_characters_as_by_one)
+{
+    random_texts texts({
+        {'l', "%p%p%p%p%p%p%p%p%p%p%p%p%p%p%p%p"},
+        {'p',
+         ",;(;);\";`;\\;\n;\r;\t;\x1A; ; ;-;.;0;1;27;a;_;Z;z9;-1.5;.5;007;0.5;\xE1;\x7F;~;ab;abcdefgh;5;6;7"},
+    });
+    for (int n = 0; n < 20000; n++) {
+        std::string text = times(texts.die() % 40, texts.pick('p')) + texts.expand("%l%l%l%l%l");
+        text[texts.die() % text.size()] = static_cast<char>(texts.die() % 256);
+        text += std::string("\n") + nul + times(70, ",");
+        auto start = reinterpret_cast<const unsigned char *>(text.data());
+        SCOPED_TRACE(escaped(text));
+        const unsigned char *end = start + texts.die() % 70;
+        size_t size = 1 + texts.die() % 16;
+        ASSERT_EQ(scan_word(start), scan_word_portable(start));
+        ASSERT_EQ(scan_raw(start), scan_raw_portable(start));
+        ASSERT_EQ(scan_string(start), scan_string_portable(start));
+        ASSERT_EQ(scan_fold(start, end), scan_fold_portable(start, end));
+        ASSERT_EQ(count_line_feeds(start, end), count_line_feeds_portable(start, end));
+        ASSERT_EQ(scan_is_number(start, size), scan_is_number_portable(start, size)) << size;
+    }
+    static const struct {
+        char text[17];
+        bool is_number;
+    } numbers[] = {{"1", true},    {"-1", true},   {"0", true},
+                   {"1.", true},   {".5", true},   {"-.5", true},
+                   {"0.5", true},  {"-0", true},   {"-", false},
+                   {".", false},   {"-.", false},  {"00", false},
+                   {"07", false},  {"-09", false}, {"1.2.", false},
+                   {"1e", false},  {"+1", false},  {"1 ", false},
+                   {"--1", false}, {"1-", false},  {"1234567890123456", true}};
+    for (const auto &c : numbers)
+        EXPECT_EQ(scan_is_number(reinterpret_cast<const unsigned char *>(c.text), strlen(c.text)),
+                  c.is_number)
+            << c.text;
 }
