@@ -1,29 +1,61 @@
 // The writer of forms. Texts are never copied: they stay valid until the next statement.
 #include "rules/emission.h"
 
-// Writes the joint of a piece and the text of a slot.
-static void emit_joined(const form_code &form, const form_piece *piece, const arg_slot *slot)
+#include <string.h>
+
+// Room for all the short pieces that a form or a list may have.
+constexpr size_t put_room = 4096;
+static_assert(put_room >= form_pieces_max * 2 * slot_text_slack);
+static_assert(put_room >= (arg_types_size + 1) * (2 + slot_text_slack));
+
+static char *put_long(char *place, const char *text, size_t size)
 {
-    out_bytes(form.text + piece->start + piece->size + 1, piece->joint);
-    emit_text(slot);
+    out_give_place(place);
+    out_bytes(text, size);
+    return out_take_place(put_room);
 }
 
-static void emit_if_set(const form_code &form, const form_piece *piece, int32_t value)
+// Puts a text at a place in the output, see out_take_place, and gives the place after it. slot_text_slack
+// bytes of it may be read: most are shorter, and copying so many is quicker than looking at how many there
+// are. A longer one finds its own room and makes put_room again for those after it.
+static inline char *put_text(char *place, const char *text, size_t size)
 {
-    if (value == 0)
-        return;
-    out_bytes(form.text + piece->start + piece->size + 1, piece->joint);
-    out_format("%d", value);
+    if (size > slot_text_slack)
+        return put_long(place, text, size);
+    memcpy(place, text, slot_text_slack);
+    return place + size;
 }
 
-// Writes the slots of a list mark: up to the last one of the choice, or of MARK_ITEMS up to the first empty
+static inline char *put_slot(char *place, const arg_slot *slot)
+{
+    return put_text(place, slot->text, slot->text_size);
+}
+
+void emit_arguments(const arg_slot *first, int32_t count)
+{
+    char *place = out_take_place(put_room);
+    for (const arg_slot *slot = first; slot < first + count; slot++) {
+        memcpy(place, ", ", 2);
+        place = put_slot(place + 2, slot);
+    }
+    out_give_place(place);
+}
+
+static inline char *put_literal(char *place, const form_code &form, const form_piece *piece)
+{
+    bool short_one = piece->size <= sizeof piece->head;
+    return put_text(place, short_one ? piece->head : form.text + piece->start, piece->size);
+}
+
+// Puts the slots of a list mark: up to the last one of the choice, or of MARK_ITEMS up to the first empty
 // one, which follows the last one at the latest.
-static void emit_list(const form_code &form, const form_piece *piece, int32_t last)
+static char *put_list(char *place, const form_code &form, const form_piece *piece, int32_t last)
 {
     bool items = piece->mark == MARK_ITEMS;
     const arg_slot *slot = arg_slots + piece->slot;
     for (; items ? slot->text_size > 0 : slot <= arg_slots + last; slot++)
-        emit_joined(form, piece, slot);
+        place = put_slot(put_literal(place, form, piece), slot);
+    return place;
 }
 
 // Writes a tail. Those that begin a pass put the cursor on their slot, the others find it where the pass has
@@ -53,37 +85,46 @@ static void emit_tail(const form_piece *piece, const rule_choice &choice)
     }
 }
 
-static void emit_mark(const form_code &form, const form_piece *piece, const rule_choice &choice)
+// Writes a piece with a number or a tail.
+static void emit_other(const form_code &form, const form_piece *piece, const rule_choice &choice)
 {
     const arg_slot *slot = arg_slots + piece->slot;
+    if (piece->mark == MARK_IF_SET && slot_lval(slot) == 0)
+        return;
+    out_bytes(form.text + piece->start, piece->size);
     switch (piece->mark) {
-    case MARK_NONE: break;
-    case MARK_TEXT: emit_text(slot); break;
+    case MARK_IF_SET:
     case MARK_LVAL: out_format("%d", slot_lval(slot)); break;
     case MARK_IVAL: out_format("%d", slot_ival(slot)); break;
     case MARK_DVAL: out_format("%f", slot_dval(slot)); break;
     case MARK_NUMBER: out_format("%d", choice.number); break;
-    case MARK_IF_ANY:
-        if (slot->text_size > 0)
-            emit_joined(form, piece, slot);
-        break;
-    case MARK_IF_SET: emit_if_set(form, piece, slot_lval(slot)); break;
-    case MARK_LIST:
-    case MARK_ITEMS: emit_list(form, piece, choice.last); break;
     default: emit_tail(piece, choice); break;
     }
 }
 
 void emit_form(const form_code &form, const rule_choice &choice)
 {
+    char *place = out_take_place(put_room);
     const form_piece *end = form.pieces + form.pieces_used;
     for (const form_piece *piece = form.pieces; piece < end; piece++) {
-        if (piece->size <= sizeof piece->head)
-            out_padded(piece->head, piece->size);
-        else
-            out_bytes(form.text + piece->start, piece->size);
-        emit_mark(form, piece, choice);
+        const arg_slot *slot = arg_slots + piece->slot;
+        switch (piece->mark) {
+        case MARK_NONE: place = put_literal(place, form, piece); break;
+        case MARK_TEXT: place = put_slot(put_literal(place, form, piece), slot); break;
+        case MARK_IF_ANY:
+            if (slot->text_size > 0)
+                place = put_slot(put_literal(place, form, piece), slot);
+            break;
+        case MARK_LIST:
+        case MARK_ITEMS: place = put_list(place, form, piece, choice.last); break;
+        default:
+            out_give_place(place);
+            emit_other(form, piece, choice);
+            place = out_take_place(put_room);
+            break;
+        }
     }
+    out_give_place(place);
 }
 
 int32_t take_bounded_int(uint8_t type_byte, int32_t low, int32_t high)

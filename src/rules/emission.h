@@ -34,15 +34,15 @@ int32_t take_bounded_int(uint8_t type_byte, int32_t low, int32_t high);
 // The text of a slot.
 inline void emit_text(const arg_slot *slot)
 {
-    out_padded(slot->text, slot->text_size);
+    out_bytes(slot->text, slot->text_size);
 }
 
-// ", " and the text of a slot; an empty text so leaves the place holder, ", " alone.
+// The texts of slots, each with ", " in front; an empty text so leaves the place holder, ", " alone.
+void emit_arguments(const arg_slot *first, int32_t count);
+
 inline void emit_argument(const arg_slot *slot)
 {
-    static constexpr char comma[2 + out_slack] = ", ";
-    out_padded(comma, 2);
-    emit_text(slot);
+    emit_arguments(slot, 1);
 }
 
 // ---- Tails of the entity commands ----

@@ -147,16 +147,13 @@ void emit_attr_comment()
 {
     int places = attr_places(arg_cursor);
     // Kept: the eighth attribute is missing from comments, though it counts for the place holders.
-    for (int i = 0; i < places && i < attr_span - 1; i++)
-        emit_argument(take_text());
+    emit_arguments(arg_cursor, places < attr_span ? places : attr_span - 1);
 }
 
 void emit_attr_tail()
 {
     int places = attr_places(arg_cursor);
-    (void)take_text();
-    for (int i = 1; i < places; i++)
-        emit_argument(take_text());
+    emit_arguments(arg_cursor + 1, places - 1);
 }
 
 // ---- Attributes of a text ----
@@ -202,9 +199,7 @@ void emit_text_tail(const uint8_t *types)
     // Kept: a style below 0 leaves its place out, with no comma.
     if (style >= 0)
         out_text(text_styles[style]);
-    arg_cursor = first + 7; // an absent style has taken no step
-    for (int i = 7; i < text_span; i++)
-        emit_argument(take_text());
+    emit_arguments(first + 7, text_span - 7);
 }
 
 void conv_entity(int32_t id)

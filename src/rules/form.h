@@ -62,18 +62,16 @@ constexpr form_tail form_tails[] = {
     {"scan ", TAIL_SCAN},
 };
 
-// A literal and the mark after it. The joint, the ", " of {, A3}, stands after the mark's brace.
-struct form_piece {
+// A literal and the mark after it. The joint of a mark, the ", " of {, A3}, is the literal of its piece.
+struct alignas(8) form_piece {
     char head[16];  // the literal itself, if it is no longer than this
     uint16_t start; // of the literal in the form's text
     uint16_t size;  // of the literal
     uint8_t mark;   // a form_mark
-    uint8_t joint;  // size of the joint
     uint8_t slot;
 };
 
 constexpr int form_pieces_max = 24; // what the widest form takes, the two lines of a dimension
-constexpr int form_joint_max = 2;   // characters of a joint
 constexpr int form_slot_max = 26;   // no form may name a slot after this one
 
 // A form taken apart.
@@ -130,21 +128,17 @@ constexpr form_mark form_letter_mark(char letter, bool joint)
     }
 }
 
-// Reads the mark that starts at text[at], its brace, into the piece; gives the place after it.
-constexpr int form_read_mark(const char *text, int at, form_piece *piece)
+// Reads a mark at text[at], after its brace and joint, into the piece; gives the place after it.
+constexpr int form_read_mark(const char *text, int at, bool joint, form_piece *piece)
 {
-    int start = ++at;
-    while (text[at] == ',' || text[at] == ' ')
-        at++;
-    piece->joint = static_cast<uint8_t>(at - start);
     char letter = text[at];
     int name = form_read_tail(text, at, piece);
     if (name == at) {
-        piece->mark = form_letter_mark(letter, piece->joint > 0);
+        piece->mark = form_letter_mark(letter, joint);
         name++;
     }
     at = form_read_slot(text, name, piece);
-    if (piece->mark == MARK_NONE || piece->joint > form_joint_max || (at == name) != (letter == 'W'))
+    if (piece->mark == MARK_NONE || (at == name) != (letter == 'W'))
         form_is_malformed();
     if (piece->mark == MARK_IF_ANY && text[at] == '.' && text[at + 1] == '.') {
         at += 2;
@@ -156,22 +150,38 @@ constexpr int form_read_mark(const char *text, int at, form_piece *piece)
     return at + 1;
 }
 
+// The next piece of a form, with the literal from start up to end.
+constexpr form_piece *form_add(form_code *code, int start, int end)
+{
+    if (code->pieces_used == form_pieces_max)
+        form_has_too_many_pieces();
+    form_piece *piece = &code->pieces[code->pieces_used++];
+    piece->start = static_cast<uint16_t>(start);
+    piece->size = static_cast<uint16_t>(end - start);
+    for (int i = 0; i < static_cast<int>(sizeof piece->head) && start + i < end; i++)
+        piece->head[i] = code->text[start + i];
+    return piece;
+}
+
 // Takes a form apart. For constants only.
 constexpr form_code form(const char *text)
 {
     form_code code{text, 0, 0, {}};
     for (int at = 0; text[at] != '\0';) {
-        if (code.pieces_used == form_pieces_max)
-            form_has_too_many_pieces();
-        form_piece *piece = &code.pieces[code.pieces_used++];
-        piece->start = static_cast<uint16_t>(at);
+        int start = at;
         while (text[at] != '{' && text[at] != '\0')
             at++;
-        piece->size = static_cast<uint16_t>(at - piece->start);
-        for (int i = 0; i < 16 && i < piece->size; i++)
-            piece->head[i] = text[piece->start + i];
+        int joint = text[at] == '{' ? at + 1 : at;
+        int mark = joint;
+        while (text[mark] == ',' || text[mark] == ' ')
+            mark++;
+        form_piece *piece = nullptr;
+        if (mark == joint || start < at)
+            piece = form_add(&code, start, at);
+        if (mark > joint)
+            piece = form_add(&code, joint, mark);
         if (text[at] == '{')
-            at = form_read_mark(text, at, piece);
+            at = form_read_mark(text, mark, mark > joint, piece);
         if (piece->mark != MARK_LIST && piece->mark != MARK_ITEMS && piece->slot > code.top_slot)
             code.top_slot = piece->slot;
     }

@@ -23,15 +23,16 @@ void rule_run(const rule_family &family, int32_t id, int32_t count)
     const rule_row *row = family_find(family, id);
     if (row == nullptr)
         return;
-    rule_choice choice{0, count, 0};
+    rule_choice *choice = &rule_last.choice;
+    *choice = {0, count, 0};
     if (row->choose != nullptr) {
-        row->choose(&choice);
-        row += choice.row;
+        row->choose(choice);
+        row += choice->row;
     }
-    rule_last = {row, choice};
+    rule_last.row = row;
     if (row->tip != nullptr)
-        emit_form(*row->tip, choice);
-    emit_form(row->new_form, choice);
+        emit_form(*row->tip, *choice);
+    emit_form(row->new_form, *choice);
 }
 
 const rule_row *rule_find(int32_t id)

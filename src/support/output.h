@@ -14,7 +14,6 @@
 #include <string.h>
 
 constexpr size_t out_buffer_size = 65536;
-constexpr size_t out_slack = 16; // bytes after the buffer, and after a text that out_padded is given
 
 // The output of the file under conversion; it has no meaning between two files.
 struct out_state {
@@ -23,7 +22,7 @@ struct out_state {
     plat_file file; // where it goes
     uint64_t start; // bytes handed to the file so far: the place of the buffer's first byte in the output
     size_t used;    // bytes gathered in the buffer, 0 to out_buffer_size
-    char buffer[out_buffer_size + out_slack];
+    char buffer[out_buffer_size];
 };
 extern out_state out_file;
 
@@ -77,18 +76,6 @@ inline void out_bytes(const char *bytes, size_t size)
         return;
     }
     bytes_copy(out_file.buffer + out_file.used, bytes, size);
-    out_file.used += size;
-}
-
-// Bytes as they are, of a text with out_slack bytes after it that may be read: most pieces of a line have
-// fewer, and copying so many is quicker than looking at how many there are.
-inline void out_padded(const char *bytes, size_t size)
-{
-    if (size > out_slack || size > out_buffer_size - out_file.used) {
-        out_bytes_slow(bytes, size);
-        return;
-    }
-    memcpy(out_file.buffer + out_file.used, bytes, out_slack);
     out_file.used += size;
 }
 
