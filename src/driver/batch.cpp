@@ -13,7 +13,6 @@
 #include <string.h>
 
 constexpr uint32_t heap_growth = 4096; // bytes
-constexpr char output_suffix[] = "_conv";
 
 pool_heap *G3buf;
 pool_heap *Vbuf;

@@ -1,11 +1,14 @@
 // Platform: the little that the converter asks of the system it runs on.
 //
-// Each side (posix.cpp, windows.cpp) is a whole file of its own, and the build takes one of them. Paths
+// Each side (posix*.cpp, windows*.cpp) stands for itself, and the build takes one of them. Paths
 // are bytes as the system gives them and have no length limit of ours. Only the driver calls these
 // routines, and the two ends of a script: its source and its output.
 #pragma once
 
 #include <stddef.h>
+
+// What an output's name has after its input's, in front of the extension.
+inline constexpr char output_suffix[] = "_conv";
 
 // An open file, without a buffer: whoever reads or writes has one.
 struct plat_file {

@@ -15,6 +15,7 @@
 #include <unistd.h>
 #include <vector>
 
+using namespace std::string_literals;
 using name_list = std::vector<std::string>;
 
 // An empty directory to work in. Standard input, PATH and what tells of a display are put back at the end.
@@ -303,7 +304,12 @@ TEST_F(platform, piped_selection)
         {"b.mrl\na.mrl\n", {"b.mrl", "a.mrl"}},
         {"a.mrl\na.mrl\n", {"a.mrl", "a.mrl"}},
         {"\n a b, c.mrl \n\n\"q\"\nall\n1", {" a b, c.mrl ", "\"q\"", "all", "1"}},
-        {"x\r\n\xff\xfe\n", {"x\r", "\xff\xfe"}},
+        {"x\r\n\r\n\xff\xfe\ny\r\r\nz\r1\nz\r", {"x", "\xff\xfe", "y\r", "z\r1", "z\r"}},
+        {"a.mrl\0b\nc\r\n.mrl\0\0d"s, {"a.mrl", "b\nc\r\n.mrl", "d"}},
+        {"a.mrl\0"s, {"a.mrl"}},
+        {"\0a\nb"s, {"a\nb"}},
+        {"\0\0"s, {}},
+        {"a\nb\0c\nd"s, {"a", "b", "d"}}, // a path ends at its first NUL
         {long_name + "\n" + long_name, {long_name, long_name}},
     };
     for (const auto &row : cases) {
@@ -341,11 +347,12 @@ TEST_F(platform, piped_selection_is_whole_before_the_first_path_is_taken)
 
 TEST_F(platform, terminal_list_and_answers)
 {
-    for (const char *name : {"c.mrl", "a.mrp", "d e.mrl", "B.MRL", "x.txt", "mrl", ".hidden.mrl"})
+    for (const char *name : {"c.mrl", "a.mrp", "d e.mrl", "B.MRL", "x.txt", "mrl", ".hidden.mrl",
+                             "c_conv.mrl", "c_conv_conv.mrl", "a_conv.mrp", "B_conv.MRL"})
         write_file(name, "");
     mkdir("folder.mrl", 0777);
-    write_file("z\x1b.mrl", "");
-    std::string escape = "z\x1b.mrl";
+    std::string escape = "z\x1b[1m\n\x7f\xc2\x9b\xc2\xa9.mrl";
+    write_file(escape, "");
     struct {
         const char *typed;
         name_list names;
@@ -370,11 +377,21 @@ TEST_F(platform, terminal_list_and_answers)
         std::string shown;
         EXPECT_EQ(selected_by(row.typed, &result, &shown), row.names) << row.typed;
         EXPECT_EQ(result, row.names.empty() ? -1 : 0) << row.typed;
-        EXPECT_EQ(
-            shown.find("    1  B.MRL\n    2  a.mrp\n    3  c.mrl\n    4  d e.mrl\n    5  z?.mrl\nConvert"),
-            0u)
+        EXPECT_EQ(shown.find("    1  B.MRL\n    2  a.mrp\n    3  c.mrl\n    4  d e.mrl\n    5  "
+                             "z?[1m???\xc2\xa9.mrl\nConvert"),
+                  0u)
             << shown;
     }
+}
+
+// Without its input a name like an output's is a script's.
+TEST_F(platform, terminal_list_with_outputs)
+{
+    for (const char *name : {"a_conv.mrl", "a.mrp", "b_conv.mrl", "b_conv_conv.mrl", "_conv.mrl", "conv.mrl"})
+        write_file(name, "");
+    int result;
+    EXPECT_EQ(selected_by("all c_conv.mrl\n", &result),
+              (name_list{"_conv.mrl", "a.mrp", "a_conv.mrl", "b_conv.mrl", "conv.mrl", "c_conv.mrl"}));
 }
 
 TEST_F(platform, terminal_in_a_folder_without_scripts)

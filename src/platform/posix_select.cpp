@@ -1,0 +1,483 @@
+// How the user picks scripts on POSIX: a list on standard input, a dialog program, or a numbered list.
+//
+// Lists of names are one block of NUL-terminated names behind each other. When memory runs out the routine
+// in hand says so on standard error and acts as if the user had picked nothing.
+#include "platform/platform.h"
+
+#include "support/text.h"
+
+#include <dirent.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <signal.h>
+#include <spawn.h>
+#include <stdint.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+// NOLINTNEXTLINE(readability-redundant-declaration): only some C libraries declare it.
+extern char **environ;
+
+// Names, or whatever else grows byte by byte.
+struct byte_list {
+    char *bytes; // null while empty
+    size_t used;
+    size_t room;
+};
+
+// What came of one way to select.
+enum select_result {
+    SELECT_TAKEN,    // at least one path was handed over
+    SELECT_CANCELED, // the user picked nothing, or memory ran out
+    SELECT_MISSING   // this way does not work here
+};
+
+// Makes room for size more bytes. False without memory; the list is as it was then.
+static bool list_reserve(byte_list *list, size_t size)
+{
+    if (size <= list->room - list->used)
+        return true;
+    size_t room = list->room < 4096 ? 4096 : list->room;
+    while (size > room - list->used) {
+        if (room > SIZE_MAX / 2)
+            return false;
+        room *= 2;
+    }
+    char *bytes = static_cast<char *>(realloc(list->bytes, room));
+    if (bytes == nullptr)
+        return false;
+    list->bytes = bytes;
+    list->room = room;
+    return true;
+}
+
+static bool list_add(byte_list *list, const char *bytes, size_t size)
+{
+    if (!list_reserve(list, size))
+        return false;
+    memcpy(list->bytes + list->used, bytes, size);
+    list->used += size;
+    return true;
+}
+
+static void list_free(byte_list *list)
+{
+    free(list->bytes);
+    *list = byte_list{};
+}
+
+static void tell_no_memory()
+{
+    fputs("murlconv: out of memory\n", stderr);
+}
+
+// Everything up to the end of file, with one NUL behind it that used does not count. An error while reading
+// ends the text. False without memory.
+static bool read_all(int file, byte_list *text)
+{
+    for (;;) {
+        if (!list_reserve(text, 4096))
+            return false;
+        ssize_t got = read(file, text->bytes + text->used, text->room - text->used - 1);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0)
+            break;
+        text->used += static_cast<size_t>(got);
+    }
+    text->bytes[text->used] = '\0';
+    return true;
+}
+
+// Hands over each path of a text that read_all has read, with a separator between them. An empty one is none.
+static select_result take_paths(byte_list *text, char separator,
+                                void (*take)(const char *path, void *context), void *context)
+{
+    select_result result = SELECT_CANCELED;
+    char *path = text->bytes;
+    char *end = text->bytes + text->used;
+    while (path < end) {
+        char *path_end = static_cast<char *>(memchr(path, separator, static_cast<size_t>(end - path)));
+        if (path_end == nullptr)
+            path_end = end;
+        *path_end = '\0';
+        if (*path != '\0') {
+            take(path, context);
+            result = SELECT_TAKEN;
+        }
+        path = path_end + 1;
+    }
+    return result;
+}
+
+// Finds out what separates the paths of a list: NULs if the first separator is one, else line feeds, whose
+// CRs are taken out.
+static char find_separator(byte_list *text)
+{
+    size_t first = 0;
+    while (first < text->used && text->bytes[first] != '\0' && text->bytes[first] != '\n')
+        first++;
+    if (first < text->used && text->bytes[first] == '\0')
+        return '\0';
+    size_t kept = 0;
+    for (size_t i = 0; i < text->used; i++)
+        if (text->bytes[i] != '\r' || text->bytes[i + 1] != '\n')
+            text->bytes[kept++] = text->bytes[i];
+    text->used = kept;
+    text->bytes[kept] = '\0';
+    return '\n';
+}
+
+// The paths on standard input. The list is read to its end first: a program that searches folders while we
+// convert would find our own outputs and send them back to us, without end.
+static select_result select_from_pipe(void (*take)(const char *path, void *context), void *context)
+{
+    byte_list text = {};
+    select_result result = SELECT_CANCELED;
+    if (read_all(STDIN_FILENO, &text))
+        result = take_paths(&text, find_separator(&text), take, context);
+    else
+        tell_no_memory();
+    list_free(&text);
+    return result;
+}
+
+// Starts a program with its standard output in a file, its warnings dropped, and the signals that plat_start
+// ignores as a program expects them. Gives its process, or -1.
+static pid_t spawn_program(const char *const *arguments, int output)
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGPIPE);
+    sigaddset(&signals, SIGXFSZ);
+    posix_spawnattr_t attributes;
+    if (posix_spawnattr_init(&attributes) != 0)
+        return -1;
+    pid_t process = -1;
+    posix_spawn_file_actions_t actions;
+    if (posix_spawn_file_actions_init(&actions) == 0) {
+        // The interface lacks const for history's sake; the arguments are not written.
+        char *const *vector = const_cast<char *const *>(arguments);
+        if (posix_spawnattr_setsigdefault(&attributes, &signals) != 0 ||
+            posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF) != 0 ||
+            posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO) != 0 ||
+            posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0) != 0 ||
+            posix_spawnp(&process, arguments[0], &actions, &attributes, vector, environ) != 0)
+            process = -1;
+        posix_spawn_file_actions_destroy(&actions);
+    }
+    posix_spawnattr_destroy(&attributes);
+    return process;
+}
+
+// Starts a program of PATH with its standard output in a pipe. Gives its process and the pipe's end, or -1 if
+// there is no such program.
+static pid_t start_program(const char *const *arguments, int *output)
+{
+    int ends[2];
+    if (pipe(ends) != 0)
+        return -1;
+    fcntl(ends[0], F_SETFD, FD_CLOEXEC);
+    fcntl(ends[1], F_SETFD, FD_CLOEXEC);
+    pid_t process = spawn_program(arguments, ends[1]);
+    close(ends[1]);
+    if (process == -1)
+        close(ends[0]);
+    *output = ends[0];
+    return process;
+}
+
+// Lets one dialog program run. Status 0 means that its output holds the selection, a line each; 1 that the
+// user cancelled; anything else that it could not show its dialog.
+static select_result select_from_program(const char *const *arguments, void (*take)(const char *, void *),
+                                         void *context)
+{
+    int output;
+    pid_t process = start_program(arguments, &output);
+    if (process == -1)
+        return SELECT_MISSING;
+    byte_list text = {};
+    bool complete = read_all(output, &text);
+    close(output);
+    int status = 0;
+    while (waitpid(process, &status, 0) < 0 && errno == EINTR)
+        continue;
+    select_result result = SELECT_CANCELED;
+    if (!complete)
+        tell_no_memory();
+    else if (!WIFEXITED(status) || WEXITSTATUS(status) > 1)
+        result = SELECT_MISSING;
+    else if (WEXITSTATUS(status) == 0)
+        result = take_paths(&text, '\n', take, context);
+    list_free(&text);
+    return result;
+}
+
+// The option that lets zenity begin in the current directory, which it must be told as a whole path. Null if
+// that can't be had: then zenity begins where it likes. The caller frees it.
+static char *zenity_folder_option()
+{
+    static const char option[] = "--filename=";
+    char *folder = realpath(".", nullptr);
+    if (folder == nullptr)
+        return nullptr;
+    size_t size = sizeof option + strlen(folder) + 1;
+    char *text = static_cast<char *>(malloc(size));
+    if (text != nullptr)
+        snprintf(text, size, "%s%s/", option, folder);
+    free(folder);
+    return text;
+}
+
+static select_result select_from_dialog(void (*take)(const char *path, void *context), void *context)
+{
+    char *folder_option = zenity_folder_option();
+    const char *const zenity[] = {"zenity",
+                                  "--file-selection",
+                                  "--multiple",
+                                  "--separator=\n",
+                                  "--title=Open",
+                                  "--file-filter=MURL Files (*.mrl)|*.mrl",
+                                  "--file-filter=MURL Files (*.mrp)|*.mrp",
+                                  folder_option,
+                                  nullptr};
+    static const char *const kdialog[] = {"kdialog",
+                                          "--title",
+                                          "Open",
+                                          "--multiple",
+                                          "--separate-output",
+                                          "--getopenfilename",
+                                          ".",
+                                          "MURL Files (*.mrl)\nMURL Files (*.mrp)",
+                                          nullptr};
+    select_result result = select_from_program(zenity, take, context);
+    free(folder_option);
+    if (result == SELECT_MISSING)
+        result = select_from_program(kdialog, take, context);
+    return result;
+}
+
+// True for the name of an output that stands beside its input.
+static bool is_output(const char *name)
+{
+    constexpr size_t suffix = sizeof output_suffix - 1;
+    size_t stem = plat_split_path(name).extension_start;
+    if (stem < suffix || memcmp(name + stem - suffix, output_suffix, suffix) != 0)
+        return false;
+    char *input = strdup(name);
+    if (input == nullptr)
+        return false;
+    memmove(input + stem - suffix, name + stem, strlen(name + stem) + 1);
+    bool found = access(input, F_OK) == 0;
+    free(input);
+    return found;
+}
+
+// True for a name that belongs in the list: *.mrl or *.mrp in any case, no folder, not hidden, no output.
+static bool is_script(const char *name)
+{
+    size_t length = strlen(name);
+    if (name[0] == '.' || length < 4)
+        return false;
+    const char *extension = name + length - 4;
+    if (text_compare_nocase(extension, ".mrl") != 0 && text_compare_nocase(extension, ".mrp") != 0)
+        return false;
+    struct stat info;
+    return stat(name, &info) == 0 && !S_ISDIR(info.st_mode) && !is_output(name);
+}
+
+// The current directory's scripts, names with their NULs. False without memory.
+static bool find_scripts(byte_list *names, size_t *count)
+{
+    DIR *directory = opendir(".");
+    if (directory == nullptr)
+        return true;
+    bool complete = true;
+    *count = 0;
+    for (const dirent *entry = readdir(directory); complete && entry != nullptr; entry = readdir(directory)) {
+        if (!is_script(entry->d_name))
+            continue;
+        complete = list_add(names, entry->d_name, strlen(entry->d_name) + 1);
+        (*count)++;
+    }
+    closedir(directory);
+    return complete;
+}
+
+static int compare_names(const void *left, const void *right)
+{
+    return strcmp(*static_cast<const char *const *>(left), *static_cast<const char *const *>(right));
+}
+
+// Pointers to the names, sorted; null without memory. The caller frees the array.
+static const char **sort_names(const byte_list *names, size_t count)
+{
+    const char **sorted = static_cast<const char **>(malloc((count + 1) * sizeof(const char *)));
+    if (sorted == nullptr)
+        return nullptr;
+    const char *name = names->bytes;
+    for (size_t i = 0; i < count; i++) {
+        sorted[i] = name;
+        name += strlen(name) + 1;
+    }
+    qsort(sorted, count, sizeof(const char *), compare_names);
+    return sorted;
+}
+
+// Shows a name with a question mark for each control character, which would act on the terminal. The second
+// row of them comes as two bytes, C2 and 80 to 9F.
+static void show_name(const char *name)
+{
+    for (; *name != '\0'; name++) {
+        auto c = static_cast<unsigned char>(name[0]);
+        auto next = static_cast<unsigned char>(name[1]);
+        bool pair = c == 0xC2 && next >= 0x80 && next < 0xA0;
+        fputc(c < ' ' || c == 127 || pair ? '?' : c, stderr);
+        name += pair ? 1 : 0;
+    }
+}
+
+static void show_scripts(const char *const *scripts, size_t count)
+{
+    if (count == 0) {
+        fputs(
+            "No *.mrl or *.mrp files in this directory.\n"
+            "Paths of scripts to convert (an empty line cancels): ",
+            stderr);
+        return;
+    }
+    for (size_t i = 0; i < count; i++) {
+        fprintf(stderr, "%5zu  ", i + 1);
+        show_name(scripts[i]);
+        fputc('\n', stderr);
+    }
+    fputs("Convert which? Numbers, ranges like 2-5, paths, or all (an empty line cancels): ", stderr);
+}
+
+// Reads a number from 1 to limit and steps behind it. 0 if there is none.
+static size_t read_number(const char **text, size_t limit)
+{
+    size_t number = 0;
+    while (text_is(**text, CHAR_DIGIT)) {
+        number = number * 10 + static_cast<size_t>(**text - '0');
+        if (number > limit)
+            return 0;
+        (*text)++;
+    }
+    return number;
+}
+
+// Hands over what one word of the answer stands for. A word that names nothing in the list is a path, so a
+// number out of range is reported as a file that can't be opened.
+static void take_word(const char *word, const char *const *scripts, size_t count,
+                      void (*take)(const char *path, void *context), void *context)
+{
+    size_t first = 0;
+    size_t last = 0;
+    if (text_compare_nocase(word, "all") == 0 && count > 0) {
+        first = 1;
+        last = count;
+    } else {
+        const char *rest = word;
+        first = last = read_number(&rest, count);
+        if (first != 0 && *rest == '-') {
+            rest++;
+            last = read_number(&rest, count);
+        }
+        if (*rest != '\0')
+            first = 0;
+    }
+    if (first == 0 || last == 0) {
+        take(word, context);
+        return;
+    }
+    for (; first < last; first++)
+        take(scripts[first - 1], context);
+    for (; first > last; first--)
+        take(scripts[first - 1], context);
+    take(scripts[last - 1], context);
+}
+
+static bool is_separator(char c)
+{
+    return c == ',' || text_is(c, CHAR_WHITE);
+}
+
+// Cuts the next word off an answer and steps behind it; null at the end. Quotes keep blanks and commas in a
+// word, as a terminal puts them around a path that is dropped on it.
+static char *next_word(char **answer)
+{
+    char *word = *answer;
+    while (is_separator(*word))
+        word++;
+    if (*word == '\0')
+        return nullptr;
+    char *end = word;
+    if ((*word == '"' || *word == '\'') && strchr(word + 1, *word) != nullptr) {
+        end = strchr(word + 1, *word);
+        word++;
+    } else {
+        while (*end != '\0' && !is_separator(*end))
+            end++;
+    }
+    *answer = *end == '\0' ? end : end + 1;
+    *end = '\0';
+    return word;
+}
+
+static select_result take_answer(const char *const *scripts, size_t count,
+                                 void (*take)(const char *path, void *context), void *context)
+{
+    char *line = nullptr;
+    size_t room = 0;
+    select_result result = SELECT_CANCELED;
+    if (getline(&line, &room, stdin) >= 0) {
+        char *rest = line;
+        for (const char *word = next_word(&rest); word != nullptr; word = next_word(&rest)) {
+            take_word(word, scripts, count, take, context);
+            result = SELECT_TAKEN;
+        }
+    }
+    free(line);
+    return result;
+}
+
+static select_result select_from_list(void (*take)(const char *path, void *context), void *context)
+{
+    byte_list names = {};
+    size_t count = 0;
+    select_result result = SELECT_CANCELED;
+    const char **scripts = find_scripts(&names, &count) ? sort_names(&names, count) : nullptr;
+    if (scripts == nullptr) {
+        tell_no_memory();
+    } else {
+        show_scripts(scripts, count);
+        result = take_answer(scripts, count, take, context);
+    }
+    free(scripts);
+    list_free(&names);
+    return result;
+}
+
+static bool has_display()
+{
+    const char *x11 = getenv("DISPLAY");
+    const char *wayland = getenv("WAYLAND_DISPLAY");
+    return (x11 != nullptr && *x11 != '\0') || (wayland != nullptr && *wayland != '\0');
+}
+
+int plat_select_files(void (*take)(const char *path, void *context), void *context)
+{
+    select_result result = SELECT_MISSING;
+    if (!isatty(STDIN_FILENO))
+        result = select_from_pipe(take, context);
+    else if (has_display())
+        result = select_from_dialog(take, context);
+    if (result == SELECT_MISSING)
+        result = select_from_list(take, context);
+    return result == SELECT_TAKEN ? 0 : -1;
+}
