@@ -12,6 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     harness_reset();
+    (void)pools_init();
     convert_file("fuzz.mrl", harness_source(data, size));
     heap_check(nullptr);
     size_t first_size;
@@ -19,6 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     char *first = harness_text(reinterpret_cast<const uint8_t *>(written), first_size);
 
     harness_reset();
+    (void)pools_init();
     convert_file("fuzz.mrl", harness_source(data, size));
     size_t second_size;
     written = harness_output(&second_size);

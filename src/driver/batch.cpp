@@ -1,6 +1,5 @@
 #include "driver/batch.h"
 
-#include "analysis/arg_fetcher.h"
 #include "analysis/var_store.h"
 #include "driver/statement_loop.h"
 #include "platform/platform.h"
@@ -14,18 +13,15 @@
 
 constexpr uint32_t heap_growth = 4096; // bytes
 
-pool_heap *G3buf;
 pool_heap *Vbuf;
 
 // ---- One file ----
 
-// Makes a file's heaps and starts its tables, in this order. The tables are made for the first file and serve
-// all behind it: fresh ones would have their first pages handed out and cleared by the system for each file.
-// 0, or 1 at the first that can't be had.
-static int pools_init()
+// The tables are made for the first file and serve all behind it: fresh ones would have their first pages
+// handed out and cleared by the system for each file.
+int pools_init()
 {
-    if ((G3buf = heap_create("G3buf", heap_growth)) == nullptr)
-        return 1;
+    plat_prepare_memory();
     if (var_table == nullptr)
         var_table = static_cast<var_rec *>(malloc(var_capacity * sizeof(var_rec)));
     if (var_table == nullptr)
@@ -41,26 +37,10 @@ static int pools_init()
     return 0;
 }
 
-// Takes a block of the run itself. Null if there is no memory.
-static void *g3_alloc(uint32_t size, const char *owner)
+void convert_file(const char *source_name, plat_file *source_stream)
 {
-    return heap_alloc(G3buf, owner, size);
-}
-
-static int setup_alloc()
-{
-    arg_pool = static_cast<char *>(g3_alloc(arg_pool_block, "cl_setup"));
-    return arg_pool != nullptr ? 0 : 1;
-}
-
-int convert_file(const char *source_name, plat_file *source_stream)
-{
-    plat_prepare_memory();
-    if (pools_init() != 0 || setup_alloc() != 0)
-        return BATCH_NO_MEMORY;
     src_open(source_name, source_stream);
     statement_loop();
-    return BATCH_DONE;
 }
 
 // ---- The run ----
@@ -110,6 +90,11 @@ static int convert_pair(const batch_run *run, const char *input_path, const char
         report(run, "Unable to open ", input_path);
         return BATCH_DONE;
     }
+    // An output that is there already is emptied by the opening: when memory runs out it has to be whole.
+    if (pools_init() != 0) {
+        plat_close(&input);
+        return BATCH_NO_MEMORY;
+    }
     plat_file output;
     if (plat_open_output(output_path, &input, &output) != 0) {
         report(run, run->dialog ? "Unable to open " : "Unable to Open file ", output_path);
@@ -117,10 +102,10 @@ static int convert_pair(const batch_run *run, const char *input_path, const char
         return BATCH_DONE;
     }
     out_open(output);
-    int result = convert_file(input_path, &input);
+    convert_file(input_path, &input);
     out_close();
     plat_close(&input);
-    return result;
+    return BATCH_DONE;
 }
 
 // Converts one input path, unless the run is out of memory.
