@@ -40,6 +40,23 @@ static void source_restart(plat_file *source)
     src_open("", source);
 }
 
+// A text to evaluate, with the bytes after it that have to be readable.
+struct expr_text {
+    explicit expr_text(const char *text) : size(strlen(text))
+    {
+        memcpy(bytes, text, size + 1);
+    }
+
+    char bytes[256];
+    size_t size;
+};
+
+static void evaluate(const char *text)
+{
+    expr_text copy(text);
+    (void)eval_expr(copy.bytes, copy.size);
+}
+
 // A store with a few variables in it, and the block that the fetcher keeps values in.
 static void store_start()
 {
@@ -48,11 +65,8 @@ static void store_start()
     static char pool[arg_pool_block];
     arg_pool = pool;
     vars_start(records, heap);
-    for (const char *text : {"v1 = 2.5", "width = 40", "height = 30"}) {
-        char copy[32];
-        strcpy(copy, text);
-        eval_expr(copy);
-    }
+    for (const char *text : {"v1 = 2.5", "width = 40", "height = 30", "i = 2", "DOUBLE a[9]"})
+        evaluate(text);
 }
 
 // Fetches the arguments of one LINE, as the statement loop does it.
@@ -83,15 +97,17 @@ BENCHMARK(getc_block);
 static void eval_text(benchmark::State &state, const char *text)
 {
     store_start();
-    char copy[256];
-    size_t size = strlen(text) + 1;
+    expr_text copy(text);
     for (auto _ : state) {
-        memcpy(copy, text, size);
-        benchmark::DoNotOptimize(eval_expr(copy));
+        benchmark::ClobberMemory();
+        benchmark::DoNotOptimize(eval_expr(copy.bytes, copy.size));
     }
 }
 BENCHMARK_CAPTURE(eval_text, number, "12.5");
 BENCHMARK_CAPTURE(eval_text, variable, "width");
+BENCHMARK_CAPTURE(eval_text, negative, "-5.5");
+BENCHMARK_CAPTURE(eval_text, assignment, "r = v1 + 0.5*r");
+BENCHMARK_CAPTURE(eval_text, element, "a[i+1]");
 BENCHMARK_CAPTURE(eval_text, long,
                   "(width / 2 - 0.5 * sin(30 + v1)) * (height > 20 && width <= 50) + 12.25 - v1");
 BENCHMARK_CAPTURE(eval_text, deep,

@@ -7,6 +7,7 @@
 #include "harness.h"
 
 #include "analysis/declarations.h"
+#include "analysis/expr_lexer.h"
 #include "analysis/var_store.h"
 #include "source/src_stream.h"
 #include "support/pool_heap.h"
@@ -50,7 +51,7 @@ static char *rest_of_line()
 {
     static char line[4096];
     int32_t size = src_read_line(line, sizeof line - 1);
-    return harness_text(reinterpret_cast<const uint8_t *>(line), static_cast<size_t>(size));
+    return harness_text(reinterpret_cast<const uint8_t *>(line), static_cast<size_t>(size), lex_slack);
 }
 
 static void run_line(int reader)

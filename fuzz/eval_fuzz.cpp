@@ -2,6 +2,7 @@
 #include "harness.h"
 
 #include "analysis/expr_eval.h"
+#include "analysis/expr_lexer.h"
 #include "analysis/var_store.h"
 #include "support/pool_heap.h"
 
@@ -25,12 +26,15 @@ static bool may_be_enclosed(const uint8_t *text, size_t size)
     return true;
 }
 
+// Evaluates a text that is followed by other characters. It stays as it is.
 static bool evaluate(const uint8_t *data, size_t size, double *value)
 {
-    char *text = harness_text(data, size);
-    const double *result = eval_expr(text);
+    char *text = harness_text(data, size, lex_slack);
+    const double *result = eval_expr(text, size);
     if (result != nullptr)
         *value = *result;
+    harness_expect(memcmp(text, data, size) == 0, "a text isn't changed");
+    harness_expect(eval_first_name_end <= size, "a first name ends inside its text");
     free(text);
     return result != nullptr;
 }
@@ -66,8 +70,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         auto length = static_cast<size_t>(line_end - data);
         double value = 0;
         bool valid = evaluate(data, length, &value);
+        size_t first_name_end = eval_first_name_end;
         if (may_be_enclosed(data, length))
             check_enclosed(data, length, valid, value);
+        // The variables may have changed, the text hasn't.
+        (void)evaluate(data, length, &value);
+        harness_expect(eval_first_name_end == first_name_end, "a text has one first name");
         data = line_end + 1;
     }
     heap_check(nullptr);

@@ -101,12 +101,13 @@ void harness_start_file()
     labels_start(label_table);
 }
 
-char *harness_text(const uint8_t *data, size_t size)
+char *harness_text(const uint8_t *data, size_t size, size_t slack)
 {
-    char *text = static_cast<char *>(malloc(size + 1));
+    char *text = static_cast<char *>(malloc(size + 1 + slack));
     harness_expect(text != nullptr, "memory");
     memcpy(text, data, size);
     text[size] = 0;
+    memset(text + size + 1, '7', slack);
     return text;
 }
 

@@ -25,8 +25,9 @@ plat_file *harness_source(const uint8_t *data, size_t size);
 // What was written since the last reset.
 const char *harness_output(size_t *size);
 
-// A copy of a text with a NUL behind it, and nothing that may be touched behind that; to be freed.
-char *harness_text(const uint8_t *data, size_t size);
+// A copy of a text with a NUL and slack bytes after it, and nothing that may be touched after those; to be
+// freed.
+char *harness_text(const uint8_t *data, size_t size, size_t slack = 0);
 
 // Ends the process with a report if condition is false.
 void harness_expect(bool condition, const char *what);

@@ -47,7 +47,8 @@ bool arg_store_number(uint8_t type)
     if (arg_line_used > arg_text_room)
         return false;
     slot_set_text(line_buf, static_cast<uint32_t>(arg_line_used), false);
-    const double *value = eval_expr(line_buf);
+    const double *value = eval_expr(line_buf, static_cast<size_t>(arg_line_used));
+    line_buf[eval_first_name_end] = 0;
     if (value == nullptr)
         return false;
     if (type == ARG_DOUBLE) {

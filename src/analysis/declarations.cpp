@@ -98,18 +98,18 @@ static void drop_white(char *text)
 
 // Value of a subscript's text: plain digits are decimal, anything else is evaluated. False if it is no
 // expression.
-static bool subscript_value(char *text, int32_t *value)
+static bool subscript_value(const char *text, size_t size, int32_t *value)
 {
     int64_t number = 0;
     const char *c = text;
     for (; text_is(*c, CHAR_DIGIT); c++)
         if (number <= INT32_MAX)
             number = number * 10 + (*c - '0');
-    if (*c == 0) {
+    if (c == text + size) {
         *value = number <= INT32_MAX ? static_cast<int32_t>(number) : -1;
         return true;
     }
-    const double *result = eval_expr(text);
+    const double *result = eval_expr(text, size);
     if (result == nullptr)
         return false;
     *value = int_from_double(*result);
@@ -133,8 +133,7 @@ int32_t parse_var_ref(char *text, int32_t max_dims, int32_t *dims)
         char *close = strchr(subscript, ']');
         if (close == nullptr || close == subscript || count == max_dims)
             return -1;
-        *close = 0;
-        if (!subscript_value(subscript, &dims[count++]))
+        if (!subscript_value(subscript, static_cast<size_t>(close - subscript), &dims[count++]))
             return -1;
         c = close + 1;
     }

@@ -28,5 +28,6 @@ char *next_item(char *text, char **next, int *delimiter);
 
 // Reads a reference name[i][j]..., white space anywhere: the text is the bare name afterwards, dims the
 // values of the subscripts. Gives their number, at most max_dims, or -1 for a bad reference. A subscript
-// that no 32-bit integer holds reads as -1, which no variable takes.
+// that no 32-bit integer holds reads as -1, which no variable takes. lex_slack bytes after the text have to
+// be readable.
 int32_t parse_var_ref(char *text, int32_t max_dims, int32_t *dims);

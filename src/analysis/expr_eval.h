@@ -2,21 +2,23 @@
 // one pass.
 //
 // There is no expression tree: each rule acts when its right side is complete, in the order of the text,
-// and what it did stays done if the text fails further on. A rule is completed before the token behind it
+// and what it did stays done if the text fails further on. A rule is completed before the token after it
 // is judged. Nothing is executed: an assignment changes the variable store, and that is all. No failure
 // reaches the user; the callers know it from the null.
 #pragma once
 
+#include <stddef.h>
 #include <stdint.h>
 
-// Evaluates a NUL-terminated text, which is changed in place (see the lexer). Gives the value, valid until
-// the next evaluation, or null: for a text that is no expression, for an empty one and for a declaration,
-// even a successful one.
-const double *eval_expr(char *text);
+// Evaluates a text of size characters, none of them a NUL, which isn't changed; lex_slack bytes after it have
+// to be readable. Gives the value, valid until the next evaluation, or null: for a text that is no
+// expression, for one of more than lex_text_max characters, for an empty one and for a declaration, even a
+// successful one.
+const double *eval_expr(const char *text, size_t size);
+
+// After an evaluation: the characters up to the end of the text's first name, keywords included, or all of
+// them if no name was read. That much of the text is left for whoever prints it after a failure.
+extern size_t eval_first_name_end;
 
 // The hook that is told each failure as a message; null: nobody listens.
 extern void (*expr_error)(const char *message);
-
-// A value with a foot or inch mark in drawing units. unit is a unit code: 0 inch, 1 millimetre, 2 foot,
-// 3 centimetre, 4 yard, 5 metre.
-double to_drawing_units(double value, int unit);

@@ -1,12 +1,19 @@
 #include "analysis/expr_lexer.h"
 
 #include "support/number.h"
+#include "support/scan.h"
 #include "support/text.h"
 #include "support/word_index.h"
 
 #include <string.h>
 
 lex_state lex;
+
+// Strings are decoded to here. Where one has no terminator, its decoded text is also what is read next.
+static char lex_decoded[lex_text_max + lex_slack];
+static bool reads_decoded; // pos and end are in lex_decoded
+
+// ---- Keywords ----
 
 struct expr_keyword {
     char name[8];
@@ -27,175 +34,117 @@ constexpr int keyword_count = sizeof expr_keyword_table / sizeof expr_keyword_ta
 static_assert(keyword_count == 15, "a row for each keyword");
 static constexpr auto keyword_index = word_index_make<256>(expr_keyword_table);
 
+constexpr size_t keyword_shortest = 3;
+constexpr size_t keyword_longest = 7;
+
+// Sets the token of a name: a keyword, in any case, or TOKEN_NAME.
+static void token_of_name()
+{
+    lex.token = TOKEN_NAME;
+    if (lex.name.size < keyword_shortest || lex.name.size > keyword_longest)
+        return;
+    int32_t row = word_index_find(keyword_index, lex.name.text, lex.name.size);
+    if (row >= 0) {
+        lex.token = expr_keyword_table[row].token;
+        lex.type_code = expr_keyword_table[row].value;
+    }
+}
+
+// ---- Tokens ----
+
 bool lex_starts_operand(char c)
 {
     return text_is(c, CHAR_WHITE | CHAR_LETTER | CHAR_DIGIT) || strchr("$@.(~+-", c) != nullptr;
 }
 
-bool lex_is_keyword(const char *name, size_t size)
-{
-    return word_index_find(keyword_index, name, size) >= 0;
-}
-
-bool lex_is_bare_name(const char *text)
-{
-    if (!text_is(*text, CHAR_LETTER))
-        return false;
-    const char *end = text + 1;
-    while (text_is(*end, CHAR_WORD))
-        end++;
-    return *end == 0 && !lex_is_keyword(text, static_cast<size_t>(end - text));
-}
-
-void lex_start(char *text)
+void lex_start(const char *text, size_t size)
 {
     lex.pos = text;
-    lex.saved = 0;
-    lex.name_seen = false;
+    lex.end = text + size;
+    lex.first_name_end = nullptr;
+    reads_decoded = false;
 }
 
-// A letter; $ or $$ and a letter; @ and a letter or a digit. rest is the text behind c.
-static bool starts_name(char c, const char *rest)
+// True if the character at a place, which may be the end of the text, has one of the classes.
+static bool text_has(const char *place, unsigned classes)
 {
-    if (text_is(c, CHAR_LETTER))
-        return true;
-    if (c == '$')
-        return text_is(rest[rest[0] == '$'], CHAR_LETTER);
-    return c == '@' && text_is(rest[0], CHAR_LETTER | CHAR_DIGIT);
+    return place < lex.end && text_is(*place, classes);
 }
 
-// A name whose $ or @ ended the name before it: in the text stands the NUL that ends that one, and has to
-// stay. Such a name gets a place of its own; two of them in turn, as the parser looks one token ahead.
-static char *name_restore(char c, const char *rest)
+// The end of the letters, digits and underscores from a place on.
+static const char *word_end(const char *place)
 {
-    static char restored[2][lex_name_length + 1];
-    static int turn;
-    char *name = restored[turn];
-    turn = 1 - turn;
-    name[0] = c;
-    int32_t used = 1;
-    while (used < lex_name_length && (text_is(*rest, CHAR_WORD) || (used == 1 && *rest == '$')))
-        name[used++] = *rest++;
-    name[c == '@' && used > lex_system_length ? lex_system_length : used] = 0;
-    return name;
+    return reinterpret_cast<const char *>(scan_word(reinterpret_cast<const unsigned char *>(place),
+                                                    reinterpret_cast<const unsigned char *>(lex.end)));
 }
 
-// Reads the name that begins with c at start, which holds a NUL if c was saved.
-static int16_t lex_name(char c, char *start)
+// Reads the name at pos, whose word characters begin at word. A name that is too long loses its surplus, but
+// not at the end of the text.
+static void lex_name(const char *word, ptrdiff_t limit)
 {
-    lex.name_seen = true;
-    lex.name = *start == c ? start : name_restore(c, start + 1);
-    char *end = start + 1;
-    if (c == '$')
-        end++;
-    while (text_is(*end, CHAR_WORD))
-        end++;
-    int32_t limit = c == '@' ? lex_system_length : lex_name_length;
+    const char *start = lex.pos;
+    const char *end = word_end(word);
     lex.pos = end;
-    if (*end != 0 && end - start > limit) {
-        start[limit] = 0;
-    } else if (*end != 0) {
-        if (!text_is(*end, CHAR_WHITE))
-            lex.saved = *end;
-        *end = 0;
-        lex.pos = end + 1;
-    }
-    int32_t row = word_index_find(keyword_index, lex.name, strlen(lex.name));
-    if (row < 0)
-        return TOKEN_NAME;
-    lex.type_code = expr_keyword_table[row].value;
-    return expr_keyword_table[row].token;
+    if (end < lex.end && end - start > limit)
+        end = start + limit;
+    lex.name = lex_piece{start, static_cast<size_t>(end - start)};
+    if (lex.first_name_end == nullptr)
+        lex.first_name_end = end;
+    token_of_name();
 }
 
-// Digits of an octal or hexadecimal number: a 32-bit signed integer, wrapping.
-static int16_t lex_based(unsigned digit_class, uint32_t base)
+// A $ or @ at pos: begins a name, $ or $$ and a letter, or @ and a letter or a digit; or is a token.
+static void lex_prefix(char c)
 {
-    uint32_t value = 0;
-    for (; text_is(*lex.pos, digit_class); lex.pos++) {
-        int digit = char_lower(static_cast<unsigned char>(*lex.pos));
-        value = value * base + static_cast<uint32_t>(digit <= '9' ? digit - '0' : digit - 'a' + 10);
-    }
-    lex.number = wrap_int32(value);
-    return TOKEN_NUMBER;
-}
-
-static int16_t lex_decimal(char c)
-{
-    double mantissa = 0;
-    uint32_t fraction_digits = 0;
-    char *pos = lex.pos;
-    for (; text_is(c, CHAR_DIGIT); c = *pos++)
-        mantissa = mantissa * 10 + (c - '0');
-    if (c == '.') {
-        for (c = *pos++; text_is(c, CHAR_DIGIT); c = *pos++) {
-            mantissa = mantissa * 10 + (c - '0');
-            fraction_digits++;
-        }
-    }
-    uint32_t exponent = 0;
-    if (c == 'd' || c == 'D' || c == 'e' || c == 'E') {
-        c = *pos++;
-        bool minus = c == '-';
-        if (c == '-' || c == '+')
-            c = *pos++;
-        for (; text_is(c, CHAR_DIGIT); c = *pos++)
-            exponent = exponent * 10 + static_cast<uint32_t>(c - '0');
-        if (minus)
-            exponent = 0 - exponent;
-    }
-    lex.pos = pos - 1;
-    lex.number = mantissa * power_of_ten(wrap_int32(exponent - fraction_digits));
-    return TOKEN_NUMBER;
-}
-
-static int16_t lex_number(char c)
-{
-    if (c == '0' && text_is(lex.pos[0], CHAR_OCTAL))
-        return lex_based(CHAR_OCTAL, 8);
-    if (c == '0' && (lex.pos[0] == 'x' || lex.pos[0] == 'X') && text_is(lex.pos[1], CHAR_HEX)) {
+    const char *word = lex.pos + 1;
+    if (c == '$' && word < lex.end && *word == '$')
+        word++;
+    if (text_has(word, c == '$' ? CHAR_LETTER : CHAR_LETTER | CHAR_DIGIT)) {
+        lex_name(word, c == '$' ? lex_name_length : lex_system_length);
+    } else {
         lex.pos++;
-        return lex_based(CHAR_HEX, 16);
+        lex.token = static_cast<unsigned char>(c);
     }
-    return lex_decimal(c);
 }
 
-int16_t expr_lex()
+void lex_next()
 {
-    char c = lex.saved;
-    lex.saved = 0;
-    if (c == 0)
-        c = *lex.pos++;
-    while (text_is(c, CHAR_WHITE))
-        c = *lex.pos++;
-    if (starts_name(c, lex.pos))
-        return lex_name(c, lex.pos - 1);
-    if (text_is(c, CHAR_DIGIT) || c == '.')
-        return lex_number(c);
-    if (c == 0)
-        return TOKEN_END;
-    if (c == '=' && *lex.pos == '=') {
+    while (text_has(lex.pos, CHAR_WHITE))
         lex.pos++;
-        return TOKEN_EQEQ;
+    if (lex.pos == lex.end) {
+        lex.token = TOKEN_END;
+        return;
     }
-    return static_cast<unsigned char>(c);
+    char c = *lex.pos;
+    if (text_is(c, CHAR_LETTER)) {
+        lex_name(lex.pos, lex_name_length);
+        return;
+    }
+    if (text_is(c, CHAR_DIGIT) || c == '.') {
+        lex.pos = number_scan(lex.pos, lex.end, &lex.number);
+        lex.token = TOKEN_NUMBER;
+        return;
+    }
+    if (c == '$' || c == '@') {
+        lex_prefix(c);
+        return;
+    }
+    lex.pos++;
+    if (c == '=' && lex.pos < lex.end && *lex.pos == '=') {
+        lex.pos++;
+        lex.token = TOKEN_EQEQ;
+    } else {
+        lex.token = c == 0 ? +TOKEN_END : static_cast<unsigned char>(c);
+    }
 }
 
 void lex_finish()
 {
-    while (!lex.name_seen && expr_lex() != TOKEN_END) {
-    }
+    while (lex.first_name_end == nullptr && lex.token != TOKEN_END)
+        lex_next();
 }
 
-void lex_cut(char *text)
-{
-    lex_start(text);
-    lex_finish();
-}
-
-static bool is_octal_triple(const char *text)
-{
-    return text_is(text[0], CHAR_OCTAL) && text_is(text[1], CHAR_OCTAL) && text_is(text[2], CHAR_OCTAL);
-}
+// ---- Strings ----
 
 static int hex_digit(char c)
 {
@@ -203,15 +152,15 @@ static int hex_digit(char c)
     return digit <= '9' ? digit - '0' : digit - 'a' + 10;
 }
 
-// Decodes the escape whose backslash *from stands on, and moves *from behind it.
-static char decode_escape(char **from)
+// Decodes the escape at *from, the character after its backslash, and moves *from after it.
+static char decode_escape(const char **from)
 {
-    char *text = *from + 1;
-    if (is_octal_triple(text)) {
+    const char *text = *from;
+    if (text_has(text, CHAR_OCTAL) && text_has(text + 1, CHAR_OCTAL) && text_has(text + 2, CHAR_OCTAL)) {
         *from = text + 3;
         return static_cast<char>((text[0] - '0') * 64 + (text[1] - '0') * 8 + (text[2] - '0'));
     }
-    if (text[0] == 'x' && text_is(text[1], CHAR_HEX) && text_is(text[2], CHAR_HEX)) {
+    if (text[0] == 'x' && text_has(text + 1, CHAR_HEX) && text_has(text + 2, CHAR_HEX)) {
         *from = text + 3;
         return static_cast<char>(hex_digit(text[1]) * 16 + hex_digit(text[2]));
     }
@@ -226,28 +175,29 @@ static char decode_escape(char **from)
     }
 }
 
-char *expr_read_string(char terminator)
+lex_piece lex_string(char terminator)
 {
-    static char empty[1];
-    char *start = lex.pos;
+    // A text that was decoded already is decoded again in its place: names before it are in use.
+    char *start = reads_decoded ? lex_decoded + (lex.pos - lex_decoded) : lex_decoded;
     char *to = start;
-    char *from = start;
-    while (*from != terminator && *from != 0 && !(*from == '\\' && from[1] == 0)) {
-        if (*from == '\\')
-            *to++ = decode_escape(&from);
-        else
-            *to++ = *from++;
+    const char *from = lex.pos;
+    while (from < lex.end && *from != terminator && !(*from == '\\' && from + 1 == lex.end)) {
+        char c = *from++;
+        *to++ = c == '\\' ? decode_escape(&from) : c;
     }
-    bool terminated = *from == terminator;
-    // The escapes took more room than their bytes: the rest of the text moves down behind what was decoded.
-    if (to != from)
-        memmove(to, from, strlen(from) + 1);
-    if (!terminated) {
-        empty[0] = 0;
-        return empty;
+    bool terminated = from < lex.end && *from == terminator;
+    if (!terminated && from < lex.end)
+        *to++ = '\\';
+    // A decoded NUL ends the text.
+    lex_piece string{start, strnlen(start, static_cast<size_t>(to - start))};
+    if (terminated) {
+        lex.pos = from;
+        return string;
     }
-    *to = 0;
-    lex.pos = to + 1;
-    lex.saved = terminator;
-    return start;
+    // Kept: what an unterminated string was decoded to is read as tokens, so that a decoded quote can close
+    // it, as an empty string.
+    reads_decoded = true;
+    lex.pos = start;
+    lex.end = start + string.size;
+    return lex_piece{start, 0};
 }

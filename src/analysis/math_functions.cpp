@@ -3,7 +3,6 @@
 #include "support/word_index.h"
 
 #include <math.h>
-#include <string.h>
 
 // Rounded values, and results show it: scripts were written against these.
 constexpr double deg_to_rad = 0.017453292520882225;
@@ -50,12 +49,7 @@ static constexpr auto math_func_index = word_index_make<256>(math_func_table);
 static constexpr const math_func *math_sqrt = &math_func_table[18];
 static_assert(math_sqrt->name[1] == 'q', "the row of sqrt");
 
-const math_func *math_find(const char *name)
-{
-    return math_find_sized(name, strlen(name));
-}
-
-const math_func *math_find_sized(const char *name, size_t size)
+const math_func *math_find(const char *name, size_t size)
 {
     int row = word_index_find(math_func_index, name, size);
     return row < 0 ? nullptr : &math_func_table[row];

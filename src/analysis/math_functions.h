@@ -19,9 +19,8 @@ struct math_func {
     uint32_t flags;
 };
 
-// The row of a function's name in any case, or null.
-const math_func *math_find(const char *name);
-const math_func *math_find_sized(const char *name, size_t size);
+// The row of a function's name of size characters, in any case, or null.
+const math_func *math_find(const char *name, size_t size);
 
 // Calls a function with as many arguments as its row has; angles among them are converted in place. Gives
 // the result in *value; false for the square root of a negative number.

@@ -129,9 +129,7 @@ static bool read_and_evaluate(const char *word, int32_t length, statement_span *
     *line = statement_read(word, length);
     if (line->size == 0 || !lex_starts_operand(line->text[0]))
         return false;
-    memcpy(stmt_text, line->text, line->size);
-    stmt_text[line->size] = 0;
-    return eval_expr(stmt_text) != nullptr;
+    return eval_expr(line->text, line->size) != nullptr;
 }
 
 static int32_t assignment_statement(const char *word, int32_t length, statement_kind *kind)

@@ -5,8 +5,8 @@
 
 #include <string.h>
 
-char line_buf[line_buf_capacity + 1];
-char stmt_text[line_buf_capacity + 4];
+char line_buf[line_buf_capacity + 16];
+char stmt_text[line_buf_capacity + 16];
 
 statement_span statement_read(const char *word, int32_t length)
 {

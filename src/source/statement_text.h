@@ -39,10 +39,10 @@ constexpr int32_t line_buf_capacity = 3900; // characters of a statement's text
 
 // A line that has to be copied: of an ON, an ARRAY, initial values. After a failed fetch it holds what is
 // left of the statement, which the statement loop prints.
-extern char line_buf[line_buf_capacity + 1];
+extern char line_buf[line_buf_capacity + 16];
 
 // The copy of a declaration's text, which is cut up.
-extern char stmt_text[line_buf_capacity + 4];
+extern char stmt_text[line_buf_capacity + 16];
 
 // A text in the source's window, valid until the source is read on.
 struct statement_span {

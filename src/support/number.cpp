@@ -43,3 +43,78 @@ double power_of_ten_slow(int32_t n)
         powers_of_ten[n + powers_kept] = power;
     return power;
 }
+
+// ---- Numbers of expressions ----
+
+// The digits of an octal or hexadecimal number.
+static const char *scan_based(const char *c, const char *end, unsigned digit_class, uint32_t base,
+                              double *value)
+{
+    uint32_t number = 0;
+    for (; c < end && text_is(*c, digit_class); c++) {
+        int digit = char_lower(static_cast<unsigned char>(*c));
+        number = number * base + static_cast<uint32_t>(digit <= '9' ? digit - '0' : digit - 'a' + 10);
+    }
+    *value = wrap_int32(number);
+    return c;
+}
+
+// The digits of a decimal number without its point, gathered one after the other as a double would: as long
+// as that is exact in an integer, which is faster, and from then on in a double.
+struct mantissa {
+    uint64_t whole;
+    double large; // 0: whole holds them all
+};
+
+constexpr uint64_t whole_full = 900719925474099; // from here on another digit may be too much for 53 bits
+
+static inline const char *scan_digits(const char *c, const char *end, mantissa *digits)
+{
+    while (c < end && text_is(*c, CHAR_DIGIT) && digits->whole < whole_full)
+        digits->whole = digits->whole * 10 + static_cast<uint64_t>(*c++ - '0');
+    if (c < end && text_is(*c, CHAR_DIGIT)) {
+        if (digits->large == 0)
+            digits->large = static_cast<double>(digits->whole);
+        while (c < end && text_is(*c, CHAR_DIGIT))
+            digits->large = digits->large * 10 + (*c++ - '0');
+    }
+    return c;
+}
+
+// The exponent after its letter: a sign, or none, and digits, or none.
+static const char *scan_exponent(const char *c, const char *end, uint32_t *exponent)
+{
+    bool minus = c < end && *c == '-';
+    if (c < end && (*c == '-' || *c == '+'))
+        c++;
+    uint32_t number = 0;
+    for (; c < end && text_is(*c, CHAR_DIGIT); c++)
+        number = number * 10 + static_cast<uint32_t>(*c - '0');
+    *exponent = minus ? 0 - number : number;
+    return c;
+}
+
+const char *number_scan(const char *text, const char *end, double *value)
+{
+    if (*text == '0' && end - text > 1) {
+        if (text_is(text[1], CHAR_OCTAL))
+            return scan_based(text + 1, end, CHAR_OCTAL, 8, value);
+        if ((text[1] == 'x' || text[1] == 'X') && end - text > 2 && text_is(text[2], CHAR_HEX))
+            return scan_based(text + 2, end, CHAR_HEX, 16, value);
+    }
+    mantissa digits{0, 0};
+    uint32_t exponent = 0;
+    uint32_t fraction_digits = 0;
+    const char *c = scan_digits(text, end, &digits);
+    if (c < end && *c == '.') {
+        const char *fraction = c + 1;
+        c = scan_digits(fraction, end, &digits);
+        fraction_digits = static_cast<uint32_t>(c - fraction);
+    }
+    if (c < end && ((*c | 0x20) == 'd' || (*c | 0x20) == 'e'))
+        c = scan_exponent(c + 1, end, &exponent);
+    double number = digits.large != 0 ? digits.large : static_cast<double>(digits.whole);
+    int32_t power = wrap_int32(exponent - fraction_digits);
+    *value = power != 0 ? number * power_of_ten(power) : number;
+    return c;
+}

@@ -23,6 +23,14 @@ inline const unsigned char *scan_word_portable(const unsigned char *text)
     return text;
 }
 
+// The same in a text that ends at end, whatever stands there.
+inline const unsigned char *scan_word_portable(const unsigned char *text, const unsigned char *end)
+{
+    while (text < end && (char_classes.bits[*text] & CHAR_WORD) != 0)
+        text++;
+    return text;
+}
+
 // The first character from text on that isn't simply part of a raw text: the comma, the parentheses, and
 // whatever is no printable ASCII character.
 inline const unsigned char *scan_raw_portable(const unsigned char *text)
@@ -108,16 +116,33 @@ inline unsigned scan_lowest(uint32_t bits)
     return static_cast<unsigned>(__builtin_ctz(bits));
 }
 
+// Those of 16 characters that are no letter, digit or underscore, a bit for each.
+inline uint32_t scan_word_others(const unsigned char *text)
+{
+    __m128i characters = scan_load(text);
+    __m128i letter = scan_between(_mm_or_si128(characters, _mm_set1_epi8('a' - 'A')), 'a', 'z');
+    __m128i word = _mm_or_si128(letter, scan_between(characters, '0', '9'));
+    return scan_bits(_mm_or_si128(word, scan_equal(characters, '_'))) ^ 0xFFFF;
+}
+
 inline const unsigned char *scan_word(const unsigned char *text)
 {
-    for (;; text += 16) {
-        __m128i characters = scan_load(text);
-        __m128i letter = scan_between(_mm_or_si128(characters, _mm_set1_epi8('a' - 'A')), 'a', 'z');
-        __m128i word = _mm_or_si128(letter, scan_between(characters, '0', '9'));
-        uint32_t others = scan_bits(_mm_or_si128(word, scan_equal(characters, '_'))) ^ 0xFFFF;
-        if (others != 0)
-            return text + scan_lowest(others);
+    uint32_t others;
+    while ((others = scan_word_others(text)) == 0)
+        text += 16;
+    return text + scan_lowest(others);
+}
+
+inline const unsigned char *scan_word(const unsigned char *text, const unsigned char *end)
+{
+    for (; text < end; text += 16) {
+        uint32_t others = scan_word_others(text);
+        if (others != 0) {
+            text += scan_lowest(others);
+            return text < end ? text : end;
+        }
     }
+    return end;
 }
 
 inline const unsigned char *scan_raw(const unsigned char *text)
@@ -182,6 +207,11 @@ inline bool scan_is_number(const unsigned char *text, size_t size)
 inline const unsigned char *scan_word(const unsigned char *text)
 {
     return scan_word_portable(text);
+}
+
+inline const unsigned char *scan_word(const unsigned char *text, const unsigned char *end)
+{
+    return scan_word_portable(text, end);
 }
 
 inline const unsigned char *scan_raw(const unsigned char *text)

@@ -1,7 +1,7 @@
 // Declarations: how a list is cut up, what a reference says, and what enters the store.
 #include "analysis/declarations.h"
 
-#include "analysis/expr_eval.h"
+#include "analysis/expr_lexer.h"
 #include "analysis/var_store.h"
 #include "common/diff.h"
 #include "common/run.h"
@@ -110,10 +110,9 @@ TEST(declarations, read_a_reference)
         {"v(1)", 5, -1, "", {}},
     };
     file_objects();
-    char two[] = "two = 2";
-    eval_expr(two);
+    evaluate("two = 2");
     for (const auto &c : cases) {
-        std::string text = c.text;
+        std::string text = c.text + std::string(lex_slack, 0);
         int32_t dims[5];
         ASSERT_EQ(parse_var_ref(text.data(), c.max_dims, dims), c.count) << c.text;
         if (c.count < 0)
@@ -205,12 +204,11 @@ TEST(declarations, give_an_array_new_dimensions)
     output_capture output;
     const int32_t three = 3;
     var_make("a", 1, VAR_INT, 1, &three);
-    char text[] = "a[1] = 5", word[] = "INT";
-    eval_expr(text);
+    char word[] = "INT";
+    evaluate("a[1] = 5");
     EXPECT_EQ(decl_statement(word), STATEMENT_TEXT);
     EXPECT_EQ(store_now(), "a:5[4]");
-    char again[] = "a[1]";
-    EXPECT_EQ(*eval_expr(again), 0);
+    EXPECT_EQ(*evaluate("a[1]"), 0);
 }
 
 TEST(declarations, fill_arrays)
@@ -263,8 +261,7 @@ TEST(declarations, fill_arrays)
     for (const auto &c : cases) {
         reset_run();
         script_source source(c.text);
-        std::string declared = c.declared;
-        eval_expr(declared.data());
+        evaluate(c.declared);
         output_capture output;
         char word[word_size] = "ARRAY";
         EXPECT_EQ(array_statement(word), c.result) << escaped(c.text);
@@ -295,10 +292,10 @@ TEST(declarations, read_a_long_line_of_values_in_pieces)
     std::string values = "{" + times(254, "1,") + "1234,8}"; // the seam cuts 1234 in two
     script_source source("v[300] =" + values + "\nn");
     output_capture output;
-    char word[word_size] = "ARRAY", text[] = "v[254] * 100 + v[255] * 10 + v[256]";
+    char word[word_size] = "ARRAY";
     EXPECT_EQ(array_statement(word), STATEMENT_DONE);
     EXPECT_EQ(output.text(), "ARRAY v[300] =" + values + "\n");
-    EXPECT_EQ(*eval_expr(text), 1548);
+    EXPECT_EQ(*evaluate("v[254] * 100 + v[255] * 10 + v[256]"), 1548);
     EXPECT_EQ(src_getc(), 'n');
 }
 

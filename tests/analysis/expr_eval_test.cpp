@@ -1,6 +1,8 @@
 // The evaluator: values, failures with their messages, and effects that stay.
 #include "analysis/expr_eval.h"
 
+#include "analysis/expr_lexer.h"
+#include "analysis/expr_operators.h"
 #include "analysis/math_functions.h"
 #include "analysis/var_store.h"
 #include "common/diff.h"
@@ -33,10 +35,13 @@ protected:
 };
 
 // The value of a text in the shortest form that keeps it, or "null" with the messages behind it.
-static std::string value_of(std::string text)
+static std::string value_of(const std::string &text)
 {
     messages.clear();
-    const double *value = eval_expr(text.data());
+    std::string bytes = text + "1\"])" + std::string(lex_slack, '0');
+    const std::string before = bytes;
+    const double *value = eval_expr(bytes.data(), text.size());
+    EXPECT_EQ(bytes, before);
     if (value != nullptr) {
         char number[40];
         for (int digits = 15; digits <= 17; digits++) {
@@ -392,6 +397,61 @@ TEST_F(expr_eval_test, assigns_strings)
         {"@s = \"a\"", "null: syntax error"},
         {"1 + $s = \"abc\"", "4"},
     });
+}
+
+// A string without its closing quote is decoded all the same, and read as tokens: a decoded quote closes it,
+// as an empty one. Whatever follows in that text may be a string again.
+TEST_F(expr_eval_test, reads_what_an_unterminated_string_was_decoded_to)
+{
+    expect_values({
+        {"$s = \"ab\"", "2"},
+        {"$s = \"\\\"", "0"},
+        {"SIZEOF($s)", "1"},
+        {"$s = \"\\x22 + 7", "7"},
+        {"$s = \"\\\" + $t = \\\"xyz\\\"", "3"},
+        {"SIZEOF($t)", "4"},
+        {"$t[2]", "122"},
+        {"$s = \"\\\" + $t = \\\"\\\\\\\"", "0"}, // decoded twice
+        {"SIZEOF($t)", "1"},
+        {"$s = \"\\\"\\000 + ) abc", "0"},
+        {"$s = \"abc\\\"", "null: syntax error"},
+        {"COPSIZE(\\)", "0"},
+        {"$s = \"\\\" $x[1]", "null: syntax error"},
+    });
+}
+
+// How much of a text is left for whoever prints it.
+TEST_F(expr_eval_test, tells_where_the_first_name_ends)
+{
+    static const struct {
+        const char *text;
+        size_t end;
+    } cases[] = {
+        {"x + 2", 1},           {"1 + x", 5},        {"1 + 2", 5},
+        {"1 ) 2", 5},           {"1 ) ab cd", 6},    {"", 0},
+        {"INT q, r", 3},        {"2 INT", 5},        {"$s = \"\\101 b\"", 2},
+        {"1 / 0 + ab cd", 10},  {"sqrt(-1) + b", 4}, {"COPSIZE(\\101)", 7},
+        {"$s = \"\\\" ) b", 2},
+    };
+    for (const auto &c : cases) {
+        value_of(c.text);
+        EXPECT_EQ(eval_first_name_end, c.end) << c.text;
+    }
+    // An overflow ends at once, with no name read.
+    value_of(times(60, "(") + "ab cd");
+    EXPECT_EQ(eval_first_name_end, 65u);
+    value_of(times(51, "-") + "ab cd");
+    EXPECT_EQ(eval_first_name_end, 56u);
+    value_of(times(50, "-") + "ab cd");
+    EXPECT_EQ(eval_first_name_end, 52u);
+}
+
+TEST_F(expr_eval_test, refuses_a_text_that_is_too_long)
+{
+    EXPECT_EQ(value_of("1" + times(lex_text_max - 1, " ")), "1");
+    EXPECT_EQ(value_of("1" + times(lex_text_max, " ")), "null");
+    EXPECT_EQ(value_of("$s = \"" + times(lex_text_max - 7, "s") + "\""), std::to_string(lex_text_max - 7));
+    EXPECT_EQ(value_of("$s = \"" + times(lex_text_max - 6, "s")), "null: syntax error");
 }
 
 // What was done before a fault stays done.

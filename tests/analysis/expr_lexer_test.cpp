@@ -9,21 +9,22 @@
 #include <math.h>
 #include <string.h>
 
-// A copy of a text that the lexer may cut up.
+// A text, with what may stand after one in memory.
 struct lex_text {
-    explicit lex_text(const std::string &text) : bytes(text.begin(), text.end())
+    explicit lex_text(const std::string &text, const std::string &after = "7e1.x\"])'")
+        : bytes(text + after + std::string(lex_slack, 'z')), size(text.size())
     {
-        bytes.push_back(0);
-        lex_start(bytes.data());
+        lex_start(bytes.data(), size);
     }
 
-    std::string now() const
-    {
-        return std::string(bytes.data(), bytes.size() - 1);
-    }
-
-    std::vector<char> bytes;
+    std::string bytes;
+    size_t size;
 };
+
+static std::string text_of(const lex_piece &piece)
+{
+    return std::string(piece.text, piece.size);
+}
 
 static std::string number_text(double value)
 {
@@ -38,23 +39,23 @@ static std::string tokens(const std::string &text)
     lex_text copy(text);
     std::string result;
     for (;;) {
-        int16_t token = expr_lex();
-        if (token == TOKEN_END)
+        lex_next();
+        if (lex.token == TOKEN_END)
             return result;
         if (!result.empty())
             result += ' ';
-        switch (token) {
+        switch (lex.token) {
         case TOKEN_NUMBER: result += "#" + number_text(lex.number); break;
-        case TOKEN_NAME: result += lex.name; break;
+        case TOKEN_NAME: result += text_of(lex.name); break;
         case TOKEN_TYPEWORD: result += "T" + std::to_string(lex.type_code); break;
         case TOKEN_ARRAY: result += "ARRAY!"; break;
         case TOKEN_SIZEOF: result += "SIZEOF!"; break;
         case TOKEN_COPSIZE: result += "COPSIZE!"; break;
         case TOKEN_EQEQ: result += "EQEQ"; break;
         default:
-            EXPECT_GT(token, 0);
-            EXPECT_LT(token, 256);
-            result += static_cast<char>(token);
+            EXPECT_GT(lex.token, 0);
+            EXPECT_LT(lex.token, 256);
+            result += static_cast<char>(lex.token);
         }
     }
 }
@@ -87,6 +88,8 @@ TEST(expr_lexer, cuts_a_text_into_tokens)
         {"$ab$cd$$ef@g", "$ab $cd $$ef @g"},
         {"@123456789", "@123456789"},
         {"@1234567890+", "@12345678 +"},
+        {"@1234567890", "@1234567890"}, // at the end of the text no name is cut
+        {"a@1234567890", "a @1234567890"},
         {"x==1", "x EQEQ #1"},
         {"== =", "EQEQ ="},
         {"= =", "= ="},
@@ -102,7 +105,7 @@ TEST(expr_lexer, cuts_a_text_into_tokens)
         {"array SizeOf(copsize)", "ARRAY! SIZEOF! ( COPSIZE! )"},
         {times(255, "n") + "+", times(255, "n") + " +"},
         {times(300, "n") + "+", times(255, "n") + " +"},
-        {times(300, "n"), times(300, "n")}, // nothing follows, so nothing is written
+        {times(300, "n"), times(300, "n")}, // at the end of the text no name is cut
         {times(300, "n") + " +", times(255, "n") + " +"},
     };
     for (const auto &c : cases)
@@ -153,7 +156,8 @@ TEST(expr_lexer, reads_numbers)
     };
     for (const auto &c : cases) {
         lex_text copy(c.text);
-        EXPECT_EQ(expr_lex(), TOKEN_NUMBER) << c.text;
+        lex_next();
+        EXPECT_EQ(lex.token, TOKEN_NUMBER) << c.text;
         EXPECT_EQ(lex.number, c.value) << c.text;
         std::string all = tokens(c.text);
         size_t first = all.find(' ');
@@ -173,39 +177,86 @@ TEST(expr_lexer, scales_a_number_once)
     };
     for (const auto &c : cases) {
         lex_text copy(c.text);
-        expr_lex();
+        lex_next();
         EXPECT_EQ(number_text(lex.number), number_text(c.value)) << c.text;
     }
 }
 
-TEST(expr_lexer, ends_each_name_in_the_text)
+// Digits are gathered one after the other in a double, which rounds from 2 to the power 53 on.
+TEST(expr_lexer, gathers_digits_as_a_double_does)
 {
-    static const struct {
-        std::string text, after;
-    } cases[] = {
-        {"a+b", std::string("a\0b", 3)},
-        {"ab cd", std::string("ab\0cd", 5)},
-        {"1+ab", "1+ab"},
-        {"1+2", "1+2"},
-        {"f(x)", std::string("f\0x\0", 4)},
-        {"@1234567890+", std::string("@12345678\0"
-                                     "0+",
-                                     12)},
-    };
-    for (const auto &c : cases) {
-        lex_text copy(c.text);
-        while (expr_lex() != TOKEN_END) {
+    for (std::string digits : {"900719925474099", "9007199254740991", "9007199254740993", "90071992547409931",
+                               "123456789012345678901234567890", "0000000000000000000000000012345"}) {
+        for (size_t point = 0; point <= digits.size(); point++) {
+            double mantissa = 0;
+            for (char c : digits)
+                mantissa = mantissa * 10 + (c - '0');
+            std::string text = digits;
+            text.insert(point, ".");
+            if (text[0] == '0' && text[1] == '0')
+                continue; // octal
+            lex_text copy(text);
+            lex_next();
+            double power = pow(10, -static_cast<double>(digits.size() - point));
+            EXPECT_EQ(number_text(lex.number), number_text(mantissa * power)) << text;
         }
-        EXPECT_EQ(escaped(copy.now()), escaped(c.after)) << c.text;
     }
 }
 
-TEST(expr_lexer, finishes_by_ending_the_first_name)
+TEST(expr_lexer, notes_where_the_first_name_ends)
 {
-    lex_text copy("1 + ) ab - cd");
-    expr_lex();
-    lex_finish();
-    EXPECT_STREQ(copy.bytes.data(), "1 + ) ab");
+    static const struct {
+        std::string text;
+        size_t end;
+    } cases[] = {
+        {"a+b", 1},
+        {"ab cd", 2},
+        {"1+ab", 4},
+        {"1 + ) ab - cd", 8},
+        {" f(x)", 2},
+        {"2 * INT x", 7},
+        {"a$b", 1},
+        {"1+2", std::string::npos},
+        {"$ 1 @_", std::string::npos},
+        {"@1234567890+", 9},
+        {"@1234567890", 11},
+        {times(300, "n") + " ", 255},
+    };
+    for (const auto &c : cases) {
+        lex_text copy(c.text);
+        std::string before = copy.bytes;
+        lex_next();
+        lex_finish();
+        if (c.end == std::string::npos)
+            EXPECT_EQ(lex.first_name_end, nullptr) << c.text;
+        else
+            EXPECT_EQ(lex.first_name_end, copy.bytes.data() + c.end) << c.text;
+        EXPECT_EQ(copy.bytes, before);
+    }
+}
+
+// No character after a text's end may become part of its last token.
+TEST(expr_lexer, ends_at_the_end_of_the_text)
+{
+    const std::string words = "abcdefghijklmnopqrstuvwxyz";
+    for (const std::string text : {"1", "0", "0x", "1.5", "1e", "1e-", "a", "$", "$$", "@", "=", "ab1", "x_",
+                                   "1 ", "abcdefghijklmno", "abcdefghijklmnop", "abcdefghijklmnopq"}) {
+        std::string alone;
+        for (const std::string after : {" ", "1", ".5", "e5", "x1", "F", "=", "a", "$a", "_", "\0", "\""}) {
+            lex_text copy(text, after + after + words);
+            std::string read;
+            for (lex_next(); lex.token != TOKEN_END; lex_next()) {
+                read += std::to_string(lex.token) + " ";
+                if (lex.token == TOKEN_NUMBER)
+                    read += number_text(lex.number) + " ";
+                if (lex.token == TOKEN_NAME)
+                    read += text_of(lex.name) + " ";
+            }
+            if (alone.empty())
+                alone = read;
+            EXPECT_EQ(read, alone) << text << " before " << after;
+        }
+    }
 }
 
 TEST(expr_lexer, reads_strings_up_to_their_end)
@@ -233,12 +284,23 @@ TEST(expr_lexer, reads_strings_up_to_their_end)
         {"a\\) b)", ')', "a) b", ')'},
         {"ab\\000cd\"", '"', "ab", '"'},
         {"abc", '"', "", TOKEN_NAME},
-        {std::string("1\\\0\"", 4), '"', "", TOKEN_NUMBER},
+        {"1\\", '"', "", TOKEN_NUMBER},
+        {"\\", '"', "", '\\'},
+        {"a\\42", '"', "", TOKEN_NAME},
+        // Without a terminator the decoded text is what is read next.
+        {"\\\"", '"', "", '"'},
+        {"\\x22 + 1", '"', "", '"'},
+        {" \\)", ')', "", ')'},
+        {"\\000abc", '"', "", TOKEN_END},
+        {"\\x61bc\\", '"', "", TOKEN_NAME},
         {"", '"', "", TOKEN_END},
     };
     for (const auto &c : cases) {
         lex_text copy(c.text);
-        EXPECT_EQ(escaped(expr_read_string(c.terminator)), escaped(c.string)) << escaped(c.text);
-        EXPECT_EQ(expr_lex(), c.next) << escaped(c.text);
+        std::string before = copy.bytes;
+        EXPECT_EQ(escaped(text_of(lex_string(c.terminator))), escaped(c.string)) << escaped(c.text);
+        lex_next();
+        EXPECT_EQ(lex.token, c.next) << escaped(c.text);
+        EXPECT_EQ(copy.bytes, before);
     }
 }

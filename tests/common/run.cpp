@@ -2,6 +2,7 @@
 
 #include "analysis/arg_fetcher.h"
 #include "analysis/expr_eval.h"
+#include "analysis/expr_lexer.h"
 #include "analysis/var_store.h"
 #include "driver/batch.h"
 #include "rules/rules.h"
@@ -45,6 +46,12 @@ std::string times(size_t count, const std::string &text)
     for (size_t i = 0; i < count; i++)
         result += text;
     return result;
+}
+
+const double *evaluate(const std::string &text)
+{
+    std::string bytes = text + std::string(lex_slack, 0);
+    return eval_expr(bytes.data(), text.size());
 }
 
 fs::path fresh_folder(const std::string &name)

@@ -16,6 +16,9 @@ void write_file(const std::filesystem::path &path, const std::string &bytes);
 // Text repeated.
 std::string times(size_t count, const std::string &text);
 
+// The value of an expression or null, as eval_expr gives it, with the room after the text that it needs.
+const double *evaluate(const std::string &text);
+
 // An empty folder under the build folder, which stays for a person to look at.
 std::filesystem::path fresh_folder(const std::string &name);
 

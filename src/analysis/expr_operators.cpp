@@ -1,0 +1,66 @@
+#include "analysis/expr_operators.h"
+
+#include "support/number.h"
+
+#include <math.h>
+
+static constexpr double unit_scale[] = {1.0, 25.4, 1.0 / 12, 2.54, 1.0 / 36, 0.0254}; // units per inch
+static constexpr int current_unit = 0;                                                // unit of the drawing
+static constexpr double unit_factor = 0.0;
+
+double to_drawing_units(double value, int unit)
+{
+    return unit == current_unit ? value : value / unit_scale[unit] * unit_factor;
+}
+
+static int32_t shift_left(int32_t value, int32_t count)
+{
+    return wrap_int32(static_cast<uint32_t>(value) << (static_cast<uint32_t>(count) & 31));
+}
+
+static int32_t shift_right(int32_t value, int32_t count)
+{
+    int32_t bits = count & 31;
+    return value >= 0 ? value >> bits : ~(~value >> bits);
+}
+
+// The operators on integers. False for a division by zero.
+static bool apply_integers(uint8_t op, int32_t a, int32_t b, double *result)
+{
+    switch (op) {
+    case OP_REMAINDER: // operation: expr % expr
+        if (b == 0)
+            return false;
+        *result = b == -1 ? 0 : a % b;
+        return true;
+    case OP_SHIFT_RIGHT: *result = shift_right(a, b); return true; // operation: expr > > expr
+    case OP_SHIFT_LEFT: *result = shift_left(a, b); return true;   // operation: expr < < expr
+    case OP_BIT_AND: *result = a & b; return true;                 // operation: expr & expr
+    case OP_BIT_XOR: *result = a ^ b; return true;                 // operation: expr # expr
+    default: *result = a | b; return true;                         // operation: expr | expr
+    }
+}
+
+bool operator_apply(uint8_t op, double a, double b, double *result)
+{
+    switch (op) {
+    case OP_POWER: *result = pow(a, b); return true; // operation: expr ^ expr
+    case OP_TIMES: *result = a * b; return true;     // operation: expr * expr
+    case OP_DIVIDE:                                  // operation: expr / expr
+        if (b == 0)
+            return false;
+        *result = a / b;
+        return true;
+    case OP_PLUS: *result = a + b; return true;           // operation: expr + expr
+    case OP_MINUS: *result = a - b; return true;          // operation: expr - expr
+    case OP_LESS: *result = a < b; return true;           // operation: expr < expr
+    case OP_GREATER: *result = a > b; return true;        // operation: expr > expr
+    case OP_LESS_EQUAL: *result = a <= b; return true;    // operation: expr < = expr
+    case OP_GREATER_EQUAL: *result = a >= b; return true; // operation: expr > = expr
+    case OP_EQUAL: *result = a == b; return true;         // operation: expr EQEQ expr
+    case OP_UNEQUAL: *result = a != b; return true;       // operation: expr ! = expr
+    case OP_AND: *result = a != 0 && b != 0; return true; // operation: expr & & expr
+    case OP_OR: *result = a != 0 || b != 0; return true;  // operation: expr | | expr
+    default: return apply_integers(op, int_from_double(a), int_from_double(b), result);
+    }
+}

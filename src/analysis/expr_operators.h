@@ -1,0 +1,99 @@
+// Expression operators: their tokens, the levels that weigh them against each other, and what they compute.
+//
+// An operator has two levels: as a token, its power to pull itself into the operand before it, and as a
+// finished rule, its power to keep its right operand short. A token is taken if its level is above that of
+// the rule whose operand was read; equal levels complete the rule first, so that every operator associates to
+// the left.
+#pragma once
+
+#include "analysis/expr_lexer.h"
+
+#include <stdint.h>
+
+enum : uint8_t {
+    OP_NONE,
+    OP_POWER,
+    OP_TIMES,
+    OP_DIVIDE,
+    OP_REMAINDER,
+    OP_PLUS,
+    OP_MINUS,
+    OP_SHIFT_RIGHT,
+    OP_SHIFT_LEFT,
+    OP_LESS,
+    OP_GREATER,
+    OP_LESS_EQUAL,
+    OP_GREATER_EQUAL,
+    OP_EQUAL,
+    OP_UNEQUAL,
+    OP_BIT_AND,
+    OP_BIT_XOR,
+    OP_BIT_OR,
+    OP_AND,
+    OP_OR,
+    OP_CONDITION, // ? and :
+    OP_FEET,
+    OP_INCHES,
+    OP_COUNT
+};
+
+// The level of a finished rule, by operator.
+inline constexpr uint8_t operator_levels[] = {
+    0,  80, 70, 70, 70, 60, 60, // none  ^  *  /  %  +  -
+    50, 50, 50, 50, 5,  5,      // >>  <<  <  >  <=  >=
+    40, 40, 30, 30, 25, 25, 20, // ==  !=  &  #  |  &&  ||
+    15, 0,  0,                  // ?:  '  "
+};
+static_assert(sizeof operator_levels == OP_COUNT, "a level for each operator");
+
+constexpr uint8_t level_lowest = 0; // draws every operator in
+constexpr uint8_t level_assignment = 5;
+constexpr uint8_t level_sign = 90; // ~ + - before an operand
+
+struct operator_row {
+    int16_t token;
+    uint8_t level;       // the power to pull itself into the operand before it; 0: it has none
+    uint8_t op;          // of the token alone; OP_NONE: it needs its second character
+    uint8_t op_doubled;  // with the same token after it; OP_NONE: no such pair
+    uint8_t op_equality; // with a = after it; OP_NONE: no such pair
+};
+
+inline constexpr operator_row operator_table[] = {
+    {'\'', 100, OP_FEET, OP_NONE, OP_NONE},
+    {'"', 100, OP_INCHES, OP_NONE, OP_NONE},
+    {'!', 100, OP_NONE, OP_NONE, OP_UNEQUAL},
+    {'^', 80, OP_POWER, OP_NONE, OP_NONE},
+    {'*', 70, OP_TIMES, OP_NONE, OP_NONE},
+    {'/', 70, OP_DIVIDE, OP_NONE, OP_NONE},
+    {'%', 70, OP_REMAINDER, OP_NONE, OP_NONE},
+    {'+', 60, OP_PLUS, OP_NONE, OP_NONE},
+    {'-', 60, OP_MINUS, OP_NONE, OP_NONE},
+    {'<', 50, OP_LESS, OP_SHIFT_LEFT, OP_LESS_EQUAL},
+    {'>', 50, OP_GREATER, OP_SHIFT_RIGHT, OP_GREATER_EQUAL},
+    {TOKEN_EQEQ, 40, OP_EQUAL, OP_NONE, OP_NONE},
+    {'#', 30, OP_BIT_XOR, OP_NONE, OP_NONE},
+    {'&', 25, OP_BIT_AND, OP_AND, OP_NONE},
+    {'|', 20, OP_BIT_OR, OP_OR, OP_NONE},
+    {'?', 15, OP_CONDITION, OP_NONE, OP_NONE},
+};
+
+// The rows by token.
+struct operator_index {
+    operator_row row[TOKEN_EQEQ + 1];
+};
+
+constexpr operator_index operator_rows_make()
+{
+    operator_index index{};
+    for (const operator_row &row : operator_table)
+        index.row[row.token] = row;
+    return index;
+}
+inline constexpr operator_index operator_rows = operator_rows_make();
+
+// Computes an operation on two operands, all but OP_CONDITION and the marks. False for a division by zero.
+bool operator_apply(uint8_t op, double a, double b, double *result);
+
+// A value with a foot or inch mark in drawing units. unit is a unit code: 0 inch, 1 millimetre, 2 foot,
+// 3 centimetre, 4 yard, 5 metre.
+double to_drawing_units(double value, int unit);
