@@ -24,7 +24,7 @@ static std::vector<fs::path> all_scripts()
     for (const char *root : {"tests/golden", "samples"})
         if (fs::path folder = fs::path(TEST_SOURCE_DIR) / root; fs::exists(folder))
             for (const fs::directory_entry &entry : fs::recursive_directory_iterator(folder))
-                if (entry.path().extension() == ".mrl")
+                if (is_script(entry.path()))
                     scripts.push_back(entry.path());
     std::sort(scripts.begin(), scripts.end());
     return scripts;

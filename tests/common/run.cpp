@@ -40,6 +40,14 @@ void write_file(const fs::path &path, const std::string &bytes)
     ASSERT_TRUE(file.good()) << path;
 }
 
+bool is_script(const fs::path &path)
+{
+    std::string stem = path.stem().string();
+    std::string suffix = output_suffix;
+    bool output = stem.size() >= suffix.size() && stem.substr(stem.size() - suffix.size()) == suffix;
+    return path.extension() == ".mrl" && !output;
+}
+
 std::string times(size_t count, const std::string &text)
 {
     std::string result;

@@ -13,6 +13,9 @@
 std::string read_file(const std::filesystem::path &path);
 void write_file(const std::filesystem::path &path, const std::string &bytes);
 
+// True for a script of the tree. A name that ends in _conv is an output that somebody has made there.
+bool is_script(const std::filesystem::path &path);
+
 // Text repeated.
 std::string times(size_t count, const std::string &text);
 
