@@ -31,9 +31,7 @@ static constexpr form_code tip_lindim = form(
     "// specified, thus increasing the array to 6 elements.\n"
     "// As a result, we have commented out the converted command.\n"
     "// Please refer to the LINDIM or CHAMFDIM entry in the provided MURL help file.\n"
-    "// Original MURL command:\n"
-    "// LINDIM {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, {A7}, {A8}, {A9}, {A10}, {A11}, {A12}\n"
-    "// new MURL command syntax:\n");
+    "// Original MURL command:\n");
 
 static void choose_lindim(rule_choice *choice);
 
@@ -56,14 +54,20 @@ static constexpr rule_row flow_table[] = {
              "CIRDIM {A7}, {A4}, , {A1}, {A2}, {A3}, , {A5}, , {A6}\n"
              "\n"), nullptr, nullptr},
     {506, "LINDIM", "x, y, z, line, n1, n2, mode [, a1..a5]", EFFECT_BY_HAND, &tip_lindim,
-        form("// LINDIM {A6}, {N7}, {A4}, , {A1}, {A2}, {A3}, , , {A5}, , , , {A9}, {A10}, {A11}, {A12}\n"
+        form("// LINDIM {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, {A7}, {A8}, {A9}, {A10}, {A11}, {A12}\n"
+             "// new MURL command syntax:\n"
+             "// LINDIM {A6}, {N7}, {A4}, , {A1}, {A2}, {A3}, , , {A5}, , , , {A9}, {A10}, {A11}, {A12}\n"
              "\n"), choose_lindim, "the mode is 1 to 9: a style of 1 to 3, one for three modes"},
     {506, "LINDIM", "x, y, z, line, n1, n2, mode [, a1..a5]", EFFECT_BY_HAND, &tip_lindim,
-        form("// CHAMFDIM {N7}, hentity_chamferline, , {A5}, {A4}, , {A1}, {A2}, {A3}, , , , {A9}, {A10}, {A11}, {A12}\n"
+        form("// LINDIM {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, {A7}, {A8}, {A9}, {A10}, {A11}, {A12}\n"
+             "// new MURL command syntax:\n"
+             "// CHAMFDIM {N7}, hentity_chamferline, , {A5}, {A4}, , {A1}, {A2}, {A3}, , , , {A9}, {A10}, {A11}, {A12}\n"
              "\n"), nullptr, "the mode is 10 or 11: a chamfer of 0 or 1"},
     // Kept: without a style its place is missing too, so that the line moves up by one.
     {506, "LINDIM", "x, y, z, line, n1, n2, mode [, a1..a5]", EFFECT_BY_HAND, &tip_lindim,
-        form("// LINDIM {A6}, {A4}, , {A1}, {A2}, {A3}, , , {A5}, , , , {A9}, {A10}, {A11}, {A12}\n"
+        form("// LINDIM {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, {A7}, {A8}, {A9}, {A10}, {A11}, {A12}\n"
+             "// new MURL command syntax:\n"
+             "// LINDIM {A6}, {A4}, , {A1}, {A2}, {A3}, , , {A5}, , , , {A9}, {A10}, {A11}, {A12}\n"
              "\n"), nullptr, "the mode is another"},
 };
 // clang-format on

@@ -71,7 +71,7 @@ struct alignas(8) form_piece {
     uint8_t slot;
 };
 
-constexpr int form_pieces_max = 24; // what the widest form takes, the two lines of a dimension
+constexpr int form_pieces_max = 28; // a few more than the widest form has, the two lines of a dimension
 constexpr int form_slot_max = 26;   // no form may name a slot after this one
 
 // A form taken apart.

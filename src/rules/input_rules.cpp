@@ -23,15 +23,12 @@ static constexpr form_code tip_getview = form(
     "// determine which call is appropriate for this situation.\n"
     "// Original MURL command: \n");
 
-// The name, and the seven values that aren't empty: an empty one leaves no place holder. Further ones are
-// dropped.
 static constexpr form_code tip_call = form(
     "// CONVERSION TIP ///////////////////////////////////////////////////\n"
     "// \"{W}\" has been removed in the new MURL language.  These\n"
     "// functions are now part of MURL directly, many of them have new\n"
     "// names in the MURL language.\n"
-    "// Original MURL command:\n"
-    "// {W} {A1}{, A2}{, A3}{, A4}{, A5}{, A6}{, A7}{, A8}\n");
+    "// Original MURL command:\n");
 
 static void choose_delent(rule_choice *choice);
 static void choose_call(rule_choice *choice);
@@ -120,9 +117,11 @@ static constexpr rule_row input_table[] = {
         form("// {W}, {A1}, {L2}\n"), nullptr, nullptr},
     {426, "WRITE", "file, number [, variable, ...]", EFFECT_COPIED, nullptr,
         form("{W} {A1}, {A2}{, A3..}\n"), nullptr, nullptr},
-    // Kept: each CALL declares its vectors anew, so that every block can be moved by itself.
+    // Kept: an empty value leaves no place holder in the comment, and those after the seventh are dropped. Each
+    // CALL declares its vectors anew, so that every block can be moved by itself.
     {427, "CALL", "dotprod, x1, y1, z1, x2, y2, z2, result", EFFECT_TIP, &tip_call,
-        form("// New format for \"{A1}\":\n"
+        form("// {W} {A1}{, A2}{, A3}{, A4}{, A5}{, A6}{, A7}{, A8}\n"
+             "// New format for \"{A1}\":\n"
              "CLEAR adVec1, adVec2\n"
              "DOUBLE adVec1[0], adVec2[0]\n"
              "ARRAY adVec1[3]\n"
@@ -136,7 +135,8 @@ static constexpr rule_row input_table[] = {
              "DOTPROD {A8}, adVec1, adVec2\n"
              "\n"), choose_call, "the function is dotprod"},
     {427, "CALL", "function [, v1..v7, ...]", EFFECT_BY_HAND, &tip_call,
-        form("\n"), nullptr, "the function is another"},
+        form("// {W} {A1}{, A2}{, A3}{, A4}{, A5}{, A6}{, A7}{, A8}\n"
+             "\n"), nullptr, "the function is another"},
     {428, "SPRINT", "variable, text [, item, ...]", EFFECT_COPIED, nullptr,
         form("{W} {A1}{, A2..?}\n"), nullptr, nullptr},
     {429, "GETGROUP", "number", EFFECT_COPIED, nullptr,

@@ -127,7 +127,7 @@ static void choose_set(rule_choice *choice)
 
     bool collect = text_is_word(arg_slots[1].text, arg_slots[1].text_size, "collect");
     // Kept: an empty second argument hides all that follow it.
-    bool more = choice->last > 1 && (arg_types[1] & ARG_ABSENT) == 0;
+    bool more = (arg_types[1] & ARG_ABSENT) == 0;
     choice->row = collect ? 1 : 0;
     choice->last = !more ? 1 : choice->last < last_max ? choice->last : last_max;
     if (!collect || !more)

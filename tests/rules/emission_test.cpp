@@ -4,6 +4,7 @@
 #include "analysis/arg_fetcher.h"
 #include "common/diff.h"
 #include "common/run.h"
+#include "rules/rule_table.h"
 #include "rules/rules.h"
 #include "source/command_table.h"
 #include "source/recogniser.h"
@@ -11,13 +12,16 @@
 #include <gtest/gtest.h>
 
 // Slots as the fetcher would leave them for a command, for the helpers that read under the cursor.
-static void fetch(const char *statement)
+// Gives the id.
+static int32_t fetch(const char *statement, int32_t *count)
 {
     script_source source(statement);
     int32_t row = next_statement();
-    ASSERT_GE(row, 0) << statement;
+    EXPECT_GE(row, 0) << statement;
     const cmd_row &command = command_row_at(row);
-    ASSERT_GE(fetch_args(command.spec_count, command.spec, false), 0) << statement;
+    *count = fetch_args(command.spec_count, command.spec, false);
+    EXPECT_GE(*count, 0) << statement;
+    return command.id;
 }
 
 TEST(emission, bounds_an_integer_and_steps_only_if_it_is_there)
@@ -34,7 +38,8 @@ TEST(emission, bounds_an_integer_and_steps_only_if_it_is_there)
         {ARG_LONG | ARG_ABSENT, 1, 10, 0, 0},
     };
     for (const auto &c : cases) {
-        fetch("POINT 1,2,3,7\n");
+        int32_t count = 0;
+        fetch("POINT 1,2,3,7\n", &count);
         arg_cursor = arg_slots + 4;
         EXPECT_EQ(take_bounded_int(c.type_byte, c.low, c.high), c.result) << c.low << " " << c.high;
         EXPECT_EQ(arg_cursor - arg_slots, 4 + c.step) << c.low << " " << c.high;
@@ -56,7 +61,8 @@ TEST(emission, walks_the_tail_of_getcur_in_two_passes)
         {",10,,30", ", 10, ,30", ", 10, ||||||||"},
     };
     for (const auto &c : cases) {
-        fetch(("GETCUR \"p\",1,2" + std::string(c.arguments) + "\n").c_str());
+        int32_t count = 0;
+        fetch(("GETCUR \"p\",1,2" + std::string(c.arguments) + "\n").c_str(), &count);
         arg_cursor = arg_slots + 4;
         output_capture comment;
         emit_getcur_comment();
@@ -65,6 +71,75 @@ TEST(emission, walks_the_tail_of_getcur_in_two_passes)
         emit_getcur_tail();
         EXPECT_EQ(tail.text(), c.tail) << c.arguments;
     }
+}
+
+// ---- What the tables tell ----
+
+// What readers learn of a converted statement: the effect of the row that wrote it, and of the slots from 1
+// on a letter each: t for the text, v for a value, b for both, - for nothing.
+TEST(rule_table, tells_what_became_of_a_statement)
+{
+    static const struct {
+        const char *statement, *effect, *slots;
+    } cases[] = {
+        {"POINT 1,2,3,4,5", "rebuilt", "ttt-t"},
+        {"SPLINE P2VV,p,3,4,5,6", "tip", "tttttt"},
+        {"POLYGON 2,5,10,p,1,2", "tip", "vvvt-t"},
+        {"XHATCH 3,1,p,2,4", "tip", "v-t-t"},
+        {"TEXT 1,2,\"t\",1,2,3,4,5,6,1", "rebuilt", "tttttttttb"},
+        {"VIEW 8,1,2,3,4,5,6,7,8,9,10", "tip", "tttttttttt-"},
+        {"VIEW 9,1,2,3,4,5,6,7,8,9,10", "renamed", "tttttttttt-"},
+        {"SETTEXT 1,2", "dropped", "--"},
+        {"SET COLOR,1,2", "copied", "ttt"},
+        {"SET COLOR,,2", "copied", "t--"},
+        {"SET COLLECT,1", "commented", "tt"},
+        {"ORDDIM 1,2,3,r,5,6,7", "by hand", "ttttttt"},
+        {"ORDDIM 1,2,3,r,5,6,7", "by hand", "ttttt--"},
+        {"SET COLLECT,0", "commented", "tt"},
+        {"ORDDIM 1,2,3,r,5,6,7", "dropped", "-------"},
+        {"SETCUR 1,2,3", "commented", "ttv"},
+        {"DELENT -1", "copied", "-"},
+        {"DELENT 5", "rebuilt", "-"},
+        {"GETFLT \"p\",1,r,\"a\",,\"b\",,,,,,,1", "renamed", "tttttttttttt-"},
+        {"GETMENU \"p\",\"a\",,,,,,,,,1,2", "rebuilt", "tttttttttttt"},
+        {"GETCUR \"p\",1,2,3,4,5,6,7,\"a\"", "rebuilt", "ttttttttt"},
+        {"INPUT \"%d %*d %f\",a,b,c", "copied", "ttt-"},
+        {"PRINT \"a\",b,,c", "copied", "tt--"},
+        {"READ f,2,a,b", "commented", "tv--"},
+        {"CALL dotprod,1,2,3,4,5,6,r,x", "tip", "tttttttt-"},
+        {"CALL atan3,1,2", "by hand", "ttt"},
+        {"BREAD 1,f,v", "not implemented", "---"},
+        {"LINDIM 1,2,3,r,5,6,7", "by hand", "ttttttb"},
+    };
+    reset_run();
+    for (const auto &c : cases) {
+        int32_t count = 0;
+        int32_t id = fetch((std::string(c.statement) + "\n").c_str(), &count);
+        output_capture output;
+        (id < 300   ? conv_entity(id)
+         : id < 400 ? conv_setting(id, count)
+         : id < 500 ? conv_input(id, count)
+                    : conv_flow(id, count));
+        EXPECT_STREQ(rule_effect_text(rule_last.row->effect), c.effect) << c.statement;
+        std::string slots;
+        for (int32_t i = 1; i <= static_cast<int32_t>(strlen(c.slots)); i++)
+            slots += "-tvb"[rule_slot_use(i)];
+        EXPECT_EQ(slots, c.slots) << c.statement;
+    }
+    reset_run();
+}
+
+TEST(rule_table, has_a_row_for_each_command)
+{
+    for (const command_source_row &command : command_rows) {
+        const rule_row *row = rule_find(command.id);
+        ASSERT_NE(row, nullptr) << command.name;
+        EXPECT_EQ(row->effect == EFFECT_SYSTEM, command.id >= 1000) << command.name;
+        EXPECT_TRUE(command.id >= 1000 || strstr(row->command, command.name) != nullptr) << command.name;
+    }
+    EXPECT_EQ(rule_find(453), nullptr);
+    EXPECT_EQ(rule_row_count(rule_find(319)), 3);
+    EXPECT_EQ(rule_row_count(rule_find(318)), 1);
 }
 
 // ---- State that outlives a file ----

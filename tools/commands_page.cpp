@@ -1,0 +1,388 @@
+// Writes docs/commands.md, the guide to what becomes of each command, from the rule tables and a file of
+// example statements, which it converts.
+//   commands_page EXAMPLES PAGE           writes the page
+//   commands_page --check EXAMPLES PAGE   exit status 1 if the page isn't what would be written
+//
+// In the file of examples a line "== WORD" opens the examples of a command word, lines that begin with "> "
+// are prose for its section, and all others are the statements.
+#include "driver/batch.h"
+#include "platform/platform.h"
+#include "rules/rule_table.h"
+#include "rules/rules.h"
+#include "support/output.h"
+
+#include <stdio.h>
+#include <string.h>
+
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+using texts = std::vector<std::string>;
+
+struct example {
+    std::string prose;
+    std::string source;
+};
+
+static int faults;
+
+static void fault(const std::string &what)
+{
+    fprintf(stderr, "commands_page: %s\n", what.c_str());
+    faults++;
+}
+
+static std::string read_file(const std::string &path)
+{
+    std::ifstream file(path, std::ios::binary);
+    if (!file)
+        fault("can't read " + path);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+// The parts of a text between separators.
+static texts split(const std::string &text, const std::string &separator)
+{
+    texts parts;
+    size_t start = 0;
+    for (size_t end; (end = text.find(separator, start)) != std::string::npos; start = end + separator.size())
+        parts.push_back(text.substr(start, end - start));
+    parts.push_back(text.substr(start));
+    return parts;
+}
+
+// ---- Examples ----
+
+static std::map<std::string, example> read_examples(const std::string &path)
+{
+    std::map<std::string, example> examples;
+    example *current = nullptr;
+    std::istringstream lines(read_file(path));
+    for (std::string line; std::getline(lines, line);) {
+        if (line.substr(0, 3) == "== ") {
+            current = &examples[line.substr(3)];
+            if (!current->source.empty())
+                fault("two examples of " + line.substr(3));
+        } else if (current == nullptr) {
+            fault("a line in front of the first example: " + line);
+        } else if (line.substr(0, 2) == "> ") {
+            current->prose += line.substr(2) + "\n";
+        } else {
+            current->source += line + "\n";
+        }
+    }
+    return examples;
+}
+
+static std::string sunk;
+
+static void sink(const char *bytes, size_t size)
+{
+    sunk.append(bytes, size);
+}
+
+// What the converter makes of a script, in a run of its own.
+static std::string converted(const std::string &script)
+{
+    FILE *file = tmpfile();
+    if (file == nullptr) {
+        fault("can't make a temporary file");
+        return "";
+    }
+    fwrite(script.data(), 1, script.size(), file);
+    rewind(file);
+    plat_file source{fileno(file)};
+    sunk.clear();
+    out_sink = sink;
+    rules_run = {};
+    out_open(plat_file{-1});
+    if (pools_init() == 0)
+        convert_file("example.mrl", &source);
+    else
+        fault("out of memory");
+    out_close();
+    fclose(file);
+    return sunk;
+}
+
+// ---- Forms ----
+
+// The names of the arguments of an old form; a1..a3 stands for a1, a2, a3.
+static texts argument_names(const rule_row &row)
+{
+    std::string plain;
+    for (const char *c = row.old_form; *c != 0; c++)
+        if (*c != '[' && *c != ']' && *c != ' ')
+            plain += *c;
+    texts names;
+    for (const std::string &part : split(plain, ",")) {
+        size_t range = part.find("..");
+        if (part == "..." || part.empty())
+            continue;
+        size_t digits = part.find_first_of("0123456789");
+        if (range == std::string::npos) {
+            names.push_back(part);
+            continue;
+        }
+        int from = atoi(part.c_str() + digits);
+        int to = atoi(part.c_str() + range + 2 + digits);
+        for (int i = from; i <= to; i++)
+            names.push_back(part.substr(0, digits) + std::to_string(i));
+    }
+    int slots = command_spec_count(row.id);
+    int count = static_cast<int>(names.size());
+    if (count != slots && !(command_repeats(row.id) && count > slots - 2))
+        fault(std::string(row.command) + ": the old form names " + std::to_string(count) + " arguments of " +
+              std::to_string(slots));
+    return names;
+}
+
+// The name of the argument in a slot; empty if the command has none there.
+static std::string name_of(const texts &names, int slot)
+{
+    return slot >= 1 && slot <= static_cast<int>(names.size()) ? names[static_cast<size_t>(slot) - 1] : "";
+}
+
+// The names of the arguments in slots from first to last, each with the separator in front.
+static std::string run_of(const texts &names, int first, int last, const std::string &separator = ", ")
+{
+    std::string run;
+    for (int slot = first; slot <= last; slot++)
+        if (std::string name = name_of(names, slot); !name.empty())
+            run += separator + name;
+    return run;
+}
+
+static std::string menu_of(const texts &names, int first)
+{
+    return ", \"" + name_of(names, first) + "|...|" + name_of(names, first + 8) + "\"";
+}
+
+static std::string tail_text(const form_piece &piece, const texts &names)
+{
+    int at = piece.slot;
+    switch (piece.mark) {
+    case TAIL_ATTR_COMMENT: return run_of(names, at, at + attr_span - 2);
+    case TAIL_ATTR: return run_of(names, at + 1, at + attr_span - 1);
+    case TAIL_TEXT_COMMENT: return run_of(names, at, at + 9) + run_of(names, at + 11, at + text_span - 1);
+    case TAIL_TEXT:
+        return run_of(names, at + 3, at + 3) + run_of(names, at, at + 2) + run_of(names, at + 4, at + 5) +
+               ", (" + name_of(names, at + 6) + ")" + run_of(names, at + 7, at + text_span - 1);
+    case TAIL_MENU_COMMENT: return run_of(names, at, at + 8, ",");
+    case TAIL_MENU: return menu_of(names, at);
+    case TAIL_GETMENU_COMMENT: return run_of(names, at, at + 10, ",");
+    case TAIL_GETCUR_COMMENT: return run_of(names, at, at + 4) + run_of(names, at + 5, at + 13, ",");
+    case TAIL_GETCUR: return run_of(names, at, at + 4) + menu_of(names, at + 5);
+    case TAIL_SCAN: return " \"format\", variable, ...";
+    default: return "";
+    }
+}
+
+static std::string piece_text(const form_code &form, const form_piece &piece, const std::string &word,
+                              const texts &names)
+{
+    std::string literal(form.text + piece.start, piece.size);
+    std::string name = piece.slot == 0 ? word : name_of(names, piece.slot);
+    switch (piece.mark) {
+    case MARK_NONE: return literal;
+    case MARK_TEXT: return literal + name;
+    case MARK_LVAL:
+    case MARK_IVAL:
+    case MARK_DVAL:
+    case MARK_NUMBER: return literal + "(" + name + ")";
+    case MARK_IF_ANY: return name.empty() ? "" : "[" + literal + name + "]";
+    case MARK_IF_SET: return "[" + literal + "(" + name + ")]";
+    case MARK_LIST:
+    case MARK_ITEMS: return "[" + literal + "...]";
+    default: return literal + tail_text(piece, names);
+    }
+}
+
+// A form with the names of the arguments in the places of their slots.
+static std::string form_text(const form_code &form, const std::string &word, const texts &names)
+{
+    std::string text;
+    for (int i = 0; i < form.pieces_used; i++)
+        text += piece_text(form, form.pieces[i], word, names);
+    return text;
+}
+
+// ---- The page ----
+
+static const char page_head[] = R"(# What becomes of each command
+
+This page is written from the rules of the converter by `tools/commands_page.cpp`; its examples stand in
+`docs/examples.txt`. Don't edit it: `tests` fail when it differs from what would be written.
+
+For each command: the old arguments by name, what becomes of it in a word, the new form, and an example before and
+after. In the old form, what may be left out stands in brackets. In the new form
+
+- a name stands for the text of that argument, which is copied as typed, an expression as the expression;
+- a name in parentheses stands for a number or a word that was made of the argument's value;
+- what stands in brackets is written only if there is any;
+- the command word is written as it was typed, where it stays: its case too. New words are in capitals.
+
+The words for what becomes of a command:
+
+| word | meaning |
+|---|---|
+)";
+
+static const char entity_prose[] = R"(
+What an entity command has after its fixed arguments are attributes, moved by their place alone. On a new line the
+first one is gone, and the constant 0 stands in its place; those that are left out leave place holders, up to the last
+one that was given. A statement with the first one alone ends in the 0; one with none at all has six place holders.
+)";
+
+static const char input_prose[] = R"(
+Menu strings, nine at most, stood one by one and become one string, joined by bars. A gap among them leaves a bar. The
+old line shows them with commas alone between them.
+)";
+
+static const char page_foot[] = R"(## System commands
+
+The commands whose words begin with `r`, `i`, `e`, `d` or `u` in lower case, such as `rLNENDP` or `ePICK`, are menu
+operations of the system and answers to its prompts. Their arguments are read, and nothing is written.
+
+## Other statements
+
+| statement | what is written |
+|---|---|
+| `REM`, a label `:name` | the line; a second label of one name, or the 1,001st of a file, ends the file |
+| `ON x GOTO a, b` | the line; without a `GOTO` it ends the file |
+| `#LINE` | nothing |
+| `INT a, b[3]` and the other types, `LOCAL`, `ARRAY` | the line as it stands (an empty line follows `LOCAL`); a fault in it ends the file |
+| an assignment | the line, and an empty line if it was in order |
+| anything else | the line, with one blank after its first word |
+| a command with a wrong argument | a blank and what is left of the argument; the rest of the line is read as a new statement |
+
+An end of the file means that what has been written so far stays and nothing more comes. The run goes on with the
+next file.
+)";
+
+static const char *effect_meaning(int effect)
+{
+    switch (effect) {
+    case EFFECT_COPIED: return "the same word with the same arguments";
+    case EFFECT_REBUILT: return "the same word; arguments are moved, joined, dropped or made constant";
+    case EFFECT_RENAMED: return "another word in its place";
+    case EFFECT_TIP: return "a tip stands above, and the new command under it: check it";
+    case EFFECT_BY_HAND:
+        return "a tip stands above; the new form stands as a comment, or not at all: finish it";
+    case EFFECT_COMMENTED: return "a comment, with neither tip nor warning";
+    case EFFECT_NOT_IMPLEMENTED: return "a comment that says so: the new dialect has no such command";
+    case EFFECT_DROPPED: return "nothing is left of it but empty lines, if any";
+    default: return "a system command: nothing is left";
+    }
+}
+
+static std::string code_block(const std::string &text)
+{
+    return "```\n" + text + (text.empty() || text.back() == '\n' ? "" : "\n") + "```\n";
+}
+
+// An old form, or a new one with its effect, of one row of a command.
+static std::string row_text(const rule_row &row, const std::string &word)
+{
+    texts names = argument_names(row);
+    std::string text = "\n";
+    if (row.when != nullptr)
+        text += "When " + std::string(row.when) + ":\n\n";
+    std::string old_form = row.old_form;
+    text += "`" + word + (old_form.empty() ? "" : " " + old_form) + "` - **" + rule_effect_text(row.effect) +
+            "**\n\n";
+    std::string lines = form_text(row.new_form, word, names);
+    if (size_t ends = lines.size(); lines.find_first_not_of('\n') == std::string::npos)
+        return text + (ends == 0 ? "No line." : ends == 1 ? "An empty line." : "Two empty lines.") + "\n";
+    return text + code_block(lines);
+}
+
+static std::string section(const rule_row *first, const std::map<std::string, example> &examples)
+{
+    texts words = split(first->command, ", ");
+    std::string text = "\n";
+    for (const std::string &word : words) {
+        std::string anchor;
+        for (char c : word)
+            anchor += static_cast<char>(tolower(c));
+        text += "<a id=\"" + anchor + "\"></a>\n";
+    }
+    text += "\n### " + std::string(first->command) + "\n";
+    for (int32_t i = 0; i < rule_row_count(first); i++)
+        text += row_text(first[i], words[0]);
+    for (const std::string &word : words)
+        if (auto found = examples.find(word); found != examples.end()) {
+            const example &shown = found->second;
+            text += (shown.prose.empty() ? "" : "\n" + shown.prose) + "\nBefore:\n\n" +
+                    code_block(shown.source) + "\nAfter:\n\n" + code_block(converted(shown.source));
+        }
+    return text;
+}
+
+// Tells of words without an example, and of examples of no word.
+static void check_examples(const std::map<std::string, example> &examples)
+{
+    std::map<std::string, example> left = examples;
+    for (const command_source_row &command : command_rows) {
+        std::string word = command.name;
+        if (command.id >= 1000)
+            continue;
+        if (left.erase(word) == 0)
+            fault(word + " has no example");
+        else if (("\n" + examples.at(word).source).find("\n" + word + " ") == std::string::npos &&
+                 ("\n" + examples.at(word).source).find("\n" + word + "\n") == std::string::npos)
+            fault("the example of " + word + " doesn't hold it");
+    }
+    for (const auto &[word, unused] : left)
+        fault("an example of no command: " + word);
+}
+
+static std::string page_make(const std::map<std::string, example> &examples)
+{
+    static const struct {
+        const char *title;
+        const rule_family *family;
+        const char *prose;
+    } families[] = {
+        {"Entity commands", &entity_family, entity_prose},
+        {"Setting commands", &setting_family, ""},
+        {"Input, query and file commands", &input_family, input_prose},
+        {"Flow commands and two dimensions", &flow_family, ""},
+    };
+    std::string page = page_head;
+    for (int effect = EFFECT_COPIED; effect <= EFFECT_SYSTEM; effect++)
+        page += std::string("| ") + rule_effect_text(static_cast<rule_effect>(effect)) + " | " +
+                effect_meaning(effect) + " |\n";
+    for (const auto &[title, family, prose] : families) {
+        page += "\n## " + std::string(title) + "\n" + prose;
+        for (int32_t i = 0; i < family->row_count; i += rule_row_count(family->rows + i))
+            page += section(family->rows + i, examples);
+    }
+    return page + "\n" + page_foot;
+}
+
+int main(int arg_count, char **arg_vector)
+{
+    bool check = arg_count == 4 && strcmp(arg_vector[1], "--check") == 0;
+    if (!check && arg_count != 3) {
+        fputs("usage: commands_page [--check] EXAMPLES PAGE\n", stderr);
+        return 2;
+    }
+    std::string path = arg_vector[arg_count - 1];
+    std::map<std::string, example> examples = read_examples(arg_vector[arg_count - 2]);
+    check_examples(examples);
+    std::string page = page_make(examples);
+    if (check && page != read_file(path))
+        fault(path + " is stale; cmake --build --preset debug --target guide writes it anew");
+    if (!check && faults == 0) {
+        std::ofstream file(path, std::ios::binary);
+        file << page;
+        if (!file.flush())
+            fault("can't write " + path);
+    }
+    return faults == 0 ? 0 : 1;
+}
