@@ -6,10 +6,18 @@ cd "$(dirname -- "$0")/.."
 work=$MURL_BUILD/packages
 wine_home=$MURL_BUILD/packages_wine
 
-# The files in a folder must be these and the samples.
+# A package must have these files, wanted one a line on standard input, and the samples with their converted forms.
+#   expect_files FOLDER PLACE_OF_EXAMPLES
 expect_files() {
-    (cd "$1" && find . -type f ! -path '*/samples/*' ! -path '*/docs/*' | sort) >"$work/found"
-    sort "$work/wanted" | diff -u --label wanted --label "in the package" - "$work/found" || fail "files in $1"
+    {
+        cat
+        for sample in $samples; do
+            echo "$2/$sample"
+            echo "$2/${sample%.*}_conv.${sample##*.}"
+        done
+    } | sort >"$work/wanted"
+    (cd "$1" && find . -type f | sed 's|^\./||' | sort) >"$work/found"
+    diff -u --label wanted --label "in the package" "$work/wanted" "$work/found" || fail "files in $1"
 }
 
 # The installed binary, a process for each pair, as a user runs it.
@@ -38,15 +46,20 @@ check_deb() {
     libc6*) ;;
     *) fail "the deb depends on $depends" ;;
     esac
-    cat >"$work/wanted" <<'LIST'
-./usr/bin/murlconv
-./usr/share/doc/murlconv/CHANGELOG.md
-./usr/share/doc/murlconv/README.md
-./usr/share/doc/murlconv/copyright
-./usr/share/man/man1/murlconv.1.gz
-./usr/share/murlconv/mcomp.txt
-LIST
-    expect_files "$work/deb"
+    doc=usr/share/doc/murlconv
+    expect_files "$work/deb" $doc/examples <<END
+usr/bin/murlconv
+usr/share/man/man1/murlconv.1.gz
+$doc/changelog.Debian.gz
+$doc/changelog.gz
+$doc/commands.md
+$doc/copyright
+$doc/finishing.md
+$doc/mcomp.txt
+END
+    # What a distribution asks of a package. As root it warns that it is run as root.
+    lintian --allow-root --fail-on error,warning,info --display-info "$deb" >"$work/lintian" 2>&1 ||
+        fail "lintian: $(cat "$work/lintian")"
     page=$work/murlconv.1
     gzip -dc "$work/deb/usr/share/man/man1/murlconv.1.gz" >"$page"
     groff -man -ww -z -Tutf8 "$page" 2>"$work/page.log" || fail 'man page'
@@ -54,10 +67,11 @@ LIST
     grep -q "^\.TH MURLCONV 1 .*murlconv $version\"" "$page" || fail 'version in the man page'
 
     pairs=0
-    for script in "$work"/deb/usr/share/doc/murlconv/samples/*.mrl; do
+    for sample in $samples; do
         want_folder=tests/golden/samples
-        printed_want=$want_folder/$(basename "$script" .mrl).out
-        check_pair "$script"
+        printed_want=$want_folder/${sample%.mrl}.out
+        check_pair "$work/deb/$doc/examples/$sample"
+        cmp "$want_folder/${sample%.mrl}.want" "$work/deb/$doc/examples/${sample%.mrl}_conv.mrl"
     done
     for script in tests/golden/*/*.mrl; do
         [ -e "${script%.mrl}.want" ] || continue # an output that somebody has made
@@ -80,19 +94,23 @@ LIST
 check_zip() {
     (cd "$work" && cmake -E tar xf "$zip")
     folder=$work/$(basename "$zip" .zip)
-    cat >"$work/wanted" <<'LIST'
-./CHANGELOG.md
-./LICENSE
-./README.md
-./mcomp.txt
-./murlconv.exe
-LIST
-    expect_files "$folder"
-    for sample in samples/*.mr[lp]; do
-        case $sample in
-        *_conv.mr[lp]) [ ! -e "$folder/$sample" ] || fail "$sample is no sample" ;;
-        *) cmp "$sample" "$folder/$sample" ;;
-        esac
+    expect_files "$folder" examples <<END
+CHANGELOG.txt
+LICENSE.txt
+README.txt
+docs/commands.md
+docs/finishing.md
+docs/windows.md
+mcomp.txt
+murlconv.exe
+END
+    # Every text has CR LF at each line end, and is otherwise what it is here.
+    for text in CHANGELOG.txt=CHANGELOG.md LICENSE.txt=LICENSE README.txt=packaging/README.txt \
+        mcomp.txt=packaging/mcomp.txt docs/windows.md=docs/windows.md docs/commands.md=docs/commands.md; do
+        to_crlf "${text#*=}" | cmp - "$folder/${text%%=*}"
+    done
+    for sample in $samples; do
+        cmp "samples/$sample" "$folder/examples/$sample"
     done
     # Windows shows the version from a text of 16-bit characters.
     perl -0777 -e '
@@ -104,11 +122,12 @@ LIST
 
 # Needs what check_zip and check_deb have unpacked.
 check_zip_program() {
-    for sample in "$folder"/samples/*.mrl; do
-        name=$(basename "$sample" .mrl)
-        wine_run "$folder/murlconv.exe" "$sample"
-        to_crlf "tests/golden/samples/$name.want" | diff -u --label want --label converted \
-            - "$folder/samples/${name}_conv.mrl" || fail "$sample"
+    for sample in $samples; do
+        converted=$folder/examples/${sample%.mrl}_conv.mrl
+        mv "$converted" "$converted.packed"
+        wine_run "$folder/murlconv.exe" "$folder/examples/$sample"
+        to_crlf "tests/golden/samples/${sample%.mrl}.want" | cmp - "$converted" || fail "$sample"
+        cmp "$converted" "$converted.packed"
     done
     echo "packages: the zip's program converts the samples as wanted"
 }
@@ -120,8 +139,9 @@ mkdir -p "$work"
 tools/package.sh "$work/dist" >"$work/packages"
 zip=$(grep '\.zip$' "$work/packages")
 deb=$(grep '\.deb$' "$work/packages")
-version=$(dpkg-deb -f "$deb" Version)
-[ "$deb" = "$work/dist/murlconv_${version}_$(dpkg --print-architecture).deb" ] || fail "name of $deb"
+version=$(sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt)
+samples=$(cd samples && find . -name '*.mr[lp]' ! -name '*_conv.*' | sed 's|^\./||' | sort)
+[ "$deb" = "$work/dist/murlconv_$version-1_$(dpkg --print-architecture).deb" ] || fail "name of $deb"
 [ "$zip" = "$work/dist/murlconv-$version-windows.zip" ] || fail "name of $zip"
 check_deb
 check_zip

@@ -79,6 +79,7 @@ END
     (cd "$work/scripts" && run ../convert 'a plate.mrl' Ä.mrl missing.mrl && expect_run 'second use' 0 \
         'Unable to open missing.mrl' </dev/null)
     expect_converted 'names in the current folder'
+    tools/check_guide.sh "$copy/build/release/murlconv" docs/finishing.md
 }
 
 # Another user's checkout, which was moved since his own build: he can use what its owner has built there, and
@@ -156,7 +157,22 @@ END
     done
 }
 
+# A release is made of a clean tree, and of one version.
+check_release() {
+    need release 'no release was tried'
+    run git -C "$copy" init --quiet
+    run "$copy/tools/release.sh" "$work/dist"
+    [ "$status $(head -n 1 "$work/err")" = '1 release: not committed:' ] || fail "a tree with changes: $(cat "$work/err")"
+    sed -i '/^## /s/[0-9.]*,/9.9,/' "$copy/CHANGELOG.md"
+    run "$copy/tools/release.sh" "$work/dist"
+    grep -q 'the newest entry of CHANGELOG.md is "9.9, ' "$work/err" || fail "two versions: $(cat "$work/err")"
+    [ $status = 1 ] || fail "two versions: status $status"
+    [ ! -e "$work/dist" ] || fail 'a release that should have been refused'
+    rm -rf "$copy/.git"
+}
+
 check_first_use
+check_release
 check_shared
 check_failed_build
 check_verdicts

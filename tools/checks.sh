@@ -17,8 +17,7 @@ fail() {
 # Installs a group of packages. If that can't be done the rest of the step is skipped.
 #   need GROUP CONSEQUENCE
 need() {
-    tools/packages.sh "$1" 2>"$MURL_BUILD/packages.log" && return
-    cat "$MURL_BUILD/packages.log" >&2
+    tools/packages.sh "$1" && return
     skip "$2: the packages for $1 are not there"
 }
 

@@ -7,6 +7,9 @@ set -eu
 cd "$(dirname -- "$0")/.."
 . tools/checks.sh
 dist=${1:-dist}
+# Permissions and the times in a zip are the same wherever it is made.
+umask 022
+export TZ=UTC
 
 # Packs what a preset has built.
 pack() {

@@ -19,6 +19,7 @@ group_packages() {
     hostile) echo python3 time ;;
     fuzz) echo clang libclang-rt-dev ;;
     coverage) echo gcovr ;;
+    release) echo git ;;
     *)
         echo "packages.sh: no group of packages is called $1" >&2
         exit 2
