@@ -8,10 +8,12 @@ set -eu
 group_packages() {
     case $1 in
     build) echo g++ cmake ninja-build ;;
-    check) echo libgtest-dev ;;
+    check) group_packages report && echo libgtest-dev ;;
+    report) echo libcli11-dev libdtl-dev libfmt-dev nlohmann-json3-dev ;;
+    browser) echo chromium nodejs npm ;;
     style) echo clang-format clang-tidy cppcheck shellcheck ;;
     mutation) echo python3 ;;
-    windows) echo g++-mingw-w64-x86-64-posix ;;
+    windows) group_packages report && echo g++-mingw-w64-x86-64-posix ;;
     wine) echo wine wine64 ;;
     dialog) echo xvfb xdotool ;;
     packages) echo dpkg-dev file gzip groff-base lintian ;;

@@ -14,6 +14,7 @@
 constexpr int32_t line_operands_size = 79; // characters of a #LINE that are read with it
 constexpr int32_t prompt_no_memory = 203;
 
+void (*label_refused)(const char *name);
 label_row *label_table;
 int32_t label_count;
 line_directive_state line_directives = {1, 1, "", "", false, nullptr};
@@ -30,7 +31,10 @@ void labels_start(label_row *table)
 // Tells of a second label of a name and of one label too many alike.
 static int32_t label_report(const char *name, int32_t result)
 {
-    fputs(name, stdout);
+    if (label_refused != nullptr)
+        label_refused(name);
+    else
+        fputs(name, stdout);
     return result;
 }
 

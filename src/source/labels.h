@@ -19,6 +19,9 @@ struct label_row {
 extern label_row *label_table; // label_capacity rows from malloc; null before the first file
 extern int32_t label_count;    // rows in use
 
+// The hook that is told the name of a label that stops the reading; null: it goes to standard output.
+extern void (*label_refused)(const char *name);
+
 // What the last #LINE said. It outlives a file, and nothing in the output depends on it.
 struct line_directive_state {
     int32_t line_number;

@@ -1,0 +1,73 @@
+// Items: what is left to do in a script, each of one kind, with the line it is about.
+//
+// The kinds' words and the states' words are part of the interface: people and programs select by them.
+#pragma once
+
+#include <stdint.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+// Gravest first.
+enum item_kind : uint8_t {
+    ITEM_STOPPED,
+    ITEM_BROKEN,
+    ITEM_GUARDED,
+    ITEM_FROZEN,
+    ITEM_LOST,
+    ITEM_GONE,
+    ITEM_BYHAND,
+    ITEM_CHECK,
+    ITEM_QUIET,
+    ITEM_UNKNOWN,
+    ITEM_BASE,
+    ITEM_DROPPED
+};
+constexpr int item_kind_count = ITEM_DROPPED + 1;
+
+// What a kind is called and what there is to do about it.
+struct kind_row {
+    const char *word;
+    const char *title;   // what has happened
+    const char *to_do;   // what the script's author does about it
+    bool mend_in_script; // first mended in the script, which is then converted again
+};
+extern const kind_row kind_table[item_kind_count];
+
+// The kind of a word; item_kind_count if there is none.
+int kind_find(std::string_view word);
+
+enum item_state : uint8_t {
+    STATE_NONE,   // there is no converted script
+    STATE_OPEN,   // its lines stand in the converted script as written
+    STATE_CHANGED // they no longer do: somebody has been at work
+};
+extern const char *const state_words[];
+
+struct report_item {
+    item_kind kind;
+    item_state state;
+    bool summed;           // one of many alike, which the text tells in one line unless all are asked for
+    uint32_t line;         // of the script, where the statement begins
+    uint32_t last_line;    // of the script, where it ends
+    uint64_t output_line;  // where its output begins, or would have begun
+    uint64_t output_lines; // lines of its output; 0: nothing is left
+    std::string command;   // as the command table spells it; else the statement's first word
+    std::string statement; // the line of the script
+    std::string detail;
+};
+
+// What is known of one script's report.
+struct script_report {
+    std::string path;
+    std::string output_path;
+    uint32_t statements = 0;
+    uint32_t converted = 0;    // statements without an item
+    bool output_there = false; // an X_conv stands beside the script
+    bool output_same = false;  // and is what the converter writes
+    bool output_older = false; // and is older than the script
+    std::vector<report_item> items;
+};
+
+using kind_counts = uint64_t[item_kind_count];

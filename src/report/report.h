@@ -1,0 +1,41 @@
+// Report: what the run of the program is made of.
+#pragma once
+
+#include "report/item.h"
+
+#include <bitset>
+#include <string>
+#include <vector>
+
+struct report_options {
+    std::vector<std::string> paths;
+    bool one_run = false;
+    bool summary = false;
+    bool all = false;
+    bool quiet = false;
+    bool convert = false;
+    bool force = false;
+    std::string csv; // path of an output; - for standard output, empty for none
+    std::string json;
+    std::bitset<item_kind_count> kinds; // that are selected
+    std::vector<std::string> commands;  // that are selected, in capitals; none: all
+};
+
+// The counts of a whole report.
+struct report_totals {
+    uint64_t scripts = 0;
+    uint64_t done = 0; // scripts with nothing left to do
+    uint64_t statements = 0;
+    uint64_t open = 0; // items that nobody has worked on
+    kind_counts by_kind{};
+    std::vector<std::pair<std::string, uint64_t>> by_command; // most first
+};
+
+// Exit statuses.
+enum : int { REPORT_DONE = 0, REPORT_LEFT = 1, REPORT_TROUBLE = 2 };
+
+// Makes the report. Gives the exit status.
+int report_run(const report_options &options);
+
+// Told what can't be done: one line on standard error.
+void report_trouble(const std::string &line);

@@ -1,0 +1,96 @@
+#include "report/show.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+// Length of the legal UTF-8 sequence at a place, 0 if there is none; *point is the character.
+static size_t utf8_sequence(std::string_view text, size_t at, uint32_t *point)
+{
+    auto lead = static_cast<unsigned char>(text[at]);
+    size_t size = lead < 0x80 ? 1 : lead >= 0xC2 && lead < 0xE0 ? 2 : lead >= 0xE0 && lead < 0xF0 ? 3 : 4;
+    if ((lead >= 0x80 && lead < 0xC2) || lead > 0xF4 || at + size > text.size())
+        return 0;
+    *point = size == 1 ? lead : lead & (0x7Fu >> size);
+    for (size_t i = 1; i < size; i++) {
+        auto next = static_cast<unsigned char>(text[at + i]);
+        if ((next & 0xC0) != 0x80)
+            return 0;
+        *point = *point << 6 | (next & 0x3Fu);
+    }
+    bool too_long = (size == 3 && *point < 0x800) || (size == 4 && *point < 0x10000);
+    bool surrogate = *point >= 0xD800 && *point < 0xE000;
+    return too_long || surrogate || *point > 0x10FFFF ? 0 : size;
+}
+
+// Characters that steer a terminal, or turn the direction of the text around them.
+static bool is_control(uint32_t point)
+{
+    return point < 0x20 || (point >= 0x7F && point < 0xA0) || (point >= 0x202A && point <= 0x202E) ||
+           (point >= 0x2066 && point <= 0x2069);
+}
+
+static bool is_legal(std::string_view text)
+{
+    uint32_t point;
+    for (size_t at = 0; at < text.size();) {
+        size_t size = utf8_sequence(text, at, &point);
+        if (size == 0)
+            return false;
+        at += size;
+    }
+    return true;
+}
+
+static void add_latin1(std::string *result, unsigned char c)
+{
+    *result += static_cast<char>(0xC0 | c >> 6);
+    *result += static_cast<char>(0x80 | (c & 0x3F));
+}
+
+static std::string show(std::string_view text, bool whole)
+{
+    auto plain = [](char c) { return c >= ' ' && c < 0x7F; };
+    if (std::all_of(text.begin(), text.end(), plain))
+        return std::string(text);
+    bool legal = is_legal(text);
+    std::string result;
+    for (size_t at = 0; at < text.size();) {
+        auto c = static_cast<unsigned char>(text[at]);
+        uint32_t point = c;
+        size_t size = legal ? utf8_sequence(text, at, &point) : 1;
+        if (whole && (c == '\t' || c == '\n'))
+            result += text[at];
+        else if (is_control(point))
+            result += point < 0x100 ? fmt::format("\\x{:02x}", point) : fmt::format("\\u{:04x}", point);
+        else if (legal || c < 0x80)
+            result += text.substr(at, size);
+        else
+            add_latin1(&result, c);
+        at += size;
+    }
+    return result;
+}
+
+std::string shown(std::string_view text)
+{
+    return show(text, false);
+}
+
+std::string shown_whole(std::string_view text)
+{
+    return show(text, true);
+}
+
+std::string_view text_trimmed(std::string_view text)
+{
+    constexpr std::string_view white = " \t\r\n\v\f";
+    text.remove_prefix(std::min(text.find_first_not_of(white), text.size()));
+    return text.substr(0, text.find_last_not_of(white) + 1);
+}
+
+std::string text_cut(std::string_view text, size_t size)
+{
+    std::string_view line = text.substr(0, text.find('\n'));
+    return line.size() <= size ? std::string(line) : std::string(line.substr(0, size)) + "...";
+}

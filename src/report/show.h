@@ -1,0 +1,18 @@
+// Showing texts of scripts: whatever bytes they hold, what is shown is harmless and legal UTF-8.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// A text for people: legal UTF-8 stays, any other byte from 128 on counts as Latin-1, and control characters
+// are written as \xNN.
+std::string shown(std::string_view text);
+
+// The same with tabs and line ends kept, for texts that are data.
+std::string shown_whole(std::string_view text);
+
+// A text without white space at both ends.
+std::string_view text_trimmed(std::string_view text);
+
+// The first characters of a text up to a line end, at most size of them.
+std::string text_cut(std::string_view text, size_t size);

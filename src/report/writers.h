@@ -1,0 +1,23 @@
+// Writers: the forms in which a report goes out. Each is told of the scripts one by one, and of the totals at
+// the end, so that a report is never held as a whole.
+#pragma once
+
+#include "report/report.h"
+
+#include <stdio.h>
+
+// ---- Text: for people and their editors ----
+
+void text_script(FILE *file, const script_report &script, const report_options &options, bool color);
+void text_totals(FILE *file, const report_totals &totals);
+
+// ---- CSV: one item a row ----
+
+void csv_start(FILE *file);
+void csv_script(FILE *file, const script_report &script);
+
+// ---- JSON: docs/report.schema.json tells its form ----
+
+void json_start(FILE *file);
+void json_script(FILE *file, const script_report &script, bool first);
+void json_end(FILE *file, const report_totals &totals);
