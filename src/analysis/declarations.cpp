@@ -163,11 +163,11 @@ static int32_t declare(const char *name, int8_t type, int32_t count, const int32
     int32_t known = var_read(name, strlen(name), nullptr);
     if (known != count)
         return var_make(name, strlen(name), type, count, dims);
-    if (var_current.type != type)
+    if (cur_type != type)
         return VAR_TYPE;
     int32_t compared = type == VAR_SLIST ? 1 : count; // of a string list the items alone
     for (int32_t i = 0; i < compared; i++)
-        if (dims[i] != 0 && dims[i] != var_current.block->dims[i])
+        if (dims[i] != 0 && dims[i] != cur_block->dims[i])
             return var_make(name, strlen(name), type, count, dims);
     return 0;
 }
@@ -345,7 +345,7 @@ int32_t array_statement(const char *word)
     int32_t code = var_make(line_buf, strlen(line_buf), VAR_NONE, count, dims);
     if (code != 0)
         return STOP_STORE - code;
-    if (var_current.type == VAR_SLIST)
+    if (cur_type == VAR_SLIST)
         return STOP_ARRAY_VALUES;
     if (c != '=') {
         out_char('\n');

@@ -317,8 +317,8 @@ static expr_value assign_string(lex_piece name, int32_t subscript, lex_piece str
         return no_value(fail(STEP_STOP, "syntax error"));
     if (code > 0)
         return no_value(fail(STEP_STOP, "can't make %.*s (%d)", length_of(name), name.text, code));
-    memcpy(var_current.ptr, string.text, string.size);
-    var_current.ptr[string.size] = 0;
+    memcpy(cur_ptr, string.text, string.size);
+    cur_ptr[string.size] = 0;
     return value_of(length);
 }
 
@@ -357,7 +357,7 @@ static expr_value parse_element(lex_piece name, int32_t depth)
     int32_t code = var_read_element(name.text, name.size, subscripts.count, subscripts.items);
     if (code == VAR_UNKNOWN)
         return no_value(fail(STEP_RECOVER, "%.*s not declared", length_of(name), name.text));
-    return code == 0 ? value_of(var_current.value) : no_value(syntax_error()); // expr: NAME subscripts
+    return code == 0 ? value_of(cur_value) : no_value(syntax_error()); // expr: NAME subscripts
 }
 
 // ---- Operands ----
@@ -376,7 +376,7 @@ static expr_value parse_name(int32_t depth)
     }
     // expr: NAME. An unknown name is no error: it has the value of the variable read last.
     (void)var_read(name.text, name.size, nullptr);
-    return value_of(var_current.value);
+    return value_of(cur_value);
 }
 
 // expr: SIZEOF ( NAME )

@@ -9,8 +9,11 @@
 
 var_rec *var_table;
 int32_t var_count;
-var_selection var_current;
-void (*var_unread)();
+int32_t cur_var;
+var_block *cur_block;
+int8_t cur_type;
+double cur_value;
+unsigned char *cur_ptr;
 
 static name_index var_names; // over var_table
 
@@ -23,8 +26,11 @@ void vars_start(var_rec *table, pool_heap *heap)
     arrays_start(heap);
     var_table = table;
     var_count = 0;
-    var_current = var_selection{-1, nullptr, VAR_NONE, 0, nullptr};
-    var_unread = nullptr;
+    cur_var = -1;
+    cur_block = nullptr;
+    cur_type = VAR_NONE;
+    cur_value = 0;
+    cur_ptr = nullptr;
     name_index_start(&var_names, reinterpret_cast<char *>(table) + offsetof(var_rec, name), sizeof(var_rec),
                      var_name_length, false);
 }
@@ -72,14 +78,14 @@ static void value_store(int8_t type, double value, unsigned char *to)
 
 double var_store_value(double value)
 {
-    if (var_current.ptr == nullptr)
+    if (cur_ptr == nullptr)
         return value;
-    if (var_current.type == VAR_DOUBLE) {
-        memcpy(var_current.ptr, &value, sizeof value);
+    if (cur_type == VAR_DOUBLE) {
+        memcpy(cur_ptr, &value, sizeof value);
         return value;
     }
-    value_store(var_current.type, value, var_current.ptr);
-    return value_load(var_current.type, var_current.ptr);
+    value_store(cur_type, value, cur_ptr);
+    return value_load(cur_type, cur_ptr);
 }
 
 // ---- Reading ----
@@ -91,15 +97,6 @@ static int8_t prefix_type(const char *name, size_t size)
     if (size > 1 && name[0] == '$' && text_is(name[1], CHAR_LETTER))
         return VAR_STRING;
     return VAR_DOUBLE;
-}
-
-// Reads the names that were put off.
-static void read_unread()
-{
-    void (*read)() = var_unread;
-    var_unread = nullptr;
-    if (read != nullptr)
-        read();
 }
 
 static var_rec *var_find(const char *name, size_t size)
@@ -126,23 +123,20 @@ static int32_t element_count(const var_rec *rec)
 int32_t var_read(const char *name, size_t name_size, int32_t *size_out)
 {
     var_rec *rec = var_find(name, name_size);
-    if (rec == nullptr) {
-        read_unread();
+    if (rec == nullptr)
         return VAR_UNKNOWN;
-    }
-    var_unread = nullptr;
-    var_current.type = rec->type;
+    cur_type = rec->type;
     if (rec->ndims == 0) {
         if (rec->type == VAR_DOUBLE)
-            memcpy(&var_current.value, rec->value, sizeof(double));
+            memcpy(&cur_value, rec->value, sizeof(double));
         else
-            var_current.value = value_load(rec->type, rec->value);
-        var_current.ptr = rec->value;
+            cur_value = value_load(rec->type, rec->value);
+        cur_ptr = rec->value;
     } else {
-        var_current.var = static_cast<int32_t>(rec - var_table);
-        var_current.block = rec->array.block;
-        var_current.value = 0;
-        var_current.ptr = nullptr;
+        cur_var = static_cast<int32_t>(rec - var_table);
+        cur_block = rec->array.block;
+        cur_value = 0;
+        cur_ptr = nullptr;
     }
     if (size_out != nullptr)
         *size_out = element_count(rec);
@@ -151,11 +145,11 @@ int32_t var_read(const char *name, size_t name_size, int32_t *size_out)
 
 static int32_t read_list_character(int32_t number, int32_t character)
 {
-    list_item item = list_item_at(var_current.block, number);
+    list_item item = list_item_at(cur_block, number);
     if (character < 0 || static_cast<uint32_t>(character) + 1 >= item.size)
         return VAR_BAD_SUBSCRIPT;
-    var_current.ptr = item.start + character;
-    var_current.value = value_load(VAR_SLIST, var_current.ptr);
+    cur_ptr = item.start + character;
+    cur_value = value_load(VAR_SLIST, cur_ptr);
     return 0;
 }
 
@@ -168,14 +162,14 @@ int32_t var_read_element(const char *name, size_t name_size, int32_t count, cons
         return VAR_BAD_SUBSCRIPT;
     if (ndims == 0)
         return 0;
-    const var_block *block = var_current.block;
-    for (int32_t i = 0; i < dims_stored(var_table + var_current.var); i++)
+    const var_block *block = cur_block;
+    for (int32_t i = 0; i < dims_stored(var_table + cur_var); i++)
         if (subscripts[i] < 0 || subscripts[i] >= block->dims[i])
             return VAR_BAD_SUBSCRIPT;
-    if (var_current.type == VAR_SLIST)
+    if (cur_type == VAR_SLIST)
         return read_list_character(subscripts[0], subscripts[1]);
-    var_current.ptr = array_element(block, var_current.type, count, subscripts);
-    var_current.value = value_load(var_current.type, var_current.ptr);
+    cur_ptr = array_element(block, cur_type, count, subscripts);
+    cur_value = value_load(cur_type, cur_ptr);
     return 0;
 }
 
@@ -203,9 +197,9 @@ static int32_t make_scalar(const char *name, size_t name_size, int8_t type, uint
     if (rec == nullptr)
         return VAR_TABLE_FULL;
     memset(rec->value, 0, sizeof rec->value);
-    var_current.type = type;
-    var_current.value = 0;
-    var_current.ptr = rec->value;
+    cur_type = type;
+    cur_value = 0;
+    cur_ptr = rec->value;
     return 0;
 }
 
@@ -224,10 +218,10 @@ static int32_t make_array(var_rec *rec, const char *name, size_t name_size, int8
         rec->array = array;
     }
     rec->ndims = static_cast<int8_t>(ndims);
-    var_current.var = static_cast<int32_t>(rec - var_table);
-    var_current.block = rec->array.block;
-    var_current.type = type;
-    var_current.ptr = nullptr;
+    cur_var = static_cast<int32_t>(rec - var_table);
+    cur_block = rec->array.block;
+    cur_type = type;
+    cur_ptr = nullptr;
     return 0;
 }
 
@@ -243,7 +237,6 @@ int32_t var_make(const char *name, size_t name_size, int8_t type, int32_t ndims,
 {
     if (name_size > 0 && name[0] == '@')
         return VAR_SYSTEM_NAME;
-    read_unread();
     if (ndims > var_dims_max)
         return VAR_NO_MEMORY;
     for (int32_t i = 0; i < ndims; i++)
@@ -273,16 +266,16 @@ int32_t var_make(const char *name, size_t name_size, int8_t type, int32_t ndims,
 
 void var_fill_start()
 {
-    var_current.ptr = var_current.block->data;
+    cur_ptr = cur_block->data;
 }
 
 void var_fill_next(double value)
 {
-    size_t size = type_size[var_current.type];
-    if (static_cast<size_t>(var_current.block->end - var_current.ptr) < size)
+    size_t size = type_size[cur_type];
+    if (static_cast<size_t>(cur_block->end - cur_ptr) < size)
         return;
-    value_store(var_current.type, value, var_current.ptr);
-    var_current.ptr += size;
+    value_store(cur_type, value, cur_ptr);
+    cur_ptr += size;
 }
 
 // ---- Strings ----
@@ -309,9 +302,9 @@ static int32_t store_item(var_rec *rec, int32_t subscript, int32_t length)
     // The largest subscript can't be one of a list.
     if (subscript == INT32_MAX || !list_item_store(&rec->array, subscript, static_cast<uint32_t>(length) + 1))
         return VAR_NO_MEMORY;
-    var_current.block = rec->array.block;
-    var_current.ptr = list_item_at(var_current.block, subscript).start;
-    var_current.ptr[length] = 0;
+    cur_block = rec->array.block;
+    cur_ptr = list_item_at(cur_block, subscript).start;
+    cur_ptr[length] = 0;
     return 0;
 }
 
@@ -324,10 +317,10 @@ int32_t var_store_string(const char *name, size_t name_size, int32_t subscript, 
         int32_t code = make_for_string(name, name_size, subscript, length);
         if (code != 0)
             return code;
-    } else if (ndims == 0 || var_current.type != (subscript == -1 ? VAR_STRING : VAR_SLIST)) {
+    } else if (ndims == 0 || cur_type != (subscript == -1 ? VAR_STRING : VAR_SLIST)) {
         return -1;
     }
-    var_rec *rec = var_table + var_current.var;
+    var_rec *rec = var_table + cur_var;
     if (subscript != -1)
         return store_item(rec, subscript, length);
     if (rec->array.block->dims[0] != length) {
@@ -335,6 +328,6 @@ int32_t var_store_string(const char *name, size_t name_size, int32_t subscript, 
         if (code != 0)
             return code;
     }
-    var_current.ptr = rec->array.block->rows;
+    cur_ptr = rec->array.block->rows;
     return 0;
 }

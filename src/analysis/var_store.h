@@ -2,8 +2,9 @@
 //
 // The store is one flat table for each file; it starts empty and nothing of it is kept. Scalars lie in
 // their record, arrays, strings and string lists in a block from the pool heap. Reading a variable selects
-// it: the result stands in var_current, and the next store goes there. Names compare with case. Names that
-// start with @ are system variables of the running CAD system: there is none here, so none is ever found.
+// it: the result stands in the cur_ fields, and the next store goes there. Names compare with case. Names
+// that start with @ are system variables of the running CAD system: there is none here, so none is ever
+// found.
 #pragma once
 
 #include "analysis/var_array.h"
@@ -45,20 +46,13 @@ struct var_rec {
 extern var_rec *var_table; // var_capacity records from malloc; null before the first file
 extern int32_t var_count;  // records in use
 
-// The variable that was read last.
-struct var_selection {
-    int32_t var;        // index of the selected array, -1 if none
-    var_block *block;   // its block
-    int8_t type;        // type code of the last variable read or made
-    double value;       // the value read; it stays when a name isn't found, and storing doesn't change it
-    unsigned char *ptr; // storage of the scalar or element, the target of the next store; null: whole array
-};
-extern var_selection var_current;
-
-// Set by whoever has passed names and puts off reading them: it is called before the selection is looked at
-// that they would leave, and forgotten when another variable is read, which leaves nothing of it. Null: no
-// such names.
-extern void (*var_unread)();
+// The current variable: the one that was read last, or made.
+extern int32_t cur_var;      // index of the selected array, -1 if none
+extern var_block *cur_block; // its block
+extern int8_t cur_type;      // type code of the last variable read or made
+extern double cur_value; // the value read; it stays when a name isn't found, and storing doesn't change it
+extern unsigned char
+    *cur_ptr; // storage of the scalar or element, the target of the next store; null: whole array
 
 // Forgets the variables of the last file, and starts on the records of table and the blocks of heap.
 void vars_start(var_rec *table, pool_heap *heap);
@@ -74,22 +68,11 @@ int32_t var_read(const char *name, size_t name_size, int32_t *size_out);
 // subscripts, item and character.
 int32_t var_read_element(const char *name, size_t name_size, int32_t count, const int32_t *subscripts);
 
-// The former names of the two.
-inline int32_t var_read_sized(const char *name, size_t name_size, int32_t *size_out)
-{
-    return var_read(name, name_size, size_out);
-}
-inline int32_t var_read_element_sized(const char *name, size_t name_size, int32_t count,
-                                      const int32_t *subscripts)
-{
-    return var_read_element(name, name_size, count, subscripts);
-}
-
 // Makes a variable, or gives an array new dimensions, its elements zero. 0, or one of the codes above; then
 // a known variable is as it was.
 int32_t var_make(const char *name, size_t name_size, int8_t type, int32_t ndims, const int32_t *dims);
 
-// Stores a value where var_current points, in the width of its type, and gives it as it then stands there.
+// Stores a value where cur_ptr points, in the width of its type, and gives it as it then stands there.
 double var_store_value(double value);
 
 // Makes room for a string of length bytes, its NUL included, in a string variable (subscript -1) or in an

@@ -269,11 +269,11 @@ TEST(declarations, fill_arrays)
         std::vector<double> values;
         int32_t ndims = var_read("v", 1, nullptr);
         if (ndims > 0) {
-            int32_t size[2] = {var_current.block->dims[0], ndims == 2 ? var_current.block->dims[1] : 1};
+            int32_t size[2] = {cur_block->dims[0], ndims == 2 ? cur_block->dims[1] : 1};
             for (int32_t i = 0; i < size[0] * size[1]; i++) {
                 int32_t at[2] = {i / size[1], i % size[1]};
                 var_read_element("v", 1, ndims, at);
-                values.push_back(var_current.value);
+                values.push_back(cur_value);
             }
         }
         EXPECT_EQ(values, c.values) << escaped(c.text);

@@ -52,7 +52,7 @@ static int32_t store_string(const std::string &name, int32_t subscript, const st
     int32_t code =
         var_store_string(name.c_str(), name.size(), subscript, static_cast<int32_t>(text.size()) + 1);
     if (code == 0)
-        strcpy(reinterpret_cast<char *>(var_current.ptr), text.c_str());
+        strcpy(reinterpret_cast<char *>(cur_ptr), text.c_str());
     return code;
 }
 
@@ -105,9 +105,9 @@ TEST_F(var_store_test, makes_and_refuses)
         EXPECT_EQ(size_of(c.name), c.size) << c.name;
     }
     size_of("n");
-    EXPECT_EQ(var_current.type, VAR_DOUBLE);
+    EXPECT_EQ(cur_type, VAR_DOUBLE);
     size_of("A");
-    EXPECT_EQ(var_current.type, VAR_FLOAT);
+    EXPECT_EQ(cur_type, VAR_FLOAT);
 }
 
 TEST_F(var_store_test, stores_in_the_width_of_the_type)
@@ -141,16 +141,16 @@ TEST_F(var_store_test, stores_in_the_width_of_the_type)
     for (const auto &c : cases) {
         file_objects();
         make("s", c.type);
-        EXPECT_EQ(var_current.value, 0);
+        EXPECT_EQ(cur_value, 0);
         EXPECT_EQ(var_store_value(c.value), c.stored) << int{c.type} << ": " << c.value;
         var_read("s", 1, nullptr);
-        EXPECT_EQ(var_current.value, c.stored) << int{c.type} << ": " << c.value;
+        EXPECT_EQ(cur_value, c.stored) << int{c.type} << ": " << c.value;
         make("a", c.type, {2, 3});
         EXPECT_EQ(element("a", {1, 1}), 0);
         EXPECT_EQ(var_store_value(c.value), c.stored) << int{c.type} << ": " << c.value;
         for (int32_t i = 0; i < 6; i++) {
             EXPECT_EQ(element("a", {i / 3, i % 3}), 0);
-            EXPECT_EQ(var_current.value, i == 4 ? c.stored : 0) << int{c.type} << ": element " << i;
+            EXPECT_EQ(cur_value, i == 4 ? c.stored : 0) << int{c.type} << ": element " << i;
         }
     }
 }
@@ -159,15 +159,15 @@ TEST_F(var_store_test, keeps_the_value_when_a_name_is_not_found)
 {
     make("x", VAR_DOUBLE);
     var_store_value(7);
-    EXPECT_EQ(var_current.value, 0) << "storing doesn't change it";
+    EXPECT_EQ(cur_value, 0) << "storing doesn't change it";
     var_read("x", 1, nullptr);
     EXPECT_EQ(var_read("nosuch", 6, nullptr), VAR_UNKNOWN);
     EXPECT_EQ(var_read("@x", 2, nullptr), VAR_UNKNOWN);
-    EXPECT_EQ(var_current.value, 7);
+    EXPECT_EQ(cur_value, 7);
     make("a", VAR_INT, {3});
     EXPECT_EQ(var_read("a", 1, nullptr), 1);
-    EXPECT_EQ(var_current.value, 0);
-    EXPECT_EQ(var_current.ptr, nullptr);
+    EXPECT_EQ(cur_value, 0);
+    EXPECT_EQ(cur_ptr, nullptr);
     EXPECT_EQ(var_store_value(5), 5) << "nothing is selected";
 }
 
@@ -215,11 +215,11 @@ TEST_F(var_store_test, reaches_every_element_of_five_dimensions)
     for (int32_t i = 0; i < 720; i++) {
         dims_list at{i / 360, i / 120 % 3, i / 30 % 4, i / 6 % 5, i % 6};
         ASSERT_EQ(element("a", at), 0);
-        ASSERT_EQ(var_current.value, i);
+        ASSERT_EQ(cur_value, i);
     }
     make("a", VAR_SHORT, {3, 2});
     EXPECT_EQ(element("a", {2, 1}), 0);
-    EXPECT_EQ(var_current.value, 0) << "zero again with new dimensions";
+    EXPECT_EQ(cur_value, 0) << "zero again with new dimensions";
     EXPECT_EQ(element("a", {0, 0, 0, 0, 0}), VAR_BAD_SUBSCRIPT);
 }
 
@@ -230,12 +230,12 @@ TEST_F(var_store_test, fits_a_string_to_its_value)
     EXPECT_EQ(store_string("$s", -1, "ab"), 0);
     EXPECT_EQ(size_of("$s"), 3);
     EXPECT_EQ(element("$s", {1}), 0);
-    EXPECT_EQ(var_current.value, 'b');
+    EXPECT_EQ(cur_value, 'b');
     make("plain", VAR_STRING, {80});
     EXPECT_EQ(store_string("plain", -1, "\xFF"), 0);
     EXPECT_EQ(size_of("plain"), 2);
     element("plain", {0});
-    EXPECT_EQ(var_current.value, -1) << "a signed byte";
+    EXPECT_EQ(cur_value, -1) << "a signed byte";
 }
 
 TEST_F(var_store_test, refuses_strings_where_they_do_not_fit)
@@ -276,8 +276,8 @@ TEST_F(var_store_test, refuses_strings_where_they_do_not_fit)
 static std::string item_text(const std::string &name, int32_t item)
 {
     std::string text;
-    for (int32_t i = 0; element(name, {item, i}) == 0 && var_current.value != 0; i++)
-        text += static_cast<char>(var_current.value);
+    for (int32_t i = 0; element(name, {item, i}) == 0 && cur_value != 0; i++)
+        text += static_cast<char>(cur_value);
     return text;
 }
 
@@ -443,7 +443,7 @@ TEST_F(var_store_test, keeps_a_variable_that_finds_no_memory_to_grow)
     heap_malloc = malloc;
     EXPECT_EQ(size_of("a"), 3);
     element("a", {1});
-    EXPECT_EQ(var_current.value, 5);
+    EXPECT_EQ(cur_value, 5);
     EXPECT_EQ(size_of("$s"), 3);
     EXPECT_EQ(size_of("$$l"), 2);
     EXPECT_EQ(item_text("$$l", 1), "abc");
