@@ -3,10 +3,10 @@
 
 #include <string.h>
 
-// Room for all the short pieces that a form or a list may have.
+// Room for all the short pieces that a form with a list may have.
 constexpr size_t put_room = 4096;
-static_assert(put_room >= form_pieces_max * 2 * slot_text_slack);
-static_assert(put_room >= (arg_types_size + 1) * (2 + slot_text_slack));
+static_assert(put_room >=
+              form_pieces_max * 2 * slot_text_slack + arg_types_size * (form_joint_max + slot_text_slack));
 
 static char *put_long(char *place, const char *text, size_t size)
 {
@@ -58,40 +58,34 @@ static char *put_list(char *place, const form_code &form, const form_piece *piec
     return place;
 }
 
-// Writes a tail. Those that begin a pass put the cursor on their slot, the others find it where the pass has
-// left it.
+// Writes a tail. The cursor is put on its slot; GETCUR's second pass goes on where the first has left it.
 static void emit_tail(const form_piece *piece, const rule_choice &choice)
 {
     arg_slot *slot = arg_slots + piece->slot;
     const uint8_t *types = arg_types + piece->slot - 1;
-    switch (piece->mark) {
-    case TAIL_MENU_MODE: emit_menu_mode(); return;
-    case TAIL_MENU: emit_menu_string(types); return;
-    case TAIL_GETMENU: emit_getmenu_tail(slot); return;
-    case TAIL_GETCUR: emit_getcur_tail(); return;
-    default: break;
-    }
-    arg_cursor = slot;
+    if (piece->mark != TAIL_GETCUR)
+        arg_cursor = slot;
     switch (piece->mark) {
     case TAIL_ATTR_COMMENT: emit_attr_comment(); break;
     case TAIL_ATTR: emit_attr_tail(); break;
     case TAIL_TEXT_COMMENT: emit_text_comment(); break;
     case TAIL_TEXT: emit_text_tail(types); break;
     case TAIL_MENU_COMMENT: emit_menu_comment(); break;
+    case TAIL_MENU_MODE: emit_menu_mode(); break;
+    case TAIL_MENU: emit_menu_string(types); break;
     case TAIL_GETMENU_COMMENT: emit_getmenu_comment(); break;
+    case TAIL_GETMENU: emit_getmenu_tail(); break;
     case TAIL_GETCUR_COMMENT: emit_getcur_comment(); break;
+    case TAIL_GETCUR: emit_getcur_tail(); break;
     case TAIL_SCAN: emit_scan_format(choice.last); break;
     default: break;
     }
 }
 
-// Writes a piece with a number or a tail.
-static void emit_other(const form_code &form, const form_piece *piece, const rule_choice &choice)
+// Writes a number or a tail.
+static void emit_other(const form_piece *piece, const rule_choice &choice)
 {
     const arg_slot *slot = arg_slots + piece->slot;
-    if (piece->mark == MARK_IF_SET && slot_lval(slot) == 0)
-        return;
-    out_bytes(form.text + piece->start, piece->size);
     switch (piece->mark) {
     case MARK_IF_SET:
     case MARK_LVAL: out_format("%d", slot_lval(slot)); break;
@@ -118,8 +112,10 @@ void emit_form(const form_code &form, const rule_choice &choice)
         case MARK_LIST:
         case MARK_ITEMS: place = put_list(place, form, piece, choice.last); break;
         default:
-            out_give_place(place);
-            emit_other(form, piece, choice);
+            if (piece->mark == MARK_IF_SET && slot_lval(slot) == 0)
+                break;
+            out_give_place(put_literal(place, form, piece));
+            emit_other(piece, choice);
             place = out_take_place(put_room);
             break;
         }

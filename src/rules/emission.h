@@ -76,9 +76,9 @@ void emit_menu_string(const uint8_t *types);
 void emit_menu_mode();
 
 // GETMENU's arguments after its prompt, with the cursor on slot 2, on the comment line; and what follows the
-// merged string on the new line. last is the slot of the last argument.
+// merged string on the new line, with the cursor on the last argument.
 void emit_getmenu_comment();
-void emit_getmenu_tail(const arg_slot *last);
+void emit_getmenu_tail();
 
 // The two passes over GETCUR's arguments after its third, with the cursor on slot 4: on the comment line, and
 // on the new line.

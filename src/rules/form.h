@@ -72,6 +72,7 @@ struct alignas(8) form_piece {
 };
 
 constexpr int form_pieces_max = 28; // a few more than the widest form has, the two lines of a dimension
+constexpr int form_joint_max = 2;   // characters of a joint
 constexpr int form_slot_max = 26;   // no form may name a slot after this one
 
 // A form taken apart.
@@ -178,6 +179,8 @@ constexpr form_code form(const char *text)
         form_piece *piece = nullptr;
         if (mark == joint || start < at)
             piece = form_add(&code, start, at);
+        if (mark > joint + form_joint_max)
+            form_is_malformed();
         if (mark > joint)
             piece = form_add(&code, joint, mark);
         if (text[at] == '{')

@@ -84,12 +84,12 @@ void emit_getmenu_comment()
         emit_menu_argument();
 }
 
-void emit_getmenu_tail(const arg_slot *last)
+void emit_getmenu_tail()
 {
     // Kept: with a last argument the new line ends in a comma and a blank, for what is written is the slot
     // after that argument.
-    if (last->text_size > 0)
-        emit_argument(last + 1);
+    if (take_text()->text_size > 0)
+        emit_argument(arg_cursor);
 }
 
 // ---- GETCUR ----

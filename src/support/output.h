@@ -79,20 +79,13 @@ inline void out_bytes(const char *bytes, size_t size)
     out_file.used += size;
 }
 
-// Writes what is gathered unless the buffer has room for size bytes more, so that they can be put there
-// without a look at the room for each.
-inline void out_make_room(size_t size)
-{
-    if (out_buffer_size - out_file.used < size)
-        out_flush();
-}
-
-// Writing at hand: a rule that writes many short pieces takes the place where the next byte goes, with room
-// for so many bytes behind it, and gives back the place behind its last one. The place goes along in a
-// variable of the caller, which is what makes it quick.
+// Writing at hand: who writes many short pieces takes the place where the next byte goes, with room for so
+// many bytes after it, and gives back the place after its last one. The place goes along in a variable of the
+// caller, which is what makes it quick.
 inline char *out_take_place(size_t room)
 {
-    out_make_room(room);
+    if (out_buffer_size - out_file.used < room)
+        out_flush();
     return out_file.buffer + out_file.used;
 }
 
