@@ -62,8 +62,6 @@ static void store_start()
 {
     static auto *records = static_cast<var_rec *>(malloc(var_capacity * sizeof(var_rec)));
     static pool_heap *heap = heap_create("Vbuf", 4096);
-    static char pool[arg_pool_block];
-    arg_pool = pool;
     vars_start(records, heap);
     for (const char *text : {"v1 = 2.5", "width = 40", "height = 30", "i = 2", "DOUBLE a[9]"})
         evaluate(text);

@@ -95,8 +95,6 @@ void harness_reset()
 
 void harness_start_file()
 {
-    static char pool[arg_pool_block];
-    arg_pool = pool;
     vars_start(var_table, heap_create("Vbuf", 4096));
     labels_start(label_table);
 }

@@ -16,14 +16,14 @@ static void fill_slots(const char *format, int32_t count)
     slot_set_word("INPUT", 5);
     for (int32_t i = 1; i <= count; i++) {
         arg_cursor++;
-        slot_clear();
+        *arg_cursor = slot_cleared;
         arg_cursor->state = 0;
         arg_cursor->text = i == 1 ? format : variable;
         arg_cursor->text_size = static_cast<uint32_t>(strlen(arg_cursor->text));
         arg_cursor->holds = HOLDS_RAW;
     }
     arg_cursor++;
-    slots_end_list();
+    slots_end_list(arg_cursor);
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);

@@ -1,94 +1,172 @@
-// The walk over the spec, one position after the other.
+// The walk over the spec, one position after the other, and the storing of what is read.
 #include "analysis/arg_fetcher.h"
 
-#include "analysis/arg_gather.h"
 #include "analysis/arg_slots.h"
-#include "analysis/arg_store.h"
+#include "analysis/arg_text.h"
+#include "analysis/expr_eval.h"
 #include "source/src_stream.h"
 #include "source/statement_text.h"
+#include "support/scan.h"
 
-char *arg_pool;
+#include <string.h>
 
-// Reads one argument into the slot under arg_cursor. *last is the character that ended it, *empty tells an
-// empty argument. False if it fails.
-static bool fetch_one(uint8_t type, int *last, bool *empty)
+// One list of arguments while it is fetched.
+struct arg_list {
+    arg_slot *slot;      // the next one to fill
+    uint8_t *type;       // the arg_types byte of the next position
+    unsigned char *keep; // end of the texts that the slots have; null: none
+    size_t left;         // characters of the text read last that a failure leaves
+
+    // The argument store of the statement: values of type 4 take room in it from the bottom up, strings from
+    // the top down, and where they meet the fetch fails. The values stand in the slots and the strings in the
+    // source; what is left of the store is its size.
+    int32_t bottom;
+    int32_t top;
+};
+
+// ---- Storing ----
+
+// Fills a slot with a text.
+static void slot_fill(arg_slot *slot, const unsigned char *text, uint32_t size, uint8_t holds)
 {
-    *empty = false;
-    arg_line_used = 0;
-    int c = arg_skip_blanks();
-    bool quote = c == '"' || c == '`';
-    if (quote && (type == ARG_STR || type == ARG_ITEM)) {
-        *arg_type_cursor = ARG_STR;
-        return arg_gather_string(c, last) && arg_store_text(true);
-    }
-    if (!arg_gather_raw(c, arg_is_numeric(type) || type == ARG_ITEM, last))
-        return false;
-    *empty = arg_line_used == 0;
-    if (*empty) {
-        arg_cursor->state = 0;
-        return true;
-    }
-    return arg_is_numeric(type) ? arg_store_number(type) : arg_store_text(false);
+    slot->text = reinterpret_cast<const char *>(text);
+    slot->text_size = size;
+    slot->state = 0;
+    slot->holds = holds;
 }
 
-static int32_t fetch_failed()
+// Puts a string between double quotes. An open string may end where the source does: the quote takes the
+// place of what stands there.
+static void quote(const arg_text &arg)
 {
+    unsigned char *after = arg.text + arg.size;
+    if (after == src.end)
+        src_append();
+    arg.text[-1] = '"';
+    *after = '"';
+}
+
+static int32_t store_text(arg_list *list, const arg_text &arg)
+{
+    list->top -= static_cast<int32_t>(arg.size) + 1;
+    if (list->top < list->bottom)
+        return FETCH_NO_ROOM;
+    if (!arg.quoted) {
+        slot_fill(list->slot, arg.text, arg.size, HOLDS_RAW);
+    } else if (arg.size == 0) {
+        // Kept: the text of an empty string has no quotes.
+        slot_fill(list->slot, arg.text, 0, HOLDS_STRING);
+    } else {
+        quote(arg);
+        list->keep = arg.text + arg.size + 1;
+        slot_fill(list->slot, arg.text - 1, arg.size + 2, HOLDS_STRING);
+    }
+    return 0;
+}
+
+static int32_t store_number(arg_list *list, const arg_text &arg, uint8_t type)
+{
+    if (arg.size > arg_text_room)
+        return FETCH_TOO_LONG;
+    if (arg.size <= 16 && scan_is_number(arg.text, arg.size)) {
+        slot_fill(list->slot, arg.text, arg.size, type | HOLDS_PLAIN);
+    } else {
+        slot_fill(list->slot, arg.text, arg.size, type);
+        const double *value = eval_expr(list->slot->text, arg.size);
+        list->left = eval_first_name_end;
+        if (value == nullptr)
+            return FETCH_EXPRESSION;
+        list->slot->value = *value;
+    }
+    if (type != ARG_DOUBLE)
+        return 0;
+    list->bottom += 8;
+    return list->bottom >= list->top ? FETCH_NO_ROOM : 0;
+}
+
+// ---- The walk ----
+
+// Reads the argument of a position into the list's slot, an empty one too.
+static int32_t fetch_one(arg_list *list, uint8_t type, arg_text *arg)
+{
+    bool numeric = type >= ARG_LONG && type <= ARG_DOUBLE;
+    bool item = type == ARG_ITEM;
+    int32_t fault = arg_text_read(list->keep, item || type == ARG_STR, item || numeric, arg);
+    list->keep = arg->text + arg->size;
+    list->left = arg->size;
+    *list->type = arg->quoted ? uint8_t{ARG_STR} : type;
+    if (fault != 0)
+        return fault;
+    if (numeric && arg->size > 0)
+        return store_number(list, *arg, type);
+    if (arg->quoted || arg->size > 0)
+        return store_text(list, *arg);
+    slot_fill(list->slot, arg->text, 0, HOLDS_NOTHING);
+    return 0;
+}
+
+// Leaves in line_buf what the statement loop prints of a statement that failed. last is the text read last.
+static int32_t fetch_failed(const arg_list &list, const arg_text &last, int32_t fault)
+{
+    memcpy(line_buf, last.text, list.left);
+    line_buf[list.left] = 0;
+    arg_cursor = list.slot;
+    arg_type_cursor = list.type;
     slots_abandon_list();
-    return -1;
+    return fault;
 }
 
-static void skip_line(int c)
+// Reads over the rest of the line, of which c was the last character read.
+static void skip_line(int c, unsigned char *keep)
 {
-    while (c != '\n' && c != -1)
-        c = src_getc();
-}
-
-// The positions one by one, see fetch_args.
-static int32_t fetch_list(int32_t spec_count, const uint8_t *spec, bool keep_absent)
-{
-    bool more = spec_count != 0; // the list goes on
-    int32_t walked = 0;
-    int c = 0;
-    for (int32_t p = 0;; p++) {
-        if (p == spec_count) {
-            if (!more)
-                break;
-            p--; // the last position again: it repeats
-        }
-        if (walked == arg_types_size)
-            return fetch_failed();
-        bool repeats = (spec[p] & ARG_REPEAT) != 0;
-        *arg_type_cursor = spec[p] & ARG_TYPE;
-        bool empty = true;
-        if (more) {
-            if (!fetch_one(spec[p] & ARG_TYPE, &c, &empty))
-                return fetch_failed();
-            more = c == ',' && (p + 1 < spec_count || repeats);
-            keep_absent |= empty;
-        }
-        if (empty && repeats && !more) {
-            arg_cursor->state = slot_mark;
-            break;
-        }
-        if (!empty || keep_absent)
-            slot_advance();
-        if (empty && (spec[p] & (ARG_OPTIONAL | ARG_PRINT)) == 0)
-            return fetch_failed();
-        if (empty)
-            *arg_type_cursor |= ARG_ABSENT;
-        walked++;
-        arg_type_cursor++;
+    while (c != '\n' && c != -1) {
+        auto size = static_cast<size_t>(src.end - src.pos);
+        auto *found = static_cast<unsigned char *>(memchr(src.pos, '\n', size));
+        src.pos = found != nullptr ? found + 1 : src.end;
+        if (found != nullptr || !src_more(keep))
+            return;
     }
-    skip_line(c);
-    slots_end_list();
-    arg_type_cursor = arg_types;
-    arg_cursor = arg_slots;
-    return walked;
 }
 
 int32_t fetch_args(int32_t spec_count, const uint8_t *spec, bool keep_absent)
 {
-    slot_clear();
-    arg_store_start();
-    return fetch_list(spec_count, spec, keep_absent);
+    arg_list list{arg_slots + 1, arg_types, nullptr, 0, 0, arg_pool_size};
+    arg_text arg{};
+    const uint8_t *const types_end = arg_types + arg_types_size;
+    int32_t p = 0;
+    bool more = spec_count != 0; // the list goes on
+    while (more) {
+        uint8_t position = spec[p];
+        if (list.type == types_end)
+            return fetch_failed(list, arg, FETCH_TOO_MANY);
+        int32_t fault = fetch_one(&list, position & ARG_TYPE, &arg);
+        if (fault != 0)
+            return fetch_failed(list, arg, fault);
+        more = arg.last == ',' && (p + 1 < spec_count || (position & ARG_REPEAT) != 0);
+        if (arg.size == 0 && !arg.quoted) {
+            // An empty item at the end of a list that repeats is none.
+            if ((position & ARG_REPEAT) != 0 && !more)
+                break;
+            if ((position & (ARG_OPTIONAL | ARG_PRINT)) == 0)
+                return fetch_failed(list, arg, FETCH_MISSING);
+            keep_absent = true;
+            *list.type |= ARG_ABSENT;
+        }
+        list.slot++;
+        list.type++;
+        p += p + 1 < spec_count || !more; // the last position repeats
+    }
+    // The positions that were left out take slots only after an empty argument.
+    for (; p < spec_count && (spec[p] & ARG_REPEAT) == 0; p++) {
+        if (keep_absent)
+            *list.slot++ = slot_cleared;
+        if ((spec[p] & ARG_OPTIONAL) == 0)
+            return fetch_failed(list, arg, FETCH_MISSING);
+        *list.type++ = (spec[p] & ARG_TYPE) | ARG_ABSENT;
+    }
+    skip_line(arg.last, list.keep);
+    arg_cursor = arg_slots;
+    arg_type_cursor = arg_types;
+    slots_end_list(list.slot);
+    return static_cast<int32_t>(list.type - arg_types);
 }

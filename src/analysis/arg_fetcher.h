@@ -1,19 +1,16 @@
 // Argument fetcher: turns the rest of a command statement into slots, driven by the row's spec bytes alone.
 //
-// It sees no lines but a stream of characters, in which a quoted string may run over a line end. Each
-// argument is gathered in line_buf (arg_gather.h) and stored from there (arg_store.h). After a failure
-// line_buf, which the statement loop prints, holds the text read last; if that was evaluated, it ends behind
-// its first name. After a success it is nobody's.
+// It sees no lines but a stream of characters, in which a quoted string may run over a line end. The text of
+// an argument stays in the source's window (arg_text.h) until the statement is done. After a failure line_buf
+// holds what is left of the statement: the text read last; if that was evaluated, up to the end of its first
+// name.
 #pragma once
 
 #include <stdint.h>
 
-constexpr uint32_t arg_pool_block = 3008; // bytes of arg_pool
-constexpr int32_t arg_pool_size =
-    3001; // of them in use: values from the bottom up, strings from the top down
-
-// The argument store, one block for each file. Its size bounds the values and the strings of a statement.
-extern char *arg_pool;
+// Bytes that the values and strings of one statement may come to: 8 for each value of type 4, a string's
+// length and 1.
+constexpr int32_t arg_pool_size = 3001;
 
 // What fetch_args gives for a failure, by cause. The converter treats them alike.
 enum : int32_t {

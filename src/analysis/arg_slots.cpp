@@ -1,45 +1,35 @@
 #include "analysis/arg_slots.h"
 
-#include <string.h>
+#include "support/number.h"
 
-arg_slot arg_slots[arg_slots_size + arg_slots_cleared];
+arg_slot arg_slots[arg_slots_size];
 arg_slot *arg_cursor = arg_slots;
-uint8_t arg_types[arg_types_size + 8];
+uint8_t arg_types[arg_types_size];
 uint8_t *arg_type_cursor = arg_types;
-
-char slot_texts[slot_texts_size + slot_text_slack];
-uint32_t slot_texts_used;
 const char slot_no_text[1 + slot_text_slack] = "";
 
-arg_slot *slots_last = arg_slots;
+// At first every slot has yet to be cleared.
+arg_slot *slots_last = arg_slots + arg_slots_size - 1;
+
+void slots_start_statement()
+{
+    arg_type_cursor = arg_types;
+    arg_cursor = arg_slots;
+}
 
 void slot_set_word(const char *word, uint32_t size)
 {
-    arg_slots[0].text = word;
-    arg_slots[0].text_size = size;
+    arg_slots[0] = arg_slot{word, 0, size, slot_mark, HOLDS_NOTHING};
 }
 
-// ---- Texts ----
-
-// Tells whether a text lies in slot_texts.
-static bool text_is_kept(const char *text)
+double slot_number(const arg_slot *slot)
 {
-    auto place = reinterpret_cast<uintptr_t>(text);
-    auto start = reinterpret_cast<uintptr_t>(slot_texts);
-    return place >= start && place < start + slot_texts_size;
-}
-
-const char *slot_ended_text(arg_slot *slot)
-{
-    if (slot->text_size == 0)
-        return slot_no_text;
-    if (!text_is_kept(slot->text)) {
-        char *room = slot_text_room(slot->text_size);
-        memcpy(room, slot->text, slot->text_size);
-        room[slot->text_size] = 0;
-        slot->text = room;
-    }
-    return slot->text;
+    if ((slot->holds & HOLDS_PLAIN) == 0)
+        return slot->value;
+    bool minus = slot->text[0] == '-';
+    double value;
+    (void)number_scan(slot->text + minus, slot->text + slot->text_size, &value);
+    return minus ? -value : value;
 }
 
 const char *slot_str(const arg_slot *slot, uint32_t *size)
@@ -50,29 +40,13 @@ const char *slot_str(const arg_slot *slot, uint32_t *size)
     return slot->holds == HOLDS_STRING || slot->holds == HOLDS_RAW ? slot->text + quotes : nullptr;
 }
 
-void slots_start_statement()
+void slots_end_list(arg_slot *end)
 {
-    slot_texts_used = 0;
-    arg_type_cursor = arg_types;
-    arg_cursor = arg_slots;
-    slot_clear();
-}
-
-// ---- The end of the list ----
-
-void slots_end_list()
-{
-    // A slot that was never written has no text yet: at the first statement all of them are cleared.
-    arg_slot *dirty =
-        arg_slots[arg_slots_size - 1].text == nullptr ? arg_slots + arg_slots_size - 1 : slots_last;
-    arg_slot *slot = arg_cursor + 1;
-    slots_last = arg_cursor;
-    // How many there are can't be foreseen; as a rule one turn clears more than enough.
-    do {
-        for (int i = 0; i < arg_slots_cleared; i++)
-            slot[i] = arg_slot{slot_no_text, 0, 0, slot_mark, HOLDS_NOTHING};
-        slot += arg_slots_cleared;
-    } while (slot <= dirty);
+    arg_slot *slot = end;
+    do
+        *slot = slot_cleared;
+    while (++slot <= slots_last);
+    slots_last = end;
 }
 
 void slots_abandon_list()

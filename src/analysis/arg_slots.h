@@ -23,7 +23,6 @@ constexpr int arg_text_room = 251;  // characters that the text of a numeric arg
 
 // Slots: the word, every argument, the end of the list, and as many behind it as the widest rule reads.
 constexpr int arg_slots_size = 1 + arg_types_size + 1 + 26;
-constexpr int arg_slots_cleared = 8; // slots are cleared so many at a time
 
 // What a slot holds beside its text.
 enum : uint8_t {
@@ -32,11 +31,13 @@ enum : uint8_t {
     HOLDS_INT = ARG_INT,
     HOLDS_FLOAT = ARG_FLOAT,
     HOLDS_DOUBLE = ARG_DOUBLE,
-    HOLDS_RAW = 5,   // str, which is the text
-    HOLDS_STRING = 6 // str, which is the text without its quotes
+    HOLDS_RAW = 5,    // str, which is the text
+    HOLDS_STRING = 6, // str, which is the text without its quotes
+    HOLDS_PLAIN = 16  // beside a type: the text is a plain number, whose value is read from it when asked for
 };
 
-// One argument. Rules read its values by slot_lval and its like.
+// One argument. Rules read its values by slot_lval and its like. Its text is a piece of the source's window,
+// with no NUL after it; slot_text_slack bytes after it may be read.
 struct arg_slot {
     const char *text;   // what rules write: as typed, a quoted string decoded and between double quotes
     double value;       // what a numeric argument evaluated to
@@ -45,74 +46,55 @@ struct arg_slot {
     uint8_t holds;
 };
 
-extern arg_slot arg_slots[arg_slots_size + arg_slots_cleared];
+extern arg_slot arg_slots[arg_slots_size];
 extern arg_slot *arg_cursor; // the current slot
 extern arg_slot *slots_last; // the last slot of the list: all slots behind it are clear
 
 // A byte for each spec position that was walked: type code and ARG_ABSENT.
-extern uint8_t arg_types[arg_types_size + 8]; // eight are written at a time
+extern uint8_t arg_types[arg_types_size];
 extern uint8_t *arg_type_cursor;
 
-// Puts both cursors on their first element and forgets the last statement's texts.
+// Puts both cursors on their first element.
 void slots_start_statement();
 
 // Makes a text of at most 127 characters, which stays where it is, the command word in slot 0.
 void slot_set_word(const char *word, uint32_t size);
 
-// The texts of one statement that are no stretch of the source lie here back to back, each with its NUL: the
-// numeric arguments (100 of 251 characters at the most), and the others (as many characters as arg_pool has
-// bytes) with a pair of quotes each. A text is here once at the most.
-constexpr uint32_t slot_texts_size = arg_types_size * (arg_text_room + 1 + 2) + 3008;
-constexpr uint32_t slot_text_slack = 16; // bytes behind any text that may be read
-extern char slot_texts[slot_texts_size + slot_text_slack];
-extern uint32_t slot_texts_used;
+constexpr uint32_t slot_text_slack = 16;             // bytes after any text that may be read
 extern const char slot_no_text[1 + slot_text_slack]; // the text of a cleared slot
 
-// Room for a text of the given length and a NUL that stays valid for the statement.
-inline char *slot_text_room(uint32_t size)
-{
-    char *room = slot_texts + slot_texts_used;
-    slot_texts_used += size + 1;
-    return room;
-}
-
-// Gives a slot's text with a NUL behind it; from then on it is the slot's.
-const char *slot_ended_text(arg_slot *slot);
-
-// Clears the slot under arg_cursor: no text, no values, state slot_mark.
-inline void slot_clear()
-{
-    *arg_cursor = arg_slot{slot_no_text, 0, 0, slot_mark, HOLDS_NOTHING};
-}
-
-// Steps arg_cursor to the next slot and clears that.
-inline void slot_advance()
-{
-    arg_cursor++;
-    slot_clear();
-}
+// A slot that holds no argument.
+inline constexpr arg_slot slot_cleared{slot_no_text, 0, 0, slot_mark, HOLDS_NOTHING};
 
 // ---- Values ----
+
+// The number of a numeric slot.
+double slot_number(const arg_slot *slot);
+
+inline bool slot_holds(const arg_slot *slot, uint8_t type)
+{
+    return (slot->holds & ~HOLDS_PLAIN) == type;
+}
 
 // The value of a slot in the width of its type, 0 if it isn't of that type.
 inline int32_t slot_lval(const arg_slot *slot)
 {
-    return slot->holds == HOLDS_LONG ? int_from_double(slot->value) : 0;
+    return slot_holds(slot, HOLDS_LONG) ? int_from_double(slot_number(slot)) : 0;
 }
 
 inline int32_t slot_ival(const arg_slot *slot)
 {
-    return slot->holds == HOLDS_INT ? int_from_double(slot->value) : 0;
+    return slot_holds(slot, HOLDS_INT) ? int_from_double(slot_number(slot)) : 0;
 }
 
 inline float slot_fval(const arg_slot *slot)
 {
-    return slot->holds == HOLDS_FLOAT ? float_from_double(slot->value) : 0;
+    return slot_holds(slot, HOLDS_FLOAT) ? float_from_double(slot_number(slot)) : 0;
 }
 
 inline double slot_dval(const arg_slot *slot)
 {
-    return slot->holds == HOLDS_DOUBLE ? slot->value : 0;
+    return slot_holds(slot, HOLDS_DOUBLE) ? slot_number(slot) : 0;
 }
 
 // The text without quotes and its length; null for numeric types and for an empty argument.
@@ -120,8 +102,8 @@ const char *slot_str(const arg_slot *slot, uint32_t *size);
 
 // ---- The end of the list ----
 
-// Ends the list at the slot under arg_cursor: everything behind it reads as cleared.
-void slots_end_list();
+// Ends the list: the given slot and everything after it read as cleared.
+void slots_end_list(arg_slot *end);
 
 // Gives the list up at the slot under arg_cursor: what was filled is cleared with the next list's end.
 void slots_abandon_list();

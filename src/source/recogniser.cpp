@@ -46,7 +46,7 @@ static const unsigned char *word_end()
         while (label && p < src.end && p < limit && (char_classes.bits[*p] & CHAR_WHITE) == 0)
             p++;
         if (!label)
-            p = scan_word(p);
+            p = scan_word(p, src.end);
         if (p < src.end || p >= limit || !src_more(src.pos))
             return p < limit ? p : limit;
     }
@@ -127,9 +127,8 @@ static void write_rejected(const statement_span &line)
 static bool read_and_evaluate(const char *word, int32_t length, statement_span *line)
 {
     *line = statement_read(word, length);
-    if (line->size == 0 || !lex_starts_operand(line->text[0]))
-        return false;
-    return eval_expr(line->text, line->size) != nullptr;
+    return line->size > 0 && lex_starts_operand(line->text[0]) &&
+           eval_expr(line->text, line->size) != nullptr;
 }
 
 static int32_t assignment_statement(const char *word, int32_t length, statement_kind *kind)

@@ -252,6 +252,12 @@ bool src_more(unsigned char *keep)
     return src.end > before;
 }
 
+void src_append()
+{
+    src.pos = ++src.end;
+    *src.end = '\n';
+}
+
 bool src_ended()
 {
     if (!source_ended || src.pos < src.end || cut_short)

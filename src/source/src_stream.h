@@ -68,6 +68,10 @@ bool src_more(unsigned char *keep);
 constexpr size_t src_kept_max = 40960;
 constexpr size_t src_kept_pieces = 101;
 
+// At the end of the source, with nothing left to read: makes room for one character at src.end, which is read
+// by then.
+void src_append();
+
 // Between two statements: slides the window if little of it is left.
 inline void src_start_statement()
 {

@@ -11,19 +11,11 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#if defined(__SSE2__)
+#if defined(__x86_64__)
 #include <emmintrin.h>
 #endif
 
-// The first character from text on that is no letter, digit or underscore.
-inline const unsigned char *scan_word_portable(const unsigned char *text)
-{
-    while ((char_classes.bits[*text] & CHAR_WORD) != 0)
-        text++;
-    return text;
-}
-
-// The same in a text that ends at end, whatever stands there.
+// The first character from text on, at the latest end, that is no letter, digit or underscore.
 inline const unsigned char *scan_word_portable(const unsigned char *text, const unsigned char *end)
 {
     while (text < end && (char_classes.bits[*text] & CHAR_WORD) != 0)
@@ -83,7 +75,7 @@ inline bool scan_is_number_portable(const unsigned char *text, size_t size)
     return digits > 0 && points <= 1 && digits + points + (text[0] == '-') == size;
 }
 
-#if defined(__SSE2__)
+#if defined(__x86_64__)
 
 // 16 characters at text.
 inline __m128i scan_load(const unsigned char *text)
@@ -116,27 +108,13 @@ inline unsigned scan_lowest(uint32_t bits)
     return static_cast<unsigned>(__builtin_ctz(bits));
 }
 
-// Those of 16 characters that are no letter, digit or underscore, a bit for each.
-inline uint32_t scan_word_others(const unsigned char *text)
-{
-    __m128i characters = scan_load(text);
-    __m128i letter = scan_between(_mm_or_si128(characters, _mm_set1_epi8('a' - 'A')), 'a', 'z');
-    __m128i word = _mm_or_si128(letter, scan_between(characters, '0', '9'));
-    return scan_bits(_mm_or_si128(word, scan_equal(characters, '_'))) ^ 0xFFFF;
-}
-
-inline const unsigned char *scan_word(const unsigned char *text)
-{
-    uint32_t others;
-    while ((others = scan_word_others(text)) == 0)
-        text += 16;
-    return text + scan_lowest(others);
-}
-
 inline const unsigned char *scan_word(const unsigned char *text, const unsigned char *end)
 {
     for (; text < end; text += 16) {
-        uint32_t others = scan_word_others(text);
+        __m128i characters = scan_load(text);
+        __m128i letter = scan_between(_mm_or_si128(characters, _mm_set1_epi8('a' - 'A')), 'a', 'z');
+        __m128i word = _mm_or_si128(letter, scan_between(characters, '0', '9'));
+        uint32_t others = scan_bits(_mm_or_si128(word, scan_equal(characters, '_'))) ^ 0xFFFF;
         if (others != 0) {
             text += scan_lowest(others);
             return text < end ? text : end;
@@ -184,10 +162,15 @@ inline const unsigned char *scan_fold(const unsigned char *text, const unsigned 
 
 inline size_t count_line_feeds(const unsigned char *text, const unsigned char *end)
 {
-    size_t count = 0;
-    for (; end - text >= 16; text += 16)
-        count += static_cast<size_t>(__builtin_popcount(scan_bits(scan_equal(scan_load(text), '\n'))));
-    return count + count_line_feeds_portable(text, end);
+    // A comparison that hits gives -1 in its byte; the bytes are added up in two halves.
+    __m128i count = _mm_setzero_si128();
+    for (; end - text >= 16; text += 16) {
+        __m128i hits = _mm_sub_epi8(_mm_setzero_si128(), scan_equal(scan_load(text), '\n'));
+        count = _mm_add_epi64(count, _mm_sad_epu8(hits, _mm_setzero_si128()));
+    }
+    auto low = static_cast<size_t>(_mm_cvtsi128_si64(count));
+    auto high = static_cast<size_t>(_mm_cvtsi128_si64(_mm_srli_si128(count, 8)));
+    return low + high + count_line_feeds_portable(text, end);
 }
 
 inline bool scan_is_number(const unsigned char *text, size_t size)
@@ -203,11 +186,6 @@ inline bool scan_is_number(const unsigned char *text, size_t size)
 }
 
 #else
-
-inline const unsigned char *scan_word(const unsigned char *text)
-{
-    return scan_word_portable(text);
-}
 
 inline const unsigned char *scan_word(const unsigned char *text, const unsigned char *end)
 {

@@ -53,7 +53,7 @@ static std::string slots_now()
                      static_cast<double>(slot_fval(&slot)));
             result += value;
         }
-        if (slot.holds == HOLDS_DOUBLE) {
+        if (slot_holds(&slot, HOLDS_DOUBLE)) {
             snprintf(value, sizeof value, " d%g", slot_dval(&slot));
             result += value;
         }
@@ -157,35 +157,36 @@ TEST(arg_fetcher, leaves_the_fault_in_line_buf_and_the_rest_in_the_source)
 {
     static const struct {
         spec_bytes spec;
+        int32_t fault;
         std::string text, line, rest;
     } cases[] = {
-        {{0x04}, "\nnext", "", "next"},
-        {{0x04}, " , 2\nn", "", " 2\nn"},
-        {{0x04, 0x04}, "1\nn", "1", "n"},
-        {{0x04, 0x04}, "12.5\nn", "12.5", "n"},
-        {{0x04, 0x04}, "x+1\nn", "x", "n"},
-        {{0x01, 0x01, 0x01}, "1,22\nn", "22", "n"},
-        {{0x01, 0x01, 0x01}, "1,,3\nn", "", "3\nn"},
-        {{0x05, 0x05}, "ab\nn", "ab", "n"},
-        {{0x00}, "\"abc\"x,y\nn", "abc", ",y\nn"},
-        {{0x00}, "\"abc\" x\nn", "abc", "\nn"},
-        {{0x01}, "abc),d\nn", "abc)", ",d\nn"},
-        {{0x01, 0x01}, "1,foo(\nn", "foo(", "n"},
-        {{0x01}, "(1,2\nn", "(1,2", "n"},
-        {{0x01}, "((1)", "((1)", ""},
-        {{0x01}, "1 + nosuch + (2) 3 , 4\n", "1 + nosuch", " 4\n"},
-        {{0x01}, "foo(1,2),3\nn", "foo", "3\nn"},
-        {{0x01}, "1 2,3\nn", "1 2", "3\nn"},
-        {{0x01}, "1/0,3\nn", "1/0", "3\nn"},
-        {{0x01}, "x=1/0,3\nn", "x", "3\nn"},
-        {{0x01, 0x11}, "1,2 3\nn", "2 3", "n"},
-        {{0x08}, "f(1\nn", "f(1", "n"},
-        {{0x08}, "f)1\nn", "f)", "1\nn"},
-        {{0x27}, "a,,b\nn", "", "b\nn"},
+        {{0x04}, FETCH_MISSING, "\nnext", "", "next"},
+        {{0x04}, FETCH_MISSING, " , 2\nn", "", " 2\nn"},
+        {{0x04, 0x04}, FETCH_MISSING, "1\nn", "1", "n"},
+        {{0x04, 0x04}, FETCH_MISSING, "12.5\nn", "12.5", "n"},
+        {{0x04, 0x04}, FETCH_MISSING, "x+1\nn", "x", "n"},
+        {{0x01, 0x01, 0x01}, FETCH_MISSING, "1,22\nn", "22", "n"},
+        {{0x01, 0x01, 0x01}, FETCH_MISSING, "1,,3\nn", "", "3\nn"},
+        {{0x05, 0x05}, FETCH_MISSING, "ab\nn", "ab", "n"},
+        {{0x00}, FETCH_AFTER_QUOTE, "\"abc\"x,y\nn", "abc", ",y\nn"},
+        {{0x00}, FETCH_AFTER_QUOTE, "\"abc\" x\nn", "abc", "\nn"},
+        {{0x01}, FETCH_PARENTHESES, "abc),d\nn", "abc)", ",d\nn"},
+        {{0x01, 0x01}, FETCH_PARENTHESES, "1,foo(\nn", "foo(", "n"},
+        {{0x01}, FETCH_PARENTHESES, "(1,2\nn", "(1,2", "n"},
+        {{0x01}, FETCH_PARENTHESES, "((1)", "((1)", ""},
+        {{0x01}, FETCH_EXPRESSION, "1 + nosuch + (2) 3 , 4\n", "1 + nosuch", " 4\n"},
+        {{0x01}, FETCH_EXPRESSION, "foo(1,2),3\nn", "foo", "3\nn"},
+        {{0x01}, FETCH_EXPRESSION, "1 2,3\nn", "1 2", "3\nn"},
+        {{0x01}, FETCH_EXPRESSION, "1/0,3\nn", "1/0", "3\nn"},
+        {{0x01}, FETCH_EXPRESSION, "x=1/0,3\nn", "x", "3\nn"},
+        {{0x01, 0x11}, FETCH_EXPRESSION, "1,2 3\nn", "2 3", "n"},
+        {{0x08}, FETCH_PARENTHESES, "f(1\nn", "f(1", "n"},
+        {{0x08}, FETCH_PARENTHESES, "f)1\nn", "f)", "1\nn"},
+        {{0x27}, FETCH_MISSING, "a,,b\nn", "", "b\nn"},
     };
     for (const auto &c : cases) {
         script_source source(c.text);
-        EXPECT_EQ(fetch(&source, c.spec), -1) << escaped(c.text);
+        EXPECT_EQ(fetch(&source, c.spec), c.fault) << escaped(c.text);
         EXPECT_EQ(line_buf, c.line) << escaped(c.text);
         EXPECT_EQ(escaped(rest_of(&source)), escaped(c.rest)) << escaped(c.text);
     }
@@ -226,7 +227,7 @@ TEST(arg_fetcher, takes_as_much_as_its_stores_hold)
     };
     for (const auto &c : cases) {
         script_source source(c.text);
-        EXPECT_EQ(fetch(&source, c.spec) != -1, c.fits) << c.text.substr(0, 20) << "... " << c.text.size();
+        EXPECT_EQ(fetch(&source, c.spec) >= 0, c.fits) << c.text.substr(0, 20) << "... " << c.text.size();
     }
 }
 
@@ -234,10 +235,10 @@ TEST(arg_fetcher, takes_as_much_as_its_stores_hold)
 TEST(arg_fetcher, ends_an_argument_at_3900_characters)
 {
     script_source source("\"" + times(3900, "a") + "\",1\nn");
-    EXPECT_EQ(fetch(&source, {0x00, 0x11}), -1);
+    EXPECT_EQ(fetch(&source, {0x00, 0x11}), FETCH_NO_ROOM);
     EXPECT_EQ(line_buf, times(3900, "a"));
     script_source nested("(" + times(3899, "1") + ")\nn");
-    EXPECT_EQ(fetch(&nested, {0x01}), -1);
+    EXPECT_EQ(fetch(&nested, {0x01}), FETCH_PARENTHESES);
     EXPECT_EQ(strlen(line_buf), 3900u);
 }
 
@@ -281,8 +282,8 @@ TEST(arg_fetcher, leaves_no_trace_of_an_earlier_statement)
     } cases[] = {
         {"11,12,13,14,15,16,17,18,19,20,21,22\n", 12},
         {"11,12,13,14,15,16,17,18,19,20,21,22+1\n", 12},
-        {"11,12,13,14,15,16,17,18,19,20,21,22 22\n", -1},
-        {"a,b,c,d,e,f,g,h,i,j,k,l)\n", -1},
+        {"11,12,13,14,15,16,17,18,19,20,21,22 22\n", FETCH_EXPRESSION},
+        {"a,b,c,d,e,f,g,h,i,j,k,l)\n", FETCH_PARENTHESES},
     };
     for (const auto &c : cases)
         for (const char *second : {"1\n", "\n", "1,,\n", "x\n", "\"s\"\n"}) {

@@ -156,10 +156,8 @@ void file_objects()
 {
     static var_rec *variables = static_cast<var_rec *>(malloc(var_capacity * sizeof(var_rec)));
     static label_row *labels = static_cast<label_row *>(malloc(label_capacity * sizeof(label_row)));
-    static char pool[arg_pool_block];
     vars_start(variables, Vbuf = heap_create("Vbuf", 4096));
     labels_start(labels);
-    arg_pool = pool;
 }
 
 script_source::script_source(const std::string &text) : source_stream(text)

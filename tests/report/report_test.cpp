@@ -165,7 +165,8 @@ TEST_F(report_test, judges_near_misses)
         {"DELENT e\n", "1: lost DELENT: no line holds argument 1 (entity): e\n"},
         {"e = -1\nDELENT e\n", "2: frozen DELENT: argument 1: e is written as its value -1\n"},
         {"PRINT \"a\" // b\nEXIT\n",
-         "1: broken PRINT: argument 1 is missing; left: a; a comment on the command's line: give it a line "
+         "1: broken PRINT: argument 1: something stands after the closing quote; left: a; a comment on the "
+         "command's line: give it a line "
          "of its own\n"},
         {"NOTE 1, 2, \"a // b\"\n", ""},
         {"LINE 1,2,foo(3),4,5,6\nLINEE 1\n",

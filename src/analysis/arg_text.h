@@ -1,0 +1,22 @@
+// Argument texts: reads the text of one argument from the source, which it stays a piece of.
+//
+// Characters that don't belong to a text are closed up in the source's window, escapes are decoded there, and
+// a string gets its double quotes there, so a text is one piece of the window and is never copied.
+#pragma once
+
+#include <stdint.h>
+
+// One argument's text.
+struct arg_text {
+    unsigned char *text; // of a string: after its opening quote
+    uint32_t size;       // of a string: up to its first NUL
+    int last;            // the character that ended the argument, which was read; -1: the end of the source
+    bool quoted;         // a string in quotes; the character before it and the one after it are free to write
+};
+
+// Reads over blanks and tabs, and then one argument, up to a comma, a line feed, or the end of the source.
+// With strings, one that begins with a quote is a string, which may run over line ends; anything else is raw
+// text. With parentheses counted, a comma inside them is part of a raw text. What stands before keep stays
+// where it is, null for nothing. 0, or FETCH_PARENTHESES or FETCH_AFTER_QUOTE; then the text is what was read
+// of it, and the source stands after the character at fault.
+int32_t arg_text_read(unsigned char *keep, bool strings, bool counted, arg_text *arg);
