@@ -36,7 +36,8 @@ in_fresh() {
     env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root \
         ${http_proxy:+http_proxy="$http_proxy"} ${https_proxy:+https_proxy="$https_proxy"} \
         unshare --mount --pid --fork --kill-child chroot "$fresh" \
-        sh -c 'mount -t proc proc /proc && mount -t tmpfs shm /dev/shm && cd /murlconv && exec "$@"' sh "$@" || status=$?
+        sh -c 'mount -t proc proc /proc && mount -t tmpfs shm /dev/shm && mount -t devpts pts /dev/pts &&
+            cd /murlconv && exec "$@"' sh "$@" || status=$?
     printf '== %s: status %d, %d s, %d MB more\n' "$*" $status $(($(date +%s) - start)) $(($(size) - size_before))
     [ $status = 0 ] || exit $status
 }

@@ -67,16 +67,22 @@ expect_converted() {
 check_first_use() {
     fresh_scripts
     printf 'no script' >"$copy/src/rules/x_conv.mrl"
-    printf '%s\n' "$work/scripts/a plate.mrl" "$work/scripts/Ä.mrl" >"$work/list"
+    printf '%s\r\n' "$work/scripts/a plate.mrl" "$work/scripts/Ä.mrl" >"$work/list"
     (cd / && run "$work/link/convert" <"$work/list" && expect_run 'first use' 0 '' <<END
 convert: building murlconv in WORK/Maßstab 1 & 2/murl conv/build/release
 END
     )
-    expect_converted 'a list of names'
+    expect_converted 'a list with CR LF'
+
+    fresh_scripts
+    printf '%s\0' "$work/scripts/a plate.mrl" "$work/scripts/Ä.mrl" >"$work/list"
+    run "$work/link/convert" <"$work/list"
+    expect_run 'second use' 0 '' </dev/null
+    expect_converted 'a list with NULs'
 
     fresh_scripts
     ln -s "$work/link/convert" "$work/convert"
-    (cd "$work/scripts" && run ../convert 'a plate.mrl' Ä.mrl missing.mrl && expect_run 'second use' 0 \
+    (cd "$work/scripts" && run ../convert 'a plate.mrl' Ä.mrl missing.mrl && expect_run 'names' 0 \
         'Unable to open missing.mrl' </dev/null)
     expect_converted 'names in the current folder'
     tools/check_guide.sh "$copy/build/release/murlconv" docs/finishing.md
