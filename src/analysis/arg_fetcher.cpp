@@ -78,10 +78,9 @@ static int32_t store_number(arg_list *list, const arg_text &arg, uint8_t type)
             return FETCH_EXPRESSION;
         list->slot->value = *value;
     }
-    if (type != ARG_DOUBLE)
-        return 0;
-    list->bottom += 8;
-    return list->bottom >= list->top ? FETCH_NO_ROOM : 0;
+    int32_t taken = type == ARG_DOUBLE ? 8 : 0;
+    list->bottom += taken;
+    return list->bottom >= list->top && taken > 0 ? FETCH_NO_ROOM : 0;
 }
 
 // ---- The walk ----

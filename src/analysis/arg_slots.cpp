@@ -2,7 +2,7 @@
 
 #include "support/number.h"
 
-arg_slot arg_slots[arg_slots_size];
+arg_slot arg_slots[arg_slots_size + arg_slots_cleared];
 arg_slot *arg_cursor = arg_slots;
 uint8_t arg_types[arg_types_size];
 uint8_t *arg_type_cursor = arg_types;
@@ -43,9 +43,11 @@ const char *slot_str(const arg_slot *slot, uint32_t *size)
 void slots_end_list(arg_slot *end)
 {
     arg_slot *slot = end;
-    do
-        *slot = slot_cleared;
-    while (++slot <= slots_last);
+    // How many there are can't be foreseen; as a rule one turn clears more than enough.
+    do {
+        for (int i = 0; i < arg_slots_cleared; i++)
+            *slot++ = slot_cleared;
+    } while (slot <= slots_last);
     slots_last = end;
 }
 

@@ -46,7 +46,8 @@ struct arg_slot {
     uint8_t holds;
 };
 
-extern arg_slot arg_slots[arg_slots_size];
+constexpr int arg_slots_cleared = 8; // slots are cleared so many at a time
+extern arg_slot arg_slots[arg_slots_size + arg_slots_cleared];
 extern arg_slot *arg_cursor; // the current slot
 extern arg_slot *slots_last; // the last slot of the list: all slots behind it are clear
 

@@ -57,7 +57,8 @@ static int32_t read_raw(bool counted, arg_text *arg)
             arg->last = take_one(p, to);
             break;
         }
-        if ((*p == ',' && depth == 0) || (*p == '\n' && p != src.end)) {
+        // No branch between the two: which of them it is can't be foreseen.
+        if (((*p == ',') & (depth == 0)) | ((*p == '\n') & (p != src.end))) {
             to = close_up(to, from, p);
             arg->last = *p;
             src.pos = p + 1;
@@ -214,6 +215,7 @@ int32_t arg_text_read(unsigned char *keep, bool strings, bool counted, arg_text 
 {
     do {
         unsigned char *p = src.pos;
+        p += *p == ' ';
         while (*p == ' ' || *p == '\t')
             p++;
         src.pos = p;

@@ -17,6 +17,7 @@
 #include <string.h>
 
 constexpr int escape_key = 27;
+constexpr int32_t word_short = 16; // characters of most words
 
 // ---- The first word ----
 
@@ -89,7 +90,10 @@ static int read_first_word(char *word, int32_t *length)
         return FIRST_NONE;
     bool is_word = char_is(*src.pos, CHAR_LETTER) || *src.pos == '#' || *src.pos == ':';
     auto size = is_word ? static_cast<int32_t>(word_end() - src.pos) : 1;
-    memcpy(word, src.pos, static_cast<size_t>(size));
+    // Most words are short, and a copy of a fixed size takes less than one of the right size.
+    memcpy(word, src.pos, word_short);
+    if (size > word_short)
+        memcpy(word, src.pos, static_cast<size_t>(size));
     src.pos += size;
     word[size] = 0;
     *length = size;
