@@ -16,6 +16,7 @@
 #include <stdlib.h>
 #include <string.h>
 #include <sys/mman.h>
+#include <unistd.h>
 
 constexpr char line_arguments[] = " 12.5, v1, 0, 100.25, -3, 0, 3, 1, 2\n";
 constexpr size_t block_size = 65536;
@@ -36,7 +37,7 @@ static plat_file source_of(const char *text)
 
 static void source_restart(plat_file *source)
 {
-    plat_seek(source, 0);
+    lseek(source->number, 0, SEEK_SET);
     src_open("", source);
 }
 

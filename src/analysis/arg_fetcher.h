@@ -23,9 +23,10 @@ enum : int32_t {
     FETCH_TOO_MANY = -7     // one argument more than 100
 };
 
-// Fetches a statement's arguments and reads on behind its line feed. Entered with arg_cursor on slot 1 and
+// Fetches a statement's arguments and reads over its line feed. Entered with arg_cursor on slot 1 and
 // arg_type_cursor on the first arg_types byte. Gives the number of spec positions walked, repetitions
-// included, with both cursors on their first element (slot 0); or -1 for an argument that is missing or
-// wrong, with the source right behind the place of the fault. keep_absent gives absent positions a slot from
-// the first one on; without it they have one only behind an empty argument.
+// included, with both cursors on their first element (slot 0); or a code of the above for an argument that is
+// missing or wrong, with the source right after the place of the fault and the cursors on the position of the
+// fault. keep_absent gives absent positions a slot from the first one on; without it, as the statement loop
+// calls it, they have one only after an empty argument.
 int32_t fetch_args(int32_t spec_count, const uint8_t *spec, bool keep_absent);

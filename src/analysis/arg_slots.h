@@ -3,7 +3,7 @@
 //
 // The fetcher fills the slots, the rules read them; both walk them with one cursor. All of it is valid
 // from the fetch until the next statement starts. Slot 0 holds the command word, slot i+1 belongs to
-// spec position i. Whatever lies behind the statement's last slot reads as a cleared slot, so a rule may
+// spec position i. Whatever lies after the statement's last slot reads as a cleared slot, so a rule may
 // read a fixed number of slots, more than the statement gave.
 #pragma once
 
@@ -21,7 +21,7 @@ constexpr int16_t slot_mark = 999;
 constexpr int arg_types_size = 100; // spec positions that one statement may walk
 constexpr int arg_text_room = 251;  // characters that the text of a numeric argument may have
 
-// Slots: the word, every argument, the end of the list, and as many behind it as the widest rule reads.
+// Slots: the word, every argument, the end of the list, and as many after it as the widest rule reads.
 constexpr int arg_slots_size = 1 + arg_types_size + 1 + 26;
 
 // What a slot holds beside its text.
@@ -49,7 +49,7 @@ struct arg_slot {
 constexpr int arg_slots_cleared = 8; // slots are cleared so many at a time
 extern arg_slot arg_slots[arg_slots_size + arg_slots_cleared];
 extern arg_slot *arg_cursor; // the current slot
-extern arg_slot *slots_last; // the last slot of the list: all slots behind it are clear
+extern arg_slot *slots_last; // the last slot of the list: all slots after it are clear
 
 // A byte for each spec position that was walked: type code and ARG_ABSENT.
 extern uint8_t arg_types[arg_types_size];

@@ -246,7 +246,7 @@ static int read_array_head()
     return c;
 }
 
-// Reads one number as the C library's "%lf" does. Gives the place behind it, or null if there is none.
+// Reads one number as the C library's "%lf" does. Gives the place after it, or null if there is none.
 static char *scan_value(char *text, double *value)
 {
     char *start = text_skip_white(text);
@@ -303,7 +303,7 @@ static bool value_line_directive(const char *text)
     return true;
 }
 
-// The initial values behind an ARRAY's =, line by line up to the closing brace.
+// The initial values after an ARRAY's =, line by line up to the closing brace.
 static int32_t read_values()
 {
     bool first = true; // the opening brace has still to come

@@ -17,7 +17,7 @@ pool_heap *Vbuf;
 
 // ---- One file ----
 
-// The tables are made for the first file and serve all behind it: fresh ones would have their first pages
+// The tables are made for the first file and serve all after it: fresh ones would have their first pages
 // handed out and cleared by the system for each file.
 int pools_init()
 {

@@ -32,9 +32,6 @@ size_t plat_read(const plat_file *file, void *bytes, size_t size);
 // take all of them.
 int plat_write(const plat_file *file, const char *bytes, size_t size);
 
-// Moves to a position in bytes, beyond 2 GB too. 0, or another value on failure.
-int plat_seek(const plat_file *file, long long offset);
-
 void plat_close(const plat_file *file);
 
 // Told in front of each script. The memory of scripts stays until the end, so a run over many of them takes
@@ -43,7 +40,7 @@ void plat_prepare_memory();
 
 // Where a path's file name can be split.
 struct plat_path_parts {
-    size_t base_start;      // index of the file name's first character, behind drive and folders
+    size_t base_start;      // index of the file name's first character, after drive and folders
     size_t extension_start; // index of the dot of the extension; the path's length if it has none
 };
 plat_path_parts plat_split_path(const char *path);

@@ -103,11 +103,6 @@ int plat_write(const plat_file *file, const char *bytes, size_t size)
     return 0;
 }
 
-int plat_seek(const plat_file *file, long long offset)
-{
-    return lseek(file->number, static_cast<off_t>(offset), SEEK_SET) < 0 ? 1 : 0;
-}
-
 void plat_close(const plat_file *file)
 {
     close(file->number);

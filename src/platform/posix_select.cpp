@@ -1,6 +1,6 @@
 // How the user picks scripts on POSIX: a list on standard input, a dialog program, or a numbered list.
 //
-// Lists of names are one block of NUL-terminated names behind each other. When memory runs out the routine
+// Lists of names are one block of NUL-terminated names after each other. When memory runs out the routine
 // in hand says so on standard error and acts as if the user had picked nothing.
 #include "platform/platform.h"
 
@@ -75,7 +75,7 @@ static void tell_no_memory()
     fputs("murlconv: out of memory\n", stderr);
 }
 
-// Everything up to the end of file, with one NUL behind it that used does not count. An error while reading
+// Everything up to the end of file, with one NUL after it that used does not count. An error while reading
 // ends the text. False without memory.
 static bool read_all(int file, byte_list *text)
 {
@@ -358,7 +358,7 @@ static void show_scripts(const char *const *scripts, size_t count)
     fputs("Convert which? Numbers, ranges like 2-5, paths, or all (an empty line cancels): ", stderr);
 }
 
-// Reads a number from 1 to limit and steps behind it. 0 if there is none.
+// Reads a number from 1 to limit and steps after it. 0 if there is none.
 static size_t read_number(const char **text, size_t limit)
 {
     size_t number = 0;
@@ -407,7 +407,7 @@ static bool is_separator(char c)
     return c == ',' || text_is(c, CHAR_WHITE);
 }
 
-// Cuts the next word off an answer and steps behind it; null at the end. Quotes keep blanks and commas in a
+// Cuts the next word off an answer and steps after it; null at the end. Quotes keep blanks and commas in a
 // word, as a terminal puts them around a path that is dropped on it.
 static char *next_word(char **answer)
 {

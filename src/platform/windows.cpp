@@ -80,11 +80,6 @@ int plat_write(const plat_file *file, const char *bytes, size_t size)
     return 0;
 }
 
-int plat_seek(const plat_file *file, long long offset)
-{
-    return _lseeki64(file->number, offset, SEEK_SET) < 0 ? 1 : 0;
-}
-
 void plat_close(const plat_file *file)
 {
     _close(file->number);

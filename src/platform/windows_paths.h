@@ -6,7 +6,7 @@
 
 #include <stddef.h>
 
-// Index of the file name's first character: behind the last backslash or slash, or behind a drive.
+// Index of the file name's first character: after the last backslash or slash, or after a drive.
 size_t winpath_base_start(const char *path);
 
 // Cuts the last component off a path, and the backslash in front of it unless it stands for a root. Only

@@ -69,7 +69,7 @@ int32_t line_directive(const char *)
     return line_directive_parse(operands);
 }
 
-// Copies the next word of text, at most size - 1 characters of it, and gives the place behind it.
+// Copies the next word of text, at most size - 1 characters of it, and gives the place after it.
 static const char *word_next(const char *text, char *word, size_t size)
 {
     while (text_is(*text, CHAR_WHITE))

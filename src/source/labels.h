@@ -25,7 +25,7 @@ extern void (*label_refused)(const char *name);
 // What the last #LINE said. It outlives a file, and nothing in the output depends on it.
 struct line_directive_state {
     int32_t line_number;
-    int32_t line_plus;            // 1 if a + stood behind the number
+    int32_t line_plus;            // 1 if a + stood after the number
     char source_name[512];        // the file name given
     const char *source_name_base; // a plain file name takes the place of its last part
     bool source_name_recording;   // switch: each name is handed to source_name_slot
@@ -43,12 +43,12 @@ int32_t label_define(const char *word);
 // The statement #LINE. Gives STATEMENT_TEXT, whatever the line holds.
 int32_t line_directive(const char *word);
 
-// The operands of a #LINE: a number, perhaps with a + behind it, and perhaps a name. Gives STATEMENT_TEXT.
+// The operands of a #LINE: a number, perhaps with a + after it, and perhaps a name. Gives STATEMENT_TEXT.
 int32_t line_directive_parse(const char *text);
 
 // Hands the base name of source_name to source_name_slot as a block from malloc. Without memory the run
 // ends with prompt 203.
 void source_name_record();
 
-// The part of a path behind its last \, / or :, inside path.
+// The part of a path after its last \, / or :, inside path.
 const char *base_name(const char *path);

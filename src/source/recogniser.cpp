@@ -60,7 +60,7 @@ enum : int {
     FIRST_TEXT  // the statement is text
 };
 
-// Reads over the blanks behind a word, of which next is the first. What follows them stays in the source, but
+// Reads over the blanks after a word, of which next is the first. What follows them stays in the source, but
 // for a NUL, which can't be given back. An assignment or a subscript makes the statement text, and its word
 // then has one blank.
 static int end_of_word(int next, char *word, int32_t *length)
@@ -126,7 +126,7 @@ static void write_rejected(const statement_span &line)
     out_char('\n');
 }
 
-// Reads a statement that is text, behind its word, and evaluates it for its effects on the variables. True if
+// Reads a statement that is text, after its word, and evaluates it for its effects on the variables. True if
 // it is an expression. Most lines that nobody knows are comments, which are refused by their first character.
 static bool read_and_evaluate(const char *word, int32_t length, statement_span *line)
 {
@@ -166,7 +166,7 @@ static int32_t unknown_statement(char *word, int32_t length, statement_kind *kin
 
 // ---- Statement keywords ----
 
-// A list of labels behind an ON is copied as it stands; without a GOTO the reading of the file stops.
+// A list of labels after an ON is copied as it stands; without a GOTO the reading of the file stops.
 static int32_t on_goto(const char *word)
 {
     if (src_read_line_crlf(line_buf, line_buf_capacity) == 0)
@@ -198,7 +198,7 @@ static constexpr auto stmt_keyword_index = word_index_make<256>(stmt_keyword_tab
 
 // ---- SPLINE ----
 
-// The pairs that a backslash or a CR makes with the character after it, one character on: the line end behind
+// The pairs that a backslash or a CR makes with the character after it, one character on: the line end after
 // backslashes joins its lines if it did not, and the other way round.
 static void pair_again()
 {

@@ -6,7 +6,7 @@
 // or continuations. After the last one stands a line feed that isn't part of the text, so that a search for
 // the end of anything stops there.
 //
-// What the fold keeps of the order in which characters are looked at: the character after a backslash or
+// The fold keeps the order in which characters have always been looked at: the character after a backslash or
 // after a CR that no line feed follows is taken as it is, so two backslashes at a line's end join nothing;
 // and a NUL there is lost.
 //

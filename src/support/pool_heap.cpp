@@ -46,7 +46,7 @@ static size_t user_bytes_of(const heap_block *block)
     return bytes_of(block) - sizeof(heap_block);
 }
 
-// The address behind a block, where the next one begins if it touches this one.
+// The address after a block, where the next one begins if it touches this one.
 static char *end_of(heap_block *block)
 {
     return address_of(block) + bytes_of(block);

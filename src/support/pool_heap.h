@@ -91,7 +91,7 @@ int heap_dump(pool_heap *heap);
 // text to standard error and aborts.
 void heap_abort(pool_heap *heap, const char *text);
 
-// Puts node on a ring right behind anchor; always 0. next_field and prev_field say which ring: the
+// Puts node on a ring right after anchor; always 0. next_field and prev_field say which ring: the
 // offsets of its two links in heap_block.
 int list_insert(heap_block *anchor, heap_block *node, size_t next_field, size_t prev_field);
 

@@ -55,7 +55,7 @@ static void message_char(message_buffer *message, char c)
 }
 
 // Reads digits into value, which stops at the size of the work buffer: more would be cut anyway. Gives
-// the place behind them.
+// the place after them.
 static const char *read_digits(const char *text, int *value)
 {
     for (*value = 0; text_is(*text, CHAR_DIGIT); text++) {
@@ -74,8 +74,8 @@ static const conversion_row *find_conversion(char letter)
     return nullptr;
 }
 
-// Reads a conversion from behind its percent sign: flags, width, precision, size letters (a value knows
-// its own size, so they say nothing), letter. Gives the place behind it, or null if it is none of ours.
+// Reads a conversion from after its percent sign: flags, width, precision, size letters (a value knows
+// its own size, so they say nothing), letter. Gives the place after it, or null if it is none of ours.
 static const char *read_conversion(const char *text, conversion *result)
 {
     const char *flags = text;
@@ -133,19 +133,19 @@ static void message_format(message_buffer *message, const char *format, const pr
             continue;
         }
         conversion how;
-        const char *behind = read_conversion(format + 1, &how);
-        bool fits = behind != nullptr && values != values_end && values->kind == how.row->kind &&
+        const char *after = read_conversion(format + 1, &how);
+        bool fits = after != nullptr && values != values_end && values->kind == how.row->kind &&
                     (values->kind != PROMPT_TEXT || values->text != nullptr);
         if (fits) {
             message_value(message, how, *values++);
-            format = behind;
+            format = after;
         } else {
             message_char(message, *format++);
         }
     }
 }
 
-// True if a line begins with this number, behind white space and a sign if there are any.
+// True if a line begins with this number, after white space and a sign if there are any.
 static bool line_has_number(const char *line, int64_t number)
 {
     const char *digits = line;

@@ -33,7 +33,7 @@ constexpr int prompt_prefix_size = 128;  // bytes; a longer prefix is cut
 // nothing in this program; it belongs to the process.
 extern const char *prompt_prefix_name;
 
-// Prints prompt |code| to standard output, behind a prefix with the line (0: no line; -1: no prefix). A
+// Prints prompt |code| to standard output, after a prefix with the line (0: no line; -1: no prefix). A
 // prompt that can't be found is named by its number instead. Returns after a code above 0 or one of the
 // recoverable codes; every other one, 0 included, ends the process with status 1.
 void prompt_report(int32_t code, int32_t line, const prompt_value *values = nullptr, int count = 0);

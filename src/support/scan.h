@@ -180,7 +180,7 @@ inline bool scan_is_number(const unsigned char *text, size_t size)
     uint32_t minus = text[0] == '-' ? 1 : 0;
     uint32_t digits = scan_bits(scan_between(characters, '0', '9')) & all;
     uint32_t points = scan_bits(scan_equal(characters, '.')) & all;
-    // A digit behind a 0 in front of all others: the number could be octal.
+    // A digit after a 0 in front of all others: the number could be octal.
     uint32_t octal = text[minus] == '0' ? digits >> (minus + 1) & 1 : 0;
     return (digits | points | minus) == all && (points & (points - 1)) == 0 && digits != 0 && octal == 0;
 }

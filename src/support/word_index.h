@@ -1,6 +1,6 @@
 // Word index: finds the row of a word in a constant table, in any case, at one look as a rule.
 //
-// The words of a table are letters, digits and underscores, perhaps behind a #, and so are the words that are
+// The words of a table are letters, digits and underscores, perhaps after a #, and so are the words that are
 // looked for. The index is made by the compiler: a place for each row by a hash of its word. A taken place
 // gives way to the next one, which a large index makes rare.
 #pragma once
