@@ -149,6 +149,31 @@ TEST(properties, a_script_converts_alike_by_any_number_of_bytes_at_a_time)
     }
 }
 
+// The state of SET COLLECT alone goes on from one file to the next.
+TEST(properties, scripts_of_one_run_convert_like_each_alone)
+{
+    fs::path folder = fresh_folder("joined_run");
+    std::vector<std::string> names;
+    std::vector<std::string> outputs;
+    for (const fs::path &path : all_scripts()) {
+        std::string script = read_file(path);
+        std::string lower = script;
+        std::transform(lower.begin(), lower.end(), lower.begin(), [](unsigned char c) { return tolower(c); });
+        if (lower.find("collect") != std::string::npos || lower.find("orddim") != std::string::npos)
+            continue;
+        std::string name = "s" + std::to_string(names.size());
+        write_file(folder / (name + ".mrl"), script);
+        names.push_back(name + ".mrl");
+        outputs.push_back(converted(script));
+    }
+    ASSERT_GT(names.size(), 50u);
+    reset_run();
+    run_converter(folder, names);
+    for (size_t i = 0; i < names.size(); i++)
+        EXPECT_EQ(unified_diff(read_file(folder / ("s" + std::to_string(i) + "_conv.mrl")), outputs[i]), "")
+            << i;
+}
+
 // Statements of more characters than the window has, for each kind of thing that a statement may keep.
 TEST(properties, a_statement_may_be_longer_than_the_window)
 {
