@@ -105,7 +105,7 @@ static int32_t fetch_one(arg_list *list, uint8_t type, arg_text *arg)
 }
 
 // Leaves in line_buf what the statement loop prints of a statement that failed. last is the text read last.
-static int32_t fetch_failed(const arg_list &list, const arg_text &last, int32_t fault)
+static int32_t fetch_failed(arg_list list, arg_text last, int32_t fault)
 {
     memcpy(line_buf, last.text, list.left);
     line_buf[list.left] = 0;

@@ -40,6 +40,21 @@ static int take_one(unsigned char *p, unsigned char *keep)
 
 // ---- Raw text ----
 
+// What ends a raw text: a comma outside of parentheses, and a line feed anywhere. A table, since which of the
+// two it is can't be foreseen.
+struct raw_end_map {
+    uint8_t level[256];
+};
+
+static constexpr raw_end_map raw_ends_make()
+{
+    raw_end_map map{};
+    map.level[','] = 1;
+    map.level['\n'] = 2;
+    return map;
+}
+static constexpr raw_end_map raw_ends = raw_ends_make();
+
 static int32_t read_raw(bool counted, arg_text *arg)
 {
     unsigned char *start = src.pos;
@@ -57,17 +72,14 @@ static int32_t read_raw(bool counted, arg_text *arg)
             arg->last = take_one(p, to);
             break;
         }
-        // No branch between the two: which of them it is can't be foreseen.
-        if (((*p == ',') & (depth == 0)) | ((*p == '\n') & (p != src.end))) {
+        if (raw_ends.level[*p] > (depth > 0)) {
             to = close_up(to, from, p);
             arg->last = *p;
             src.pos = p + 1;
-            break;
-        }
-        if (p == src.end) {
-            to = close_up(to, from, p);
-            src.pos = p;
+            if (p != src.end)
+                break;
             arg->last = -1;
+            src.pos = p;
             if (!src_more(to))
                 break;
             p = from = src.pos;
