@@ -34,20 +34,26 @@ constexpr int keyword_count = sizeof expr_keyword_table / sizeof expr_keyword_ta
 static_assert(keyword_count == 15, "a row for each keyword");
 static constexpr auto keyword_index = word_index_make<256>(expr_keyword_table);
 
-constexpr size_t keyword_shortest = 3;
-constexpr size_t keyword_longest = 7;
-
-// Sets the token of a name: a keyword, in any case, or TOKEN_NAME.
-static void token_of_name()
+// The letters that keywords begin with, a bit for each, a the second one: most names begin with another.
+static constexpr uint32_t keyword_initials_make()
 {
-    lex.token = TOKEN_NAME;
-    if (lex.name.size < keyword_shortest || lex.name.size > keyword_longest)
-        return;
-    int32_t row = word_index_find(keyword_index, lex.name.text, lex.name.size);
-    if (row >= 0) {
-        lex.token = expr_keyword_table[row].token;
-        lex.type_code = expr_keyword_table[row].value;
-    }
+    uint32_t initials = 0;
+    for (const expr_keyword &row : expr_keyword_table)
+        initials |= uint32_t{1} << (row.name[0] & 31);
+    return initials;
+}
+static constexpr uint32_t keyword_initials = keyword_initials_make();
+
+// The token of a name: a keyword, in any case, or TOKEN_NAME.
+static int16_t token_of_name(lex_piece name)
+{
+    if ((keyword_initials >> (name.text[0] & 31) & 1) == 0)
+        return TOKEN_NAME;
+    int32_t row = word_index_find(keyword_index, name.text, name.size);
+    if (row < 0)
+        return TOKEN_NAME;
+    lex.type_code = expr_keyword_table[row].value;
+    return expr_keyword_table[row].token;
 }
 
 // ---- Tokens ----
@@ -65,12 +71,6 @@ void lex_start(const char *text, size_t size)
     reads_decoded = false;
 }
 
-// True if the character at a place, which may be the end of the text, has one of the classes.
-static bool text_has(const char *place, unsigned classes)
-{
-    return place < lex.end && text_is(*place, classes);
-}
-
 // The end of the letters, digits and underscores from a place on.
 static const char *word_end(const char *place)
 {
@@ -78,63 +78,95 @@ static const char *word_end(const char *place)
                                                     reinterpret_cast<const unsigned char *>(lex.end)));
 }
 
-// Reads the name at pos, whose word characters begin at word. A name that is too long loses its surplus, but
-// not at the end of the text.
-static void lex_name(const char *word, ptrdiff_t limit)
+// Reads the name at start, whose word characters begin at word. A name that is too long loses its surplus,
+// but not at the end of the text.
+static void lex_name(const char *start, const char *word, ptrdiff_t limit)
 {
-    const char *start = lex.pos;
     const char *end = word_end(word);
     lex.pos = end;
-    if (end < lex.end && end - start > limit)
+    if (end - start > limit && end < lex.end)
         end = start + limit;
     lex.name = lex_piece{start, static_cast<size_t>(end - start)};
     if (lex.first_name_end == nullptr)
         lex.first_name_end = end;
-    token_of_name();
+    lex.token = token_of_name(lex.name);
 }
 
-// A $ or @ at pos: begins a name, $ or $$ and a letter, or @ and a letter or a digit; or is a token.
-static void lex_prefix(char c)
+// A $ or @ at start: begins a name, $ or $$ and a letter, or @ and a letter or a digit; or is a token.
+static void lex_prefix(const char *start)
 {
-    const char *word = lex.pos + 1;
-    if (c == '$' && word < lex.end && *word == '$')
+    const char *word = start + 1;
+    bool system = *start == '@';
+    if (!system && word < lex.end && *word == '$')
         word++;
-    if (text_has(word, c == '$' ? CHAR_LETTER : CHAR_LETTER | CHAR_DIGIT)) {
-        lex_name(word, c == '$' ? lex_name_length : lex_system_length);
+    if (word < lex.end && text_is(*word, system ? CHAR_LETTER | CHAR_DIGIT : CHAR_LETTER)) {
+        lex_name(start, word, system ? lex_system_length : lex_name_length);
     } else {
-        lex.pos++;
-        lex.token = static_cast<unsigned char>(c);
+        lex.pos = start + 1;
+        lex.token = static_cast<unsigned char>(*start);
     }
+}
+
+// What a token is, by its first character.
+enum : uint8_t {
+    START_OTHER,
+    START_WHITE,
+    START_LETTER,
+    START_NUMBER,
+    START_PREFIX,
+    START_EQUALS,
+    START_NUL
+};
+
+struct token_starts {
+    uint8_t of[256];
+};
+
+static constexpr token_starts token_starts_make()
+{
+    token_starts starts{};
+    for (int c = 0; c < 256; c++) {
+        unsigned classes = char_classes.bits[c];
+        starts.of[c] = (classes & CHAR_WHITE) != 0    ? START_WHITE
+                       : (classes & CHAR_LETTER) != 0 ? START_LETTER
+                       : (classes & CHAR_DIGIT) != 0  ? START_NUMBER
+                                                      : START_OTHER;
+    }
+    starts.of['.'] = START_NUMBER;
+    starts.of['$'] = starts.of['@'] = START_PREFIX;
+    starts.of['='] = START_EQUALS;
+    starts.of[0] = START_NUL;
+    return starts;
+}
+static constexpr token_starts starts = token_starts_make();
+
+static uint8_t start_at(const char *place)
+{
+    return starts.of[static_cast<unsigned char>(*place)];
 }
 
 void lex_next()
 {
-    while (text_has(lex.pos, CHAR_WHITE))
-        lex.pos++;
-    if (lex.pos == lex.end) {
+    const char *pos = lex.pos;
+    while (start_at(pos) == START_WHITE && pos < lex.end)
+        pos++;
+    if (pos >= lex.end) {
+        lex.pos = pos;
         lex.token = TOKEN_END;
         return;
     }
-    char c = *lex.pos;
-    if (text_is(c, CHAR_LETTER)) {
-        lex_name(lex.pos, lex_name_length);
-        return;
-    }
-    if (text_is(c, CHAR_DIGIT) || c == '.') {
-        lex.pos = number_scan(lex.pos, lex.end, &lex.number);
+    uint8_t start = start_at(pos);
+    if (start == START_LETTER) {
+        lex_name(pos, pos, lex_name_length);
+    } else if (start == START_NUMBER) {
+        lex.pos = number_scan(pos, lex.end, &lex.number);
         lex.token = TOKEN_NUMBER;
-        return;
-    }
-    if (c == '$' || c == '@') {
-        lex_prefix(c);
-        return;
-    }
-    lex.pos++;
-    if (c == '=' && lex.pos < lex.end && *lex.pos == '=') {
-        lex.pos++;
-        lex.token = TOKEN_EQEQ;
+    } else if (start == START_PREFIX) {
+        lex_prefix(pos);
     } else {
-        lex.token = c == 0 ? +TOKEN_END : static_cast<unsigned char>(c);
+        bool equal = start == START_EQUALS && pos + 1 < lex.end && pos[1] == '=';
+        lex.pos = pos + (equal ? 2 : 1);
+        lex.token = equal ? +TOKEN_EQEQ : start == START_NUL ? +TOKEN_END : static_cast<unsigned char>(*pos);
     }
 }
 
@@ -150,6 +182,12 @@ static int hex_digit(char c)
 {
     int digit = char_lower(static_cast<unsigned char>(c));
     return digit <= '9' ? digit - '0' : digit - 'a' + 10;
+}
+
+// True if the character at a place, which may be the end of the text, has one of the classes.
+static bool text_has(const char *place, unsigned classes)
+{
+    return place < lex.end && text_is(*place, classes);
 }
 
 // Decodes the escape at *from, the character after its backslash, and moves *from after it.

@@ -4,6 +4,7 @@
 
 #include <float.h>
 #include <math.h>
+#include <string.h>
 
 float float_from_double(double value)
 {
@@ -59,28 +60,6 @@ static const char *scan_based(const char *c, const char *end, unsigned digit_cla
     return c;
 }
 
-// The digits of a decimal number without its point, gathered one after the other as a double would: as long
-// as that is exact in an integer, which is faster, and from then on in a double.
-struct mantissa {
-    uint64_t whole;
-    double large; // 0: whole holds them all
-};
-
-constexpr uint64_t whole_full = 900719925474099; // from here on another digit may be too much for 53 bits
-
-static inline const char *scan_digits(const char *c, const char *end, mantissa *digits)
-{
-    while (c < end && text_is(*c, CHAR_DIGIT) && digits->whole < whole_full)
-        digits->whole = digits->whole * 10 + static_cast<uint64_t>(*c++ - '0');
-    if (c < end && text_is(*c, CHAR_DIGIT)) {
-        if (digits->large == 0)
-            digits->large = static_cast<double>(digits->whole);
-        while (c < end && text_is(*c, CHAR_DIGIT))
-            digits->large = digits->large * 10 + (*c++ - '0');
-    }
-    return c;
-}
-
 // The exponent after its letter: a sign, or none, and digits, or none.
 static const char *scan_exponent(const char *c, const char *end, uint32_t *exponent)
 {
@@ -94,6 +73,16 @@ static const char *scan_exponent(const char *c, const char *end, uint32_t *expon
     return c;
 }
 
+// The digits of a number of any length, gathered one after the other in a double. Gives the place after them.
+static const char *scan_digits(const char *c, const char *end, double *number)
+{
+    for (; c < end && text_is(*c, CHAR_DIGIT); c++)
+        *number = *number * 10 + (*c - '0');
+    return c;
+}
+
+constexpr ptrdiff_t exact_digits = 15; // that an integer and a double hold alike
+
 const char *number_scan(const char *text, const char *end, double *value)
 {
     if (*text == '0' && end - text > 1) {
@@ -102,19 +91,30 @@ const char *number_scan(const char *text, const char *end, double *value)
         if ((text[1] == 'x' || text[1] == 'X') && end - text > 2 && text_is(text[2], CHAR_HEX))
             return scan_based(text + 2, end, CHAR_HEX, 16, value);
     }
-    mantissa digits{0, 0};
-    uint32_t exponent = 0;
-    uint32_t fraction_digits = 0;
-    const char *c = scan_digits(text, end, &digits);
-    if (c < end && *c == '.') {
-        const char *fraction = c + 1;
-        c = scan_digits(fraction, end, &digits);
-        fraction_digits = static_cast<uint32_t>(c - fraction);
+    // Most numbers are short: an integer gathers their digits faster, and as exactly.
+    const char *limit = end - text > exact_digits ? text + exact_digits : end;
+    uint64_t whole = 0;
+    unsigned digit;
+    const char *c = text;
+    for (; c < limit && (digit = static_cast<unsigned char>(*c) - unsigned{'0'}) < 10; c++)
+        whole = whole * 10 + digit;
+    const char *point = c;
+    if (c < limit && *c == '.')
+        for (c++; c < limit && (digit = static_cast<unsigned char>(*c) - unsigned{'0'}) < 10; c++)
+            whole = whole * 10 + digit;
+    auto number = static_cast<double>(whole);
+    if (c == limit && c < end) {
+        number = 0;
+        point = c = scan_digits(text, end, &number);
+        if (c < end && *c == '.')
+            c = scan_digits(c + 1, end, &number);
     }
-    if (c < end && ((*c | 0x20) == 'd' || (*c | 0x20) == 'e'))
+    uint32_t power = c > point ? static_cast<uint32_t>(point + 1 - c) : 0;
+    if (c < end && ((*c | 0x20) == 'd' || (*c | 0x20) == 'e')) {
+        uint32_t exponent;
         c = scan_exponent(c + 1, end, &exponent);
-    double number = digits.large != 0 ? digits.large : static_cast<double>(digits.whole);
-    int32_t power = wrap_int32(exponent - fraction_digits);
-    *value = power != 0 ? number * power_of_ten(power) : number;
+        power += exponent;
+    }
+    *value = power != 0 ? number * power_of_ten(wrap_int32(power)) : number;
     return c;
 }
