@@ -32,7 +32,7 @@ void vars_start(var_rec *table, pool_heap *heap)
     cur_value = 0;
     cur_ptr = nullptr;
     name_index_start(&var_names, reinterpret_cast<char *>(table) + offsetof(var_rec, name), sizeof(var_rec),
-                     var_name_length, false);
+                     var_name_length);
 }
 
 // ---- Values in the width of their type ----
@@ -102,7 +102,7 @@ static int8_t prefix_type(const char *name, size_t size)
 static var_rec *var_find(const char *name, size_t size)
 {
     uint32_t place;
-    int32_t row = name_index_find(&var_names, name, size, &place);
+    int32_t row = name_index_find(&var_names, name, size, false, &place);
     return row < 0 ? nullptr : var_table + row;
 }
 
@@ -244,7 +244,7 @@ int32_t var_make(const char *name, size_t name_size, int8_t type, int32_t ndims,
             return VAR_NO_MEMORY;
 
     uint32_t place = 0;
-    int32_t row = name_index_find(&var_names, name, name_size, &place);
+    int32_t row = name_index_find(&var_names, name, name_size, false, &place);
     var_rec *rec = row < 0 ? nullptr : var_table + row;
     if (rec == nullptr) {
         if (type == VAR_NONE)

@@ -25,7 +25,7 @@ void labels_start(label_row *table)
 {
     label_table = table;
     label_count = 0;
-    name_index_start(&label_names, table, sizeof(label_row), label_name_length, true);
+    name_index_start(&label_names, table, sizeof(label_row), label_name_length);
 }
 
 // Tells of a second label of a name and of one label too many alike.
@@ -49,7 +49,7 @@ int32_t label_define(const char *word)
     row.line = src_line();
 
     uint32_t place;
-    int32_t known = name_index_find(&label_names, row.name, strlen(row.name), &place);
+    int32_t known = name_index_find(&label_names, row.name, strlen(row.name), true, &place);
     if (known >= 0 && label_table[known].position == row.position && label_table[known].line == row.line)
         return STATEMENT_NO_LABEL;
     if (known >= 0)

@@ -2,6 +2,7 @@
 
 #include "source/src_stream.h"
 #include "support/output.h"
+#include "support/scan.h"
 
 #include <string.h>
 
@@ -12,21 +13,27 @@ statement_span statement_read(const char *word, int32_t length)
 {
     unsigned char *start = src.pos - length;
     memcpy(start, word, static_cast<size_t>(length));
-    int32_t left = line_buf_capacity - length;
+    const unsigned char *limit = start + line_buf_capacity;
+    const unsigned char *nul = nullptr; // the first one: the text ends there, though the line goes on
+    const unsigned char *p = start;
     for (;;) {
-        auto ready = static_cast<int32_t>(src.end - src.pos < left ? src.end - src.pos : left);
-        const void *found = memchr(src.pos, '\n', static_cast<size_t>(ready));
-        if (found != nullptr)
-            ready = static_cast<int32_t>(static_cast<const unsigned char *>(found) - src.pos) + 1;
-        src.pos += ready;
-        left -= ready;
-        if (found != nullptr || left == 0 || !src_more(src.pos))
+        p = scan_line(p);
+        if (p >= limit) {
+            p = limit;
             break;
+        }
+        if (p == src.end) {
+            src.pos = src.end;
+            if (!src_more(src.pos))
+                break;
+        } else if (*p++ == '\n') {
+            break;
+        } else if (nul == nullptr) {
+            nul = p - 1;
+        }
     }
-    auto size = static_cast<size_t>(src.pos - start);
-    const void *nul = memchr(start, 0, size);
-    if (nul != nullptr)
-        size = static_cast<size_t>(static_cast<const unsigned char *>(nul) - start);
+    src.pos = start + (p - start);
+    auto size = static_cast<size_t>((nul != nullptr && nul < p ? nul : p) - start);
     return statement_span{reinterpret_cast<const char *>(start), size};
 }
 

@@ -4,14 +4,13 @@
 
 #include <string.h>
 
-void name_index_start(name_index *index, const void *names, size_t stride, size_t length, bool nocase)
+void name_index_start(name_index *index, const void *names, size_t stride, size_t length)
 {
     if (index->rows > 0)
         memset(index->places, 0, sizeof index->places);
     index->names = static_cast<const char *>(names);
     index->stride = stride;
     index->length = length;
-    index->nocase = nocase;
     index->rows = 0;
 }
 
@@ -55,16 +54,16 @@ static bool name_equals(const char *known, const char *name, size_t size, size_t
     return true;
 }
 
-int32_t name_index_find(name_index *index, const char *name, size_t size, uint32_t *place)
+int32_t name_index_find(name_index *index, const char *name, size_t size, bool nocase, uint32_t *place)
 {
     if (size > index->length)
         size = index->length;
-    uint64_t hash = name_hash(name, size, index->nocase);
+    uint64_t hash = name_hash(name, size, nocase);
     uint32_t at = static_cast<uint32_t>(hash >> (64 - name_index_bits));
     for (; index->places[at] != 0; at = (at + 1) % name_index_places) {
         auto row = static_cast<size_t>(index->places[at] - 1);
         const char *known = index->names + row * index->stride;
-        if (index->hashes[row] == hash && name_equals(known, name, size, index->length, index->nocase))
+        if (index->hashes[row] == hash && name_equals(known, name, size, index->length, nocase))
             return index->places[at] - 1;
     }
     *place = at;

@@ -15,7 +15,6 @@ struct name_index {
     const char *names;                      // the name of row 0, NUL-terminated
     size_t stride;                          // bytes from one row's name to the next row's
     size_t length;                          // characters of a name that count
-    bool nocase;                            // names compare without regard to case
     int32_t rows;                           // rows in the index
     uint64_t hash;                          // of the last name that wasn't found
     uint16_t places[name_index_places];     // row number + 1; 0: empty
@@ -23,11 +22,12 @@ struct name_index {
 };
 
 // Empties the index for a new table.
-void name_index_start(name_index *index, const void *names, size_t stride, size_t length, bool nocase);
+void name_index_start(name_index *index, const void *names, size_t stride, size_t length);
 
-// The row of a name of size characters, or -1. Then place is where name_index_add puts it, until the next
-// call.
-int32_t name_index_find(name_index *index, const char *name, size_t size, uint32_t *place);
+// The row of a name of size characters, of which eight more have to be readable, or -1. Then place is where
+// name_index_add puts it, until the next call. With nocase, in all calls for an index or in none, names
+// compare without regard to case.
+int32_t name_index_find(name_index *index, const char *name, size_t size, bool nocase, uint32_t *place);
 
 // Adds the next row, whose name is in the table by now, at the place that name_index_find gave for it.
 void name_index_add(name_index *index, uint32_t place);

@@ -41,6 +41,14 @@ inline const unsigned char *scan_string_portable(const unsigned char *text)
     return text;
 }
 
+// The first line feed or NUL from text on.
+inline const unsigned char *scan_line_portable(const unsigned char *text)
+{
+    while (*text != '\n' && *text != 0)
+        text++;
+    return text;
+}
+
 // The first character from text on, at the latest end, that the source folds: a backslash, a CR, byte 26.
 inline const unsigned char *scan_fold_portable(const unsigned char *text, const unsigned char *end)
 {
@@ -146,6 +154,16 @@ inline const unsigned char *scan_string(const unsigned char *text)
     }
 }
 
+inline const unsigned char *scan_line(const unsigned char *text)
+{
+    for (;; text += 16) {
+        __m128i characters = scan_load(text);
+        uint32_t marks = scan_bits(_mm_or_si128(scan_equal(characters, '\n'), scan_equal(characters, 0)));
+        if (marks != 0)
+            return text + scan_lowest(marks);
+    }
+}
+
 inline const unsigned char *scan_fold(const unsigned char *text, const unsigned char *end)
 {
     for (; text < end; text += 16) {
@@ -200,6 +218,11 @@ inline const unsigned char *scan_raw(const unsigned char *text)
 inline const unsigned char *scan_string(const unsigned char *text)
 {
     return scan_string_portable(text);
+}
+
+inline const unsigned char *scan_line(const unsigned char *text)
+{
+    return scan_line_portable(text);
 }
 
 inline const unsigned char *scan_fold(const unsigned char *text, const unsigned char *end)

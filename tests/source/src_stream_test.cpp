@@ -283,6 +283,7 @@ TEST(scan, gives_the_same_by_16_characters_as_by_one)
         ASSERT_EQ(scan_word(start, end), scan_word_portable(start, end));
         ASSERT_EQ(scan_raw(start), scan_raw_portable(start));
         ASSERT_EQ(scan_string(start), scan_string_portable(start));
+        ASSERT_EQ(scan_line(start), scan_line_portable(start));
         ASSERT_EQ(scan_fold(start, end), scan_fold_portable(start, end));
         ASSERT_EQ(count_line_feeds(start, end), count_line_feeds_portable(start, end));
         ASSERT_EQ(scan_is_number(start, size), scan_is_number_portable(start, size)) << size;
