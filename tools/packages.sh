@@ -10,7 +10,8 @@ group_packages() {
     build) echo g++ cmake ninja-build ;;
     check) group_packages report && echo libgtest-dev ;;
     report) echo libcli11-dev libdtl-dev libfmt-dev nlohmann-json3-dev ;;
-    browser) echo chromium nodejs npm ;;
+    chromium) echo chromium ;;
+    node) echo nodejs npm ;;
     style) echo clang-format clang-tidy cppcheck shellcheck ;;
     mutation) echo python3 ;;
     windows) group_packages report && echo g++-mingw-w64-x86-64-posix ;;

@@ -28,6 +28,8 @@ static void define_options(CLI::App *app, command_line *line)
     app->add_option("--csv", options.csv, "write the items as CSV; - for standard output")->type_name("FILE");
     app->add_option("--json", options.json, "write the report as JSON; - for standard output")
         ->type_name("FILE");
+    app->add_option("--html", options.html, "write the report as a page; - for standard output")
+        ->type_name("FILE");
     app->add_flag("--quiet", options.quiet, "no text on standard output");
     app->add_option("--kind", line->kinds, "only items of these kinds")
         ->delimiter(',')
@@ -57,9 +59,9 @@ static bool settle(command_line *line)
     for (std::string &command : options.commands)
         for (char &c : command)
             c = static_cast<char>(toupper(static_cast<unsigned char>(c)));
-    int taken = (options.csv == "-") + (options.json == "-");
+    int taken = (options.csv == "-") + (options.json == "-") + (options.html == "-");
     if (taken > 1)
-        report_trouble("only one of --csv and --json can go to standard output");
+        report_trouble("only one of --csv, --json and --html can go to standard output");
     return taken <= 1;
 }
 

@@ -40,6 +40,7 @@ struct report_outputs {
     report_output text;
     report_output csv;
     report_output json;
+    report_output html;
     bool color = false;
 };
 
@@ -67,10 +68,11 @@ static void output_close(report_output *output)
 // Standard output carries the text unless something else goes there.
 static bool outputs_open(const report_options &options, report_outputs *outputs)
 {
-    bool taken = options.csv == "-" || options.json == "-";
+    bool taken = options.csv == "-" || options.json == "-" || options.html == "-";
     bool opened = output_open(&outputs->text, options.quiet || taken ? "" : "-");
     opened &= output_open(&outputs->csv, options.csv);
     opened &= output_open(&outputs->json, options.json);
+    opened &= output_open(&outputs->html, options.html);
     const char *no_color = getenv("NO_COLOR");
     outputs->color = is_terminal(stdout) && (no_color == nullptr || *no_color == 0);
     return opened;
@@ -82,10 +84,12 @@ static void outputs_start(const report_outputs &outputs)
         csv_start(outputs.csv.file);
     if (outputs.json.file != nullptr)
         json_start(outputs.json.file);
+    if (outputs.html.file != nullptr)
+        page_start(outputs.html.file);
 }
 
 static void outputs_script(const report_outputs &outputs, const report_options &options,
-                           const script_report &script, bool first)
+                           const script_report &script, const script_bodies &bodies, bool first)
 {
     if (outputs.text.file != nullptr)
         text_script(outputs.text.file, script, options, outputs.color);
@@ -93,6 +97,8 @@ static void outputs_script(const report_outputs &outputs, const report_options &
         csv_script(outputs.csv.file, script);
     if (outputs.json.file != nullptr)
         json_script(outputs.json.file, script, first);
+    if (outputs.html.file != nullptr)
+        page_script(outputs.html.file, script, bodies);
 }
 
 static void outputs_end(report_outputs *outputs, const report_totals &totals)
@@ -101,7 +107,9 @@ static void outputs_end(report_outputs *outputs, const report_totals &totals)
         text_totals(outputs->text.file, totals);
     if (outputs->json.file != nullptr)
         json_end(outputs->json.file, totals);
-    for (report_output *output : {&outputs->text, &outputs->csv, &outputs->json})
+    if (outputs->html.file != nullptr)
+        page_end(outputs->html.file, totals);
+    for (report_output *output : {&outputs->text, &outputs->csv, &outputs->json, &outputs->html})
         output_close(output);
 }
 
@@ -136,20 +144,27 @@ static void progress_tell(progress_line *progress, size_t done, size_t scripts)
 // What follows a conversion.
 struct script_run {
     script_report report;
+    script_bodies bodies;
     judge_state judge;
     line_prints written; // lines of the output
+    bool keeps_body;
 };
 
 static void take_statement(const journal_statement &statement, void *context)
 {
     auto *run = static_cast<script_run *>(context);
     judge_statement(&run->judge, statement);
+    if (run->keeps_body)
+        run->bodies.pairs.push_back({statement.line, statement.output_line});
 }
 
 static void take_output(std::string_view bytes, void *context)
 {
     auto *run = static_cast<script_run *>(context);
-    prints_add(&run->written, bytes);
+    if (run->keeps_body)
+        run->bodies.output += bytes.substr(0, body_kept - run->bodies.output.size());
+    if (run->report.output_there)
+        prints_add(&run->written, bytes);
 }
 
 // Opens a script and makes what its conversion needs.
@@ -171,7 +186,8 @@ static bool script_judge(script_run *run)
     if (!script_open(run->report.path, &source))
         return false;
     run->judge.report = &run->report;
-    journal_listener listener{take_statement, run->report.output_there ? take_output : nullptr, run};
+    bool taken = run->keeps_body || run->report.output_there;
+    journal_listener listener{take_statement, taken ? take_output : nullptr, run};
     journal_convert(run->report.path.c_str(), &source, listener);
     prints_end(&run->written);
     source_lines_add(&run->report, run->judge.end);
@@ -280,6 +296,7 @@ static bool script_report_make(const report_options &options, const std::string 
     run->report.path = path;
     run->report.output_path = output_path_of(path);
     run->report.output_there = file_kind_of(run->report.output_path, true) == FILE_REGULAR;
+    run->keeps_body = !options.html.empty();
     if (!script_judge(run))
         return false;
     script_compare(run);
@@ -304,7 +321,7 @@ int report_run(const report_options &options)
         if (!script_report_make(options, scripts[i], &run))
             continue;
         progress_clear(&progress);
-        outputs_script(outputs, options, run.report, totals.scripts == 0);
+        outputs_script(outputs, options, run.report, run.bodies, totals.scripts == 0);
         totals_add(&totals, &commands, run.report);
         progress_tell(&progress, i + 1, scripts.size());
     }

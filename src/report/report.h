@@ -17,6 +17,7 @@ struct report_options {
     bool force = false;
     std::string csv; // path of an output; - for standard output, empty for none
     std::string json;
+    std::string html;
     std::bitset<item_kind_count> kinds; // that are selected
     std::vector<std::string> commands;  // that are selected, in capitals; none: all
 };
@@ -30,6 +31,17 @@ struct report_totals {
     kind_counts by_kind{};
     std::vector<std::pair<std::string, uint64_t>> by_command; // most first
 };
+
+// What the converter writes for a script, and where its statements stand, for the page.
+struct script_bodies {
+    struct pair {
+        uint32_t line;        // of the script, where a statement begins
+        uint64_t output_line; // where its output begins
+    };
+    std::string output; // no more than body_kept bytes
+    std::vector<pair> pairs;
+};
+constexpr size_t body_kept = 4u << 20; // a script or output beyond this isn't shown
 
 // Exit statuses.
 enum : int { REPORT_DONE = 0, REPORT_LEFT = 1, REPORT_TROUBLE = 2 };

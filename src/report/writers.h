@@ -21,3 +21,9 @@ void csv_script(FILE *file, const script_report &script);
 void json_start(FILE *file);
 void json_script(FILE *file, const script_report &script, bool first);
 void json_end(FILE *file, const report_totals &totals);
+
+// ---- The page: one file for a browser ----
+
+void page_start(FILE *file);
+void page_script(FILE *file, const script_report &script, const script_bodies &bodies);
+void page_end(FILE *file, const report_totals &totals);

@@ -406,6 +406,6 @@ TEST_F(report_test, takes_scripts_of_any_bytes)
     write_file(folder / "b.mrl",
                std::string(3 << 20, 'x') + "\nCLS " + std::string(1 << 20, '(') + "\nREDRAW");
     write_file(folder / "c.mrl", "REM " + std::string(5 << 20, 'y'));
-    EXPECT_EQ(run("--quiet --all --json ../x.json --csv ../x.csv .").err, "");
+    EXPECT_EQ(run("--quiet --all --json ../x.json --html ../x.html --csv ../x.csv .").err, "");
     EXPECT_TRUE(json::accept(read_file(base / "x.json")));
 }

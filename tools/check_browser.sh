@@ -1,0 +1,36 @@
+#!/bin/sh
+# The report's page in a real browser: Debian's Chromium, driven by playwright-core.
+set -eu
+cd "$(dirname -- "$0")/.."
+. tools/checks.sh
+work=$MURL_BUILD/browser
+need report 'the page is not tried'
+need chromium 'the page is not tried'
+{ command -v node && command -v npm; } >/dev/null || need node 'the page is not tried'
+rm -rf "$work/tree" "$work/many"
+mkdir -p "$work/tree" "$work/many"
+if [ ! -d "$work/node_modules/playwright-core" ] &&
+    ! (cd "$work" && PLAYWRIGHT_SKIP_BROWSER_DOWNLOAD=1 npm install --no-audit --no-fund --prefix . playwright-core) \
+        >"$work/npm.log" 2>&1 </dev/null; then
+    skip 'playwright-core can not be had from npm'
+fi
+build_preset report
+
+# The tree of the report's tests, and a script whose name and text spell markup, in Latin-1.
+cp -R tests/report/tree/. "$work/tree"
+printf 'PRINT "</script><b>bold</b>" // caf\351\nLINE 1,2\n' >"$work/tree/<img src=x onerror=alert(1)>.mrl"
+(cd "$work/tree" && "$MURL_BUILD/report/murlreport" --quiet --html "$work/page.html" .) || [ $? = 1 ]
+
+# 500 scripts of 100 lines.
+script=0
+while [ $script -lt 500 ]; do
+    awk -v script=$script 'BEGIN {
+        for (line = 0; line < 20; line++)
+            printf "x%d = %d\nLINE 0,0,0,x%d,%d,0,1\nPOLYGON 2,5,x%d,pts\nGETFLT \"a\",1,b\n// remark %d\n",
+                line, line + script, line, line, line, line }' >"$work/many/script$script.mrl"
+    script=$((script + 1))
+done
+"$MURL_BUILD/report/murlreport" --quiet --html "$work/many.html" "$work/many" || [ $? = 1 ]
+
+CHROMIUM=$(command -v chromium || command -v chromium-browser) NODE_PATH=$work/node_modules \
+    node tests/report/browser.js "$work/page.html" "$work/many.html" "$work" || fail 'the page fails in a browser'
