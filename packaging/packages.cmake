@@ -5,6 +5,12 @@ set(guides docs/finishing.md docs/commands.md)
 file(GLOB samples RELATIVE ${CMAKE_SOURCE_DIR} CONFIGURE_DEPENDS samples/*.mr[lp])
 list(FILTER samples EXCLUDE REGEX "_conv\\.mr[lp]$")
 
+# murlreport is packed with its man page.
+set(report_program)
+if(MURL_REPORT AND EXISTS ${CMAKE_SOURCE_DIR}/packaging/murlreport.1.in)
+  set(report_program murlreport)
+endif()
+
 if(WIN32)
   # Installs a text with Windows line ends.
   function(install_text source folder name)
@@ -16,10 +22,11 @@ if(WIN32)
     install(FILES ${text} DESTINATION ${folder})
   endfunction()
 
-  install(TARGETS murlconv DESTINATION .)
+  install(TARGETS murlconv ${report_program} DESTINATION .)
   install_text(packaging/README.txt . README.txt)
   install_text(CHANGELOG.md . CHANGELOG.txt)
   install_text(LICENSE . LICENSE.txt)
+  install_text(packaging/copyright . COPYRIGHT.txt)
   install_text(packaging/mcomp.txt . mcomp.txt)
   foreach(guide ${guides} docs/windows.md)
     get_filename_component(name ${guide} NAME)
@@ -60,7 +67,20 @@ else()
     COMMAND ${script} ${changes} ${debian_revision} ${maintainer} changelog.Debian
     DEPENDS ${script} ${changes})
 
-  install(TARGETS murlconv DESTINATION bin)
+  install(TARGETS murlconv ${report_program} DESTINATION bin)
+  if(report_program)
+    install(FILES docs/report.schema.json DESTINATION ${doc})
+    configure_file(packaging/murlreport.1.in ${CMAKE_BINARY_DIR}/murlreport.1 @ONLY)
+    install_compressed(share/man/man1 murlreport.1)
+    install(
+      FILES packaging/murlreport.bash
+      DESTINATION share/bash-completion/completions
+      RENAME murlreport)
+    install(
+      FILES packaging/murlreport.zsh
+      DESTINATION share/zsh/vendor-completions
+      RENAME _murlreport)
+  endif()
   install(FILES packaging/copyright packaging/mcomp.txt ${guides} DESTINATION ${doc})
   foreach(sample ${samples})
     get_filename_component(stem ${sample} NAME_WE)
@@ -81,8 +101,8 @@ else()
   set(CPACK_PACKAGE_DESCRIPTION
       "murlconv reads scripts in the previous dialect of MURL, the scripting language
 of the Murivo CAD system, and writes each one in the current dialect beside it.
-Most of what no rule can convert stands in the output as a comment, under a tip
-that tells what to change by hand.")
+Much of what no rule can convert stands in the output as a comment, under a tip
+that tells what to change by hand; murlreport lists all that is left to do.")
 endif()
 
 set(CPACK_PACKAGE_VENDOR "the murlconv authors")

@@ -10,7 +10,7 @@ wine_home=$MURL_BUILD/packages_wine
 #   expect_files FOLDER PLACE_OF_EXAMPLES
 expect_files() {
     {
-        cat
+        sed '/^$/d'
         for sample in $samples; do
             echo "$2/$sample"
             echo "$2/${sample%.*}_conv.${sample##*.}"
@@ -26,14 +26,27 @@ check_pair() {
     cp "$@" "$folder"
     (cd "$folder" && "$work/deb/usr/bin/murlconv" ./*.mrl) >"$work/printed"
     for script in "$@"; do
-        name=$(basename "$script" .mrl)
-        diff -u --label "$script" --label converted "$want_folder/$name.want" "$folder/${name}_conv.mrl" ||
+        stem=$(basename "$script" .mrl)
+        diff -u --label "$script" --label converted "$want_folder/$stem.want" "$folder/${stem}_conv.mrl" ||
             fail "$script"
         pairs=$((pairs + 1))
     done
     [ -e "$printed_want" ] || printed_want=/dev/null
     diff -u --label "$printed_want" --label printed "$printed_want" "$work/printed" || fail "$script"
     rm -r "$folder"
+}
+
+# The report over the samples: something is left to do in them, and nobody has edited an output.
+#   check_report FOLDER COMMAND...
+check_report() {
+    status=0
+    folder_of_samples=$1
+    shift
+    # On Windows a path that begins with / is an option.
+    (cd "$folder_of_samples" && "$@" --quiet --csv - .) >"$work/report.csv" || status=$?
+    [ $status = 1 ] || fail "the report's status is $status"
+    count=$(echo "$samples" | wc -l)
+    [ "$(sed 1d "$work/report.csv" | cut -d , -f 1 | sort -u | wc -l)" = "$count" ] || fail "the report isn't about $count samples"
 }
 
 check_deb() {
@@ -50,6 +63,14 @@ check_deb() {
     expect_files "$work/deb" $doc/examples <<END
 usr/bin/murlconv
 usr/share/man/man1/murlconv.1.gz
+$([ "$programs" = murlconv ] || cat <<REPORT
+usr/bin/murlreport
+usr/share/bash-completion/completions/murlreport
+usr/share/man/man1/murlreport.1.gz
+usr/share/zsh/vendor-completions/_murlreport
+$doc/report.schema.json
+REPORT
+)
 $doc/changelog.Debian.gz
 $doc/changelog.gz
 $doc/commands.md
@@ -58,13 +79,16 @@ $doc/finishing.md
 $doc/mcomp.txt
 END
     # What a distribution asks of a package. As root it warns that it is run as root.
-    lintian --allow-root --fail-on error,warning,info --display-info "$deb" >"$work/lintian" 2>&1 ||
+    lintian --allow-root --fail-on error,warning "$deb" >"$work/lintian" 2>&1 ||
         fail "lintian: $(cat "$work/lintian")"
-    page=$work/murlconv.1
-    gzip -dc "$work/deb/usr/share/man/man1/murlconv.1.gz" >"$page"
-    groff -man -ww -z -Tutf8 "$page" 2>"$work/page.log" || fail 'man page'
-    [ ! -s "$work/page.log" ] || fail "man page: $(cat "$work/page.log")"
-    grep -q "^\.TH MURLCONV 1 .*murlconv $version\"" "$page" || fail 'version in the man page'
+    for program in $programs; do
+        page=$work/$program.1
+        gzip -dc "$work/deb/usr/share/man/man1/$program.1.gz" >"$page"
+        groff -man -ww -z -Tutf8 "$page" 2>"$work/page.log" || fail "man page of $program"
+        [ ! -s "$work/page.log" ] || fail "man page of $program: $(cat "$work/page.log")"
+        grep -qi "^\.TH $program 1 .*$version\"" "$page" || fail "version in the man page of $program"
+    done
+    [ "$programs" = murlconv ] || check_report "$work/deb/$doc/examples" "$work/deb/usr/bin/murlreport"
 
     pairs=0
     for sample in $samples; do
@@ -96,17 +120,18 @@ check_zip() {
     folder=$work/$(basename "$zip" .zip)
     expect_files "$folder" examples <<END
 CHANGELOG.txt
+COPYRIGHT.txt
 LICENSE.txt
 README.txt
 docs/commands.md
 docs/finishing.md
 docs/windows.md
 mcomp.txt
-murlconv.exe
+$(printf '%s.exe\n' $programs)
 END
     # Every text has CR LF at each line end, and is otherwise what it is here.
     for text in CHANGELOG.txt=CHANGELOG.md LICENSE.txt=LICENSE README.txt=packaging/README.txt \
-        mcomp.txt=packaging/mcomp.txt docs/windows.md=docs/windows.md docs/commands.md=docs/commands.md; do
+        mcomp.txt=packaging/mcomp.txt COPYRIGHT.txt=packaging/copyright docs/windows.md=docs/windows.md docs/commands.md=docs/commands.md; do
         to_crlf "${text#*=}" | cmp - "$folder/${text%%=*}"
     done
     for sample in $samples; do
@@ -129,6 +154,7 @@ check_zip_program() {
         to_crlf "tests/golden/samples/${sample%.mrl}.want" | cmp - "$converted" || fail "$sample"
         cmp "$converted" "$converted.packed"
     done
+    [ "$programs" = murlconv ] || check_report "$folder/examples" wine_run "$folder/murlreport.exe"
     echo "packages: the zip's program converts the samples as wanted"
 }
 
@@ -139,6 +165,8 @@ mkdir -p "$work"
 tools/package.sh "$work/dist" >"$work/packages"
 zip=$(grep '\.zip$' "$work/packages")
 deb=$(grep '\.deb$' "$work/packages")
+programs=murlconv
+[ ! -e packaging/murlreport.1.in ] || programs='murlconv murlreport'
 version=$(sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt)
 samples=$(cd samples && find . -name '*.mr[lp]' ! -name '*_conv.*' | sed 's|^\./||' | sort)
 [ "$deb" = "$work/dist/murlconv_$version-1_$(dpkg --print-architecture).deb" ] || fail "name of $deb"

@@ -80,8 +80,25 @@ check_paths() {
     echo 'windows: paths are taken as they come'
 }
 
+# The report says of the samples what it says on POSIX.
+check_report() {
+    mkdir -p "$work/report"
+    cp samples/*.mr[lp] "$work/report"
+    rm -f "$work/report"/*_conv.mr[lp]
+    cd "$work/report"
+    "$MURL_BUILD/report/murlreport" --quiet --csv - . >../report_posix.csv || [ $? = 1 ]
+    status=0
+    wine_run "$MURL_BUILD/windows/murlreport.exe" --quiet --csv - . >../report_windows.csv || status=$?
+    [ $status = 1 ] || fail "the exit status of murlreport.exe is $status"
+    sed 's/\r$//; s|^\.\\|./|' ../report_windows.csv | diff -u --label posix --label windows ../report_posix.csv - ||
+        fail 'the report differs from that on POSIX'
+    echo "windows: the report has $(($(wc -l <../report_posix.csv) - 1)) items, as on POSIX"
+    cd "$root"
+}
+
 need windows 'the Windows side is not built'
 build_preset release
+build_preset report
 build_preset windows
 exe=$MURL_BUILD/windows/murlconv.exe
 check_exe "$exe"
@@ -96,6 +113,7 @@ copy_scripts
 convert_scripts
 compare_scripts
 check_paths
+check_report
 
 need dialog 'the open dialog was not tried'
 . tests/platform/windows_dialog.sh

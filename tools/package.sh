@@ -25,7 +25,7 @@ pack() {
     done
 }
 
-tools/packages.sh build windows packages
+tools/packages.sh build report windows packages
 mkdir -p "$dist"
 pack windows
-pack release
+pack report
