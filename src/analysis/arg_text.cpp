@@ -49,8 +49,8 @@ struct raw_end_map {
 static constexpr raw_end_map raw_ends_make()
 {
     raw_end_map map{};
-    map.level[','] = 1;
-    map.level['\n'] = 2;
+    map.level[uint8_t{','}] = 1;
+    map.level[uint8_t{'\n'}] = 2;
     return map;
 }
 static constexpr raw_end_map raw_ends = raw_ends_make();

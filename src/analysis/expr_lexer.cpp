@@ -132,9 +132,9 @@ static constexpr token_starts token_starts_make()
                        : (classes & CHAR_DIGIT) != 0  ? START_NUMBER
                                                       : START_OTHER;
     }
-    starts.of['.'] = START_NUMBER;
-    starts.of['$'] = starts.of['@'] = START_PREFIX;
-    starts.of['='] = START_EQUALS;
+    starts.of[uint8_t{'.'}] = START_NUMBER;
+    starts.of[uint8_t{'$'}] = starts.of[uint8_t{'@'}] = START_PREFIX;
+    starts.of[uint8_t{'='}] = START_EQUALS;
     starts.of[0] = START_NUL;
     return starts;
 }
