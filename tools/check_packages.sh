@@ -127,7 +127,7 @@ docs/commands.md
 docs/finishing.md
 docs/windows.md
 mcomp.txt
-$(printf '%s.exe\n' $programs)
+$(printf %s "$programs" | tr ' ' '\n' | sed 's/$/.exe/')
 END
     # Every text has CR LF at each line end, and is otherwise what it is here.
     for text in CHANGELOG.txt=CHANGELOG.md LICENSE.txt=LICENSE README.txt=packaging/README.txt \

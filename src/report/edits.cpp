@@ -34,13 +34,13 @@ static std::vector<placed_line> shared_lines(const std::vector<uint64_t> &lines,
 static void match_by_diff(const std::vector<placed_line> &written, const std::vector<placed_line> &there,
                           line_matches *matches)
 {
-    std::vector<uint64_t> left;
-    std::vector<uint64_t> right;
-    for (const placed_line &line : written)
-        left.push_back(line.print);
-    for (const placed_line &line : there)
-        right.push_back(line.print);
-    dtl::Diff<uint64_t> diff(left, right);
+    auto prints = [](const std::vector<placed_line> &lines) {
+        std::vector<uint64_t> result(lines.size());
+        std::transform(lines.begin(), lines.end(), result.begin(),
+                       [](const placed_line &line) { return line.print; });
+        return result;
+    };
+    dtl::Diff<uint64_t> diff(prints(written), prints(there));
     diff.compose();
     for (const auto &step : diff.getSes().getSequence())
         if (step.second.type == dtl::SES_COMMON)

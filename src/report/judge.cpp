@@ -46,7 +46,7 @@ static std::string store_fault(int32_t code)
 
 static std::string second_label()
 {
-    std::string name = journal_refused_label();
+    const std::string &name = journal_refused_label();
     return fmt::format("second label {}, first in line {}", shown(name), journal_label_line(name));
 }
 
@@ -129,7 +129,7 @@ static std::string statement_name(const journal_statement &statement)
     if (statement.row != nullptr)
         return statement.row->name;
     std::string_view text = statement.output;
-    return shown(text.substr(0, std::min(text.find_first_of("\n"), size_t{40})));
+    return shown(text.substr(0, std::min(text.find('\n'), size_t{40})));
 }
 
 // The statement under an IF. The guarded item belongs to the IF.
