@@ -132,6 +132,17 @@ def written_literal(opener, before_opener):
     return opener in ("{", "=") and before_opener in ("=", "]")
 
 
+def routine_at(code, start):
+    """The routine or table that an offset belongs to: the name in the last line up to it that isn't indented."""
+    name = "file"
+    for match in re.finditer(r"^(?!static_assert)[A-Za-z_].*$", code[:code.find("\n", start)], re.M):
+        line = match.group()
+        found = re.search(r"(\w+)\(", line) or re.search(r"(\w+)(?:\[[^]]*\])*(?: = | ?\{|\{|;)", line)
+        if found:
+            name = "enum" if line.startswith("enum") else found.group(1)
+    return name
+
+
 class Site:
     """One mutation: at an offset of a file, old becomes new."""
 
@@ -141,12 +152,13 @@ class Site:
         line_end = code.find("\n", start)
         broken = code[line_start:start] + new + code[start + len(old):line_end]
         self.line = code.count("\n", 0, start) + 1
+        self.routine = routine_at(code, start)
         self.before = code[line_start:line_end].strip()
         self.after = broken.strip()
         self.id = ""
 
     def key(self):
-        return self.path, self.before, self.after
+        return f"{self.path} {self.routine}", self.before, self.after
 
 
 def token_sites(path, code):
@@ -380,7 +392,7 @@ def judge(site, tests, program):
 
 
 def known_survivors():
-    """The reasons in the list of survivors, by file, line before and line after."""
+    """The reasons in the list of survivors, by file and routine, line before and line after."""
     reasons = {}
     for block in (ROOT / SURVIVORS).read_text().split("\n\n"):
         lines = [line.strip() for line in block.split("\n") if line and not line.startswith("#")]
@@ -390,7 +402,7 @@ def known_survivors():
 
 
 def print_site(site, remark):
-    print(f"\n{site.id}  {site.path}:{site.line}\n  - {site.before}\n  + {site.after}\n    {remark}")
+    print(f"\n{site.id}, line {site.line}\n{site.path} {site.routine}\n  - {site.before}\n  + {site.after}\n    {remark}")
 
 
 def report(results, uncounted):
