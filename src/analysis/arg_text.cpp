@@ -117,14 +117,7 @@ static unsigned char decode_escape(const unsigned char *text, const unsigned cha
         *size = 3;
         return static_cast<unsigned char>((text[0] - '0') * 64 + (text[1] - '0') * 8 + (text[2] - '0'));
     }
-    switch (text[0]) {
-    case 'b': return '\b';
-    case 'f': return '\f';
-    case 'n': return '\n';
-    case 'r': return '\r';
-    case 't': return '\t';
-    default: return text[0];
-    }
+    return static_cast<unsigned char>(char_escaped(static_cast<char>(text[0])));
 }
 
 // Kept: digits that make no octal escape go back to the source, and a NUL that ended them is lost. p is on

@@ -203,14 +203,7 @@ static char decode_escape(const char **from)
         return static_cast<char>(hex_digit(text[1]) * 16 + hex_digit(text[2]));
     }
     *from = text + 1;
-    switch (text[0]) {
-    case 'b': return '\b';
-    case 'f': return '\f';
-    case 'n': return '\n';
-    case 'r': return '\r';
-    case 't': return '\t';
-    default: return text[0];
-    }
+    return char_escaped(text[0]);
 }
 
 lex_piece lex_string(char terminator)

@@ -3,7 +3,6 @@
 
 #include <stddef.h>
 #include <stdint.h>
-#include <string.h>
 
 // The low 32 bits of a number, read as a signed 32-bit integer.
 inline int32_t wrap_int32(uint64_t value)
@@ -20,27 +19,6 @@ inline int32_t int_from_double(double value)
     if (!(value >= -limit && value < limit))
         return 0;
     return wrap_int32(static_cast<uint64_t>(static_cast<int64_t>(value)));
-}
-
-// One of two numbers, chosen without a branch.
-inline double one_of(bool first, double a, double b)
-{
-    uint64_t bits[2];
-    memcpy(&bits[0], &b, sizeof b);
-    memcpy(&bits[1], &a, sizeof a);
-    uint64_t chosen = first ? bits[1] : bits[0];
-    memcpy(&a, &chosen, sizeof a);
-    return a;
-}
-
-// A number, or the same number with the other sign; decided without a branch.
-inline double with_sign(double value, bool minus)
-{
-    uint64_t bits;
-    memcpy(&bits, &value, sizeof bits);
-    bits ^= static_cast<uint64_t>(minus) << 63;
-    memcpy(&value, &bits, sizeof bits);
-    return value;
 }
 
 // A double as a float, rounded; what is too large for one is infinite.

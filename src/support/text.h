@@ -67,6 +67,19 @@ constexpr int char_lower(int c)
     return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c;
 }
 
+// What a backslash and a letter stand for in a string: a control character, or else the letter itself.
+constexpr char char_escaped(char c)
+{
+    switch (c) {
+    case 'b': return '\b';
+    case 'f': return '\f';
+    case 'n': return '\n';
+    case 'r': return '\r';
+    case 't': return '\t';
+    default: return c;
+    }
+}
+
 // Compares two NUL-terminated texts on their lower-case forms: below 0, 0 or above 0.
 int text_compare_nocase(const char *left, const char *right);
 

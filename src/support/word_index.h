@@ -25,18 +25,6 @@ inline word_key word_key_make(const char *word, size_t size)
                     static_cast<uint32_t>(characters_lower(rest))};
 }
 
-// The same for a word of which word_size_max characters and four more are readable, whatever they are.
-inline word_key word_key_ready(const unsigned char *word, size_t size)
-{
-    uint64_t first;
-    uint64_t rest;
-    memcpy(&first, word, sizeof first);
-    memcpy(&rest, word + 8, sizeof rest);
-    first &= size < 8 ? (uint64_t{1} << 8 * size) - 1 : UINT64_MAX;
-    rest &= size <= 8 ? 0 : (uint64_t{1} << 8 * (size - 8)) - 1;
-    return word_key{characters_lower(first), static_cast<uint32_t>(characters_lower(rest))};
-}
-
 constexpr bool word_key_equals(const word_key &a, const word_key &b)
 {
     return a.first == b.first && a.rest == b.rest;
