@@ -289,9 +289,7 @@ static int32_t word_statement(char *word, int32_t length, statement_kind *kind)
     *kind = KIND_LABEL;
     if (word[0] == ':')
         return label_define(word);
-    word_key key = length <= static_cast<int32_t>(word_size_max)
-                       ? word_key_make(word, static_cast<size_t>(length))
-                       : word_key{0, 0};
+    word_key key = word_key_make(word, static_cast<size_t>(length));
     int32_t row = command_find(key);
     *kind = KIND_COMMAND;
     if (row >= 0)

@@ -205,39 +205,12 @@ inline bool scan_is_number(const unsigned char *text, size_t size)
 
 #else
 
-inline const unsigned char *scan_word(const unsigned char *text, const unsigned char *end)
-{
-    return scan_word_portable(text, end);
-}
-
-inline const unsigned char *scan_raw(const unsigned char *text)
-{
-    return scan_raw_portable(text);
-}
-
-inline const unsigned char *scan_string(const unsigned char *text)
-{
-    return scan_string_portable(text);
-}
-
-inline const unsigned char *scan_line(const unsigned char *text)
-{
-    return scan_line_portable(text);
-}
-
-inline const unsigned char *scan_fold(const unsigned char *text, const unsigned char *end)
-{
-    return scan_fold_portable(text, end);
-}
-
-inline size_t count_line_feeds(const unsigned char *text, const unsigned char *end)
-{
-    return count_line_feeds_portable(text, end);
-}
-
-inline bool scan_is_number(const unsigned char *text, size_t size)
-{
-    return scan_is_number_portable(text, size);
-}
+inline constexpr auto scan_word = scan_word_portable;
+inline constexpr auto scan_raw = scan_raw_portable;
+inline constexpr auto scan_string = scan_string_portable;
+inline constexpr auto scan_line = scan_line_portable;
+inline constexpr auto scan_fold = scan_fold_portable;
+inline constexpr auto count_line_feeds = count_line_feeds_portable;
+inline constexpr auto scan_is_number = scan_is_number_portable;
 
 #endif
