@@ -42,11 +42,7 @@ std::string broken_detail(const journal_statement &statement)
 
 static bool is_command(std::string_view word)
 {
-    char padded[16] = ""; // a key reads on after its word
-    if (word.empty() || word.size() > word_size_max)
-        return false;
-    memcpy(padded, word.data(), word.size());
-    return command_find(word_key_make(padded, word.size())) >= 0;
+    return command_find(word_key_make(word.data(), word.size())) >= 0;
 }
 
 // The first word of a text that is a command, from a place on; empty if there is none.

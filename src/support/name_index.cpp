@@ -14,25 +14,17 @@ void name_index_start(name_index *index, const void *names, size_t stride, size_
     index->rows = 0;
 }
 
-// The characters of a name from a place on, at most eight of size, the first one lowest.
-static inline uint64_t name_characters(const char *text, size_t size)
-{
-    uint64_t characters;
-    memcpy(&characters, text, sizeof characters);
-    return size < 8 ? characters & ((uint64_t{1} << 8 * size) - 1) : characters;
-}
-
 // The hash of a name. Every step can be undone: so two names of at most eight characters have the same hash
 // only if they are the same.
 static inline uint64_t name_hash(const char *name, size_t size, bool nocase)
 {
     constexpr uint64_t factor = 0x9E3779B97F4A7C15u;
-    uint64_t hash = name_characters(name, size);
+    uint64_t hash = characters_load(name, size);
     if (nocase)
         hash = characters_lower(hash);
     hash *= factor;
     for (size_t at = 8; at < size; at += 8) {
-        uint64_t characters = name_characters(name + at, size - at);
+        uint64_t characters = characters_load(name + at, size - at);
         hash = (hash ^ hash >> 32 ^ (nocase ? characters_lower(characters) : characters)) * factor;
     }
     return hash;

@@ -24,9 +24,8 @@ struct name_index {
 // Empties the index for a new table.
 void name_index_start(name_index *index, const void *names, size_t stride, size_t length);
 
-// The row of a name of size characters, of which eight more have to be readable, or -1. Then place is where
-// name_index_add puts it, until the next call. With nocase, in all calls for an index or in none, names
-// compare without regard to case.
+// The row of a name of size characters, or -1. Then place is where name_index_add puts it, until the next
+// call. With nocase, in all calls for an index or in none, names compare without regard to case.
 int32_t name_index_find(name_index *index, const char *name, size_t size, bool nocase, uint32_t *place);
 
 // Adds the next row, whose name is in the table by now, at the place that name_index_find gave for it.

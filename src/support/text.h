@@ -83,6 +83,29 @@ constexpr char char_escaped(char c)
 // Compares two NUL-terminated texts on their lower-case forms: below 0, 0 or above 0.
 int text_compare_nocase(const char *left, const char *right);
 
+// The first characters of a text of size characters, at most eight, as a number: the first one lowest.
+// Nothing after the text is read.
+inline uint64_t characters_load(const char *text, size_t size)
+{
+    uint64_t characters = 0;
+    if (size >= 8) {
+        memcpy(&characters, text, 8);
+    } else if (size >= 4) {
+        uint32_t first;
+        uint32_t last;
+        memcpy(&first, text, 4);
+        memcpy(&last, text + size - 4, 4);
+        characters = first | static_cast<uint64_t>(last) << (8 * size - 32);
+    } else if (size > 0) {
+        // The first, the middle and the last one: with fewer than three some are the same.
+        auto at = [text](size_t i) {
+            return static_cast<uint64_t>(static_cast<unsigned char>(text[i])) << 8 * i;
+        };
+        characters = at(0) | at(size / 2) | at(size - 1);
+    }
+    return characters;
+}
+
 // Eight characters lowered at once, for hashes and for words of letters, digits and underscores: letters are
 // lowered, and these stay apart from each other and from all other characters, but for byte 127, which the
 // underscore becomes.

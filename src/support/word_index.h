@@ -18,19 +18,14 @@ struct word_key {
     uint32_t rest;  // the others
 };
 
-// The key of a word, of which 16 bytes have to be readable, whatever comes after it. A word that is too long
-// for a table has the key of none.
+// The key of a word. A word that is too long for a table has the key of none.
 inline word_key word_key_make(const char *word, size_t size)
 {
-    uint64_t first;
-    uint64_t rest;
-    memcpy(&first, word, sizeof first);
-    memcpy(&rest, word + 8, sizeof rest);
-    if (size - 1 >= word_size_max)
+    if (size > word_size_max)
         return word_key{0, 0};
-    first &= UINT64_MAX >> (size < 8 ? 64 - 8 * size : 0);
-    rest &= size > 8 ? UINT64_MAX >> (128 - 8 * size) : 0;
-    return word_key{characters_lower(first), static_cast<uint32_t>(characters_lower(rest))};
+    uint64_t rest = size > 8 ? characters_load(word + 8, size - 8) : 0;
+    return word_key{characters_lower(characters_load(word, size)),
+                    static_cast<uint32_t>(characters_lower(rest))};
 }
 
 constexpr bool word_key_equals(const word_key &a, const word_key &b)
