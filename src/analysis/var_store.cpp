@@ -101,8 +101,7 @@ static int8_t prefix_type(const char *name, size_t size)
 
 static var_rec *var_find(const char *name, size_t size)
 {
-    uint32_t place;
-    int32_t row = name_index_find(&var_names, name, size, false, &place);
+    int32_t row = name_index_find(&var_names, name, size);
     return row < 0 ? nullptr : var_table + row;
 }
 
@@ -176,7 +175,7 @@ int32_t var_read_element(const char *name, size_t name_size, int32_t count, cons
 // ---- Making ----
 
 // Takes the next record for a name that name_index_find didn't find. Null if all are in use.
-static var_rec *record_take(const char *name, size_t name_size, int8_t type, int32_t ndims, uint32_t place)
+static var_rec *record_take(const char *name, size_t name_size, int8_t type, int32_t ndims)
 {
     if (var_count == var_capacity)
         return nullptr;
@@ -187,13 +186,13 @@ static var_rec *record_take(const char *name, size_t name_size, int8_t type, int
     rec->name[name_size] = 0;
     rec->type = type;
     rec->ndims = static_cast<int8_t>(ndims);
-    name_index_add(&var_names, place);
+    name_index_add(&var_names);
     return rec;
 }
 
-static int32_t make_scalar(const char *name, size_t name_size, int8_t type, uint32_t place)
+static int32_t make_scalar(const char *name, size_t name_size, int8_t type)
 {
-    var_rec *rec = record_take(name, name_size, type, 0, place);
+    var_rec *rec = record_take(name, name_size, type, 0);
     if (rec == nullptr)
         return VAR_TABLE_FULL;
     memset(rec->value, 0, sizeof rec->value);
@@ -205,13 +204,13 @@ static int32_t make_scalar(const char *name, size_t name_size, int8_t type, uint
 
 // Makes the array of a new variable (rec null), or gives a known one its new dimensions.
 static int32_t make_array(var_rec *rec, const char *name, size_t name_size, int8_t type, int32_t ndims,
-                          const int32_t *dims, uint32_t place)
+                          const int32_t *dims)
 {
     var_array array{};
     if (!array_make(rec != nullptr ? &rec->array : &array, type, ndims, dims))
         return VAR_NO_MEMORY;
     if (rec == nullptr) {
-        if ((rec = record_take(name, name_size, type, ndims, place)) == nullptr) {
+        if ((rec = record_take(name, name_size, type, ndims)) == nullptr) {
             array_drop(&array);
             return VAR_TABLE_FULL;
         }
@@ -243,9 +242,7 @@ int32_t var_make(const char *name, size_t name_size, int8_t type, int32_t ndims,
         if (dims[i] < 0)
             return VAR_NO_MEMORY;
 
-    uint32_t place = 0;
-    int32_t row = name_index_find(&var_names, name, name_size, false, &place);
-    var_rec *rec = row < 0 ? nullptr : var_table + row;
+    var_rec *rec = var_find(name, name_size);
     if (rec == nullptr) {
         if (type == VAR_NONE)
             type = prefix_type(name, name_size);
@@ -260,8 +257,8 @@ int32_t var_make(const char *name, size_t name_size, int8_t type, int32_t ndims,
     }
     if ((type == VAR_STRING && ndims != 1) || (type == VAR_SLIST && ndims != 2))
         return VAR_DIMENSIONS;
-    return ndims == 0 ? make_scalar(name, name_size, type, place)
-                      : make_array(rec, name, name_size, type, ndims, dims, place);
+    return ndims == 0 ? make_scalar(name, name_size, type)
+                      : make_array(rec, name, name_size, type, ndims, dims);
 }
 
 void var_fill_start()

@@ -48,8 +48,7 @@ int32_t label_define(const char *word)
     row.position = src_tell();
     row.line = src_line();
 
-    uint32_t place;
-    int32_t known = name_index_find(&label_names, row.name, strlen(row.name), true, &place);
+    int32_t known = name_index_find_nocase(&label_names, row.name, strlen(row.name));
     if (known >= 0 && label_table[known].position == row.position && label_table[known].line == row.line)
         return STATEMENT_NO_LABEL;
     if (known >= 0)
@@ -57,7 +56,7 @@ int32_t label_define(const char *word)
     if (label_count == label_capacity)
         return label_report(row.name, STOP_LABELS_FULL);
     label_table[label_count++] = row;
-    name_index_add(&label_names, place);
+    name_index_add(&label_names);
     return STATEMENT_DONE;
 }
 

@@ -46,7 +46,7 @@ static bool name_equals(const char *known, const char *name, size_t size, size_t
     return true;
 }
 
-int32_t name_index_find(name_index *index, const char *name, size_t size, bool nocase, uint32_t *place)
+static inline int32_t find(name_index *index, const char *name, size_t size, bool nocase)
 {
     if (size > index->length)
         size = index->length;
@@ -58,13 +58,23 @@ int32_t name_index_find(name_index *index, const char *name, size_t size, bool n
         if (index->hashes[row] == hash && name_equals(known, name, size, index->length, nocase))
             return index->places[at] - 1;
     }
-    *place = at;
+    index->place = at;
     index->hash = hash;
     return -1;
 }
 
-void name_index_add(name_index *index, uint32_t place)
+int32_t name_index_find(name_index *index, const char *name, size_t size)
+{
+    return find(index, name, size, false);
+}
+
+int32_t name_index_find_nocase(name_index *index, const char *name, size_t size)
+{
+    return find(index, name, size, true);
+}
+
+void name_index_add(name_index *index)
 {
     index->hashes[index->rows] = index->hash;
-    index->places[place] = static_cast<uint16_t>(++index->rows);
+    index->places[index->place] = static_cast<uint16_t>(++index->rows);
 }

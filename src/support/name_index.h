@@ -16,7 +16,8 @@ struct name_index {
     size_t stride;                          // bytes from one row's name to the next row's
     size_t length;                          // characters of a name that count
     int32_t rows;                           // rows in the index
-    uint64_t hash;                          // of the last name that wasn't found
+    uint64_t hash;                          // of the last name that wasn't found,
+    uint32_t place;                         // and where name_index_add puts it
     uint16_t places[name_index_places];     // row number + 1; 0: empty
     uint64_t hashes[name_index_places / 2]; // by row; of a name of at most eight characters, it is that name
 };
@@ -24,9 +25,10 @@ struct name_index {
 // Empties the index for a new table.
 void name_index_start(name_index *index, const void *names, size_t stride, size_t length);
 
-// The row of a name of size characters, or -1. Then place is where name_index_add puts it, until the next
-// call. With nocase, in all calls for an index or in none, names compare without regard to case.
-int32_t name_index_find(name_index *index, const char *name, size_t size, bool nocase, uint32_t *place);
+// The row of a name of size characters, or -1. All names of an index are looked up by one of the two: they
+// compare as they are, or without regard to case.
+int32_t name_index_find(name_index *index, const char *name, size_t size);
+int32_t name_index_find_nocase(name_index *index, const char *name, size_t size);
 
-// Adds the next row, whose name is in the table by now, at the place that name_index_find gave for it.
-void name_index_add(name_index *index, uint32_t place);
+// Adds the next row, of the name that was looked up last and not found.
+void name_index_add(name_index *index);

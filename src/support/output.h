@@ -7,6 +7,7 @@
 #pragma once
 
 #include "platform/platform.h"
+#include "support/text.h"
 
 #include <stddef.h>
 #include <stdint.h>
@@ -48,25 +49,6 @@ __attribute__((noinline)) void out_flush();
 
 // out_bytes for what does not fit the buffer's rest.
 void out_bytes_slow(const char *bytes, size_t size);
-
-// Copies bytes in two moves that may overlap. Most pieces of a line have fewer than 17 bytes, and a call of
-// memcpy costs more than the copying.
-inline void bytes_copy(char *to, const char *from, size_t size)
-{
-    if (size > 16) {
-        memcpy(to, from, size);
-    } else if (size >= 8) {
-        memcpy(to, from, 8);
-        memcpy(to + size - 8, from + size - 8, 8);
-    } else if (size >= 4) {
-        memcpy(to, from, 4);
-        memcpy(to + size - 4, from + size - 4, 4);
-    } else if (size > 0) {
-        to[0] = from[0];
-        to[size / 2] = from[size / 2];
-        to[size - 1] = from[size - 1];
-    }
-}
 
 // Bytes as they are.
 inline void out_bytes(const char *bytes, size_t size)

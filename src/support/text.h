@@ -16,7 +16,8 @@ enum : uint8_t {
     CHAR_WORD = 8,   // letter, digit, underscore
     CHAR_GRAPH = 16, // printable ASCII, the blank excepted
     CHAR_OCTAL = 32, // 0 to 7
-    CHAR_HEX = 64    // 0 to 9, A to F, a to f
+    CHAR_HEX = 64,   // 0 to 9, A to F, a to f
+    CHAR_NAME = 128  // what a name of an expression may begin with: letter, $, @
 };
 
 struct char_class_map {
@@ -31,7 +32,9 @@ constexpr char_class_map char_classes_make()
         if (c == ' ' || (c >= '\t' && c <= '\r'))
             bits |= CHAR_WHITE;
         if ((c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'))
-            bits |= CHAR_LETTER | CHAR_WORD;
+            bits |= CHAR_LETTER | CHAR_WORD | CHAR_NAME;
+        if (c == '$' || c == '@')
+            bits |= CHAR_NAME;
         if (c >= '0' && c <= '9')
             bits |= CHAR_DIGIT | CHAR_WORD | CHAR_HEX;
         if (c >= '0' && c <= '7')
@@ -104,6 +107,28 @@ inline uint64_t characters_load(const char *text, size_t size)
         characters = at(0) | at(size / 2) | at(size - 1);
     }
     return characters;
+}
+
+// memcpy, in two moves that may overlap: most pieces of a line are short, and a call costs more than the
+// copying.
+inline void bytes_copy(char *to, const char *from, size_t size)
+{
+    if (size > 32) {
+        memcpy(to, from, size);
+    } else if (size >= 16) {
+        memcpy(to, from, 16);
+        memcpy(to + size - 16, from + size - 16, 16);
+    } else if (size >= 8) {
+        memcpy(to, from, 8);
+        memcpy(to + size - 8, from + size - 8, 8);
+    } else if (size >= 4) {
+        memcpy(to, from, 4);
+        memcpy(to + size - 4, from + size - 4, 4);
+    } else if (size > 0) {
+        to[0] = from[0];
+        to[size / 2] = from[size / 2];
+        to[size - 1] = from[size - 1];
+    }
 }
 
 // Eight characters lowered at once, for hashes and for words of letters, digits and underscores: letters are
