@@ -27,8 +27,7 @@ double slot_number(const arg_slot *slot)
     if ((slot->holds & HOLDS_PLAIN) == 0)
         return slot->value;
     bool minus = slot->text[0] == '-';
-    double value;
-    (void)number_scan(slot->text + minus, slot->text + slot->text_size, &value);
+    double value = number_scan(slot->text + minus, slot->text + slot->text_size).value;
     return minus ? -value : value;
 }
 

@@ -13,8 +13,8 @@
 //                        inches: operand 6, whose " closes the pair. The token ! (100) is taken with its =,
 //                        and the right side, 2, is read at 40. The end completes !=, then the assignment.
 //
-// A routine is entered with the first token of what it reads in lex.token, and leaves the token after it
-// there. Each production of the grammar stands at the code that completes it.
+// A routine is given the place of the first token of what it reads, and gives the place of the token after
+// it. Each production of the grammar stands at the code that completes it.
 //
 // The language bounds how deep a text may nest: 50 grammar symbols may be unfinished at a time. depth is the
 // number of symbols below what a routine reads, and is checked whenever a token joins them. An operand, a
@@ -33,7 +33,6 @@
 #include <string.h>
 
 void (*expr_error)(const char *message);
-size_t eval_first_name_end;
 
 constexpr double inch_in_foot = 0.08333333333333333;
 
@@ -45,32 +44,23 @@ constexpr int32_t pool_size = 100;    // arguments and declaration items of one 
 static double expr_result;
 static int32_t pool_used;
 
+static const char *text_end; // of the text as it was given
+
+// The token at this place was read, and none after it. A fault that isn't an overflow reads on to the end.
+static const char *read_limit;
+
 // ---- Outcomes ----
 
-enum : int {
-    STEP_ON = 0,  // what was read has a value
-    STEP_RECOVER, // a fault, or a text without a value: the rest is read for its first name, and dropped
-    STEP_STOP     // a fault that ends at once, with no more reading
-};
-
-// What reading an operand or an expression gives: a number, and how to go on.
+// What reading an operand or an expression gives.
 struct expr_value {
     double number;
-    int step;
+    const char *next; // the place of the token after it; null: there was a fault
 };
 
-static inline expr_value value_of(double number)
-{
-    return expr_value{number, STEP_ON};
-}
+constexpr expr_value no_value{0, nullptr};
 
-static inline expr_value no_value(int step)
-{
-    return expr_value{0, step};
-}
-
-// Every fault goes through here: tells the hook, and gives how to go on.
-__attribute__((format(printf, 2, 3))) static int fail(int step, const char *format, ...)
+// Every fault goes through here: tells the hook. Gives null, so that it can be what a routine gives.
+__attribute__((format(printf, 1, 2))) static const char *fail(const char *format, ...)
 {
     if (expr_error != nullptr) {
         char expr_msg[256];
@@ -80,7 +70,7 @@ __attribute__((format(printf, 2, 3))) static int fail(int step, const char *form
         va_end(values);
         expr_error(expr_msg);
     }
-    return step;
+    return nullptr;
 }
 
 // The length of a name for a %.*s in front of its text.
@@ -89,121 +79,128 @@ static int length_of(lex_piece name)
     return static_cast<int>(name.size);
 }
 
-static int syntax_error()
+static const char *syntax_error()
 {
-    return fail(STEP_RECOVER, "syntax error");
-}
-
-static int too_many()
-{
-    return fail(STEP_RECOVER, "Too many functions or arguments");
+    return fail("syntax error");
 }
 
 // ---- Tokens ----
 
-// Room for one more symbol above so many.
-static inline int take_symbol(int32_t depth)
+// The token at a place has no room.
+static const char *overflow(const char *place)
 {
-    return depth < symbols_max ? STEP_ON : fail(STEP_STOP, "yacc stack overflow");
+    if (lex_end == text_end)
+        read_limit = place;
+    return fail("yacc stack overflow");
 }
 
-// Takes the current token, above so many symbols, and reads the next one.
-static inline int take(int32_t depth)
+// Takes the token at a place, which ends at end, above so many symbols. Gives the place of the next one.
+static inline const char *take(const char *place, const char *end, int32_t depth)
 {
-    int step = take_symbol(depth);
-    if (step == STEP_ON)
-        lex_next();
-    return step;
+    return depth < symbols_max ? lex_skip(end) : overflow(place);
 }
 
-static inline int take_expected(int16_t token, int32_t depth)
+// The same for a token of one character, which has to be this one.
+static inline const char *take_expected(const char *place, char token, int32_t depth)
 {
-    return lex.token == token ? take(depth) : syntax_error();
+    return lex_code(place) == token ? take(place, place + 1, depth) : syntax_error();
 }
 
-static expr_value parse_operand(int32_t depth);
-static expr_value parse_expr(uint8_t level, int32_t depth);
+// Takes the name at a place.
+static const char *take_name(const char *place, lex_piece *name, int32_t depth)
+{
+    lex_token token = lex_read(place);
+    *name = token.name;
+    return token.code == TOKEN_NAME ? take(place, token.end, depth) : syntax_error();
+}
+
+static inline expr_value parse_operand(const char *place, int32_t depth);
+static expr_value parse_expr(const char *place, uint8_t level, int32_t depth);
 
 // ---- Operators ----
 
-// operation: expr ? expr : expr, from the middle operand on; depth is that of the left one. Both sides are
-// evaluated.
-static expr_value parse_condition(double left, int32_t depth)
+static inline const operator_row &operator_at(const char *place)
 {
-    expr_value middle = parse_expr(level_lowest, depth + 2);
-    if (middle.step == STEP_ON)
-        middle.step = take_expected(':', depth + 3);
-    if (middle.step != STEP_ON)
-        return middle;
-    expr_value right = parse_expr(operator_levels[OP_CONDITION], depth + 4);
+    return operator_rows.row[lex_code(place)];
+}
+
+// operation: expr ? expr : expr, from the middle operand on; depth is that of the left one. Both sides are
+// evaluated. (Rules that few texts reach are out of line: what they keep on the stack would burden all
+// others.)
+[[gnu::noinline]] static expr_value parse_condition(double left, const char *place, int32_t depth)
+{
+    expr_value middle = parse_expr(place, level_lowest, depth + 2);
+    if (middle.next == nullptr || (place = take_expected(middle.next, ':', depth + 3)) == nullptr)
+        return no_value;
+    expr_value right = parse_expr(place, operator_levels[OP_CONDITION], depth + 4);
     if (left != 0)
         right.number = middle.number;
     return right;
 }
 
-static expr_value parse_feet(double left, int32_t depth);
+static expr_value parse_feet(double left, const char *place, int32_t depth);
 
-// An operand is complete, with so many symbols below it, and the token after it is an operator: takes that,
-// its right side if it has one, and completes the rule.
-static expr_value parse_operator(double left, int32_t depth)
+// An operand is complete, with so many symbols below it, and the token after it is the operator of a row:
+// takes that, its right side if it has one, and completes the rule.
+static expr_value parse_operator(expr_value left, const operator_row &row, int32_t depth)
 {
-    const operator_row &row = operator_rows.row[lex.token];
-    int step = take(depth + 1);
-    if (step != STEP_ON)
-        return no_value(step);
+    const char *place = take(left.next, lex_after(left.next, row.token), depth + 1);
+    if (place == nullptr)
+        return no_value;
     switch (row.op) {
-    case OP_FEET: return parse_feet(left, depth);
-    case OP_INCHES: return value_of(to_drawing_units(left * inch_in_foot, 2)); // expr: inches; inches: expr "
-    case OP_CONDITION: return parse_condition(left, depth);
+    case OP_FEET: return parse_feet(left.number, place, depth);
+    case OP_INCHES: // expr: inches; inches: expr "
+        return {to_drawing_units(left.number * inch_in_foot, 2), place};
+    case OP_CONDITION: return parse_condition(left.number, place, depth);
     default: break;
     }
-    uint8_t op = row.op;
+    int16_t second = lex_code(place);
+    uint8_t op = second == row.token ? row.op_doubled : second == '=' ? row.op_equality : +OP_NONE;
     int32_t right_depth = depth + 2;
-    uint8_t pair = lex.token == row.token ? row.op_doubled : lex.token == '=' ? row.op_equality : +OP_NONE;
-    if (pair != OP_NONE) {
-        op = pair;
-        step = take(right_depth++);
-    } else if (op == OP_NONE) {
-        step = syntax_error();
-    }
-    if (step != STEP_ON)
-        return no_value(step);
-    expr_value right = parse_expr(operator_levels[op], right_depth);
-    if (right.step == STEP_ON && !operator_apply(op, left, right.number, &right.number))
-        right.step = fail(STEP_RECOVER, "divide by zero");
+    if (op != OP_NONE)
+        place = take(place, place + 1, right_depth++);
+    else if ((op = row.op) == OP_NONE)
+        place = syntax_error();
+    if (place == nullptr)
+        return no_value;
+    expr_value right = parse_expr(place, operator_levels[op], right_depth);
+    if (right.next != nullptr && !operator_apply(op, left.number, right.number, &right.number))
+        right.next = fail("divide by zero");
     return right;
 }
 
 // ---- Feet and inches ----
 
 // inches: expr ", of which the mark closes the pair. Whatever else ends the operand is a fault.
-static expr_value parse_inches(int32_t depth)
+static expr_value parse_inches(const char *place, int32_t depth)
 {
-    expr_value value = parse_operand(depth);
-    while (value.step == STEP_ON && operator_rows.row[lex.token].level > level_lowest) {
-        bool closes = lex.token == '"';
-        value = parse_operator(value.number, depth);
-        if (closes)
-            return value;
+    expr_value value = parse_operand(place, depth);
+    while (value.next != nullptr) {
+        const operator_row &row = operator_at(value.next);
+        if (row.level <= level_lowest)
+            return {0, syntax_error()};
+        value = parse_operator(value, row, depth);
+        if (row.op == OP_INCHES)
+            break;
     }
-    return value.step == STEP_ON ? no_value(syntax_error()) : value;
+    return value;
 }
 
 // The foot mark after an operand was taken: feet: expr '. What can begin an operand begins the inches; a + or
 // - is the operator.
-static expr_value parse_feet(double left, int32_t depth)
+[[gnu::noinline]] static expr_value parse_feet(double left, const char *place, int32_t depth)
 {
     double feet = to_drawing_units(left, 2);
-    switch (lex.token) {
+    switch (lex_read(place).code) {
     case TOKEN_NUMBER:
     case TOKEN_NAME:
     case TOKEN_SIZEOF:
     case TOKEN_COPSIZE:
     case '(':
     case '~': break;
-    default: return value_of(feet); // expr: feet
+    default: return {feet, place}; // expr: feet
     }
-    expr_value inches = parse_inches(depth + 1);
+    expr_value inches = parse_inches(place, depth + 1);
     inches.number += feet; // expr: feet inches
     return inches;
 }
@@ -224,235 +221,211 @@ struct expr_subscripts {
     int32_t items[list_max];
 };
 
-// Reads a list of subscripts, with so many symbols below it, that begins with the current [.
-static int parse_subscripts(expr_subscripts *list, int32_t depth)
+// Reads a list of subscripts, with so many symbols below it, from its first [ on. Gives the place after it.
+static const char *parse_subscripts(const char *place, expr_subscripts *list, int32_t depth)
 {
     list->count = 0;
     int32_t bracket = depth; // symbols below the next [; the list so far is one of them
     do {
-        int step = take(bracket);
-        if (step != STEP_ON)
-            return step;
-        expr_value value = parse_expr(level_lowest, bracket + 1);
-        if (value.step == STEP_ON)
-            value.step = take_expected(']', bracket + 2);
-        if (value.step != STEP_ON)
-            return value.step;
+        if ((place = take(place, place + 1, bracket)) == nullptr)
+            return nullptr;
+        expr_value value = parse_expr(place, level_lowest, bracket + 1);
+        if (value.next == nullptr || (place = take_expected(value.next, ']', bracket + 2)) == nullptr)
+            return nullptr;
         if (list->count == list_max)
-            return fail(STEP_RECOVER, "Too many dimensions");
+            return fail("Too many dimensions");
         // subscripts: [ expr ]; subscripts: subscripts [ expr ]
         list->items[list->count++] = int_from_double(value.number);
         bracket = depth + 1;
-    } while (lex.token == '[');
-    return STEP_ON;
+    } while (lex_code(place) == '[');
+    return place;
 }
 
-static expr_value call(lex_piece name, double *arguments, int32_t count)
+// Calls a function; next is the place after its call.
+static expr_value call(lex_piece name, double *arguments, int32_t count, const char *next)
 {
     const math_func *row = math_find(name.text, name.size);
     if (row == nullptr)
-        return no_value(fail(STEP_RECOVER, "%.*s is not a function", length_of(name), name.text));
+        return {0, fail("%.*s is not a function", length_of(name), name.text)};
     int32_t wanted = static_cast<int32_t>(row->flags & MATH_ARGUMENTS);
     if (wanted != count)
-        return no_value(fail(STEP_RECOVER, "%.*s needs %d arguments", length_of(name), name.text, wanted));
-    expr_value value = value_of(0);
+        return {0, fail("%.*s needs %d arguments", length_of(name), name.text, wanted)};
+    expr_value value{0, next};
     if (!math_call(row, arguments, &value.number))
-        value.step = STEP_RECOVER;
+        return no_value;
     return value;
 }
 
 // expr: NAME ( arg_list ), from the parenthesis on; depth is the name's.
-static expr_value parse_call(lex_piece name, int32_t depth)
+[[gnu::noinline]] static expr_value parse_call(lex_piece name, const char *place, int32_t depth)
 {
     double arguments[list_max];
     int32_t count = 0;
     int32_t mark = depth + 1; // symbols below the ( or the comma
     do {
-        int step = take(mark);
-        if (step != STEP_ON)
-            return no_value(step);
-        expr_value value = parse_expr(level_lowest, mark + 1);
-        if (value.step != STEP_ON)
-            return value;
+        if ((place = take(place, place + 1, mark)) == nullptr)
+            return no_value;
+        expr_value value = parse_expr(place, level_lowest, mark + 1);
+        if (value.next == nullptr)
+            return no_value;
         if (count == list_max || !pool_take())
-            return no_value(too_many());
+            return {0, fail("Too many functions or arguments")};
         arguments[count++] = value.number; // arg_list: expr; arg_list: arg_list , expr
+        place = value.next;
         mark = depth + 3;
-    } while (lex.token == ',');
-    int step = take_expected(')', depth + 3);
-    return step == STEP_ON ? call(name, arguments, count) : no_value(step);
+    } while (lex_code(place) == ',');
+    place = take_expected(place, ')', depth + 3);
+    return place != nullptr ? call(name, arguments, count, place) : no_value;
 }
 
 // ---- Variables ----
 
-static expr_value assign(lex_piece name, double number)
+// assignment: NAME = expr
+static expr_value assign(lex_piece name, expr_value value)
 {
     int32_t ndims = var_read(name.text, name.size, nullptr);
     if (ndims == VAR_UNKNOWN) {
         if (var_make(name.text, name.size, VAR_NONE, 0, nullptr) != 0)
-            return no_value(fail(STEP_STOP, "can't make %.*s", length_of(name), name.text));
+            return {0, fail("can't make %.*s", length_of(name), name.text)};
     } else if (ndims != 0) {
-        return no_value(fail(STEP_STOP, "syntax error"));
+        return {0, syntax_error()};
     }
-    return value_of(var_store_value(number)); // assignment: NAME = expr
+    return {var_store_value(value.number), value.next};
 }
 
-static expr_value assign_element(lex_piece name, const expr_subscripts *list, double number)
+// assignment: NAME subscripts = expr
+static expr_value assign_element(lex_piece name, const expr_subscripts *list, expr_value value)
 {
     if (name.text[0] == '@')
-        return no_value(fail(STEP_STOP, "syntax error"));
+        return {0, syntax_error()};
     switch (var_read_element(name.text, name.size, list->count, list->items)) {
-    case 0: return value_of(var_store_value(number)); // assignment: NAME subscripts = expr
-    case VAR_UNKNOWN: return no_value(fail(STEP_STOP, "%.*s not declared", length_of(name), name.text));
-    default: return no_value(fail(STEP_STOP, "bad subscript"));
+    case 0: return {var_store_value(value.number), value.next};
+    case VAR_UNKNOWN: return {0, fail("%.*s not declared", length_of(name), name.text)};
+    default: return {0, fail("bad subscript")};
     }
+}
+
+// Reads a text up to its terminator, " or ), and takes that; so many symbols are below it. The text is a
+// symbol of its own, and so is the (empty) that it begins with: string_text and raw_text: (empty). No token
+// is read ahead of it.
+static const char *parse_raw(const char *place, char terminator, lex_piece *text, int32_t depth)
+{
+    if (depth + 1 >= symbols_max) {
+        (void)overflow(place);
+        return nullptr;
+    }
+    return take_expected(lex_skip(lex_string(place, terminator, text)), terminator, depth + 2);
 }
 
 // assignment: NAME = string; assignment: NAME subscripts = string; subscript is -1 if there is none.
-static expr_value assign_string(lex_piece name, int32_t subscript, lex_piece string)
+// string: " string_text ", of which place is the first mark, with so many symbols below it.
+[[gnu::noinline]] static expr_value assign_string(lex_piece name, int32_t subscript, const char *place,
+                                                  int32_t depth)
 {
-    auto length = static_cast<int32_t>(string.size);
-    int32_t code = var_store_string(name.text, name.size, subscript, length + 1);
+    lex_piece string;
+    if ((place = parse_raw(place + 1, '"', &string, depth)) == nullptr)
+        return no_value;
+    int32_t code = var_store_string(name.text, name.size, subscript, static_cast<int32_t>(string.size) + 1);
     if (code < 0)
-        return no_value(fail(STEP_STOP, "syntax error"));
+        return {0, syntax_error()};
     if (code > 0)
-        return no_value(fail(STEP_STOP, "can't make %.*s (%d)", length_of(name), name.text, code));
+        return {0, fail("can't make %.*s (%d)", length_of(name), name.text, code)};
     memcpy(cur_ptr, string.text, string.size);
     cur_ptr[string.size] = 0;
-    return value_of(length);
+    return {static_cast<double>(string.size), place};
 }
 
 // An assignment from its = on, with so many symbols below that. subscripts is null for a plain name.
-static expr_value parse_assignment(lex_piece name, const expr_subscripts *subscripts, int32_t depth)
+static expr_value parse_assignment(lex_piece name, const expr_subscripts *subscripts, const char *place,
+                                   int32_t depth)
 {
-    int step = take(depth);
-    if (step != STEP_ON)
-        return no_value(step);
-    if (lex.token != '"') {
-        expr_value value = parse_expr(level_assignment, depth + 1);
-        if (value.step != STEP_ON)
-            return value;
-        return subscripts == nullptr ? assign(name, value.number)
-                                     : assign_element(name, subscripts, value.number);
-    }
-    // string: " string_text "; string_text: (empty), which is a symbol too. No token is read ahead of it.
-    if ((step = take_symbol(depth + 1)) != STEP_ON || (step = take_symbol(depth + 2)) != STEP_ON)
-        return no_value(step);
-    lex_piece string = lex_string('"');
-    lex_next();
-    if ((step = take_expected('"', depth + 3)) != STEP_ON)
-        return no_value(step);
-    return assign_string(name, subscripts == nullptr ? -1 : subscripts->items[0], string);
+    if ((place = take(place, place + 1, depth)) == nullptr)
+        return no_value;
+    if (lex_code(place) == '"')
+        return assign_string(name, subscripts == nullptr ? -1 : subscripts->items[0], place, depth + 1);
+    expr_value value = parse_expr(place, level_assignment, depth + 1);
+    if (value.next == nullptr)
+        return no_value;
+    return subscripts == nullptr ? assign(name, value) : assign_element(name, subscripts, value);
 }
 
 // A name with subscripts, from the [ on: an element, or an assignment to it; depth is the name's.
-static expr_value parse_element(lex_piece name, int32_t depth)
+[[gnu::noinline]] static expr_value parse_element(lex_piece name, const char *place, int32_t depth)
 {
     expr_subscripts subscripts;
-    int step = parse_subscripts(&subscripts, depth + 1);
-    if (step != STEP_ON)
-        return no_value(step);
-    if (lex.token == '=')
-        return parse_assignment(name, &subscripts, depth + 2);
+    if ((place = parse_subscripts(place, &subscripts, depth + 1)) == nullptr)
+        return no_value;
+    if (lex_code(place) == '=')
+        return parse_assignment(name, &subscripts, place, depth + 2);
     int32_t code = var_read_element(name.text, name.size, subscripts.count, subscripts.items);
     if (code == VAR_UNKNOWN)
-        return no_value(fail(STEP_RECOVER, "%.*s not declared", length_of(name), name.text));
-    return code == 0 ? value_of(cur_value) : no_value(syntax_error()); // expr: NAME subscripts
+        return {0, fail("%.*s not declared", length_of(name), name.text)};
+    return {cur_value, code == 0 ? place : syntax_error()}; // expr: NAME subscripts
 }
 
 // ---- Operands ----
-
-static expr_value parse_name(int32_t depth)
-{
-    lex_piece name = lex.name;
-    int step = take(depth);
-    if (step != STEP_ON)
-        return no_value(step);
-    switch (lex.token) {
-    case '(': return parse_call(name, depth);
-    case '[': return parse_element(name, depth);
-    case '=': return parse_assignment(name, nullptr, depth + 1);
-    default: break;
-    }
-    // expr: NAME. An unknown name is no error: it has the value of the variable read last.
-    (void)var_read(name.text, name.size, nullptr);
-    return value_of(cur_value);
-}
+// A name, SIZEOF and COPSIZE are read on from the token after them, with the symbols below them.
 
 // expr: SIZEOF ( NAME )
-static expr_value parse_sizeof(int32_t depth)
+[[gnu::noinline]] static expr_value parse_sizeof(const char *place, int32_t depth)
 {
-    int step;
-    if ((step = take(depth)) != STEP_ON || (step = take_expected('(', depth + 1)) != STEP_ON)
-        return no_value(step);
-    lex_piece name = lex.name;
-    if ((step = take_expected(TOKEN_NAME, depth + 2)) != STEP_ON ||
-        (step = take_expected(')', depth + 3)) != STEP_ON)
-        return no_value(step);
+    lex_piece name;
+    if ((place = take_expected(place, '(', depth + 1)) == nullptr ||
+        (place = take_name(place, &name, depth + 2)) == nullptr ||
+        (place = take_expected(place, ')', depth + 3)) == nullptr)
+        return no_value;
     int32_t size = 0;
     (void)var_read(name.text, name.size, &size);
-    return value_of(size);
+    return {static_cast<double>(size), place};
 }
 
 // Size of a type word by a hash of its text; any other text gives 0, a few by chance excepted.
 static int type_size_hash(lex_piece word)
 {
+    static constexpr struct {
+        uint16_t hash;
+        uint8_t size;
+    } sizes[] = {
+        {6774, 1}, {52079, 1}, {4619, 2}, {9660, 2},  {48745, 2}, {49263, 2}, {62358, 2},
+        {1184, 4}, {6028, 4},  {6275, 4}, {49633, 4}, {51333, 4}, {38985, 8},
+    };
     uint32_t hash = 0;
     for (size_t i = 0; i < word.size; i++)
         hash = 11 * hash + 5 * static_cast<uint32_t>(char_lower(static_cast<unsigned char>(word.text[i])));
-    switch (hash & 0xFFFF) {
-    case 6774:
-    case 52079: return 1;
-    case 4619:
-    case 9660:
-    case 48745:
-    case 49263:
-    case 62358: return 2;
-    case 1184:
-    case 6028:
-    case 6275:
-    case 49633:
-    case 51333: return 4;
-    case 38985: return 8;
-    default: return 0;
-    }
+    for (const auto &row : sizes)
+        if (row.hash == (hash & 0xFFFF))
+            return row.size;
+    return 0;
 }
 
-// expr: COPSIZE ( raw_text ); raw_text: (empty), which is a symbol too. No token is read ahead of it.
-static expr_value parse_copsize(int32_t depth)
+// expr: COPSIZE ( raw_text )
+[[gnu::noinline]] static expr_value parse_copsize(const char *place, int32_t depth)
 {
-    int step = take(depth);
-    if (step == STEP_ON && lex.token != '(')
-        step = syntax_error();
-    if (step != STEP_ON || (step = take_symbol(depth + 1)) != STEP_ON ||
-        (step = take_symbol(depth + 2)) != STEP_ON)
-        return no_value(step);
-    lex_piece word = lex_string(')');
-    lex_next();
-    step = take_expected(')', depth + 3);
-    return step == STEP_ON ? value_of(type_size_hash(word)) : no_value(step);
+    if (lex_code(place) != '(')
+        return {0, syntax_error()};
+    lex_piece word;
+    place = parse_raw(place + 1, ')', &word, depth + 1);
+    return place != nullptr ? expr_value{static_cast<double>(type_size_hash(word)), place} : no_value;
 }
 
 // operation: ( expr )
-static expr_value parse_parentheses(int32_t depth)
+[[gnu::noinline]] static expr_value parse_parentheses(const char *place, int32_t depth)
 {
-    int step = take(depth);
-    if (step != STEP_ON)
-        return no_value(step);
-    expr_value value = parse_expr(level_lowest, depth + 1);
-    if (value.step == STEP_ON)
-        value.step = take_expected(')', depth + 2);
+    if ((place = take(place, place + 1, depth)) == nullptr)
+        return no_value;
+    expr_value value = parse_expr(place, level_lowest, depth + 1);
+    if (value.next != nullptr)
+        value.next = take_expected(value.next, ')', depth + 2);
     return value;
 }
 
 // operation: ~ expr; operation: + expr; operation: - expr
-static expr_value parse_signed(int32_t depth)
+[[gnu::noinline]] static expr_value parse_signed(const char *place, int32_t depth)
 {
-    int16_t sign = lex.token;
-    int step = take(depth);
-    if (step != STEP_ON)
-        return no_value(step);
-    expr_value value = parse_expr(level_sign, depth + 1);
+    char sign = *place;
+    if ((place = take(place, place + 1, depth)) == nullptr)
+        return no_value;
+    expr_value value = parse_expr(place, level_sign, depth + 1);
     if (sign == '-')
         value.number = -value.number;
     else if (sign == '~')
@@ -460,32 +433,63 @@ static expr_value parse_signed(int32_t depth)
     return value;
 }
 
-static expr_value parse_operand(int32_t depth)
+// SIZEOF and COPSIZE; no other keyword begins an operand.
+[[gnu::noinline]] static expr_value parse_keyword(int16_t code, const char *place, const char *end,
+                                                  int32_t depth)
 {
-    switch (lex.token) {
-    case TOKEN_NUMBER: {
-        double number = lex.number;
-        int step = take(depth);
-        return step == STEP_ON ? value_of(number) : no_value(step); // expr: NUMBER
+    if (code != TOKEN_SIZEOF && code != TOKEN_COPSIZE)
+        return {0, syntax_error()};
+    if ((place = take(place, end, depth)) == nullptr)
+        return no_value;
+    return code == TOKEN_SIZEOF ? parse_sizeof(place, depth) : parse_copsize(place, depth);
+}
+
+static expr_value parse_word(const char *place, int32_t depth)
+{
+    lex_token word = lex_word(place);
+    if (word.code != TOKEN_NAME)
+        return parse_keyword(word.code, place, word.end, depth);
+    if ((place = take(place, word.end, depth)) == nullptr)
+        return no_value;
+    switch (lex_code(place)) {
+    case '(': return parse_call(word.name, place, depth);
+    case '[': return parse_element(word.name, place, depth);
+    case '=': return parse_assignment(word.name, nullptr, place, depth + 1);
+    default: break;
     }
-    case TOKEN_NAME: return parse_name(depth);
-    case TOKEN_SIZEOF: return parse_sizeof(depth);
-    case TOKEN_COPSIZE: return parse_copsize(depth);
-    case '(': return parse_parentheses(depth);
+    // expr: NAME. An unknown name is no error: it has the value of the variable read last.
+    (void)var_read(word.name.text, word.name.size, nullptr);
+    return {cur_value, place};
+}
+
+static inline expr_value parse_operand(const char *place, int32_t depth)
+{
+    if (lex_is_number(place)) { // expr: NUMBER
+        number_piece number = number_scan(place, lex_end);
+        return {number.value, take(place, number.end, depth)};
+    }
+    if (lex_is_word(place))
+        return parse_word(place, depth);
+    switch (lex_code(place)) {
+    case '(': return parse_parentheses(place, depth);
     case '~':
     case '+':
-    case '-': return parse_signed(depth);
-    default: return no_value(syntax_error());
+    case '-': return parse_signed(place, depth);
+    default: return {0, syntax_error()};
     }
 }
 
 // An operand and all operators after it that are above the level, with so many symbols below it.
 // expr: operation; expr: assignment
-static expr_value parse_expr(uint8_t level, int32_t depth)
+static expr_value parse_expr(const char *place, uint8_t level, int32_t depth)
 {
-    expr_value value = parse_operand(depth);
-    while (value.step == STEP_ON && operator_rows.row[lex.token].level > level)
-        value = parse_operator(value.number, depth);
+    expr_value value = parse_operand(place, depth);
+    while (value.next != nullptr) {
+        const operator_row &row = operator_at(value.next);
+        if (row.level <= level)
+            break;
+        value = parse_operator(value, row, depth);
+    }
     return value;
 }
 
@@ -496,97 +500,100 @@ struct decl_item {
     expr_subscripts subscripts;
 };
 
-// decl: ARRAY NAME subscripts
-static int parse_array()
+// decl: ARRAY NAME subscripts, from the name on.
+static const char *parse_array(const char *place)
 {
-    int step = take(0);
-    lex_piece name = lex.name;
-    expr_subscripts list{};
-    if (step != STEP_ON || (step = take_expected(TOKEN_NAME, 1)) != STEP_ON)
-        return step;
-    step = lex.token == '[' ? parse_subscripts(&list, 2) : syntax_error();
-    if (step != STEP_ON)
-        return step;
+    lex_piece name;
+    expr_subscripts list;
+    if ((place = take_name(place, &name, 1)) == nullptr)
+        return nullptr;
+    if (lex_code(place) != '[')
+        return syntax_error();
+    if ((place = parse_subscripts(place, &list, 2)) == nullptr)
+        return nullptr;
     int32_t code = var_make(name.text, name.size, VAR_NONE, list.count, list.items);
-    if (code != 0)
-        return fail(STEP_RECOVER, "can't make %.*s (%d)", length_of(name), name.text, code);
-    return STEP_ON;
+    return code == 0 ? place : fail("can't make %.*s (%d)", length_of(name), name.text, code);
 }
 
 // decl_item: NAME subscripts; decl_item: NAME
-static int parse_decl_item(decl_item *item, int32_t depth)
+static const char *parse_decl_item(const char *place, decl_item *item, int32_t depth)
 {
-    item->name = lex.name;
     item->subscripts.count = 0;
-    int step = take_expected(TOKEN_NAME, depth);
-    if (step == STEP_ON && lex.token == '[')
-        step = parse_subscripts(&item->subscripts, depth + 1);
-    return step;
+    place = take_name(place, &item->name, depth);
+    return place != nullptr && lex_code(place) == '[' ? parse_subscripts(place, &item->subscripts, depth + 1)
+                                                      : place;
 }
 
-// decl: TYPEWORD decl_list. The variables are made when the whole list was read.
-static int parse_declaration()
+// decl: TYPEWORD decl_list, from the list on. The variables are made when the whole list was read.
+static const char *parse_declaration(const char *place, int8_t type)
 {
     static decl_item items[decl_list_max];
-    int8_t type = lex.type_code;
     int32_t count = 0;
     int32_t depth = 1; // of an item; with the list before it and the comma, 3
-    do {
+    for (;;) {
         decl_item item;
-        int step = take(depth - 1);
-        if (step == STEP_ON)
-            step = parse_decl_item(&item, depth);
-        if (step != STEP_ON)
-            return step;
+        if ((place = parse_decl_item(place, &item, depth)) == nullptr)
+            return nullptr;
         if (count == decl_list_max || !pool_take())
-            return too_many();
+            return fail("Too many functions or arguments");
         items[count++] = item; // decl_list: decl_item; decl_list: decl_list , decl_item
+        if (lex_code(place) != ',')
+            break;
         depth = 3;
-    } while (lex.token == ',');
-    int step = STEP_ON;
+        if ((place = take(place, place + 1, depth - 1)) == nullptr)
+            return nullptr;
+    }
     for (int32_t i = 0; i < count; i++) {
         const decl_item &item = items[i];
         int32_t code =
             var_make(item.name.text, item.name.size, type, item.subscripts.count, item.subscripts.items);
         if (code != 0)
-            step = fail(STEP_RECOVER, "can't define %.*s (%d)", length_of(item.name), item.name.text, code);
+            place = fail("can't define %.*s (%d)", length_of(item.name), item.name.text, code);
     }
-    return step;
+    return place;
 }
 
 // ---- The whole text ----
 
-// input: expr END; input: decl END. A declaration can only begin the text, and has no value.
-static expr_value parse_input()
+// input: decl END. A declaration can only begin the text, and has no value. False if the text is none.
+[[gnu::noinline]] static bool parse_declares(const char *place)
 {
-    expr_value value = no_value(STEP_ON);
-    bool declares = true;
-    switch (lex.token) {
-    case TOKEN_ARRAY: value.step = parse_array(); break;
-    case TOKEN_TYPEWORD: value.step = parse_declaration(); break;
-    case TOKEN_END: break; // decl: (empty)
-    default: value = parse_expr(level_lowest, 0); declares = false;
+    lex_token token = lex_read(place);
+    switch (token.code) {
+    case TOKEN_ARRAY: place = parse_array(lex_skip(token.end)); break;
+    case TOKEN_TYPEWORD:
+        place = parse_declaration(lex_skip(token.end), lex_keyword(token.name)->type_code);
+        break;
+    case TOKEN_END: return true; // decl: (empty)
+    default: return false;
     }
-    if (value.step == STEP_ON && lex.token != TOKEN_END)
-        value.step = syntax_error(); // decl: error
-    if (value.step == STEP_ON && declares)
-        value.step = STEP_RECOVER;
-    return value;
+    if (place != nullptr && lex_code(place) != TOKEN_END)
+        (void)syntax_error(); // decl: error
+    return true;
 }
 
 const double *eval_expr(const char *text, size_t size)
 {
-    eval_first_name_end = size;
+    read_limit = text_end = text + size;
     if (size > lex_text_max)
         return nullptr;
     pool_used = 0;
     lex_start(text, size);
-    lex_next();
-    expr_value value = parse_input();
-    if (value.step == STEP_RECOVER)
-        lex_finish();
-    if (lex.first_name_end != nullptr)
-        eval_first_name_end = static_cast<size_t>(lex.first_name_end - text);
+    const char *place = lex_skip(text);
+    if ((place == lex_end || lex_may_begin_keyword(*place)) && parse_declares(place))
+        return nullptr;
+    expr_value value = parse_expr(place, level_lowest, 0); // input: expr END
+    if (value.next != nullptr && lex_code(value.next) != TOKEN_END)
+        value.next = syntax_error();
     expr_result = value.number;
-    return value.step == STEP_ON ? &expr_result : nullptr;
+    return value.next != nullptr ? &expr_result : nullptr;
+}
+
+size_t eval_name_end(const char *text, size_t size)
+{
+    if (size > lex_text_max)
+        return size;
+    lex_start(text, size);
+    const char *end = lex_first_name_end(text, read_limit);
+    return end != nullptr ? static_cast<size_t>(end - text) : size;
 }

@@ -16,9 +16,10 @@
 // successful one.
 const double *eval_expr(const char *text, size_t size);
 
-// After an evaluation: the characters up to the end of the text's first name, keywords included, or all of
-// them if no name was read. That much of the text is left for whoever prints it after a failure.
-extern size_t eval_first_name_end;
+// Of the text that was evaluated last, which has to be there still: the characters up to the end of the first
+// name that was read, keywords included, or all of them if there was none. That much of the text is left for
+// whoever prints it after a failure.
+size_t eval_name_end(const char *text, size_t size);
 
 // The hook that is told each failure as a message; null: nobody listens.
 extern void (*expr_error)(const char *message);

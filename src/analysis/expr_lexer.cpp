@@ -1,25 +1,18 @@
 #include "analysis/expr_lexer.h"
 
 #include "support/number.h"
-#include "support/scan.h"
 #include "support/text.h"
 #include "support/word_index.h"
 
 #include <string.h>
 
-lex_state lex;
+const char *lex_end;
 
 // Strings are decoded to here. Where one has no terminator, its decoded text is also what is read next.
 static char lex_decoded[lex_text_max + lex_slack];
-static bool reads_decoded; // pos and end are in lex_decoded
+static bool reads_decoded; // the text that is read is in lex_decoded
 
 // ---- Keywords ----
-
-struct expr_keyword {
-    char name[8];
-    int16_t token;
-    int8_t value; // of a TYPEWORD: the variable type
-};
 
 // Sorted by name.
 static constexpr expr_keyword expr_keyword_table[] = {
@@ -34,26 +27,19 @@ constexpr int keyword_count = sizeof expr_keyword_table / sizeof expr_keyword_ta
 static_assert(keyword_count == 15, "a row for each keyword");
 static constexpr auto keyword_index = word_index_make<256>(expr_keyword_table);
 
-// The letters that keywords begin with, a bit for each, a the second one: most names begin with another.
-static constexpr uint32_t keyword_initials_make()
+static constexpr uint32_t keyword_initials()
 {
     uint32_t initials = 0;
     for (const expr_keyword &row : expr_keyword_table)
         initials |= uint32_t{1} << (row.name[0] & 31);
     return initials;
 }
-static constexpr uint32_t keyword_initials = keyword_initials_make();
+static_assert(keyword_initials() == lex_keyword_initials, "the initials of all keywords");
 
-// The token of a name: a keyword, in any case, or TOKEN_NAME.
-static int16_t token_of_name(lex_piece name)
+const expr_keyword *lex_keyword(lex_piece name)
 {
-    if ((keyword_initials >> (name.text[0] & 31) & 1) == 0)
-        return TOKEN_NAME;
     int32_t row = word_index_find(keyword_index, name.text, name.size);
-    if (row < 0)
-        return TOKEN_NAME;
-    lex.type_code = expr_keyword_table[row].value;
-    return expr_keyword_table[row].token;
+    return row < 0 ? nullptr : expr_keyword_table + row;
 }
 
 // ---- Tokens ----
@@ -65,115 +51,41 @@ bool lex_starts_operand(char c)
 
 void lex_start(const char *text, size_t size)
 {
-    lex.pos = text;
-    lex.end = text + size;
-    lex.first_name_end = nullptr;
+    lex_end = text + size;
     reads_decoded = false;
 }
 
-// The end of the letters, digits and underscores from a place on.
-static const char *word_end(const char *place)
+const char *lex_prefixed_end(const char *place)
 {
-    return reinterpret_cast<const char *>(scan_word(reinterpret_cast<const unsigned char *>(place),
-                                                    reinterpret_cast<const unsigned char *>(lex.end)));
-}
-
-// Reads the name at start, whose word characters begin at word. A name that is too long loses its surplus,
-// but not at the end of the text.
-static void lex_name(const char *start, const char *word, ptrdiff_t limit)
-{
-    const char *end = word_end(word);
-    lex.pos = end;
-    if (end - start > limit && end < lex.end)
-        end = start + limit;
-    lex.name = lex_piece{start, static_cast<size_t>(end - start)};
-    if (lex.first_name_end == nullptr)
-        lex.first_name_end = end;
-    lex.token = token_of_name(lex.name);
-}
-
-// A $ or @ at start: begins a name, $ or $$ and a letter, or @ and a letter or a digit; or is a token.
-static void lex_prefix(const char *start)
-{
-    const char *word = start + 1;
-    bool system = *start == '@';
-    if (!system && word < lex.end && *word == '$')
+    bool system = *place == '@';
+    const char *word = place + 1;
+    if (!system && word < lex_end && *word == '$')
         word++;
-    if (word < lex.end && text_is(*word, system ? CHAR_LETTER | CHAR_DIGIT : CHAR_LETTER)) {
-        lex_name(start, word, system ? lex_system_length : lex_name_length);
-    } else {
-        lex.pos = start + 1;
-        lex.token = static_cast<unsigned char>(*start);
-    }
+    bool named = word < lex_end && text_is(*word, system ? CHAR_LETTER | CHAR_DIGIT : CHAR_LETTER);
+    return named ? lex_letters_end(word) : place;
 }
 
-// What a token is, by its first character.
-enum : uint8_t {
-    START_OTHER,
-    START_WHITE,
-    START_LETTER,
-    START_NUMBER,
-    START_PREFIX,
-    START_EQUALS,
-    START_NUL
-};
-
-struct token_starts {
-    uint8_t of[256];
-};
-
-static constexpr token_starts token_starts_make()
+lex_token lex_read(const char *place)
 {
-    token_starts starts{};
-    for (int c = 0; c < 256; c++) {
-        unsigned classes = char_classes.bits[c];
-        starts.of[c] = (classes & CHAR_WHITE) != 0    ? START_WHITE
-                       : (classes & CHAR_LETTER) != 0 ? START_LETTER
-                       : (classes & CHAR_DIGIT) != 0  ? START_NUMBER
-                                                      : START_OTHER;
-    }
-    starts.of[uint8_t{'.'}] = START_NUMBER;
-    starts.of[uint8_t{'$'}] = starts.of[uint8_t{'@'}] = START_PREFIX;
-    starts.of[uint8_t{'='}] = START_EQUALS;
-    starts.of[0] = START_NUL;
-    return starts;
-}
-static constexpr token_starts starts = token_starts_make();
-
-static uint8_t start_at(const char *place)
-{
-    return starts.of[static_cast<unsigned char>(*place)];
+    if (lex_is_word(place))
+        return lex_word(place);
+    if (lex_is_number(place))
+        return lex_token{TOKEN_NUMBER, number_scan(place, lex_end).end, {place, 0}};
+    int16_t code = lex_code(place);
+    return lex_token{code, lex_after(place, code), {place, 0}};
 }
 
-void lex_next()
+const char *lex_first_name_end(const char *place, const char *limit)
 {
-    const char *pos = lex.pos;
-    while (start_at(pos) == START_WHITE && pos < lex.end)
-        pos++;
-    if (pos >= lex.end) {
-        lex.pos = pos;
-        lex.token = TOKEN_END;
-        return;
+    for (place = lex_skip(place); place <= limit;) {
+        lex_token token = lex_read(place);
+        if (token.name.size > 0)
+            return token.name.text + token.name.size;
+        if (token.code == TOKEN_END)
+            break;
+        place = lex_skip(token.end);
     }
-    uint8_t start = start_at(pos);
-    if (start == START_LETTER) {
-        lex_name(pos, pos, lex_name_length);
-    } else if (start == START_NUMBER) {
-        lex.pos = number_scan(pos, lex.end, &lex.number);
-        lex.token = TOKEN_NUMBER;
-    } else if (start == START_PREFIX) {
-        lex_prefix(pos);
-    } else {
-        bool equal = start == START_EQUALS && pos + 1 < lex.end && pos[1] == '=';
-        lex.pos = pos + (equal ? 2 : 1);
-        lex.token = equal ? +TOKEN_EQEQ : start == START_NUL ? +TOKEN_END : static_cast<unsigned char>(*pos);
-    }
-}
-
-void lex_finish()
-{
-    while (lex.first_name_end == nullptr && lex.token != TOKEN_END)
-        lex_next();
+    return nullptr;
 }
 
 // ---- Strings ----
@@ -187,7 +99,7 @@ static int hex_digit(char c)
 // True if the character at a place, which may be the end of the text, has one of the classes.
 static bool text_has(const char *place, unsigned classes)
 {
-    return place < lex.end && text_is(*place, classes);
+    return place < lex_end && text_is(*place, classes);
 }
 
 // Decodes the escape at *from, the character after its backslash, and moves *from after it.
@@ -206,29 +118,27 @@ static char decode_escape(const char **from)
     return char_escaped(text[0]);
 }
 
-lex_piece lex_string(char terminator)
+const char *lex_string(const char *place, char terminator, lex_piece *string)
 {
     // A text that was decoded already is decoded again in its place: names before it are in use.
-    char *start = reads_decoded ? lex_decoded + (lex.pos - lex_decoded) : lex_decoded;
+    char *start = reads_decoded ? lex_decoded + (place - lex_decoded) : lex_decoded;
     char *to = start;
-    const char *from = lex.pos;
-    while (from < lex.end && *from != terminator && !(*from == '\\' && from + 1 == lex.end)) {
+    const char *from = place;
+    while (from < lex_end && *from != terminator && !(*from == '\\' && from + 1 == lex_end)) {
         char c = *from++;
         *to++ = c == '\\' ? decode_escape(&from) : c;
     }
-    bool terminated = from < lex.end && *from == terminator;
-    if (!terminated && from < lex.end)
+    bool terminated = from < lex_end && *from == terminator;
+    if (!terminated && from < lex_end)
         *to++ = '\\';
     // A decoded NUL ends the text.
-    lex_piece string{start, strnlen(start, static_cast<size_t>(to - start))};
-    if (terminated) {
-        lex.pos = from;
-        return string;
-    }
+    *string = lex_piece{start, strnlen(start, static_cast<size_t>(to - start))};
+    if (terminated)
+        return from;
     // Kept: what an unterminated string was decoded to is read as tokens, so that a decoded quote can close
     // it, as an empty string.
     reads_decoded = true;
-    lex.pos = start;
-    lex.end = start + string.size;
-    return lex_piece{start, 0};
+    lex_end = start + string->size;
+    string->size = 0;
+    return start;
 }

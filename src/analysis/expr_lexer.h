@@ -1,23 +1,26 @@
 // Expression lexer: cuts an expression text into tokens.
 //
-// The text is a pointer and a size, and nothing in it is changed: the value of a name is a piece of the text.
-// A reader of the text who is told of its evaluation sees it end after its first name, so the lexer notes
-// where that is.
+// A place in the text is a pointer, and so is all that a reader has to remember; nothing in the text is
+// changed. The value of a name is a piece of the text. Where an operand may begin, lex_read reads whatever
+// token there is; where an operator may stand, the code of the punctuation there says enough.
 #pragma once
+
+#include "support/scan.h"
+#include "support/text.h"
 
 #include <stddef.h>
 #include <stdint.h>
 
 // Token codes. Every other token is the code of its character, 1 to 255.
 enum : int16_t {
+    TOKEN_END = 0,
     TOKEN_NUMBER = 257,
     TOKEN_NAME = 258,
     TOKEN_ARRAY = 259,
     TOKEN_SIZEOF = 260,
     TOKEN_COPSIZE = 261,
     TOKEN_TYPEWORD = 262,
-    TOKEN_END = 263, // also a NUL
-    TOKEN_EQEQ = 264
+    TOKEN_EQEQ = 263
 };
 
 constexpr ptrdiff_t lex_name_length = 255; // characters of a name
@@ -31,32 +34,124 @@ struct lex_piece {
     size_t size;
 };
 
-struct lex_state {
-    const char *pos; // the next character of the text
-    const char *end;
-    const char *first_name_end; // where the text is cut after its first name; null: no name was read yet
-    double number;              // value of the last TOKEN_NUMBER
-    lex_piece name;             // value of the last TOKEN_NAME
-    int16_t token;              // the current token, read by lex_next
-    int8_t type_code;           // value of the last TOKEN_TYPEWORD: a variable type
+struct lex_token {
+    int16_t code;
+    const char *end; // the place after it
+    lex_piece name;  // of a TOKEN_NAME and of a keyword; else empty
 };
-extern lex_state lex;
 
-// Starts on a text of at most lex_text_max characters; no token is read yet.
+struct expr_keyword {
+    char name[8];
+    int16_t code;
+    int8_t type_code; // of a TYPEWORD: a variable type
+};
+
+// The letters that keywords begin with, a bit for each, a the second one: most names begin with another.
+constexpr uint32_t lex_keyword_initials = 1 << ('A' & 31) | 1 << ('C' & 31) | 1 << ('D' & 31) |
+                                          1 << ('F' & 31) | 1 << ('I' & 31) | 1 << ('L' & 31) |
+                                          1 << ('S' & 31) | 1 << ('U' & 31);
+
+// False if no keyword begins with a letter.
+constexpr bool lex_may_begin_keyword(char c)
+{
+    return (lex_keyword_initials >> (c & 31) & 1) != 0;
+}
+
+extern const char *lex_end; // of the text that is read
+
+// Starts on a text of at most lex_text_max characters, none of them a NUL.
 void lex_start(const char *text, size_t size);
+
+// The first place from one on that has no white space, at the latest lex_end.
+inline const char *lex_skip(const char *place)
+{
+    while (static_cast<unsigned char>(*place) <= ' ' && place < lex_end && text_is(*place, CHAR_WHITE))
+        place++;
+    return place;
+}
+
+// Tells whether what stands at a place without white space is a number.
+inline bool lex_is_number(const char *place)
+{
+    return place < lex_end && (text_is(*place, CHAR_DIGIT) || *place == '.');
+}
+
+// The same for a name or keyword, and for a $ or @ that may begin one.
+inline bool lex_is_word(const char *place)
+{
+    return place < lex_end && text_is(*place, CHAR_NAME);
+}
+
+// The token at a place without white space, where it is punctuation: what begins a name or a number is given
+// as its character.
+inline int16_t lex_code(const char *place)
+{
+    if (place >= lex_end)
+        return TOKEN_END;
+    if (*place == '=' && place + 1 < lex_end && place[1] == '=')
+        return TOKEN_EQEQ;
+    return static_cast<unsigned char>(*place);
+}
+
+// The place after a token that lex_code gave.
+inline const char *lex_after(const char *place, int16_t code)
+{
+    return place + (code == TOKEN_EQEQ ? 2 : 1);
+}
+
+// The end of the letters, digits and underscores from a place on.
+inline const char *lex_letters_end(const char *place)
+{
+    return reinterpret_cast<const char *>(scan_word(reinterpret_cast<const unsigned char *>(place),
+                                                    reinterpret_cast<const unsigned char *>(lex_end)));
+}
+
+const char *lex_prefixed_end(const char *place); // lex_word_end at a $ or @
+
+// The end of the name or keyword at a place that lex_is_word, surplus included. The place itself, if a $ or
+// $$ has no letter after it, an @ no letter or digit: then the token is that character.
+inline const char *lex_word_end(const char *place)
+{
+    return text_is(*place, CHAR_LETTER) ? lex_letters_end(place) : lex_prefixed_end(place);
+}
+
+// The name from a place to the end of its word. One that is too long loses its surplus, but not at the end of
+// the text.
+inline lex_piece lex_name(const char *place, const char *end)
+{
+    ptrdiff_t limit = *place == '@' ? lex_system_length : lex_name_length;
+    bool surplus = end - place > limit && end < lex_end;
+    return lex_piece{place, static_cast<size_t>(surplus ? limit : end - place)};
+}
+
+// The keyword that a name is, in any case, or null.
+const expr_keyword *lex_keyword(lex_piece name);
+
+// Reads the token at a place that lex_is_word.
+inline lex_token lex_word(const char *place)
+{
+    const char *end = lex_word_end(place);
+    if (end == place)
+        return lex_token{static_cast<unsigned char>(*place), place + 1, {place, 0}};
+    lex_piece name = lex_name(place, end);
+    const expr_keyword *keyword = lex_may_begin_keyword(*place) ? lex_keyword(name) : nullptr;
+    if (keyword != nullptr)
+        return lex_token{keyword->code, end, name};
+    return lex_token{TOKEN_NAME, end, name};
+}
+
+// Reads the token at a place without white space.
+lex_token lex_read(const char *place);
 
 // True if an expression may begin with a character: what can't begin a token that begins one is refused. NUL,
 // the end of an empty text, counts as one.
 bool lex_starts_operand(char c);
 
-// Reads the next token into lex.token, and its value. Not to be called again after TOKEN_END.
-void lex_next();
+// The end of the first name or keyword from a place on that begins at limit or before it; null if there is
+// none. No string may come before it.
+const char *lex_first_name_end(const char *place, const char *limit);
 
-// Reads on to the first name, or to the end of the text.
-void lex_finish();
-
-// Reads the raw text of a string or of COPSIZE's operand, which starts at pos and ends at the terminator, "
-// or
-// ): decodes it, and leaves the terminator to be the next token. The string is valid until the next one is
-// read. Without a terminator it gives an empty string and leaves pos at the string's start.
-lex_piece lex_string(char terminator);
+// Reads the raw text of a string or of COPSIZE's operand, which starts at a place and ends at the terminator,
+// " or ): decodes it, and gives the place of the terminator. The string is valid until the next one is read.
+// Without a terminator it gives an empty string and its start: what was decoded is the rest of the text then.
+const char *lex_string(const char *place, char terminator, lex_piece *string);

@@ -48,52 +48,56 @@ double power_of_ten_slow(int32_t n)
 // ---- Numbers of expressions ----
 
 // The digits of an octal or hexadecimal number.
-static const char *scan_based(const char *c, const char *end, unsigned digit_class, uint32_t base,
-                              double *value)
+static number_piece scan_based(const char *c, const char *end, unsigned digit_class, uint32_t base)
 {
     uint32_t number = 0;
     for (; c < end && text_is(*c, digit_class); c++) {
         int digit = char_lower(static_cast<unsigned char>(*c));
         number = number * base + static_cast<uint32_t>(digit <= '9' ? digit - '0' : digit - 'a' + 10);
     }
-    *value = wrap_int32(number);
-    return c;
+    return number_piece{static_cast<double>(wrap_int32(number)), c};
 }
 
-// The exponent after its letter: a sign, or none, and digits, or none.
-static const char *scan_exponent(const char *c, const char *end, uint32_t *exponent)
+// The number that digits continue, of any length, gathered one after the other in a double.
+static number_piece scan_digits(number_piece number, const char *end)
 {
+    for (; number.end < end && text_is(*number.end, CHAR_DIGIT); number.end++)
+        number.value = number.value * 10 + (*number.end - '0');
+    return number;
+}
+
+static double scaled(double number, uint32_t power)
+{
+    return power != 0 ? number * power_of_ten(wrap_int32(power)) : number;
+}
+
+// A number scaled by a power and by the exponent after it, from its letter on: a sign, or none, and digits,
+// or none.
+static number_piece scan_exponent(number_piece number, const char *end, uint32_t power)
+{
+    const char *c = number.end + 1;
     bool minus = c < end && *c == '-';
     if (c < end && (*c == '-' || *c == '+'))
         c++;
-    uint32_t number = 0;
+    uint32_t exponent = 0;
     for (; c < end && text_is(*c, CHAR_DIGIT); c++)
-        number = number * 10 + static_cast<uint32_t>(*c - '0');
-    *exponent = minus ? 0 - number : number;
-    return c;
-}
-
-// The digits of a number of any length, gathered one after the other in a double. Gives the place after them.
-static const char *scan_digits(const char *c, const char *end, double *number)
-{
-    for (; c < end && text_is(*c, CHAR_DIGIT); c++)
-        *number = *number * 10 + (*c - '0');
-    return c;
+        exponent = exponent * 10 + static_cast<uint32_t>(*c - '0');
+    return number_piece{scaled(number.value, minus ? power - exponent : power + exponent), c};
 }
 
 constexpr ptrdiff_t exact_digits = 15; // that an integer and a double hold alike
 
-const char *number_scan(const char *text, const char *end, double *value)
+number_piece number_scan(const char *text, const char *end)
 {
     if (*text == '0' && end - text > 1) {
         if (text_is(text[1], CHAR_OCTAL))
-            return scan_based(text + 1, end, CHAR_OCTAL, 8, value);
+            return scan_based(text + 1, end, CHAR_OCTAL, 8);
         if ((text[1] == 'x' || text[1] == 'X') && end - text > 2 && text_is(text[2], CHAR_HEX))
-            return scan_based(text + 2, end, CHAR_HEX, 16, value);
+            return scan_based(text + 2, end, CHAR_HEX, 16);
     }
     // Most numbers are short: an integer gathers their digits faster, and as exactly.
     const char *limit = end - text > exact_digits ? text + exact_digits : end;
-    uint64_t whole = 0;
+    int64_t whole = 0;
     unsigned digit;
     const char *c = text;
     for (; c < limit && (digit = static_cast<unsigned char>(*c) - unsigned{'0'}) < 10; c++)
@@ -102,19 +106,16 @@ const char *number_scan(const char *text, const char *end, double *value)
     if (c < limit && *c == '.')
         for (c++; c < limit && (digit = static_cast<unsigned char>(*c) - unsigned{'0'}) < 10; c++)
             whole = whole * 10 + digit;
-    auto number = static_cast<double>(whole);
+    number_piece number{static_cast<double>(whole), c};
     if (c == limit && c < end) {
-        number = 0;
-        point = c = scan_digits(text, end, &number);
-        if (c < end && *c == '.')
-            c = scan_digits(c + 1, end, &number);
+        number = scan_digits(number_piece{0, text}, end);
+        point = number.end;
+        if (point < end && *point == '.')
+            number = scan_digits(number_piece{number.value, point + 1}, end);
     }
-    uint32_t power = c > point ? static_cast<uint32_t>(point + 1 - c) : 0;
-    if (c < end && ((*c | 0x20) == 'd' || (*c | 0x20) == 'e')) {
-        uint32_t exponent;
-        c = scan_exponent(c + 1, end, &exponent);
-        power += exponent;
-    }
-    *value = power != 0 ? number * power_of_ten(wrap_int32(power)) : number;
-    return c;
+    uint32_t power = number.end > point ? static_cast<uint32_t>(point + 1 - number.end) : 0;
+    if (number.end < end && ((*number.end | 0x20) == 'd' || (*number.end | 0x20) == 'e'))
+        return scan_exponent(number, end, power);
+    number.value = scaled(number.value, power);
+    return number;
 }

@@ -30,8 +30,12 @@ int32_t int_from_text(const char *text, size_t size);
 
 // Scans a number of an expression, whose first character is a digit or a point: octal after a 0, hexadecimal
 // after 0x, both as 32-bit signed integers, wrapping; or digits with one point at most, and perhaps an
-// exponent after e or d. Gives the place after it, at the latest end.
-const char *number_scan(const char *text, const char *end, double *value);
+// exponent after e or d.
+struct number_piece {
+    double value;
+    const char *end; // the place after it, at the latest the text's end
+};
+number_piece number_scan(const char *text, const char *end);
 
 // The value of 10 to the power n, as pow gives it. The small powers are kept, filled by pow itself on first
 // use, so that a power is the same number from the table and from pow.

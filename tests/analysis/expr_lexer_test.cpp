@@ -3,11 +3,19 @@
 
 #include "common/diff.h"
 #include "common/run.h"
+#include "support/number.h"
 
 #include <gtest/gtest.h>
 
 #include <math.h>
 #include <string.h>
+
+static std::string number_text(double value)
+{
+    char text[40];
+    snprintf(text, sizeof text, "%.17g", value);
+    return text;
+}
 
 // A text, with what may stand after one in memory.
 struct lex_text {
@@ -15,6 +23,17 @@ struct lex_text {
         : bytes(text + after + std::string(lex_slack, 'z')), size(text.size())
     {
         lex_start(bytes.data(), size);
+    }
+
+    const char *start() const
+    {
+        return bytes.data();
+    }
+
+    // The value of the number that the text begins with.
+    std::string number() const
+    {
+        return number_text(number_scan(start(), lex_end).value);
     }
 
     std::string bytes;
@@ -26,37 +45,30 @@ static std::string text_of(const lex_piece &piece)
     return std::string(piece.text, piece.size);
 }
 
-static std::string number_text(double value)
-{
-    char text[40];
-    snprintf(text, sizeof text, "%.17g", value);
-    return text;
-}
-
 // The tokens of a text up to its end, one blank between: names as they are, numbers behind #, types behind T.
-static std::string tokens(const std::string &text)
+static std::string tokens(const lex_text &copy)
 {
-    lex_text copy(text);
     std::string result;
-    for (;;) {
-        lex_next();
-        if (lex.token == TOKEN_END)
+    for (const char *place = lex_skip(copy.start());;) {
+        lex_token token = lex_read(place);
+        if (token.code == TOKEN_END)
             return result;
         if (!result.empty())
             result += ' ';
-        switch (lex.token) {
-        case TOKEN_NUMBER: result += "#" + number_text(lex.number); break;
-        case TOKEN_NAME: result += text_of(lex.name); break;
-        case TOKEN_TYPEWORD: result += "T" + std::to_string(lex.type_code); break;
+        switch (token.code) {
+        case TOKEN_NUMBER: result += "#" + number_text(number_scan(place, lex_end).value); break;
+        case TOKEN_NAME: result += text_of(token.name); break;
+        case TOKEN_TYPEWORD: result += "T" + std::to_string(lex_keyword(token.name)->type_code); break;
         case TOKEN_ARRAY: result += "ARRAY!"; break;
         case TOKEN_SIZEOF: result += "SIZEOF!"; break;
         case TOKEN_COPSIZE: result += "COPSIZE!"; break;
         case TOKEN_EQEQ: result += "EQEQ"; break;
         default:
-            EXPECT_GT(lex.token, 0);
-            EXPECT_LT(lex.token, 256);
-            result += static_cast<char>(lex.token);
+            EXPECT_GT(token.code, 0);
+            EXPECT_LT(token.code, 256);
+            result += static_cast<char>(token.code);
         }
+        place = lex_skip(token.end);
     }
 }
 
@@ -109,7 +121,7 @@ TEST(expr_lexer, cuts_a_text_into_tokens)
         {times(300, "n") + " +", times(255, "n") + " +"},
     };
     for (const auto &c : cases)
-        EXPECT_EQ(escaped(tokens(c.text)), escaped(c.tokens)) << escaped(c.text);
+        EXPECT_EQ(escaped(tokens(lex_text(c.text))), escaped(c.tokens)) << escaped(c.text);
 }
 
 TEST(expr_lexer, reads_numbers)
@@ -156,10 +168,9 @@ TEST(expr_lexer, reads_numbers)
     };
     for (const auto &c : cases) {
         lex_text copy(c.text);
-        lex_next();
-        EXPECT_EQ(lex.token, TOKEN_NUMBER) << c.text;
-        EXPECT_EQ(lex.number, c.value) << c.text;
-        std::string all = tokens(c.text);
+        EXPECT_TRUE(lex_is_number(copy.start())) << c.text;
+        EXPECT_EQ(copy.number(), number_text(c.value)) << c.text;
+        std::string all = tokens(copy);
         size_t first = all.find(' ');
         EXPECT_EQ(first == std::string::npos ? "" : all.substr(first + 1), c.behind) << c.text;
     }
@@ -177,8 +188,7 @@ TEST(expr_lexer, scales_a_number_once)
     };
     for (const auto &c : cases) {
         lex_text copy(c.text);
-        lex_next();
-        EXPECT_EQ(number_text(lex.number), number_text(c.value)) << c.text;
+        EXPECT_EQ(copy.number(), number_text(c.value)) << c.text;
     }
 }
 
@@ -196,14 +206,13 @@ TEST(expr_lexer, gathers_digits_as_a_double_does)
             if (text[0] == '0' && text[1] == '0')
                 continue; // octal
             lex_text copy(text);
-            lex_next();
             double power = pow(10, -static_cast<double>(digits.size() - point));
-            EXPECT_EQ(number_text(lex.number), number_text(mantissa * power)) << text;
+            EXPECT_EQ(copy.number(), number_text(mantissa * power)) << text;
         }
     }
 }
 
-TEST(expr_lexer, notes_where_the_first_name_ends)
+TEST(expr_lexer, finds_where_the_first_name_ends)
 {
     static const struct {
         std::string text;
@@ -225,12 +234,9 @@ TEST(expr_lexer, notes_where_the_first_name_ends)
     for (const auto &c : cases) {
         lex_text copy(c.text);
         std::string before = copy.bytes;
-        lex_next();
-        lex_finish();
-        if (c.end == std::string::npos)
-            EXPECT_EQ(lex.first_name_end, nullptr) << c.text;
-        else
-            EXPECT_EQ(lex.first_name_end, copy.bytes.data() + c.end) << c.text;
+        const char *end = lex_first_name_end(copy.start(), lex_end);
+        EXPECT_EQ(end != nullptr ? static_cast<size_t>(end - copy.start()) : std::string::npos, c.end)
+            << c.text;
         EXPECT_EQ(copy.bytes, before);
     }
 }
@@ -244,14 +250,7 @@ TEST(expr_lexer, ends_at_the_end_of_the_text)
         std::string alone;
         for (const std::string after : {" ", "1", ".5", "e5", "x1", "F", "=", "a", "$a", "_", "\0", "\""}) {
             lex_text copy(text, after + after + words);
-            std::string read;
-            for (lex_next(); lex.token != TOKEN_END; lex_next()) {
-                read += std::to_string(lex.token) + " ";
-                if (lex.token == TOKEN_NUMBER)
-                    read += number_text(lex.number) + " ";
-                if (lex.token == TOKEN_NAME)
-                    read += text_of(lex.name) + " ";
-            }
+            std::string read = tokens(copy);
             if (alone.empty())
                 alone = read;
             EXPECT_EQ(read, alone) << text << " before " << after;
@@ -298,9 +297,10 @@ TEST(expr_lexer, reads_strings_up_to_their_end)
     for (const auto &c : cases) {
         lex_text copy(c.text);
         std::string before = copy.bytes;
-        EXPECT_EQ(escaped(text_of(lex_string(c.terminator))), escaped(c.string)) << escaped(c.text);
-        lex_next();
-        EXPECT_EQ(lex.token, c.next) << escaped(c.text);
+        lex_piece string;
+        const char *end = lex_string(copy.start(), c.terminator, &string);
+        EXPECT_EQ(escaped(text_of(string)), escaped(c.string)) << escaped(c.text);
+        EXPECT_EQ(lex_read(lex_skip(end)).code, c.next) << escaped(c.text);
         EXPECT_EQ(copy.bytes, before);
     }
 }
