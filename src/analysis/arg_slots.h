@@ -3,7 +3,7 @@
 //
 // The fetcher fills the slots, the rules read them; both walk them with one cursor. All of it is valid
 // from the fetch until the next statement starts. Slot 0 holds the command word, slot i+1 belongs to
-// spec position i. Whatever lies after the statement's last slot reads as a cleared slot, so a rule may
+// spec position i. Whatever comes after the statement's last slot reads as a cleared slot, so a rule may
 // read a fixed number of slots, more than the statement gave.
 #pragma once
 

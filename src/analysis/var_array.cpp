@@ -1,10 +1,10 @@
-// A block holds three pieces behind its head: dims, rows, data. Row tables hold 32-bit numbers where one
+// A block holds three pieces after its head: dims, rows, data. Row tables hold 32-bit numbers where one
 // would expect pointers: byte offsets, from rows for the upper levels and from data for the last.
 //
-// The items of a string list lie in its data in the order in which they were stored, each after its size in
+// The items of a string list stand in its data in the order in which they were stored, each after its size in
 // four bytes; its table holds the place of each item, 0 for one without bytes. An item that grows goes to the
 // end of the data and leaves its old place as waste. When the room is used up, the list moves to a new block
-// with a quarter of its size to spare, and the waste stays behind. So a move is paid for by what was stored
+// with a quarter of its size to spare, and the waste stays. So a move is paid for by what was stored
 // since the last one, in whatever order items come.
 #include "analysis/var_array.h"
 
@@ -34,7 +34,7 @@ static bool block_is_large(uint64_t room)
     return sizeof(var_block) + room >= block_large;
 }
 
-// A block with so many bytes behind its head, and anything in them. Null if there is no memory.
+// A block with so many bytes after its head, and anything in them. Null if there is no memory.
 static var_block *block_make(uint64_t room)
 {
     size_t bytes = sizeof(var_block) + static_cast<size_t>(room);

@@ -1,4 +1,4 @@
-// Arrays, strings and string lists: the blocks in which their elements lie.
+// Arrays, strings and string lists: the blocks that hold their elements.
 //
 // All blocks of a file belong to its variables, and what counts of them, the payload, is limited for all
 // together: dimensions, tables and elements, but nothing that is spare.
@@ -35,14 +35,14 @@ struct var_block {
     int32_t *dims;       // one number for each dimension; for a string list the item count alone
     unsigned char *rows; // row tables, or a string list's offset table, or data itself (one dimension)
     unsigned char *data; // the elements
-    unsigned char *end;  // the first byte behind the elements
+    unsigned char *end;  // the first byte after the elements
     uint32_t wasted;     // bytes of a string list's data that no item uses any more
 };
 
 // Where the elements of an array are.
 struct var_array {
     var_block *block; // null: not made yet
-    uint32_t room;    // bytes behind the block's head
+    uint32_t room;    // bytes after the block's head
     uint32_t payload; // bytes that count toward var_payload_max
 };
 

@@ -287,7 +287,7 @@ static int32_t make_for_string(const char *name, size_t name_size, int32_t subsc
     }
     if (prefix_type(name, name_size) != VAR_SLIST)
         return -1;
-    // The largest subscript can't have an item behind it; a negative dimension is refused alike.
+    // The largest subscript can't have an item after it; a negative dimension is refused alike.
     int32_t dims[2] = {subscript == INT32_MAX ? -1 : subscript + 1, 0};
     return var_make(name, name_size, VAR_NONE, 2, dims);
 }

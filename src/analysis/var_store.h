@@ -1,6 +1,6 @@
 // Variable store: the variables that a script declares or assigns, with type, dimensions and value.
 //
-// The store is one flat table for each file; it starts empty and nothing of it is kept. Scalars lie in
+// The store is one flat table for each file; it starts empty and nothing of it is kept. Scalars are in
 // their record, arrays, strings and string lists in a block from the pool heap. Reading a variable selects
 // it: the result stands in the cur_ fields, and the next store goes there. Names compare with case. Names
 // that start with @ are system variables of the running CAD system: there is none here, so none is ever
@@ -32,7 +32,7 @@ enum : int32_t {
     VAR_BAD_SUBSCRIPT = -2 // wrong count of subscripts, or one out of range
 };
 
-// What is read of most variables lies in front, together with the first characters of the name.
+// What is read of most variables stands in front, together with the first characters of the name.
 struct var_rec {
     union {
         unsigned char value[8]; // a scalar, in the width of its type
@@ -80,6 +80,6 @@ double var_store_value(double value);
 int32_t var_store_string(const char *name, size_t name_size, int32_t subscript, int32_t length);
 
 // Filling the array that var_make has just selected, in the order of its storage: start, then a value at a
-// time. What lies beyond the array's end is ignored.
+// time. What is beyond the array's end is ignored.
 void var_fill_start();
 void var_fill_next(double value);

@@ -56,5 +56,5 @@ void plat_show_line(const char *text);
 // Prepares the program's start. 0, or 1 if the platform can't run the program; it tells the user nothing.
 int plat_start();
 
-// 27 if an Escape key event waits, else -1. The event isn't consumed.
+// 27 if an Escape key event is pending, else -1. The event isn't consumed.
 int plat_poll_escape();

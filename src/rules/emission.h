@@ -28,7 +28,7 @@ inline const arg_slot *take_text()
 }
 
 // Reads a bounded integer: 0 with no step of the cursor if type_byte has ARG_ABSENT; otherwise the cursor
-// steps over its slot, and the result is that slot's lval, or 0 if it lies outside low to high.
+// steps over its slot, and the result is that slot's lval, or 0 if it is outside low to high.
 int32_t take_bounded_int(uint8_t type_byte, int32_t low, int32_t high);
 
 // The text of a slot.

@@ -1,5 +1,5 @@
-// The window lies in one buffer: room in front for what is put back, the main part that one read fills, and
-// after it a reserve for the statement that runs past the main part's end. There the source is read on in
+// The window is part of one buffer: room in front for what is put back, the main part that one read fills,
+// and after it a reserve for the statement that runs past the main part's end. There the source is read on in
 // small chunks, each after the text that has to stay, so that of each chunk at most the gap before the next
 // kept piece is lost and the reserve is never used up.
 #include "source/src_stream.h"

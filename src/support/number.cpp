@@ -8,7 +8,7 @@
 
 float float_from_double(double value)
 {
-    // Up to half a step behind the largest float, that is what is nearest.
+    // Up to half a step beyond the largest float, that is what is nearest.
     const double half_step = 10141204801825835211973625643008.0; // 2^103
     const double limit = static_cast<double>(FLT_MAX) + half_step;
     if (value >= limit || value <= -limit)
