@@ -5,9 +5,9 @@ set(guides docs/finishing.md docs/commands.md)
 file(GLOB samples RELATIVE ${CMAKE_SOURCE_DIR} CONFIGURE_DEPENDS samples/*.mr[lp])
 list(FILTER samples EXCLUDE REGEX "_conv\\.mr[lp]$")
 
-# murlreport is packed with its man page.
+# Builds of the converter alone have no murlreport to install; the packages are made of builds that have.
 set(report_program)
-if(MURL_REPORT AND EXISTS ${CMAKE_SOURCE_DIR}/packaging/murlreport.1.in)
+if(MURL_REPORT)
   set(report_program murlreport)
 endif()
 
