@@ -54,6 +54,7 @@ static void journal_tell(const statement_head &head, int32_t result, int32_t fet
     record.fetched = fetched;
     record.failed_at = fetched < 0 ? static_cast<int32_t>(arg_type_cursor - arg_types) + 1 : 0;
     record.next_line = src_line();
+    record.line_left = fetched < 0 && src.pos[-1] != '\n';
     record.output_end = out_tell();
     record.source_complete = src_ended();
     statement_seen(&record);

@@ -59,6 +59,7 @@ static journal_statement statement_of(const statement_record &record)
     statement.line = record.head.line;
     statement.next_line = record.next_line;
     statement.last_line = std::max(record.head.line, record.next_line - 1);
+    statement.line_left = record.line_left;
     statement.source_complete = record.source_complete;
     statement.message = run.message;
     return statement;

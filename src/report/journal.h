@@ -24,6 +24,7 @@ struct journal_statement {
     uint32_t line;            // of the script, where the statement begins
     uint32_t last_line;       // and where it ends
     uint32_t next_line;       // where the next character stands
+    bool line_left;           // its arguments failed, and the rest of its line is the next statement
     bool source_complete;     // at the end: nothing of the script follows
     uint64_t output_line;     // of the output, where the statement's own begins
     uint64_t output_lines;    // line ends in it, and 1 for a rest without one

@@ -135,9 +135,11 @@ static std::string statement_name(const journal_statement &statement)
 // The statement under an IF. The guarded item belongs to the IF.
 static void judge_guarded(judge_state *state, const journal_statement &statement)
 {
-    int lines = live_lines(statement.output);
     uint32_t line = std::exchange(state->if_line, 0);
-    if (lines == 1 || line == 0)
+    if (line == 0)
+        return;
+    int lines = live_lines(statement.output);
+    if (lines == 1)
         return;
     std::string name = statement_name(statement);
     std::string detail;
@@ -179,7 +181,7 @@ static void note_if(judge_state *state, const journal_statement &statement)
 
 static void judge_broken(judge_state *state, const journal_statement &statement)
 {
-    state->broken_line = statement.line;
+    state->broken_line = statement.line_left;
     state->broken_item = state->report->items.size();
     add_item(state, statement, ITEM_BROKEN, broken_detail(statement));
 }
@@ -239,9 +241,12 @@ static void judge_command(judge_state *state, const journal_statement &statement
 // ---- Statements ----
 
 // A rest of a line whose command has failed is read as a statement of its own, but nobody meant it as one.
-static bool is_rest_of_broken(const judge_state *state, const journal_statement &statement)
+static void judge_rest(judge_state *state, const journal_statement &statement)
 {
-    return state->broken_line != 0 && statement.line == state->broken_line;
+    report_item &broken = state->report->items[state->broken_item];
+    broken.last_line = std::max(broken.last_line, statement.last_line);
+    broken.output_lines = statement.output_line + statement.output_lines - broken.output_line;
+    state->broken_line = statement.line_left;
 }
 
 // A line that begins with a word joined to something else, which the evaluator takes for no expression at
@@ -274,13 +279,10 @@ void judge_statement(judge_state *state, const journal_statement &statement)
         return;
     }
     state->report->statements++;
-    if (is_rest_of_broken(state, statement)) {
-        report_item &broken = state->report->items[state->broken_item];
-        broken.last_line = std::max(broken.last_line, statement.last_line);
-        broken.output_lines = statement.output_line + statement.output_lines - broken.output_line;
+    if (state->broken_line) {
+        judge_rest(state, statement);
         return;
     }
-    state->broken_line = 0;
     size_t items = state->report->items.size();
     judge_kind(state, statement);
     if (state->report->items.size() == items)

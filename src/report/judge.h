@@ -9,7 +9,7 @@
 // What the judgement keeps of a script from statement to statement.
 struct judge_state {
     script_report *report;
-    uint32_t broken_line = 0;     // where the last statement begins if its arguments failed; else 0
+    bool broken_line = false;     // what comes is the rest of the line of a statement whose arguments failed
     size_t broken_item = 0;       // index of its item
     uint32_t if_line = 0;         // of an IF whose statement hasn't come yet; else 0
     uint64_t if_output_line = 0;  // of the same IF

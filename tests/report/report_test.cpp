@@ -172,6 +172,9 @@ TEST_F(report_test, judges_near_misses)
         {"LINE 1,2,foo(3),4,5,6\nLINEE 1\n",
          "1: broken LINE: argument 3: foo is not a function; left: foo\n2: unknown LINEE: it went through "
          "unchanged\n"},
+        {"LINE 1,foo(3), \\\n bar 4 \\\n baz\nLINEE 1\n",
+         "1: broken LINE: argument 2: foo is not a function; left: foo\n4: unknown LINEE: it went through "
+         "unchanged\n"},
         {"a = 1 / 0\nb = b(1\nc = d(1)\n",
          "2: unknown b: it went through unchanged\n3: unknown c: it went through unchanged\n"},
         {"IF x PRINT \"y\"\n",
