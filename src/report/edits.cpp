@@ -144,11 +144,6 @@ static bool is_changed(const report_item &item, const line_fates &fates)
 
 void edits_find(script_report *report, const line_prints &written, const line_prints &there)
 {
-    report->output_same = written.prints == there.prints;
-    for (report_item &item : report->items)
-        item.state = STATE_OPEN;
-    if (report->output_same)
-        return;
     line_fates fates = fates_of(match_lines(written.prints, there.prints), written.prints.size());
     for (report_item &item : report->items)
         if (is_changed(item, fates))

@@ -50,17 +50,20 @@ bool lines_read(const std::string &path, void (*take)(uint64_t number, std::stri
     return opened;
 }
 
-static void prints_add_line(line_prints *lines)
+// Makes a number go on with one more value.
+static void print_add(uint64_t *print, uint64_t value)
 {
-    lines->prints.push_back(lines->print);
-    lines->print = 0;
-    lines->begun = lines->cr = false;
+    *print = (*print ^ value) * 0x9E3779B97F4A7C15 + 0x632BE59BD9B4E019;
+    *print ^= *print >> 29;
 }
 
-static void prints_add_character(line_prints *lines, char c)
+static void prints_add_line(line_prints *lines)
 {
-    lines->print = (lines->print ^ static_cast<unsigned char>(c)) * 0x9E3779B97F4A7C15 + 0x632BE59BD9B4E019;
-    lines->print ^= lines->print >> 29;
+    print_add(&lines->sum, lines->print);
+    if (lines->kept)
+        lines->prints.push_back(lines->print);
+    lines->print = 0;
+    lines->begun = lines->cr = false;
 }
 
 void prints_add(line_prints *lines, std::string_view bytes)
@@ -71,11 +74,11 @@ void prints_add(line_prints *lines, std::string_view bytes)
             continue;
         }
         if (lines->cr)
-            prints_add_character(lines, '\r');
+            print_add(&lines->print, '\r');
         lines->begun = true;
         lines->cr = c == '\r';
         if (!lines->cr)
-            prints_add_character(lines, c);
+            print_add(&lines->print, static_cast<unsigned char>(c));
     }
 }
 

@@ -19,7 +19,9 @@ bool lines_read(const std::string &path, void (*take)(uint64_t number, std::stri
 // Lines known by a number each, made of their characters; a CR before a line end doesn't count. Texts come
 // piece by piece.
 struct line_prints {
+    bool kept = false;            // each line's number, not only their sum
     std::vector<uint64_t> prints; // of the lines that have ended
+    uint64_t sum = 0;             // of all of them in their order
     uint64_t print = 0;           // of the one that goes on
     bool begun = false;           // it has a character
     bool cr = false;              // a CR is in hand
@@ -27,5 +29,5 @@ struct line_prints {
 void prints_add(line_prints *lines, std::string_view bytes);
 void prints_end(line_prints *lines);
 
-// The prints of a file's lines. False if it can't be opened.
+// Adds the lines of a file. False if it can't be opened.
 bool prints_of_file(const std::string &path, line_prints *lines);

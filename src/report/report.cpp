@@ -194,14 +194,44 @@ static bool script_judge(script_run *run)
     return true;
 }
 
-static void script_compare(script_run *run)
+// Converts the script once more, for the lines of the output.
+static line_prints script_lines(const script_report &report, const rules_run_state &before)
+{
+    line_prints lines;
+    lines.kept = true;
+    plat_file source;
+    if (!script_open(report.path, &source))
+        return lines;
+    rules_run_state after = rules_run;
+    rules_run = before;
+    auto ignore = [](const journal_statement &, void *) {};
+    auto take = [](std::string_view bytes, void *context) {
+        prints_add(static_cast<line_prints *>(context), bytes);
+    };
+    journal_convert(report.path.c_str(), &source, {ignore, take, &lines});
+    prints_end(&lines);
+    rules_run = after;
+    return lines;
+}
+
+// Compares the output that stands beside the script with what was written. Only where they differ do lines
+// count, and have to be remembered.
+static void script_compare(script_run *run, const rules_run_state &before)
 {
     script_report &report = run->report;
     line_prints there;
     if (!report.output_there || !prints_of_file(report.output_path, &there))
         return;
     report.output_older = file_is_older(report.output_path, report.path);
-    edits_find(&report, run->written, there);
+    report.output_same = there.sum == run->written.sum;
+    for (report_item &item : report.items)
+        item.state = STATE_OPEN;
+    if (report.output_same || report.items.empty())
+        return;
+    there = line_prints{};
+    there.kept = true;
+    if (prints_of_file(report.output_path, &there))
+        edits_find(&report, script_lines(report, before), there);
 }
 
 // Writes the output beside the script, as the converter does.
@@ -299,7 +329,7 @@ static bool script_report_make(const report_options &options, const std::string 
     run->keeps_body = !options.html.empty();
     if (!script_judge(run))
         return false;
-    script_compare(run);
+    script_compare(run, before);
     if (options.convert)
         script_convert_safely(options, &run->report, before);
     items_settle(options, &run->report.items);

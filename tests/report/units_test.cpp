@@ -71,6 +71,7 @@ TEST(showing, makes_any_bytes_harmless)
 static line_prints prints_of(const std::string &text, size_t step = SIZE_MAX)
 {
     line_prints lines;
+    lines.kept = true;
     for (size_t at = 0; at < text.size(); at += std::min(step, text.size() - at))
         prints_add(&lines, std::string_view(text).substr(at, step));
     prints_end(&lines);
