@@ -110,17 +110,25 @@ bool expression_is_constant(std::string_view text)
     return true;
 }
 
-// The name of an argument in the old form of its command, such as a1 of "x, y [, a1..a5]"; "..." repeats the
-// last one. Empty if there is none.
+// Takes the next name off an old form, such as "x, y [, a1..a5]".
+static std::string_view take_name(std::string_view *form)
+{
+    auto parts = [](char c) { return c == ' ' || c == ',' || c == '[' || c == ']'; };
+    auto begin = std::find_if_not(form->begin(), form->end(), parts);
+    auto end = std::find_if(begin, form->end(), parts);
+    auto at = static_cast<size_t>(begin - form->begin());
+    std::string_view name = form->substr(at, static_cast<size_t>(end - begin));
+    form->remove_prefix(at + name.size());
+    return name;
+}
+
+// The name of an argument in the old form of its command; "..." repeats the last one. Empty if there is none.
 static std::string argument_name(const rule_row *row, int32_t position)
 {
     std::string_view form = row->old_form;
     std::string_view last_name;
     for (int32_t at = 1; !form.empty();) {
-        form.remove_prefix(std::min(form.find_first_not_of(" ,[]"), form.size()));
-        size_t end = std::min(form.find_first_of(" ,[]"), form.size());
-        std::string_view name = form.substr(0, end);
-        form.remove_prefix(end);
+        std::string_view name = take_name(&form);
         if (name == "...")
             return std::string(last_name);
         last_name = name;
@@ -132,8 +140,8 @@ static std::string argument_name(const rule_row *row, int32_t position)
         }
         // a1..a5 stands for five names.
         size_t digits = std::min(name.find_first_of("0123456789"), range);
-        int first = std::atoi(std::string(name.substr(digits, range - digits)).c_str());
-        int last = std::atoi(std::string(name.substr(range + 2 + digits)).c_str());
+        int first = std::atoi(name.data() + digits);
+        int last = std::atoi(name.data() + range + 2 + digits);
         if (position <= at + last - first)
             return fmt::format("{}{}", name.substr(0, digits), first + position - at);
         at += last - first + 1;
@@ -204,10 +212,13 @@ void judge_arguments(const journal_statement &statement, std::vector<argument_it
         if (!journal_given(position))
             continue;
         unsigned use = rule_slot_use(position);
+        bool value = is_frozen(row, use, position);
+        if (use != 0 && !value)
+            continue;
         std::string name = argument_name(row, position);
-        if (is_frozen(row, use, position) || (use == 0 && is_written_out(name)))
+        if (value || is_written_out(name)) {
             add_frozen(position, name, &frozen);
-        else if (use == 0 && !is_default(statement, position, name)) {
+        } else if (!is_default(statement, position, name)) {
             attributes_only &= is_attribute(name);
             add_detail(&lost, argument_shown(position, name));
         }

@@ -68,6 +68,7 @@ static bool settle(command_line *line)
 static int run(int argc, char **argv)
 {
     CLI::App app(description, "murlreport");
+    app.allow_windows_style_options(false); // a path may begin with a slash there too
     command_line line;
     define_options(&app, &line);
     try {
