@@ -60,14 +60,22 @@ enum : int {
     FIRST_TEXT  // the statement is text
 };
 
+// Puts a word of length characters in front of what comes next in the source.
+static void put_word(const char *word, int32_t length)
+{
+    auto size = static_cast<size_t>(length);
+    bytes_copy(reinterpret_cast<char *>(src.pos - size), word, size);
+}
+
 // Reads over the blanks after a word, of which next is the first. What follows them stays in the source, but
 // for a NUL, which can't be given back. An assignment or a subscript makes the statement text, and its word
-// then has one blank.
-static int end_of_word(int next, char *word, int32_t *length)
+// then has one blank. *blanks is how many there were.
+static int end_of_word(int next, char *word, int32_t *length, int32_t *blanks)
 {
     if (next == '\n' || next == -1)
         return FIRST_WORD;
     do {
+        ++*blanks;
         src.pos++;
         next = src_peek();
     } while (next == ' ' || next == '\t');
@@ -82,8 +90,8 @@ static int end_of_word(int next, char *word, int32_t *length)
 }
 
 // Reads the first word of a statement into word, with a NUL after it; the white space in front of it goes to
-// the output. The word of a FIRST_TEXT ends in the character that makes it text. *length is the length of the
-// word up to a NUL.
+// the output. The word of a FIRST_TEXT ends in the character that makes it text, and stands in front of
+// src.pos too. *length is the length of the word up to a NUL.
 static int read_first_word(char *word, int32_t *length)
 {
     if (!copy_white())
@@ -94,24 +102,33 @@ static int read_first_word(char *word, int32_t *length)
     memcpy(word, src.pos, word_short);
     if (size > word_short)
         memcpy(word, src.pos, static_cast<size_t>(size));
+    const unsigned char *start = src.pos;
     src.pos += size;
     word[size] = 0;
     *length = size;
+    int kind = FIRST_TEXT;
+    int32_t blanks = 0;
     int next = is_word ? src_peek() : 0;
     // A word that fills its room loses the character that no longer fits, and goes on as at white space.
     if (is_word && (next == -1 || char_is(next, CHAR_WHITE) || size == word_size - 1)) {
-        int kind = end_of_word(next, word, length);
+        kind = end_of_word(next, word, length, &blanks);
         if (word[0] == ':')
             *length = static_cast<int32_t>(strlen(word));
-        return kind;
+    } else {
+        if (is_word) {
+            word[(*length)++] = static_cast<char>(next);
+            src.pos++;
+        }
+        word[*length] = 0;
+        *length -= word[*length - 1] == 0;
     }
-    if (is_word) {
-        word[(*length)++] = static_cast<char>(next);
-        src.pos++;
-    }
-    word[*length] = 0;
-    *length -= word[*length - 1] == 0;
-    return FIRST_TEXT;
+    // Mostly it stands there still. A copy would hold up the search for the line's end in what it has
+    // written.
+    bool there = blanks <= 1 && src.pos == start + *length &&
+                 src.pos[-1] == static_cast<unsigned char>(word[*length - 1]);
+    if (kind == FIRST_TEXT && !there)
+        put_word(word, *length);
+    return kind;
 }
 
 // ---- Statements that are text ----
@@ -128,17 +145,17 @@ static void write_rejected(const statement_span &line)
 
 // Reads a statement that is text, after its word, and evaluates it for its effects on the variables. True if
 // it is an expression. Most lines that nobody knows are comments, which are refused by their first character.
-static bool read_and_evaluate(const char *word, int32_t length, statement_span *line)
+static bool read_and_evaluate(int32_t length, statement_span *line)
 {
-    *line = statement_read(word, length);
+    *line = statement_read(length);
     return line->size > 0 && lex_starts_operand(line->text[0]) &&
            eval_expr(line->text, line->size) != nullptr;
 }
 
-static int32_t assignment_statement(const char *word, int32_t length, statement_kind *kind)
+static int32_t assignment_statement(int32_t length, statement_kind *kind)
 {
     statement_span line;
-    if (!read_and_evaluate(word, length, &line)) {
+    if (!read_and_evaluate(length, &line)) {
         *kind = KIND_TEXT;
         write_rejected(line);
         return STATEMENT_DONE;
@@ -155,7 +172,8 @@ static int32_t unknown_statement(char *word, int32_t length, statement_kind *kin
     statement_span line;
     word[length++] = ' ';
     src_settle_lines(src.pos); // a line feed before the word may give its place to the blank
-    bool accepted = read_and_evaluate(word, length, &line);
+    put_word(word, length);
+    bool accepted = read_and_evaluate(length, &line);
     *kind = accepted ? KIND_EXPRESSION : KIND_UNKNOWN;
     if (accepted)
         out_bytes(line.text, line.size);
@@ -320,7 +338,7 @@ int32_t next_statement(statement_head *head)
         *head = statement_head{KIND_NONE, src_line(), out_tell()};
     slots_start_statement();
     int32_t result =
-        first == FIRST_TEXT ? assignment_statement(word, length, &kind) : word_statement(word, length, &kind);
+        first == FIRST_TEXT ? assignment_statement(length, &kind) : word_statement(word, length, &kind);
     if (head != nullptr)
         head->kind = kind;
     return result;

@@ -9,10 +9,9 @@
 char line_buf[line_buf_capacity + 16];
 char stmt_text[line_buf_capacity + 16];
 
-statement_span statement_read(const char *word, int32_t length)
+statement_span statement_read(int32_t length)
 {
     unsigned char *start = src.pos - length;
-    bytes_copy(reinterpret_cast<char *>(start), word, static_cast<size_t>(length));
     const unsigned char *limit = start + line_buf_capacity;
     const unsigned char *nul = nullptr; // the first one: the text ends there, though the line goes on
     const unsigned char *p = start;

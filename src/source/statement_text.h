@@ -50,10 +50,10 @@ struct statement_span {
     size_t size;
 };
 
-// Reads the rest of a statement's line, its line feed too, and puts the word in front of it: length
-// characters, of which as many but one were read. The whole has line_buf_capacity characters at most, and
-// what comes after them is left in the source. Gives the text up to its first NUL.
-statement_span statement_read(const char *word, int32_t length);
+// Reads the rest of a statement's line, its line feed too, after a word of length characters that stands in
+// front of it in the source. The whole has line_buf_capacity characters at most, and what comes after them is
+// left in the source. Gives the text up to its first NUL.
+statement_span statement_read(int32_t length);
 
 // Copies a statement's word, a blank and the rest of its line as read to the output. Gives STATEMENT_DONE,
 // or STATEMENT_END if the source ended before the line did; then the output has no line end.
