@@ -65,6 +65,13 @@ const char *lex_prefixed_end(const char *place)
     return named ? lex_letters_end(word) : place;
 }
 
+lex_piece lex_long_name(const char *place, const char *end)
+{
+    ptrdiff_t limit = *place == '@' ? lex_system_length : lex_name_length;
+    bool surplus = end - place > limit && end < lex_end;
+    return lex_piece{place, static_cast<size_t>(surplus ? limit : end - place)};
+}
+
 lex_token lex_read(const char *place)
 {
     if (lex_is_word(place))

@@ -115,13 +115,15 @@ inline const char *lex_word_end(const char *place)
     return text_is(*place, CHAR_LETTER) ? lex_letters_end(place) : lex_prefixed_end(place);
 }
 
-// The name from a place to the end of its word. One that is too long loses its surplus, but not at the end of
-// the text.
+// A name that may be too long: it loses its surplus, but not at the end of the text.
+lex_piece lex_long_name(const char *place, const char *end);
+
+// The name from a place to the end of its word.
 inline lex_piece lex_name(const char *place, const char *end)
 {
-    ptrdiff_t limit = *place == '@' ? lex_system_length : lex_name_length;
-    bool surplus = end - place > limit && end < lex_end;
-    return lex_piece{place, static_cast<size_t>(surplus ? limit : end - place)};
+    if (end - place > lex_system_length)
+        return lex_long_name(place, end);
+    return lex_piece{place, static_cast<size_t>(end - place)};
 }
 
 // The keyword that a name is, in any case, or null.

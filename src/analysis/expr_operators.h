@@ -50,7 +50,7 @@ constexpr uint8_t level_lowest = 0; // draws every operator in
 constexpr uint8_t level_assignment = 5;
 constexpr uint8_t level_sign = 90; // ~ + - before an operand
 
-struct operator_row {
+struct alignas(8) operator_row {
     int16_t token;
     uint8_t level;       // the power to pull itself into the operand before it; 0: it has none
     uint8_t op;          // of the token alone; OP_NONE: it needs its second character
