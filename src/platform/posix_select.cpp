@@ -1,7 +1,7 @@
 // How the user picks scripts on POSIX: a list on standard input, a dialog program, or a numbered list.
 //
-// Lists of names are one block of NUL-terminated names after each other. When memory runs out the routine
-// in hand says so on standard error and acts as if the user had picked nothing.
+// When memory runs out the routine in hand says so on standard error and acts as if the user had picked
+// nothing.
 #include "platform/platform.h"
 
 #include "support/text.h"
@@ -22,11 +22,10 @@
 // NOLINTNEXTLINE(readability-redundant-declaration): only some C libraries declare it.
 extern char **environ;
 
-// Names, or whatever else grows byte by byte.
+// A text that was read.
 struct byte_list {
     char *bytes; // null while empty
-    size_t used;
-    size_t room;
+    size_t used; // without the NUL after it
 };
 
 // What came of one way to select.
@@ -36,53 +35,25 @@ enum select_result {
     SELECT_MISSING   // this way does not work here
 };
 
-// Makes room for size more bytes. False without memory; the list is as it was then.
-static bool list_reserve(byte_list *list, size_t size)
-{
-    if (size <= list->room - list->used)
-        return true;
-    size_t room = list->room < 4096 ? 4096 : list->room;
-    while (size > room - list->used) {
-        if (room > SIZE_MAX / 2)
-            return false;
-        room *= 2;
-    }
-    char *bytes = static_cast<char *>(realloc(list->bytes, room));
-    if (bytes == nullptr)
-        return false;
-    list->bytes = bytes;
-    list->room = room;
-    return true;
-}
-
-static bool list_add(byte_list *list, const char *bytes, size_t size)
-{
-    if (!list_reserve(list, size))
-        return false;
-    memcpy(list->bytes + list->used, bytes, size);
-    list->used += size;
-    return true;
-}
-
-static void list_free(byte_list *list)
-{
-    free(list->bytes);
-    *list = byte_list{};
-}
-
 static void tell_no_memory()
 {
     fputs("murlconv: out of memory\n", stderr);
 }
 
-// Everything up to the end of file, with one NUL after it that used does not count. An error while reading
-// ends the text. False without memory.
+// Everything up to the end of file, and a NUL. An error while reading ends the text. False without memory.
+// The caller frees the bytes.
 static bool read_all(int file, byte_list *text)
 {
+    size_t room = 0;
     for (;;) {
-        if (!list_reserve(text, 4096))
-            return false;
-        ssize_t got = read(file, text->bytes + text->used, text->room - text->used - 1);
+        if (text->used + 1 >= room) {
+            room = room == 0 ? 8192 : 2 * room;
+            auto *bytes = static_cast<char *>(realloc(text->bytes, room));
+            if (bytes == nullptr)
+                return false;
+            text->bytes = bytes;
+        }
+        ssize_t got = read(file, text->bytes + text->used, room - text->used - 1);
         if (got < 0 && errno == EINTR)
             continue;
         if (got <= 0)
@@ -142,7 +113,7 @@ static select_result select_from_pipe(void (*take)(const char *path, void *conte
         result = take_paths(&text, find_separator(&text), take, context);
     else
         tell_no_memory();
-    list_free(&text);
+    free(text.bytes);
     return result;
 }
 
@@ -213,7 +184,7 @@ static select_result select_from_program(const char *const *arguments, void (*ta
         result = SELECT_MISSING;
     else if (WEXITSTATUS(status) == 0)
         result = take_paths(&text, '\n', take, context);
-    list_free(&text);
+    free(text.bytes);
     return result;
 }
 
@@ -277,55 +248,23 @@ static bool is_output(const char *name)
     return found;
 }
 
-// True for a name that belongs in the list: *.mrl or *.mrp in any case, no folder, not hidden, no output.
-static bool is_script(const char *name)
+// Tells whether an entry belongs in the list: *.mrl or *.mrp in any case, no folder, not hidden, no output.
+static int is_script(const dirent *entry)
 {
+    const char *name = entry->d_name;
     size_t length = strlen(name);
     if (name[0] == '.' || length < 4)
-        return false;
+        return 0;
     const char *extension = name + length - 4;
     if (text_compare_nocase(extension, ".mrl") != 0 && text_compare_nocase(extension, ".mrp") != 0)
-        return false;
+        return 0;
     struct stat info;
-    return stat(name, &info) == 0 && !S_ISDIR(info.st_mode) && !is_output(name);
+    return stat(name, &info) == 0 && !S_ISDIR(info.st_mode) && !is_output(name) ? 1 : 0;
 }
 
-// The current directory's scripts, names with their NULs. False without memory.
-static bool find_scripts(byte_list *names, size_t *count)
+static int compare_names(const dirent **left, const dirent **right)
 {
-    DIR *directory = opendir(".");
-    if (directory == nullptr)
-        return true;
-    bool complete = true;
-    *count = 0;
-    for (const dirent *entry = readdir(directory); complete && entry != nullptr; entry = readdir(directory)) {
-        if (!is_script(entry->d_name))
-            continue;
-        complete = list_add(names, entry->d_name, strlen(entry->d_name) + 1);
-        (*count)++;
-    }
-    closedir(directory);
-    return complete;
-}
-
-static int compare_names(const void *left, const void *right)
-{
-    return strcmp(*static_cast<const char *const *>(left), *static_cast<const char *const *>(right));
-}
-
-// Pointers to the names, sorted; null without memory. The caller frees the array.
-static const char **sort_names(const byte_list *names, size_t count)
-{
-    const char **sorted = static_cast<const char **>(malloc((count + 1) * sizeof(const char *)));
-    if (sorted == nullptr)
-        return nullptr;
-    const char *name = names->bytes;
-    for (size_t i = 0; i < count; i++) {
-        sorted[i] = name;
-        name += strlen(name) + 1;
-    }
-    qsort(sorted, count, sizeof(const char *), compare_names);
-    return sorted;
+    return strcmp((*left)->d_name, (*right)->d_name);
 }
 
 // Shows a name with a question mark for each control character, which would act on the terminal. The second
@@ -341,7 +280,7 @@ static void show_name(const char *name)
     }
 }
 
-static void show_scripts(const char *const *scripts, size_t count)
+static void show_scripts(dirent *const *scripts, size_t count)
 {
     if (count == 0) {
         fputs(
@@ -352,7 +291,7 @@ static void show_scripts(const char *const *scripts, size_t count)
     }
     for (size_t i = 0; i < count; i++) {
         fprintf(stderr, "%5zu  ", i + 1);
-        show_name(scripts[i]);
+        show_name(scripts[i]->d_name);
         fputc('\n', stderr);
     }
     fputs("Convert which? Numbers, ranges like 2-5, paths, or all (an empty line cancels): ", stderr);
@@ -373,7 +312,7 @@ static size_t read_number(const char **text, size_t limit)
 
 // Hands over what one word of the answer stands for. A word that names nothing in the list is a path, so a
 // number out of range is reported as a file that can't be opened.
-static void take_word(const char *word, const char *const *scripts, size_t count,
+static void take_word(const char *word, dirent *const *scripts, size_t count,
                       void (*take)(const char *path, void *context), void *context)
 {
     size_t first = 0;
@@ -395,11 +334,9 @@ static void take_word(const char *word, const char *const *scripts, size_t count
         take(word, context);
         return;
     }
-    for (; first < last; first++)
-        take(scripts[first - 1], context);
-    for (; first > last; first--)
-        take(scripts[first - 1], context);
-    take(scripts[last - 1], context);
+    for (; first != last; first < last ? first++ : first--)
+        take(scripts[first - 1]->d_name, context);
+    take(scripts[last - 1]->d_name, context);
 }
 
 static bool is_separator(char c)
@@ -429,7 +366,7 @@ static char *next_word(char **answer)
     return word;
 }
 
-static select_result take_answer(const char *const *scripts, size_t count,
+static select_result take_answer(dirent *const *scripts, size_t count,
                                  void (*take)(const char *path, void *context), void *context)
 {
     char *line = nullptr;
@@ -448,18 +385,18 @@ static select_result take_answer(const char *const *scripts, size_t count,
 
 static select_result select_from_list(void (*take)(const char *path, void *context), void *context)
 {
-    byte_list names = {};
-    size_t count = 0;
-    select_result result = SELECT_CANCELED;
-    const char **scripts = find_scripts(&names, &count) ? sort_names(&names, count) : nullptr;
-    if (scripts == nullptr) {
+    dirent **scripts = nullptr;
+    int found = scandir(".", &scripts, is_script, compare_names);
+    if (found < 0 && errno == ENOMEM) {
         tell_no_memory();
-    } else {
-        show_scripts(scripts, count);
-        result = take_answer(scripts, count, take, context);
+        return SELECT_CANCELED;
     }
+    auto count = static_cast<size_t>(found < 0 ? 0 : found);
+    show_scripts(scripts, count);
+    select_result result = take_answer(scripts, count, take, context);
+    for (size_t i = 0; i < count; i++)
+        free(scripts[i]);
     free(scripts);
-    list_free(&names);
     return result;
 }
 
