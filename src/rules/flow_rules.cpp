@@ -37,22 +37,17 @@ static void choose_lindim(rule_choice *choice);
 
 // clang-format off
 static constexpr rule_row flow_table[] = {
-    // id, command, old form, effect, tip,
-    //     new form, choice, when
-    {500, "CHAIN", "file", EFFECT_COPIED, nullptr,
-        form("{W} {A1}\n"), nullptr, nullptr},
-    {501, "DOSUB", "label", EFFECT_COPIED, nullptr,
-        form("{W} {A1}\n"), nullptr, nullptr},
-    {502, "GOTO", "label", EFFECT_COPIED, nullptr,
-        form("{W} {A1}\n"), nullptr, nullptr},
-    {503, "IF", "condition", EFFECT_COPIED, nullptr,
-        form("{W} {A1}\n"), nullptr, nullptr},
+    // id, command, old form, effect, tip, new form; where it needs them choice, when
+    {500, "CHAIN", "file", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
+    {501, "DOSUB", "label", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
+    {502, "GOTO", "label", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
+    {503, "IF", "condition", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
     // The attributes stand in the comment alone.
     {505, "CIRDIM", "x, y, z, line, n1, [n2], mode [, a1..a5]", EFFECT_TIP, &tip_cirdim,
         form("// CIRDIM {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, {A7}, {A8}, {A9}, {A10}, {A11}, {A12}\n"
              "\n"
              "CIRDIM {A7}, {A4}, , {A1}, {A2}, {A3}, , {A5}, , {A6}\n"
-             "\n"), nullptr, nullptr},
+             "\n")},
     {506, "LINDIM", "x, y, z, line, n1, n2, mode [, a1..a5]", EFFECT_BY_HAND, &tip_lindim,
         form("// LINDIM {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, {A7}, {A8}, {A9}, {A10}, {A11}, {A12}\n"
              "// new MURL command syntax:\n"

@@ -38,85 +38,66 @@ static constexpr form_code not_implemented = form("// WARNING: {W} has NOT been 
 
 // clang-format off
 static constexpr rule_row input_table[] = {
-    // id, command, old form, effect, tip,
-    //     new form, choice, when
-    {400, "WAIT", "seconds", EFFECT_COPIED, nullptr,
-        form("{W} {A1}\n"), nullptr, nullptr},
+    // id, command, old form, effect, tip, new form; where it needs them choice, when
+    {400, "WAIT", "seconds", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
     {401, "EXEC", "[mode], [text]", EFFECT_REBUILT, nullptr,
         form("// Original MURL command: \n"
              "// {W} {A1}, {A2}\n"
-             "{W} {A2}\n"), nullptr, nullptr},
+             "{W} {A2}\n")},
     // Kept: a blank after the word of EXIT and ABORT.
-    {402, "EXIT", "", EFFECT_COPIED, nullptr,
-        form("{W} \n"), nullptr, nullptr},
-    {403, "ABORT", "", EFFECT_COPIED, nullptr,
-        form("{W} \n"), nullptr, nullptr},
+    {402, "EXIT", "", EFFECT_COPIED, nullptr, form("{W} \n")},
+    {403, "ABORT", "", EFFECT_COPIED, nullptr, form("{W} \n")},
     // Kept: only the entity -1 survives, any other is dropped.
-    {404, "DELENT", "-1", EFFECT_COPIED, nullptr,
-        form("{W} -1\n"), choose_delent, "the entity is -1"},
-    {404, "DELENT", "[entity]", EFFECT_REBUILT, nullptr,
-        form("{W}\n"), nullptr, "the entity is another"},
+    {404, "DELENT", "-1", EFFECT_COPIED, nullptr, form("{W} -1\n"), choose_delent, "the entity is -1"},
+    {404, "DELENT", "[entity]", EFFECT_REBUILT, nullptr, form("{W}\n"), nullptr, "the entity is another"},
     // Kept: a blank at the end, and two if there is no argument.
-    {405, "GETKEY", "[number]", EFFECT_COPIED, nullptr,
-        form("{W} {A1} \n"), nullptr, nullptr},
+    {405, "GETKEY", "[number]", EFFECT_COPIED, nullptr, form("{W} {A1} \n")},
     // Kept: no line end either; the statement took its own with it.
-    {406, "CODE", "text", EFFECT_DROPPED, nullptr,
-        form(""), nullptr, nullptr},
-    {407, "CLOSE", "file", EFFECT_COPIED, nullptr,
-        form("{W} {A1}\n"), nullptr, nullptr},
-    {408, "CLEAR", "variable, ...", EFFECT_COPIED, nullptr,
-        form("{W} {A1}{, A2..}\n"), nullptr, nullptr},
-    {409, "GETALL", "variable [, mode]", EFFECT_COPIED, nullptr,
-        form("{W} {A1}{, A2}\n"), nullptr, nullptr},
+    {406, "CODE", "text", EFFECT_DROPPED, nullptr, form("")},
+    {407, "CLOSE", "file", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
+    {408, "CLEAR", "variable, ...", EFFECT_COPIED, nullptr, form("{W} {A1}{, A2..}\n")},
+    {409, "GETALL", "variable [, mode]", EFFECT_COPIED, nullptr, form("{W} {A1}{, A2}\n")},
     {410, "GETENT", "prompt, variable [, v1..v5]", EFFECT_COPIED, nullptr,
-        form("{W} {A1}, {A2}{, A3}{, A4}{, A5}{, A6}{, A7}\n"), nullptr, nullptr},
-    {411, "GETENTM", "number, variable", EFFECT_COPIED, nullptr,
-        form("{W} {A1}, {A2}\n"), nullptr, nullptr},
+        form("{W} {A1}, {A2}{, A3}{, A4}{, A5}{, A6}{, A7}\n")},
+    {411, "GETENTM", "number, variable", EFFECT_COPIED, nullptr, form("{W} {A1}, {A2}\n")},
     // Kept: a blank and no comma between the second argument and the third.
     {412, "GETENTXY", "x, y, variable [, mode, v1..v5, mode2]", EFFECT_COPIED, nullptr,
-        form("{W} {A1}, {A2} {A3}{, A4}{, A5}{, A6}{, A7}{, A8}{, A9}{, A10}\n"), nullptr, nullptr},
+        form("{W} {A1}, {A2} {A3}{, A4}{, A5}{, A6}{, A7}{, A8}{, A9}{, A10}\n")},
     {413, "GETFLT", "prompt, value, variable [, s1..s9, mode]", EFFECT_RENAMED, nullptr,
         form("// Original MURL command: \n"
              "// {W} {A1}, {A2}, {A3}{menu-comment 4}{menu-mode 13}\n"
-             "GETDBL {A1}, {A2}, {A3}{menu 4}\n"), nullptr, nullptr},
+             "GETDBL {A1}, {A2}, {A3}{menu 4}\n")},
     // Kept: an empty line after the statement; the mode shows nowhere.
     {414, "GETINT", "prompt, value, variable [, s1..s9, mode]", EFFECT_REBUILT, nullptr,
         form("// Original MURL command: \n"
              "// {W} {A1}, {A2}, {A3}{menu-comment 4}\n"
              "GETINT {A1}, {A2}, {A3}{menu 4}\n"
-             "\n"), nullptr, nullptr},
+             "\n")},
     // Kept: an empty line after the statement.
     {415, "GETMENU", "prompt [, s1..s9, mode, mode2]", EFFECT_REBUILT, nullptr,
         form("REM {W} {A1}{getmenu-comment 2}\n"
              "{W} {A1}{menu 2}{getmenu 12}\n"
-             "\n"), nullptr, nullptr},
+             "\n")},
     {416, "GETNEXT", "variable [, mode, v1..v5]", EFFECT_COPIED, nullptr,
-        form("{W} {A1}{, A2}{, A3}{, A4}{, A5}{, A6}{, A7}\n"), nullptr, nullptr},
+        form("{W} {A1}{, A2}{, A3}{, A4}{, A5}{, A6}{, A7}\n")},
     {417, "GETPLANE", "prompt, number [, variable]", EFFECT_REBUILT, nullptr,
         form("// {W} {A1}, {A2}{, A3}\n"
-             "{W} {A1}{, A3}\n"), nullptr, nullptr},
-    {418, "GETPOS", "prompt, number", EFFECT_COPIED, nullptr,
-        form("{W} {A1}, {A2}\n"), nullptr, nullptr},
+             "{W} {A1}{, A3}\n")},
+    {418, "GETPOS", "prompt, number", EFFECT_COPIED, nullptr, form("{W} {A1}, {A2}\n")},
     // Kept: two commas in front of the variable, in the comment too.
     {419, "GETSTR", "prompt, text, variable [, s1..s9, mode]", EFFECT_REBUILT, nullptr,
         form("// {W} {A1}, {A2}, , {A3}{menu-comment 4}{menu-mode 13}\n"
-             "{W} {A1}, {A2}, , {A3}{menu 4}\n"), nullptr, nullptr},
-    {420, "GETVIEW", "number [, variable]", EFFECT_BY_HAND, &tip_getview,
-        form("// {W} {L1}, {A2}\n"), nullptr, nullptr},
-    {421, "INPUT", "format, variable, ...", EFFECT_COPIED, nullptr,
-        form("{W}{scan 1}\n"), nullptr, nullptr},
+             "{W} {A1}, {A2}, , {A3}{menu 4}\n")},
+    {420, "GETVIEW", "number [, variable]", EFFECT_BY_HAND, &tip_getview, form("// {W} {L1}, {A2}\n")},
+    {421, "INPUT", "format, variable, ...", EFFECT_COPIED, nullptr, form("{W}{scan 1}\n")},
     // Kept: an empty item ends the list of these, and those after it are dropped.
-    {422, "PAUSE", "[text, item, ...]", EFFECT_COPIED, nullptr,
-        form("{W} {A1}{, A2..?}\n"), nullptr, nullptr},
-    {423, "PRINT", "text [, item, ...]", EFFECT_COPIED, nullptr,
-        form("{W} {A1}{, A2..?}\n"), nullptr, nullptr},
-    {424, "PROMPT", "text [, item, ...]", EFFECT_COPIED, nullptr,
-        form("{W} {A1}{, A2..?}\n"), nullptr, nullptr},
+    {422, "PAUSE", "[text, item, ...]", EFFECT_COPIED, nullptr, form("{W} {A1}{, A2..?}\n")},
+    {423, "PRINT", "text [, item, ...]", EFFECT_COPIED, nullptr, form("{W} {A1}{, A2..?}\n")},
+    {424, "PROMPT", "text [, item, ...]", EFFECT_COPIED, nullptr, form("{W} {A1}{, A2..?}\n")},
     // Kept: a comma directly after the word; the number is a value, the variables are dropped.
-    {425, "READ", "file, number, variable, ...", EFFECT_COMMENTED, nullptr,
-        form("// {W}, {A1}, {L2}\n"), nullptr, nullptr},
+    {425, "READ", "file, number, variable, ...", EFFECT_COMMENTED, nullptr, form("// {W}, {A1}, {L2}\n")},
     {426, "WRITE", "file, number [, variable, ...]", EFFECT_COPIED, nullptr,
-        form("{W} {A1}, {A2}{, A3..}\n"), nullptr, nullptr},
+        form("{W} {A1}, {A2}{, A3..}\n")},
     // Kept: an empty value leaves no place holder in the comment, and those after the seventh are dropped. Each
     // CALL declares its vectors anew, so that every block can be moved by itself.
     {427, "CALL", "dotprod, x1, y1, z1, x2, y2, z2, result", EFFECT_TIP, &tip_call,
@@ -137,68 +118,54 @@ static constexpr rule_row input_table[] = {
     {427, "CALL", "function [, v1..v7, ...]", EFFECT_BY_HAND, &tip_call,
         form("// {W} {A1}{, A2}{, A3}{, A4}{, A5}{, A6}{, A7}{, A8}\n"
              "\n"), nullptr, "the function is another"},
-    {428, "SPRINT", "variable, text [, item, ...]", EFFECT_COPIED, nullptr,
-        form("{W} {A1}{, A2..?}\n"), nullptr, nullptr},
-    {429, "GETGROUP", "number", EFFECT_COPIED, nullptr,
-        form("{W} {A1}\n"), nullptr, nullptr},
-    {430, "CLEARSEL", "[number]", EFFECT_COPIED, nullptr,
-        form("{W} {A1}\n"), nullptr, nullptr},
-    {431, "GETENV", "name, variable", EFFECT_NOT_IMPLEMENTED, nullptr,
-        not_implemented, nullptr, nullptr},
+    {428, "SPRINT", "variable, text [, item, ...]", EFFECT_COPIED, nullptr, form("{W} {A1}{, A2..?}\n")},
+    {429, "GETGROUP", "number", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
+    {430, "CLEARSEL", "[number]", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
+    {431, "GETENV", "name, variable", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
     // Kept: a lone comma and a blank in the place of what is dropped.
     {432, "GETCOLOR", "prompt, variable [, n1, n2]", EFFECT_COMMENTED, nullptr,
-        form("// {W} {A1}, {A2}, \n"), nullptr, nullptr},
+        form("// {W} {A1}, {A2}, \n")},
     {433, "READDEV", "v1..v4 [, v5..v7, number]", EFFECT_COMMENTED, nullptr,
-        form("// {W} {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, {A7}{, A8}\n"), nullptr, nullptr},
+        form("// {W} {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, {A7}{, A8}\n")},
     {434, "GETCUR", "prompt, n1, n2 [, v1..v5, s1..s9, mode, mode2]", EFFECT_REBUILT, nullptr,
         form("// {W} {A1}, {A2}, {A3}{getcur-comment 4}\n"
-             "{W} {A1}, {A2}, {A3}{getcur 4}\n"), nullptr, nullptr},
+             "{W} {A1}, {A2}, {A3}{getcur 4}\n")},
     // Kept: an empty line after the statement, here and at GETLTYPE.
     {435, "GETLWIDTH", "prompt, variable [, mode]", EFFECT_COPIED, nullptr,
         form("{W} {A1}, {A2}, {A3}\n"
-             "\n"), nullptr, nullptr},
+             "\n")},
     {436, "GETLTYPE", "prompt, variable [, mode]", EFFECT_RENAMED, nullptr,
         form("// {W} {A1}, {A2}, {A3}\n"
              "GETLSTYLE {A1}, {A2}, {A3}\n"
-             "\n"), nullptr, nullptr},
-    {437, "CLEARHST", "[number]", EFFECT_COMMENTED, nullptr,
-        form("// {W}{ A1}\n"), nullptr, nullptr},
+             "\n")},
+    {437, "CLEARHST", "[number]", EFFECT_COMMENTED, nullptr, form("// {W}{ A1}\n")},
     {438, "GETENTID", "number, variable [, v1..v4]", EFFECT_COPIED, nullptr,
-        form("{W} {A1}, {A2}{, A3}{, A4}{, A5}{, A6}\n"), nullptr, nullptr},
-    {439, "BREAD", "number, file, variable [, number2]", EFFECT_NOT_IMPLEMENTED, nullptr,
-        not_implemented, nullptr, nullptr},
-    {440, "BWRITE", "number, file, variable [, number2]", EFFECT_NOT_IMPLEMENTED, nullptr,
-        not_implemented, nullptr, nullptr},
+        form("{W} {A1}, {A2}{, A3}{, A4}{, A5}{, A6}\n")},
+    {439, "BREAD", "number, file, variable [, number2]", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
+    {440, "BWRITE", "number, file, variable [, number2]", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
     // Kept: no line end between "implemented" and the comment after it, in all five commands that have one.
     {441, "ADDCOP", "number, number2", EFFECT_NOT_IMPLEMENTED, nullptr,
-        form("// WARNING: {W} has NOT been implemented// {W} {A1} {A2}\n"), nullptr, nullptr},
+        form("// WARNING: {W} has NOT been implemented// {W} {A1} {A2}\n")},
     {442, "ADDCTYPE", "name, variable", EFFECT_NOT_IMPLEMENTED, nullptr,
-        form("// WARNING: {W} has NOT been implemented// {W} {A1}, {A2}\n"), nullptr, nullptr},
-    {443, "CMOVE", "file, number", EFFECT_NOT_IMPLEMENTED, nullptr,
-        not_implemented, nullptr, nullptr},
-    {444, "CREAD", "file, variable [, number]", EFFECT_NOT_IMPLEMENTED, nullptr,
-        not_implemented, nullptr, nullptr},
-    {445, "CWRITE", "file, variable [, number]", EFFECT_NOT_IMPLEMENTED, nullptr,
-        not_implemented, nullptr, nullptr},
-    {446, "DELCOP", "[entity, number, ...]", EFFECT_REBUILT, nullptr,
-        form("{W} {A1}\n"), nullptr, nullptr},
+        form("// WARNING: {W} has NOT been implemented// {W} {A1}, {A2}\n")},
+    {443, "CMOVE", "file, number", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
+    {444, "CREAD", "file, variable [, number]", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
+    {445, "CWRITE", "file, variable [, number]", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
+    {446, "DELCOP", "[entity, number, ...]", EFFECT_REBUILT, nullptr, form("{W} {A1}\n")},
     // Kept: two comment marks, the lower-case name whatever was typed, and an empty line.
     {447, "DELCTYPE", "name", EFFECT_NOT_IMPLEMENTED, nullptr,
         form("// // {A1} WARNING: delctype has NOT been implemented\n"
-             "\n"), nullptr, nullptr},
+             "\n")},
     // Kept: an empty number ends the list.
     {448, "GETCOP", "entity [, number, ...]", EFFECT_NOT_IMPLEMENTED, nullptr,
-        form("// WARNING: {W} has NOT been implemented// {W} {A1}{, A2..?}\n"), nullptr, nullptr},
+        form("// WARNING: {W} has NOT been implemented// {W} {A1}{, A2..?}\n")},
     {449, "INQCTYPE", "number, variable", EFFECT_NOT_IMPLEMENTED, nullptr,
-        form("// WARNING: {W} has NOT been implemented// {W} {A1}, {A2}\n"), nullptr, nullptr},
+        form("// WARNING: {W} has NOT been implemented// {W} {A1}, {A2}\n")},
     {450, "INQTCODE", "name, variable", EFFECT_NOT_IMPLEMENTED, nullptr,
-        form("// WARNING: {W} has NOT been implemented// {W} {A1}, {A2}\n"), nullptr, nullptr},
-    {451, "MDEOPEN", "name", EFFECT_COPIED, nullptr,
-        form("{W} {A1}\n"), nullptr, nullptr},
-    {452, "MDECLOSE", "name", EFFECT_COPIED, nullptr,
-        form("{W} {A1}\n"), nullptr, nullptr},
-    {454, "SETSTRSZ", "variable, size", EFFECT_NOT_IMPLEMENTED, nullptr,
-        not_implemented, nullptr, nullptr},
+        form("// WARNING: {W} has NOT been implemented// {W} {A1}, {A2}\n")},
+    {451, "MDEOPEN", "name", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
+    {452, "MDECLOSE", "name", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
+    {454, "SETSTRSZ", "variable, size", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
 };
 // clang-format on
 

@@ -4,8 +4,8 @@ rule_record rule_last;
 
 constexpr int32_t system_first = 1000;
 constexpr int32_t system_last = 1999;
-static constexpr rule_row system_row = {system_first, "system commands", "",      EFFECT_SYSTEM,
-                                        nullptr,      form(""),          nullptr, nullptr};
+static constexpr rule_row system_row = {system_first,  "system commands", "",
+                                        EFFECT_SYSTEM, nullptr,           form("")};
 
 static const rule_family *const families[] = {&entity_family, &setting_family, &input_family, &flow_family};
 

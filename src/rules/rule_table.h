@@ -31,8 +31,8 @@ struct rule_row {
     rule_effect effect;
     const form_code *tip; // comment lines in front, or null
     form_code new_form;   // the rest of the output, with its line ends; empty if nothing is left
-    void (*choose)(rule_choice *choice); // settles the choice, null if there is nothing to choose
-    const char *when; // what makes this row the statement's, if its id has several; else null
+    void (*choose)(rule_choice *choice) = nullptr; // settles the choice, null if there is nothing to choose
+    const char *when = nullptr; // what makes this row the statement's, if its id has several; else null
 };
 
 // The rows of ORDDIM, by what they write: BASEDIM, which declares its handle; ADDBASEDIM, which counts on

@@ -45,60 +45,47 @@ static void choose_orddim(rule_choice *choice);
 
 // clang-format off
 static constexpr rule_row setting_table[] = {
-    // id, command, old form, effect, tip,
-    //     new form, choice, when
+    // id, command, old form, effect, tip, new form; where it needs them choice, when
     // Kept: a dropped statement leaves an empty line.
-    {300, "SETTEXT, SETNOTE", "[n1..n8]", EFFECT_DROPPED, nullptr,
-        form("\n"), nullptr, nullptr},
-    {301, "AUTO", "[number]", EFFECT_COPIED, nullptr,
-        form("{W} {A1}\n"), nullptr, nullptr},
-    {302, "HALF", "[number]", EFFECT_COPIED, nullptr,
-        form("{W} {A1}\n"), nullptr, nullptr},
-    {303, "DBLSCL", "[number]", EFFECT_COPIED, nullptr,
-        form("{W} {A1}\n"), nullptr, nullptr},
+    {300, "SETTEXT, SETNOTE", "[n1..n8]", EFFECT_DROPPED, nullptr, form("\n")},
+    {301, "AUTO", "[number]", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
+    {302, "HALF", "[number]", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
+    {303, "DBLSCL", "[number]", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
     {304, "REDRAW", "[number]", EFFECT_NOT_IMPLEMENTED, nullptr,
         form("REM **** WARNING: {W} has NOT been implemented\n"
-             "REM {W}{ A1}\n"), nullptr, nullptr},
+             "REM {W}{ A1}\n")},
     // The mode is a value, the other arguments stay as typed; without one the mode is 0.
-    {305, "SCALE", "[scale, x, y, mode]", EFFECT_REBUILT, nullptr,
-        form("{W} {L4}, {A1}, {A2}, {A3}\n"), nullptr, nullptr},
+    {305, "SCALE", "[scale, x, y, mode]", EFFECT_REBUILT, nullptr, form("{W} {L4}, {A1}, {A2}, {A3}\n")},
     {306, "WINDOW", "x1, y1, x2, y2 [, mode]", EFFECT_REBUILT, nullptr,
-        form("{W} {A1}, {A2}, , {A3}, {A4}, , {A5}\n"), nullptr, nullptr},
-    {307, "LEVELS", "first, last [, mode]", EFFECT_COMMENTED, nullptr,
-        form("REM {W} {A1}, {A2}{, A3}\n"), nullptr, nullptr},
-    {308, "MODE", "word", EFFECT_COPIED, nullptr,
-        form("{W} {A1}\n"), nullptr, nullptr},
+        form("{W} {A1}, {A2}, , {A3}, {A4}, , {A5}\n")},
+    {307, "LEVELS", "first, last [, mode]", EFFECT_COMMENTED, nullptr, form("REM {W} {A1}, {A2}{, A3}\n")},
+    {308, "MODE", "word", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
     {309, "CLS", "[number]", EFFECT_NOT_IMPLEMENTED, nullptr,
         form("REM **** WARNING: {W} has NOT been implemented\n"
-             "REM {W}{ A1}\n"), nullptr, nullptr},
+             "REM {W}{ A1}\n")},
     {310, "SET", "word [, value, ...]", EFFECT_COPIED, nullptr,
         form("{W} {A1}{, A2..}\n"), choose_set, "the word is another than COLLECT"},
     {310, "SET", "COLLECT [, mode, ...]", EFFECT_COMMENTED, nullptr,
         form("REM {W} {A1}{, A2..}\n"), nullptr, "the word is COLLECT"},
-    {311, "GROUP", "name, number, number2", EFFECT_COMMENTED, nullptr,
-        form("REM {W} {A1}, {A2}, {A3}\n"), nullptr, nullptr},
-    {312, "PALETTE", "number, number2, variable", EFFECT_COPIED, nullptr,
-        form("{W} {A1}, {A2}, {A3}\n"), nullptr, nullptr},
-    {313, "SETCUR", "x, y [, mode]", EFFECT_COMMENTED, nullptr,
-        form("REM {W} {A1}, {A2}{, L3}\n"), nullptr, nullptr},
+    {311, "GROUP", "name, number, number2", EFFECT_COMMENTED, nullptr, form("REM {W} {A1}, {A2}, {A3}\n")},
+    {312, "PALETTE", "number, number2, variable", EFFECT_COPIED, nullptr, form("{W} {A1}, {A2}, {A3}\n")},
+    {313, "SETCUR", "x, y [, mode]", EFFECT_COMMENTED, nullptr, form("REM {W} {A1}, {A2}{, L3}\n")},
     // Kept: no comma after the second number. All are values here.
     {314, "PRANGE", "number, number2, x1, y1, z1, x2, y2, z2", EFFECT_COMMENTED, nullptr,
-        form("REM {W} {L1}, {L2} {D3}, {D4}, {D5}, {D6}, {D7}, {D8}\n"), nullptr, nullptr},
-    {315, "DEFATTR", "name, ...", EFFECT_COPIED, nullptr,
-        form("{W} {A1}{, A2..}\n"), nullptr, nullptr},
-    {316, "SETATTR", "[number, value, ...]", EFFECT_COPIED, nullptr,
-        form("{W} {A1}{, A2..}\n"), nullptr, nullptr},
+        form("REM {W} {L1}, {L2} {D3}, {D4}, {D5}, {D6}, {D7}, {D8}\n")},
+    {315, "DEFATTR", "name, ...", EFFECT_COPIED, nullptr, form("{W} {A1}{, A2..}\n")},
+    {316, "SETATTR", "[number, value, ...]", EFFECT_COPIED, nullptr, form("{W} {A1}{, A2..}\n")},
     // Kept: two blanks in front of the quoted command, an empty line after it.
     {317, "DRAWENT", "[entity, mode, color]", EFFECT_BY_HAND, &tip_drawent,
         form("//  {W} {I1}, {L2}, {L3}\n"
-             "\n"), nullptr, nullptr},
+             "\n")},
     // Kept: two empty lines at the end.
     {318, "ANGDIM", "x, y, z, line, number, mode [, a1..a5]", EFFECT_BY_HAND, &tip_angdim,
         form("// {W} {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, {A7}, {A8}, {A9}, {A10}, {A11}\n"
              "// new MURL command syntax:\n"
              "// {W}, 0, {A6}, {A4}, , {A1}, {A2}, {A3}, , , , {A5}, , , , , {A8}, {A9}, {A10}, {A11}\n"
              "\n"
-             "\n"), nullptr, nullptr},
+             "\n")},
     {319, "ORDDIM", "x, y, z, line, n1, n2, mode [, a1..a5]", EFFECT_BY_HAND, &tip_orddim,
         form("// ORDDIM {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, {A7}, {A8}, {A9}, {A10}, {A11}, {A12}\n"
              "// Entity pointer for the parent Baseline dim\n"
