@@ -9,33 +9,16 @@
 #include "support/number.h"
 #include "support/output.h"
 #include "support/text.h"
-#include "support/word_index.h"
 
 #include <string.h>
 
 constexpr int32_t value_line_length = 511; // characters of a line of initial values that are read at once
 
-struct decl_type {
-    char name[7];
-    int8_t type;
-};
-
-// Sorted by name.
-static constexpr decl_type decl_type_table[] = {
-    {"CHAR", VAR_CHAR},   {"DOUBLE", VAR_DOUBLE}, {"FLOAT", VAR_FLOAT}, {"INT", VAR_INT},
-    {"LONG", VAR_LONG},   {"SHORT", VAR_SHORT},   {"SLIST", VAR_SLIST}, {"STRING", VAR_STRING},
-    {"UCHAR", VAR_UCHAR}, {"UINT", VAR_UINT},     {"ULONG", VAR_ULONG}, {"USHORT", VAR_USHORT},
-};
-
-constexpr int decl_type_count = sizeof decl_type_table / sizeof decl_type_table[0];
-static_assert(decl_type_count == 12, "a row for each type");
-static constexpr auto decl_type_index = word_index_make<256>(decl_type_table);
-
 // The type of a word, or VAR_NONE.
 static int8_t decl_type_find(const char *word)
 {
-    int row = word_index_find(decl_type_index, word, strlen(word));
-    return row < 0 ? static_cast<int8_t>(VAR_NONE) : decl_type_table[row].type;
+    const expr_keyword *keyword = lex_keyword({word, strlen(word)});
+    return keyword != nullptr ? keyword->type_code : static_cast<int8_t>(VAR_NONE);
 }
 
 // ---- Lists and references ----

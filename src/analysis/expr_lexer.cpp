@@ -1,5 +1,6 @@
 #include "analysis/expr_lexer.h"
 
+#include "analysis/var_store.h"
 #include "support/number.h"
 #include "support/text.h"
 #include "support/word_index.h"
@@ -16,11 +17,14 @@ static bool reads_decoded; // the text that is read is in lex_decoded
 
 // Sorted by name.
 static constexpr expr_keyword expr_keyword_table[] = {
-    {"ARRAY", TOKEN_ARRAY, 0},      {"CHAR", TOKEN_TYPEWORD, 1},    {"COPSIZE", TOKEN_COPSIZE, 0},
-    {"DOUBLE", TOKEN_TYPEWORD, 10}, {"FLOAT", TOKEN_TYPEWORD, 9},   {"INT", TOKEN_TYPEWORD, 5},
-    {"LONG", TOKEN_TYPEWORD, 7},    {"SHORT", TOKEN_TYPEWORD, 3},   {"SIZEOF", TOKEN_SIZEOF, 0},
-    {"SLIST", TOKEN_TYPEWORD, 12},  {"STRING", TOKEN_TYPEWORD, 11}, {"UCHAR", TOKEN_TYPEWORD, 2},
-    {"UINT", TOKEN_TYPEWORD, 6},    {"ULONG", TOKEN_TYPEWORD, 8},   {"USHORT", TOKEN_TYPEWORD, 4},
+    {"ARRAY", TOKEN_ARRAY, VAR_NONE},       {"CHAR", TOKEN_TYPEWORD, VAR_CHAR},
+    {"COPSIZE", TOKEN_COPSIZE, VAR_NONE},   {"DOUBLE", TOKEN_TYPEWORD, VAR_DOUBLE},
+    {"FLOAT", TOKEN_TYPEWORD, VAR_FLOAT},   {"INT", TOKEN_TYPEWORD, VAR_INT},
+    {"LONG", TOKEN_TYPEWORD, VAR_LONG},     {"SHORT", TOKEN_TYPEWORD, VAR_SHORT},
+    {"SIZEOF", TOKEN_SIZEOF, VAR_NONE},     {"SLIST", TOKEN_TYPEWORD, VAR_SLIST},
+    {"STRING", TOKEN_TYPEWORD, VAR_STRING}, {"UCHAR", TOKEN_TYPEWORD, VAR_UCHAR},
+    {"UINT", TOKEN_TYPEWORD, VAR_UINT},     {"ULONG", TOKEN_TYPEWORD, VAR_ULONG},
+    {"USHORT", TOKEN_TYPEWORD, VAR_USHORT},
 };
 
 constexpr int keyword_count = sizeof expr_keyword_table / sizeof expr_keyword_table[0];

@@ -43,7 +43,7 @@ struct lex_token {
 struct expr_keyword {
     char name[8];
     int16_t code;
-    int8_t type_code; // of a TYPEWORD: a variable type
+    int8_t type_code; // of a TYPEWORD: a variable type; else VAR_NONE
 };
 
 // The letters that keywords begin with, a bit for each, a the second one: most names begin with another.
