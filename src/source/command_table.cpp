@@ -156,19 +156,10 @@ constexpr bool ids_in_range()
     return true;
 }
 
-constexpr bool names_ascend()
-{
-    for (size_t i = 1; i < command_order.size(); i++)
-        if (!key_less(command_order[i - 1].key, command_order[i].key))
-            return false;
-    return true;
-}
-
 static_assert(command_row_count == command_count, "the number of commands");
 static_assert(rows_well_formed(), "a name has 1 to 11 word characters, a spec pairs of hexadecimal digits");
 static_assert(specs_known(), "an unknown type code, or a flag where it can't stand");
 static_assert(ids_in_range(), "an id outside its family's range, or out of order");
-static_assert(names_ascend(), "two commands of one name");
 
 // ---- The table itself ----
 
