@@ -24,7 +24,7 @@ static void define_options(CLI::App *app, command_line *line)
     std::vector<std::string> words;
     for (const kind_row &row : kind_table)
         words.emplace_back(row.word);
-    app->add_option("paths", options.paths, "scripts and folders")->required()->type_name("PATH");
+    app->add_option("paths", options.paths, "scripts and folders")->type_name("PATH");
     app->add_option("--csv", options.csv, "write the items as CSV; - for standard output")->type_name("FILE");
     app->add_option("--json", options.json, "write the report as JSON; - for standard output")
         ->type_name("FILE");
@@ -59,10 +59,12 @@ static bool settle(command_line *line)
     for (std::string &command : options.commands)
         for (char &c : command)
             c = static_cast<char>(toupper(static_cast<unsigned char>(c)));
+    if (options.paths.empty())
+        report_trouble("a path is missing (murlreport --help tells more)");
     int taken = (options.csv == "-") + (options.json == "-") + (options.html == "-");
     if (taken > 1)
         report_trouble("only one of --csv, --json and --html can go to standard output");
-    return taken <= 1;
+    return taken <= 1 && !options.paths.empty();
 }
 
 static int run(int argc, char **argv)
