@@ -190,6 +190,14 @@ TEST(properties, a_statement_may_be_longer_than_the_window)
               "REM x\n" + gap + "WAIT 1\ny = 1\n\n");
 }
 
+// What SPLINE's look at its argument gives back is read anew, and pairs up another way.
+TEST(properties, a_look_at_a_spline_goes_back_by_bytes)
+{
+    EXPECT_EQ(converted("SPLINE\r\\\n 1"), " 1\n");
+    EXPECT_EQ(converted("SPLINE\r\\\n"), "");
+    EXPECT_EQ(converted(std::string("SPLINE \t\0\\\n\r", 12)), "\r");
+}
+
 // A plausible argument for each position of a row.
 static std::string statement_of(const command_source_row &row)
 {

@@ -63,8 +63,7 @@ int32_t label_define(const char *word)
 int32_t line_directive(const char *)
 {
     char operands[line_operands_size + 1];
-    if (src_read_line(operands, line_operands_size) == 0)
-        return STATEMENT_TEXT;
+    (void)src_read_line(operands, line_operands_size);
     return line_directive_parse(operands);
 }
 

@@ -463,6 +463,8 @@ TEST_F(expr_eval_test, keeps_the_effects_of_a_text_that_fails)
     expect_values({
         {"a = 1 )", "null: syntax error"},
         {"a", "1"},
+        {"a = 7' ~1", "null: syntax error"}, // the inches begin, and lack their mark
+        {"a", "1"},
         {"(a = 2) / 0", "null: divide by zero"},
         {"a", "2"},
         {"1 ? 5 : (a = 3)", "5"},
