@@ -409,7 +409,7 @@ static int type_size_hash(lex_piece word)
 }
 
 // operation: ( expr )
-[[gnu::noinline]] static expr_value parse_parentheses(const char *place, int32_t depth)
+static inline expr_value parse_parentheses(const char *place, int32_t depth)
 {
     if ((place = take(place, place + 1, depth)) == nullptr)
         return no_value;
