@@ -23,7 +23,7 @@ MEGABYTE = 1 << 20
 PEAK = 20 * MEGABYTE
 TIME_OUT = 300  # seconds a run
 TIME_FACTOR = 2
-TIME_NOISE = 0.02  # seconds
+TIME_NOISE = 0.1  # seconds; a run of a few milliseconds may be counted as none
 ADDRESS_SPACE = 2048 * MEGABYTE  # of the converter, so that a fault doesn't take the machine down
 LINE = 3900  # characters of a statement that nobody knows
 
