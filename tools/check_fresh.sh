@@ -35,6 +35,7 @@ in_fresh() {
     # shellcheck disable=SC2016 # for the shell inside
     env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root \
         ${http_proxy:+http_proxy="$http_proxy"} ${https_proxy:+https_proxy="$https_proxy"} \
+        ${authorities:+NODE_EXTRA_CA_CERTS="$authorities"} \
         unshare --mount --pid --fork --kill-child chroot "$fresh" \
         sh -c 'mount -t proc proc /proc && mount -t tmpfs shm /dev/shm && mount -t devpts pts /dev/pts &&
             cd /murlconv && exec "$@"' sh "$@" || status=$?
@@ -62,6 +63,12 @@ apt-config dump Acquire | grep -E '^Acquire::(https?::|Check-)' >"$fresh/etc/apt
 for passwords in /etc/apt/auth.conf /etc/apt/auth.conf.d; do
     [ ! -e $passwords ] || cp -R $passwords "$fresh/etc/apt/"
 done
+# Where this machine trusts an authority of its own, npm has to as well.
+authorities=
+if [ -n "${NODE_EXTRA_CA_CERTS-}" ]; then
+    authorities=/etc/npm_authorities.pem
+    cp "$NODE_EXTRA_CA_CERTS" "$fresh$authorities"
+fi
 mkdir "$fresh/murlconv"
 git ls-files -z --cached --others --exclude-standard | tar --null --files-from=- -cf - | tar -C "$fresh/murlconv" -xf -
 printf '== a minimal %s: %d s, %d MB\n' "$suite" $(($(date +%s) - start)) "$(size)"

@@ -98,7 +98,7 @@ async function looks(page) {
     for (const width of [1280, 390]) {
       await page.setViewportSize({ width, height: 900 });
       await page.emulateMedia({ colorScheme: theme });
-      await page.waitForFunction((wanted) => document.documentElement.dataset.theme === wanted, theme);
+      await page.waitForSelector('html[data-theme=' + theme + ']');
       await page.screenshot({ path: folder + '/all_' + theme + '_' + width + '.png' });
       assert.ok(await page.evaluate(() => document.documentElement.scrollWidth <= innerWidth), 'nothing sticks out at ' + width);
       await page.evaluate(() => { location.hash = 'file=' + files.findIndex((file) => file.path.endsWith('menu.mrl')); });
