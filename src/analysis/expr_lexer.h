@@ -1,8 +1,9 @@
 // Expression lexer: cuts an expression text into tokens.
 //
 // A place in the text is a pointer, and so is all that a reader has to remember; nothing in the text is
-// changed. The value of a name is a piece of the text. Where an operand may begin, lex_read reads whatever
-// token there is; where an operator may stand, the code of the punctuation there says enough.
+// changed. The value of a name is a piece of the text. Where an operand may begin, lex_is_number and
+// lex_is_word tell what is to be read there; where an operator may stand, its code. lex_read reads whatever
+// token there is.
 #pragma once
 
 #include "support/scan.h"
