@@ -2,16 +2,15 @@
 // above the level of the rule that the operand will complete. The two levels of an operator differ where the
 // grammar is no simple ladder: <= has the token level of <, but as a finished rule it draws everything in.
 //
-//   1 + 2*3              level 0: operand 1. The token + (60) is above 0: it is taken, and its right side
-//   read
-//                        at the level of the rule +, 60. There: operand 2; the token * (70) is above 60: it
-//                        is taken, its right side is 3. The end (0) is above nothing: 2*3 is completed, then
-//                        1+6.
-//   a = 5' 6" != 2       A name with = after it begins an assignment: its right side is read at level 5.
-//   There:
-//                        operand 5; the token ' (100) makes it feet, and what can begin an operand begins the
-//                        inches: operand 6, whose " closes the pair. The token ! (100) is taken with its =,
-//                        and the right side, 2, is read at 40. The end completes !=, then the assignment.
+//   1 + 2*3
+//     At level 0: operand 1. The token + (60) is above 0: it is taken, and its right side is read at the
+//     level of the rule +, 60. There: operand 2; the token * (70) is above 60: it is taken, its right side
+//     is 3. The end (0) is above nothing: 2*3 is completed, then 1+6.
+//   a = 5' 6" != 2
+//     A name with = after it begins an assignment: its right side is read at level 5. There: operand 5; the
+//     token ' (100) makes it feet, and what can begin an operand begins the inches: operand 6, whose " closes
+//     the pair. The token ! (100) is taken with its =, and the right side, 2, is read at 40. The end
+//     completes the comparison, then the assignment.
 //
 // A routine is given the place of the first token of what it reads, and gives the place of the token after
 // it. Each production of the grammar stands at the code that completes it.
