@@ -68,11 +68,12 @@ static int32_t store_number(arg_list *list, const arg_text &arg, uint8_t type)
 {
     if (arg.size > arg_text_room)
         return FETCH_TOO_LONG;
-    if (arg.size <= 16 && scan_is_number(arg.text, arg.size)) {
+    auto *text = reinterpret_cast<const char *>(arg.text);
+    if (arg.size <= 16 && scan_is_number(text, arg.size)) {
         slot_fill(list->slot, arg.text, arg.size, type | HOLDS_PLAIN);
     } else {
         slot_fill(list->slot, arg.text, arg.size, type);
-        const double *value = eval_expr(list->slot->text, arg.size);
+        const double *value = eval_expr(text, arg.size);
         list->evaluated = true;
         if (value == nullptr)
             return FETCH_EXPRESSION;

@@ -10,17 +10,6 @@
 
 #include <string.h>
 
-// The scans give pointers to what they were given.
-static unsigned char *scan_raw_from(unsigned char *p)
-{
-    return p + (scan_raw(p) - p);
-}
-
-static unsigned char *scan_string_from(unsigned char *p)
-{
-    return p + (scan_string(p) - p);
-}
-
 // Moves the characters between from and p to to. Gives the end of the text.
 static unsigned char *close_up(unsigned char *to, const unsigned char *from, const unsigned char *p)
 {
@@ -40,20 +29,12 @@ static int take_one(unsigned char *p, unsigned char *keep)
 
 // ---- Raw text ----
 
-// What ends a raw text: a comma outside of parentheses, and a line feed anywhere. A table, since which of the
-// two it is can't be foreseen.
-struct raw_end_map {
-    uint8_t level[256];
-};
-
-static constexpr raw_end_map raw_ends_make()
+// Tells whether a character ends a raw text: a comma outside of parentheses, or a line feed. Which of the two
+// it is can't be foreseen, so nothing branches on it.
+static inline bool ends_raw(unsigned char c, int32_t depth)
 {
-    raw_end_map map{};
-    map.level[uint8_t{','}] = 1;
-    map.level[uint8_t{'\n'}] = 2;
-    return map;
+    return (c == '\n') | ((c == ',') & (depth <= 0));
 }
-static constexpr raw_end_map raw_ends = raw_ends_make();
 
 static int32_t read_raw(bool counted, arg_text *arg)
 {
@@ -65,14 +46,14 @@ static int32_t read_raw(bool counted, arg_text *arg)
     arg->text = start;
     arg->quoted = false;
     for (;;) {
-        p = scan_raw_from(p);
+        p += scan_raw(p);
         if ((to - start) + (p - from) >= line_buf_capacity) {
             p = from + (line_buf_capacity - (to - start));
             to = close_up(to, from, p);
             arg->last = take_one(p, to);
             break;
         }
-        if (raw_ends.level[*p] > (depth > 0)) {
+        if (ends_raw(*p, depth)) {
             to = close_up(to, from, p);
             arg->last = *p;
             src.pos = p + 1;
@@ -178,7 +159,7 @@ static int32_t read_string(arg_text *arg)
     int32_t fault = 0;
     bool nul = false;
     for (;;) {
-        p = scan_string_from(p);
+        p += scan_string(p);
         int64_t stored = (to - start) + (p - from);
         bool full = stored >= line_buf_capacity;
         if (full)

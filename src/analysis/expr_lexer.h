@@ -103,8 +103,7 @@ inline const char *lex_after(const char *place, int16_t code)
 // The end of the letters, digits and underscores from a place on.
 inline const char *lex_letters_end(const char *place)
 {
-    return reinterpret_cast<const char *>(scan_word(reinterpret_cast<const unsigned char *>(place),
-                                                    reinterpret_cast<const unsigned char *>(lex_end)));
+    return place + scan_word(place, static_cast<size_t>(lex_end - place));
 }
 
 const char *lex_prefixed_end(const char *place); // lex_word_end at a $ or @

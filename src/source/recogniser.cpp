@@ -47,7 +47,7 @@ static const unsigned char *word_end()
         while (label && p < src.end && p < limit && (char_classes.bits[*p] & CHAR_WHITE) == 0)
             p++;
         if (!label)
-            p = scan_word(p, src.end);
+            p += scan_word(p, static_cast<size_t>(src.end - p));
         if (p < src.end || p >= limit || !src_more(src.pos))
             return p < limit ? p : limit;
     }

@@ -144,12 +144,11 @@ static void fold(const unsigned char *from, const unsigned char *raw_end)
     unsigned char *to = src.end;
     tail_size = 0;
     while (from < raw_end) {
-        const unsigned char *special = scan_fold(from, raw_end);
-        auto run = static_cast<size_t>(special - from);
+        size_t run = scan_fold(from, static_cast<size_t>(raw_end - from));
         if (to != from)
             memmove(to, from, run);
         to += run;
-        from = special;
+        from += run;
         if (from == raw_end)
             break;
         size_t taken = fold_special(&to, from, static_cast<size_t>(raw_end - from));

@@ -16,7 +16,7 @@ statement_span statement_read(int32_t length)
     const unsigned char *nul = nullptr; // the first one: the text ends there, though the line goes on
     const unsigned char *p = start;
     for (;;) {
-        p = scan_line(p);
+        p += scan_line(p);
         if (p >= limit) {
             p = limit;
             break;
