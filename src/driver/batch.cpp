@@ -55,7 +55,7 @@ struct batch_run {
 static char *output_path_make(const char *input_path)
 {
     size_t length = strlen(input_path);
-    size_t extension = plat_split_path(input_path).extension_start;
+    size_t extension = plat_extension_start(input_path);
     auto *path = static_cast<char *>(malloc(length + sizeof output_suffix));
     if (path == nullptr)
         return nullptr;

@@ -38,12 +38,8 @@ void plat_close(const plat_file *file);
 // much memory bit by bit, for which the platform may have a better way than for a little.
 void plat_prepare_memory();
 
-// Where a path's file name can be split.
-struct plat_path_parts {
-    size_t base_start;      // index of the file name's first character, after drive and folders
-    size_t extension_start; // index of the dot of the extension; the path's length if it has none
-};
-plat_path_parts plat_split_path(const char *path);
+// Index of the dot with which the extension of a path's file name begins; the path's length if it has none.
+size_t plat_extension_start(const char *path);
 
 // Lets the user pick scripts. Calls take(path, context) for each path in the order of the selection, the
 // first time when the whole selection is known; the path belongs to the caller of take and is valid during

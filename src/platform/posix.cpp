@@ -131,16 +131,11 @@ void plat_prepare_memory()
 #endif
 }
 
-plat_path_parts plat_split_path(const char *path)
+size_t plat_extension_start(const char *path)
 {
-    plat_path_parts parts;
     const char *slash = strrchr(path, '/');
-    parts.base_start = slash == nullptr ? 0 : static_cast<size_t>(slash + 1 - path);
-    const char *base = path + parts.base_start;
-    const char *dot = strrchr(base, '.');
-    parts.extension_start =
-        parts.base_start + (dot == nullptr ? strlen(base) : static_cast<size_t>(dot - base));
-    return parts;
+    const char *dot = strrchr(slash != nullptr ? slash : path, '.');
+    return dot != nullptr ? static_cast<size_t>(dot - path) : strlen(path);
 }
 
 void plat_show_line(const char *text)

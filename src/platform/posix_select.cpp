@@ -236,7 +236,7 @@ static select_result select_from_dialog(void (*take)(const char *path, void *con
 static bool is_output(const char *name)
 {
     constexpr size_t suffix = sizeof output_suffix - 1;
-    size_t stem = plat_split_path(name).extension_start;
+    size_t stem = plat_extension_start(name);
     if (stem < suffix || memcmp(name + stem - suffix, output_suffix, suffix) != 0)
         return false;
     char *input = strdup(name);

@@ -87,16 +87,11 @@ void plat_close(const plat_file *file)
 
 void plat_prepare_memory() {}
 
-plat_path_parts plat_split_path(const char *path)
+size_t plat_extension_start(const char *path)
 {
-    plat_path_parts parts;
-    parts.base_start = winpath_base_start(path);
-    const char *base = path + parts.base_start;
     // No double-byte character has a dot for its second byte.
-    const char *dot = strrchr(base, '.');
-    parts.extension_start =
-        parts.base_start + (dot == nullptr ? strlen(base) : static_cast<size_t>(dot - base));
-    return parts;
+    const char *dot = strrchr(path + winpath_base_start(path), '.');
+    return dot != nullptr ? static_cast<size_t>(dot - path) : strlen(path);
 }
 
 // The folder that the dialog starts in, null without memory: the program's own, when it was started by its

@@ -29,7 +29,7 @@ static bool is_script_name(std::string_view name)
 std::string output_path_of(const std::string &path)
 {
     std::string output = path;
-    return output.insert(plat_split_path(path.c_str()).extension_start, output_suffix);
+    return output.insert(plat_extension_start(path.c_str()), output_suffix);
 }
 
 struct script_walk {
