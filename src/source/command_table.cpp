@@ -33,40 +33,25 @@ constexpr command_key key_make(const char *name)
     return key;
 }
 
-struct sorted_row {
-    command_key key;
-    int16_t source; // index in command_rows
+struct row_order {
+    uint16_t place[command_row_count];
 };
 
-using sorted_rows = std::array<sorted_row, command_row_count>;
-
-// Merge sort, from runs of one row up.
-constexpr sorted_rows rows_sort()
+// The place of each of command_rows: the number of rows whose names come before its own.
+constexpr row_order rows_order()
 {
-    sorted_rows rows{};
-    for (int i = 0; i < command_row_count; i++)
-        rows[static_cast<size_t>(i)] = sorted_row{key_make(command_rows[i].name), static_cast<int16_t>(i)};
-    const size_t count = rows.size();
-    for (size_t run = 1; run < count; run *= 2) {
-        sorted_rows merged{};
-        for (size_t start = 0; start < count; start += 2 * run) {
-            size_t middle = start + run < count ? start + run : count;
-            size_t end = start + 2 * run < count ? start + 2 * run : count;
-            size_t left = start;
-            size_t right = middle;
-            for (size_t to = start; to < end; to++) {
-                bool from_left =
-                    right >= end || (left < middle && !key_less(rows[right].key, rows[left].key));
-                merged[to] = from_left ? rows[left++] : rows[right++];
-            }
-        }
-        rows = merged;
+    row_order order{};
+    command_key keys[command_row_count]{};
+    for (int i = 0; i < command_row_count; i++) {
+        keys[i] = key_make(command_rows[i].name);
+        for (int j = 0; j < i; j++)
+            order.place[key_less(keys[i], keys[j]) ? j : i]++;
     }
-    return rows;
+    return order;
 }
 
 // A row's place in this order is its index for everybody; words are found by a hash, not by a search in it.
-static constexpr sorted_rows command_order = rows_sort();
+static constexpr row_order command_order = rows_order();
 
 // ---- The specs as bytes ----
 
@@ -170,16 +155,14 @@ struct command_rows_sorted {
 constexpr command_rows_sorted rows_make()
 {
     command_rows_sorted sorted{};
-    auto &table = sorted.row;
     for (size_t i = 0; i < command_row_count; i++) {
-        auto source = static_cast<size_t>(command_order[i].source);
-        const command_source_row &row = command_rows[source];
-        for (int c = 0; row.name[c] != 0; c++)
-            table[i].name[c] = row.name[c];
-        table[i].id = row.id;
-        table[i].spec_count = static_cast<uint8_t>(spec_length(row.spec));
-        table[i].spec =
-            table[i].spec_count != 0 ? command_specs.bytes.data() + command_specs.start[source] : nullptr;
+        const command_source_row &source = command_rows[i];
+        cmd_row &row = sorted.row[command_order.place[i]];
+        for (int c = 0; source.name[c] != 0; c++)
+            row.name[c] = source.name[c];
+        row.id = source.id;
+        row.spec_count = static_cast<uint8_t>(spec_length(source.spec));
+        row.spec = row.spec_count != 0 ? command_specs.bytes.data() + command_specs.start[i] : nullptr;
     }
     return sorted;
 }
