@@ -2,6 +2,8 @@
 
 #include <stdarg.h>
 
+#include <charconv>
+
 out_state out_file;
 void (*out_sink)(const char *bytes, size_t size);
 
@@ -48,17 +50,9 @@ void out_bytes_slow(const char *bytes, size_t size)
 
 static void out_integer(int32_t value)
 {
-    char digits[12];
-    int at = sizeof digits;
-    int64_t rest = value < 0 ? -static_cast<int64_t>(value) : value;
-    do {
-        digits[--at] = static_cast<char>('0' + rest % 10);
-        rest /= 10;
-    } while (rest > 0);
-    if (value < 0)
-        digits[--at] = '-';
-    for (; at < static_cast<int>(sizeof digits); at++)
-        out_char(digits[at]);
+    constexpr size_t size_max = 11;
+    char *place = out_take_place(size_max);
+    out_give_place(std::to_chars(place, place + size_max, value).ptr);
 }
 
 static void out_float(double value)
