@@ -44,8 +44,10 @@ template <typename T> static double load(const unsigned char *from)
     return static_cast<double>(value);
 }
 
-static double value_load(int8_t type, const unsigned char *from)
+static inline double value_load(int8_t type, const unsigned char *from)
 {
+    if (type == VAR_DOUBLE) // most variables are
+        return load<double>(from);
     switch (type) {
     case VAR_UCHAR: return load<uint8_t>(from);
     case VAR_SHORT: return load<int16_t>(from);
@@ -55,7 +57,6 @@ static double value_load(int8_t type, const unsigned char *from)
     case VAR_UINT:
     case VAR_ULONG: return load<uint32_t>(from);
     case VAR_FLOAT: return load<float>(from);
-    case VAR_DOUBLE: return load<double>(from);
     default: return load<int8_t>(from); // CHAR, and a character of a string or a string list
     }
 }
@@ -80,10 +81,6 @@ double var_store_value(double value)
 {
     if (cur_ptr == nullptr)
         return value;
-    if (cur_type == VAR_DOUBLE) {
-        memcpy(cur_ptr, &value, sizeof value);
-        return value;
-    }
     value_store(cur_type, value, cur_ptr);
     return value_load(cur_type, cur_ptr);
 }
@@ -126,10 +123,7 @@ int32_t var_read(const char *name, size_t name_size, int32_t *size_out)
         return VAR_UNKNOWN;
     cur_type = rec->type;
     if (rec->ndims == 0) {
-        if (rec->type == VAR_DOUBLE)
-            memcpy(&cur_value, rec->value, sizeof(double));
-        else
-            cur_value = value_load(rec->type, rec->value);
+        cur_value = value_load(rec->type, rec->value);
         cur_ptr = rec->value;
     } else {
         cur_var = static_cast<int32_t>(rec - var_table);
