@@ -121,13 +121,9 @@ static int32_t fetch_failed(arg_list list, arg_text last, int32_t fault)
 // Reads over the rest of the line, of which c was the last character read.
 static void skip_line(int c, unsigned char *keep)
 {
-    while (c != '\n' && c != -1) {
-        auto size = static_cast<size_t>(src.end - src.pos);
-        auto *found = static_cast<unsigned char *>(memchr(src.pos, '\n', size));
-        src.pos = found != nullptr ? found + 1 : src.end;
-        if (found != nullptr || !src_more(keep))
-            return;
-    }
+    src_piece piece{nullptr, 1, c == '\n' || c == -1};
+    while (piece.size > 0 && !piece.ends_line)
+        piece = src_take_line(SIZE_MAX, keep);
 }
 
 int32_t fetch_args(int32_t spec_count, const uint8_t *spec, bool keep_absent)

@@ -274,13 +274,8 @@ static void store_values(char *text)
 // A # among the values has to be a #LINE. False if it isn't.
 static bool value_line_directive(const char *text)
 {
-    char word[7] = "";
-    size_t length = 0;
-    while (length < 6 && text[length] != 0 && !text_is(text[length], CHAR_WHITE)) {
-        word[length] = text[length];
-        length++;
-    }
-    if (text_compare_nocase(word, "#LINE") != 0)
+    size_t length = strcspn(text, " \t\n\v\f\r");
+    if (!text_is_word(text, length, "#LINE"))
         return false;
     (void)line_directive_parse(text + length);
     return true;

@@ -336,32 +336,35 @@ static void unjoin(src_fold_mark *mark)
     counted.place = src.pos;
 }
 
+src_piece src_take_line(size_t size, unsigned char *keep)
+{
+    if (src.pos == src.end && !src_more(keep))
+        return {src.pos, 0, false};
+    auto left = static_cast<size_t>(src.end - src.pos);
+    src_piece piece{src.pos, size < left ? size : left, false};
+    if (const void *found = memchr(src.pos, '\n', piece.size); found != nullptr) {
+        piece.size = static_cast<size_t>(static_cast<const unsigned char *>(found) - src.pos) + 1;
+        piece.ends_line = true;
+    }
+    src.pos += piece.size;
+    return piece;
+}
+
 static int32_t read_line(char *buffer, int32_t size, bool lf_continues)
 {
     int32_t stored = 0;
-    bool line_feed = false;
-    while (stored < size && !line_feed && (src.pos < src.end || src_more(nullptr))) {
-        auto run = static_cast<size_t>(src.end - src.pos);
-        if (run > static_cast<size_t>(size - stored))
-            run = static_cast<size_t>(size - stored);
-        if (!lf_continues)
-            run = joined_lf_distance(run);
-        const void *found = memchr(src.pos, '\n', run);
-        line_feed = found != nullptr;
-        if (line_feed)
-            run = static_cast<size_t>(static_cast<const unsigned char *>(found) - src.pos) + 1;
-        memcpy(buffer + stored, src.pos, run);
-        stored += static_cast<int32_t>(run);
-        src.pos += run;
-        if (lf_continues || line_feed || stored == size)
-            continue;
+    src_piece piece{};
+    do {
+        auto room = static_cast<size_t>(size - stored);
         (void)src_peek(); // at the window's end only more of the source tells
         src_fold_mark *mark = src_fold_mark_at(src.pos);
-        if (mark != nullptr && mark->joined_lf)
+        if (!lf_continues && stored > 0 && mark != nullptr && mark->joined_lf)
             unjoin(mark);
-    }
-    if (size > 0)
-        buffer[stored] = 0;
+        piece = src_take_line(lf_continues ? room : joined_lf_distance(room), nullptr);
+        memcpy(buffer + stored, piece.text, piece.size);
+        stored += static_cast<int32_t>(piece.size);
+    } while (stored < size && piece.size > 0 && !piece.ends_line);
+    buffer[stored] = 0;
     return stored;
 }
 

@@ -91,6 +91,17 @@ inline int src_getc()
     return src.pos < src.end || src_more(nullptr) ? *src.pos++ : -1;
 }
 
+// A piece of the text, which stands in the window until the source is read on.
+struct src_piece {
+    const unsigned char *text;
+    size_t size;
+    bool ends_line; // its last character is a line feed
+};
+
+// Takes the next characters of a line, at most size; none of them at the end of the source. What stands
+// before keep stays where it is.
+src_piece src_take_line(size_t size, unsigned char *keep);
+
 // Reads a line into buffer, its line feed too, at most size characters, and a NUL after them (so the buffer
 // has size + 1 bytes). Gives the number of characters stored; 0 at the end of the source.
 int32_t src_read_line(char *buffer, int32_t size);

@@ -40,15 +40,10 @@ int32_t rem_copy(const char *word)
 {
     out_text(word);
     out_char(' ');
-    while (src.pos < src.end || src_more(nullptr)) {
-        auto size = static_cast<size_t>(src.end - src.pos);
-        const void *found = memchr(src.pos, '\n', size);
-        if (found != nullptr)
-            size = static_cast<size_t>(static_cast<const unsigned char *>(found) - src.pos) + 1;
-        out_bytes(reinterpret_cast<const char *>(src.pos), size);
-        src.pos += size;
-        if (found != nullptr)
-            return STATEMENT_DONE;
-    }
-    return STATEMENT_END;
+    src_piece piece;
+    do {
+        piece = src_take_line(SIZE_MAX, nullptr);
+        out_bytes(reinterpret_cast<const char *>(piece.text), piece.size);
+    } while (piece.size > 0 && !piece.ends_line);
+    return piece.ends_line ? STATEMENT_DONE : STATEMENT_END;
 }
