@@ -70,8 +70,7 @@ int32_t line_directive(const char *)
 // Copies the next word of text, at most size - 1 characters of it, and gives the place after it.
 static const char *word_next(const char *text, char *word, size_t size)
 {
-    while (text_is(*text, CHAR_WHITE))
-        text++;
+    text = text_skip_white(text);
     size_t used = 0;
     for (; *text != 0 && !text_is(*text, CHAR_WHITE); text++)
         if (used < size - 1)

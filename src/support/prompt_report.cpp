@@ -148,9 +148,7 @@ static void message_format(message_buffer *message, const char *format, const pr
 // True if a line begins with this number, after white space and a sign if there are any.
 static bool line_has_number(const char *line, int64_t number)
 {
-    const char *digits = line;
-    while (text_is(*digits, CHAR_WHITE))
-        digits++;
+    const char *digits = text_skip_white(line);
     if (*digits == '-' || *digits == '+')
         digits++;
     return text_is(*digits, CHAR_DIGIT) && int_from_text(line, strlen(line)) == number;

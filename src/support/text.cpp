@@ -30,10 +30,3 @@ int find_nocase(const char *text, const char *pattern)
             return i;
     return -1;
 }
-
-char *text_skip_white(char *text)
-{
-    while (text_is(*text, CHAR_WHITE))
-        text++;
-    return text;
-}

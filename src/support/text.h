@@ -145,5 +145,10 @@ bool text_is_word(const char *text, size_t size, const char *word);
 // Index of the first occurrence of pattern in text without regard to case, or -1. An empty text gives -1.
 int find_nocase(const char *text, const char *pattern);
 
-// First character of text that is no white space; at the latest the NUL.
-char *text_skip_white(char *text);
+// First character of a text that is no white space; at the latest the NUL.
+template <typename character> inline character *text_skip_white(character *text)
+{
+    while (text_is(*text, CHAR_WHITE))
+        text++;
+    return text;
+}
