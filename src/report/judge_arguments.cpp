@@ -4,6 +4,7 @@
 #include "analysis/arg_slots.h"
 #include "analysis/math_functions.h"
 #include "report/show.h"
+#include "report/slot_use.h"
 #include "rules/rule_table.h"
 #include "support/text.h"
 
@@ -211,7 +212,7 @@ void judge_arguments(const journal_statement &statement, std::vector<argument_it
     for (int32_t position = 1; position <= statement.fetched; position++) {
         if (!journal_given(position))
             continue;
-        unsigned use = rule_slot_use(position);
+        unsigned use = slot_use(position);
         bool value = is_frozen(row, use, position);
         if (use != 0 && !value)
             continue;

@@ -76,12 +76,6 @@ struct rule_record {
 };
 extern rule_record rule_last;
 
-// What the output of rule_last holds of a slot of its statement, 0 if nothing. While the slots are as the
-// statement left them.
-constexpr unsigned USE_TEXT = 1;  // its text
-constexpr unsigned USE_VALUE = 2; // a number or a word made of its value, in place of the text
-unsigned rule_slot_use(int32_t slot);
-
 // ---- For the families ----
 
 template <int count> constexpr rule_index rule_index_make(const rule_row (&rows)[count], int first_id)

@@ -4,8 +4,11 @@
 #include "report/judge_arguments.h"
 #include "report/lines.h"
 #include "report/show.h"
+#include "report/slot_use.h"
 
 #include "common/run.h"
+#include "driver/journal.h"
+#include "rules/rule_table.h"
 
 #include <gtest/gtest.h>
 
@@ -19,6 +22,64 @@ TEST(judgement, knows_an_expression_that_is_constant)
     for (const char *text :
          {"n", "1 + n", "sqrt(n)", "a[1]", "@key", "$a", "sqrt", "n(1)", "sizeof(a)", "e1", "x.y", "_a"})
         EXPECT_FALSE(expression_is_constant(text)) << text;
+}
+
+// What readers learn of a converted statement: the effect of the row that wrote it, and of the slots from 1
+// on a letter each: t for the text, v for a value, b for both, - for nothing.
+TEST(judgement, knows_what_was_written_of_each_argument)
+{
+    static const struct {
+        const char *statement, *effect, *slots;
+    } cases[] = {
+        {"POINT 1,2,3,4,5", "rebuilt", "ttt-t"},
+        {"SPLINE P2VV,p,3,4,5,6", "tip", "tttttt"},
+        {"POLYGON 2,5,10,p,1,2", "tip", "vvvt-t"},
+        {"XHATCH 3,1,p,2,4", "tip", "v-t-t"},
+        {"TEXT 1,2,\"t\",1,2,3,4,5,6,1", "rebuilt", "tttttttttb"},
+        {"VIEW 8,1,2,3,4,5,6,7,8,9,10", "tip", "tttttttttt-"},
+        {"VIEW 9,1,2,3,4,5,6,7,8,9,10", "renamed", "tttttttttt-"},
+        {"SETTEXT 1,2", "dropped", "--"},
+        {"SET COLOR,1,2", "copied", "ttt"},
+        {"SET COLOR,,2", "copied", "t--"},
+        {"SET COLLECT,1", "commented", "tt"},
+        {"ORDDIM 1,2,3,r,5,6,7", "by hand", "ttttttt"},
+        {"ORDDIM 1,2,3,r,5,6,7", "by hand", "ttttt--"},
+        {"SET COLLECT,0", "commented", "tt"},
+        {"ORDDIM 1,2,3,r,5,6,7", "dropped", "-------"},
+        {"SETCUR 1,2,3", "commented", "ttv"},
+        {"DELENT -1", "copied", "-"},
+        {"DELENT 5", "rebuilt", "-"},
+        {"GETFLT \"p\",1,r,\"a\",,\"b\",,,,,,,1", "renamed", "tttttttttttt-"},
+        {"GETMENU \"p\",\"a\",,,,,,,,,1,2", "rebuilt", "tttttttttttt"},
+        {"GETCUR \"p\",1,2,3,4,5,6,7,\"a\"", "rebuilt", "ttttttttt"},
+        {"INPUT \"%d %*d %f\",a,b,c", "copied", "ttt-"},
+        {"PRINT \"a\",b,,c", "copied", "tt--"},
+        {"READ f,2,a,b", "commented", "tv--"},
+        {"CALL dotprod,1,2,3,4,5,6,r,x", "tip", "tttttttt-"},
+        {"CALL atan3,1,2", "by hand", "ttt"},
+        {"BREAD 1,f,v", "not implemented", "---"},
+        {"LINDIM 1,2,3,r,5,6,7", "by hand", "ttttttb"},
+    };
+    static std::vector<std::string> told;
+    told.clear();
+    std::string script;
+    for (const auto &c : cases)
+        script += c.statement + std::string("\n");
+    statement_seen = [](const statement_record *record) {
+        if (record->head.kind != KIND_COMMAND)
+            return;
+        std::string line = rule_effect_text(rule_last.row->effect) + std::string(" ");
+        for (int32_t i = 1; i <= 16; i++)
+            line += "-tvb"[slot_use(i)];
+        told.push_back(line);
+    };
+    (void)converted(script);
+    statement_seen = nullptr;
+    ASSERT_EQ(told.size(), std::size(cases));
+    for (size_t i = 0; i < told.size(); i++) {
+        std::string want = cases[i].effect + std::string(" ") + cases[i].slots;
+        EXPECT_EQ(told[i].substr(0, want.size()), want) << cases[i].statement;
+    }
 }
 
 TEST(judgement, counts_the_statements_of_an_output)

@@ -75,60 +75,6 @@ TEST(emission, walks_the_tail_of_getcur_in_two_passes)
 
 // ---- What the tables tell ----
 
-// What readers learn of a converted statement: the effect of the row that wrote it, and of the slots from 1
-// on a letter each: t for the text, v for a value, b for both, - for nothing.
-TEST(rule_table, tells_what_became_of_a_statement)
-{
-    static const struct {
-        const char *statement, *effect, *slots;
-    } cases[] = {
-        {"POINT 1,2,3,4,5", "rebuilt", "ttt-t"},
-        {"SPLINE P2VV,p,3,4,5,6", "tip", "tttttt"},
-        {"POLYGON 2,5,10,p,1,2", "tip", "vvvt-t"},
-        {"XHATCH 3,1,p,2,4", "tip", "v-t-t"},
-        {"TEXT 1,2,\"t\",1,2,3,4,5,6,1", "rebuilt", "tttttttttb"},
-        {"VIEW 8,1,2,3,4,5,6,7,8,9,10", "tip", "tttttttttt-"},
-        {"VIEW 9,1,2,3,4,5,6,7,8,9,10", "renamed", "tttttttttt-"},
-        {"SETTEXT 1,2", "dropped", "--"},
-        {"SET COLOR,1,2", "copied", "ttt"},
-        {"SET COLOR,,2", "copied", "t--"},
-        {"SET COLLECT,1", "commented", "tt"},
-        {"ORDDIM 1,2,3,r,5,6,7", "by hand", "ttttttt"},
-        {"ORDDIM 1,2,3,r,5,6,7", "by hand", "ttttt--"},
-        {"SET COLLECT,0", "commented", "tt"},
-        {"ORDDIM 1,2,3,r,5,6,7", "dropped", "-------"},
-        {"SETCUR 1,2,3", "commented", "ttv"},
-        {"DELENT -1", "copied", "-"},
-        {"DELENT 5", "rebuilt", "-"},
-        {"GETFLT \"p\",1,r,\"a\",,\"b\",,,,,,,1", "renamed", "tttttttttttt-"},
-        {"GETMENU \"p\",\"a\",,,,,,,,,1,2", "rebuilt", "tttttttttttt"},
-        {"GETCUR \"p\",1,2,3,4,5,6,7,\"a\"", "rebuilt", "ttttttttt"},
-        {"INPUT \"%d %*d %f\",a,b,c", "copied", "ttt-"},
-        {"PRINT \"a\",b,,c", "copied", "tt--"},
-        {"READ f,2,a,b", "commented", "tv--"},
-        {"CALL dotprod,1,2,3,4,5,6,r,x", "tip", "tttttttt-"},
-        {"CALL atan3,1,2", "by hand", "ttt"},
-        {"BREAD 1,f,v", "not implemented", "---"},
-        {"LINDIM 1,2,3,r,5,6,7", "by hand", "ttttttb"},
-    };
-    reset_run();
-    for (const auto &c : cases) {
-        int32_t count = 0;
-        int32_t id = fetch((std::string(c.statement) + "\n").c_str(), &count);
-        output_capture output;
-        (id < 300   ? conv_entity(id)
-         : id < 400 ? conv_setting(id, count)
-         : id < 500 ? conv_input(id, count)
-                    : conv_flow(id, count));
-        EXPECT_STREQ(rule_effect_text(rule_last.row->effect), c.effect) << c.statement;
-        std::string slots;
-        for (int32_t i = 1; i <= static_cast<int32_t>(strlen(c.slots)); i++)
-            slots += "-tvb"[rule_slot_use(i)];
-        EXPECT_EQ(slots, c.slots) << c.statement;
-    }
-    reset_run();
-}
-
 TEST(rule_table, has_a_row_for_each_command)
 {
     for (const command_source_row &command : command_rows) {
