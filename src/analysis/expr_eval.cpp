@@ -168,6 +168,18 @@ static expr_value parse_operator(expr_value left, const operator_row &row, int32
     return right;
 }
 
+// All operators after an operand that are above the level, with so many symbols below it.
+static inline expr_value parse_operators(expr_value value, uint8_t level, int32_t depth)
+{
+    while (value.next != nullptr) {
+        const operator_row &row = operator_at(value.next);
+        if (row.level <= level)
+            break;
+        value = parse_operator(value, row, depth);
+    }
+    return value;
+}
+
 // ---- Feet and inches ----
 
 // inches: expr ", of which the mark closes the pair. Whatever else ends the operand is a fault.
@@ -407,14 +419,23 @@ static int type_size_hash(lex_piece word)
     return place != nullptr ? expr_value{static_cast<double>(type_size_hash(word)), place} : no_value;
 }
 
-// operation: ( expr )
-static inline expr_value parse_parentheses(const char *place, int32_t depth)
+// operation: ( expr ), and all that begin one after the other: a call for each would go deeper than the
+// processor keeps the ways back.
+static expr_value parse_parentheses(const char *place, int32_t depth)
 {
-    if ((place = take(place, place + 1, depth)) == nullptr)
+    int32_t open = depth; // symbols below what stands in the innermost of them
+    do
+        place = take(place, place + 1, open++);
+    while (place != nullptr && lex_code(place) == '(');
+    if (place == nullptr)
         return no_value;
-    expr_value value = parse_expr(place, level_lowest, depth + 1);
-    if (value.next != nullptr)
-        value.next = take_expected(value.next, ')', depth + 2);
+    expr_value value = parse_expr(place, level_lowest, open);
+    while (value.next != nullptr) {
+        value.next = take_expected(value.next, ')', open + 1);
+        if (--open == depth)
+            break;
+        value = parse_operators(value, level_lowest, open);
+    }
     return value;
 }
 
@@ -482,14 +503,7 @@ static inline expr_value parse_operand(const char *place, int32_t depth)
 // expr: operation; expr: assignment
 static expr_value parse_expr(const char *place, uint8_t level, int32_t depth)
 {
-    expr_value value = parse_operand(place, depth);
-    while (value.next != nullptr) {
-        const operator_row &row = operator_at(value.next);
-        if (row.level <= level)
-            break;
-        value = parse_operator(value, row, depth);
-    }
-    return value;
+    return parse_operators(parse_operand(place, depth), level, depth);
 }
 
 // ---- Declarations ----
