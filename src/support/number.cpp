@@ -85,8 +85,6 @@ static number_piece scan_exponent(number_piece number, const char *end, uint32_t
     return number_piece{scaled(number.value, minus ? power - exponent : power + exponent), c};
 }
 
-constexpr ptrdiff_t exact_digits = 15; // that an integer and a double hold alike
-
 number_piece number_scan(const char *text, const char *end)
 {
     if (*text == '0' && end - text > 1) {
@@ -95,24 +93,10 @@ number_piece number_scan(const char *text, const char *end)
         if ((text[1] == 'x' || text[1] == 'X') && end - text > 2 && text_is(text[2], CHAR_HEX))
             return scan_based(text + 2, end, CHAR_HEX, 16);
     }
-    // Most numbers are short: an integer gathers their digits faster, and as exactly.
-    const char *limit = end - text > exact_digits ? text + exact_digits : end;
-    int64_t whole = 0;
-    unsigned digit;
-    const char *c = text;
-    for (; c < limit && (digit = static_cast<unsigned char>(*c) - unsigned{'0'}) < 10; c++)
-        whole = whole * 10 + digit;
-    const char *point = c;
-    if (c < limit && *c == '.')
-        for (c++; c < limit && (digit = static_cast<unsigned char>(*c) - unsigned{'0'}) < 10; c++)
-            whole = whole * 10 + digit;
-    number_piece number{static_cast<double>(whole), c};
-    if (c == limit && c < end) {
-        number = scan_digits(number_piece{0, text}, end);
-        point = number.end;
-        if (point < end && *point == '.')
-            number = scan_digits(number_piece{number.value, point + 1}, end);
-    }
+    number_piece number = scan_digits({0, text}, end);
+    const char *point = number.end;
+    if (point < end && *point == '.')
+        number = scan_digits({number.value, point + 1}, end);
     uint32_t power = number.end > point ? static_cast<uint32_t>(point + 1 - number.end) : 0;
     if (number.end < end && ((*number.end | 0x20) == 'd' || (*number.end | 0x20) == 'e'))
         return scan_exponent(number, end, power);
