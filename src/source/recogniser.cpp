@@ -26,10 +26,7 @@ constexpr int32_t word_short = 16; // characters of most words
 static bool copy_white()
 {
     do {
-        const unsigned char *p = src.pos;
-        while (p < src.end && (char_classes.bits[*p] & CHAR_WHITE) != 0)
-            p++;
-        auto size = static_cast<size_t>(p - src.pos);
+        size_t size = scan_white(src.pos, static_cast<size_t>(src.end - src.pos));
         out_bytes(reinterpret_cast<const char *>(src.pos), size);
         src.pos += size;
     } while (src.pos == src.end && src_more(nullptr));

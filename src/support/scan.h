@@ -70,6 +70,13 @@ template <typename function> inline size_t scan_for(const void *text, size_t lim
 
 // ---- The scans ----
 
+// White space at the beginning of a text, at most limit.
+inline size_t scan_white(const void *text, size_t limit)
+{
+    return scan_for(text, limit,
+                    [](scan_block c) { return ~(scan_between(c, '\t', '\r') | scan_equal(c, ' ')); });
+}
+
 // Letters, digits and underscores at the beginning of a text, at most limit.
 inline size_t scan_word(const void *text, size_t limit)
 {
