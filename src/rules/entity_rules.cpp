@@ -107,9 +107,8 @@ static constexpr rule_row entity_table[] = {
 };
 // clang-format on
 
-static_assert(rules_fit(entity_table, entity_first, entity_last));
-static constexpr rule_index entity_index = rule_index_make(entity_table, entity_first);
-const rule_family entity_family = rule_family_of(entity_table, entity_index, entity_first, entity_last);
+constexpr rule_family entity_family = rule_family_make(entity_table, entity_first, entity_last);
+static_assert(rules_fit(entity_family));
 
 // A polygon of mode 2 is a polyline of mode 3, any other one of mode 2.
 static void choose_polygon(rule_choice *choice)

@@ -67,9 +67,8 @@ static constexpr rule_row flow_table[] = {
 };
 // clang-format on
 
-static_assert(rules_fit(flow_table, flow_first, flow_last));
-static constexpr rule_index flow_index = rule_index_make(flow_table, flow_first);
-const rule_family flow_family = rule_family_of(flow_table, flow_index, flow_first, flow_last);
+constexpr rule_family flow_family = rule_family_make(flow_table, flow_first, flow_last);
+static_assert(rules_fit(flow_family));
 
 static void choose_lindim(rule_choice *choice)
 {

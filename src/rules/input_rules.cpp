@@ -169,9 +169,8 @@ static constexpr rule_row input_table[] = {
 };
 // clang-format on
 
-static_assert(rules_fit(input_table, input_first, input_last));
-static constexpr rule_index input_index = rule_index_make(input_table, input_first);
-const rule_family input_family = rule_family_of(input_table, input_index, input_first, input_last);
+constexpr rule_family input_family = rule_family_make(input_table, input_first, input_last);
+static_assert(rules_fit(input_family));
 
 static void choose_delent(rule_choice *choice)
 {

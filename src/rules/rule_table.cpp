@@ -14,7 +14,7 @@ static const rule_row *family_find(const rule_family &family, int32_t id)
 {
     if (id < family.first_id || id > family.last_id)
         return nullptr;
-    uint8_t place = family.index->place[id - family.first_id];
+    uint8_t place = family.place[id - family.first_id];
     return place > 0 ? family.rows + place - 1 : nullptr;
 }
 
@@ -49,9 +49,8 @@ int32_t rule_row_count(const rule_row *first)
 {
     int32_t count = 1;
     for (const rule_family *family : families)
-        if (first >= family->rows && first < family->rows + family->row_count)
-            while (first + count < family->rows + family->row_count && first[count].id == first->id)
-                count++;
+        for (int32_t i = 0; i < family->row_count; i++)
+            count += family->rows + i != first && family->rows[i].id == first->id;
     return count;
 }
 

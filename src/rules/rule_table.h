@@ -39,19 +39,14 @@ struct rule_row {
 // that; nothing.
 enum : int32_t { ORDDIM_FIRST, ORDDIM_FOLLOWING, ORDDIM_OUTSIDE };
 
-// Where the rows of an id begin in its family's table. Every family spans at most so many ids.
-constexpr int family_span = 300;
-struct rule_index {
-    uint8_t place[family_span]; // of the id less the family's first: position in the table and 1, or 0
-};
-
 // A family: the rows of a range of ids. The rows of one id follow each other, and the first one chooses.
+constexpr int family_span = 300; // ids of a family at most
 struct rule_family {
     int32_t first_id;
     int32_t last_id;
     const rule_row *rows;
     int32_t row_count;
-    const rule_index *index;
+    uint8_t place[family_span]; // of an id less first_id: that of its first row in rows and 1, or 0
 };
 extern const rule_family entity_family;  // geometry, notes, labels, crosshatch and the view
 extern const rule_family setting_family; // what a script sets, and the dimensions of that range
@@ -78,12 +73,13 @@ extern rule_record rule_last;
 
 // ---- For the families ----
 
-template <int count> constexpr rule_index rule_index_make(const rule_row (&rows)[count], int first_id)
+template <int count>
+constexpr rule_family rule_family_make(const rule_row (&rows)[count], int32_t first_id, int32_t last_id)
 {
-    rule_index index{};
+    rule_family family{first_id, last_id, rows, count, {}};
     for (int i = count - 1; i >= 0; i--)
-        index.place[rows[i].id - first_id] = static_cast<uint8_t>(i + 1);
-    return index;
+        family.place[rows[i].id - first_id] = static_cast<uint8_t>(i + 1);
+    return family;
 }
 
 // The slots that the form of an id may name: any number if its last position repeats.
@@ -92,32 +88,27 @@ constexpr int rule_slots(int id)
     return command_repeats(id) ? form_slot_max : command_spec_count(id);
 }
 
-// Tells whether a table is in order of id and has a row for every command from first_id to last_id, and no
-// form names a slot that its command lacks.
-template <int count> constexpr bool rules_fit(const rule_row (&rows)[count], int first_id, int last_id)
+// Tells whether a family's rows are in order of id with a row for every command of its range, and no form
+// names a slot that its command lacks.
+constexpr bool rules_fit(const rule_family &family)
 {
-    for (int i = 0; i < count; i++) {
+    const rule_row *rows = family.rows;
+    const int last = family.row_count - 1;
+    for (int i = 0; i <= last; i++) {
         const rule_row &row = rows[i];
-        if (row.id < first_id || row.id > last_id || (i > 0 && row.id < rows[i - 1].id))
+        if (row.id < family.first_id || row.id > family.last_id || (i > 0 && row.id < rows[i - 1].id))
             return false;
-        bool alone = (i == 0 || rows[i - 1].id != row.id) && (i + 1 == count || rows[i + 1].id != row.id);
+        bool alone = (i == 0 || rows[i - 1].id != row.id) && (i == last || rows[i + 1].id != row.id);
         if (alone != (row.when == nullptr) || row.new_form.top_slot > rule_slots(row.id))
             return false;
         if (row.tip != nullptr && row.tip->top_slot > rule_slots(row.id))
             return false;
     }
-    rule_index index = rule_index_make(rows, first_id);
     for (const command_source_row &command : command_rows)
-        if (command.id >= first_id && command.id <= last_id && index.place[command.id - first_id] == 0)
+        if (command.id >= family.first_id && command.id <= family.last_id &&
+            family.place[command.id - family.first_id] == 0)
             return false;
-    return last_id - first_id < family_span && count < 255;
-}
-
-template <int count>
-constexpr rule_family rule_family_of(const rule_row (&rows)[count], const rule_index &index, int32_t first_id,
-                                     int32_t last_id)
-{
-    return rule_family{first_id, last_id, rows, count, &index};
+    return family.last_id - family.first_id < family_span && last < 254;
 }
 
 // Carries out the rule of an id. count is the argument count of the statement.

@@ -104,9 +104,8 @@ static constexpr rule_row setting_table[] = {
 };
 // clang-format on
 
-static_assert(rules_fit(setting_table, setting_first, setting_last));
-static constexpr rule_index setting_index = rule_index_make(setting_table, setting_first);
-const rule_family setting_family = rule_family_of(setting_table, setting_index, setting_first, setting_last);
+constexpr rule_family setting_family = rule_family_make(setting_table, setting_first, setting_last);
+static_assert(rules_fit(setting_family));
 
 static void choose_set(rule_choice *choice)
 {
