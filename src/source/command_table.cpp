@@ -87,6 +87,8 @@ static constexpr spec_store command_specs = specs_make();
 
 // ---- What is claimed ----
 
+// Names fit and are made of word characters; the type code of every spec byte is known, and a position that
+// repeats is the last of its row.
 constexpr bool rows_well_formed()
 {
     for (const command_source_row &row : command_rows) {
@@ -94,17 +96,9 @@ constexpr bool rows_well_formed()
         for (const char *c = row.name; *c != 0; c++, length++)
             if ((char_classes.bits[static_cast<unsigned char>(*c)] & CHAR_WORD) == 0)
                 return false;
-        if (length == 0 || length >= command_name_size || spec_length(row.spec) < 0)
-            return false;
-    }
-    return true;
-}
-
-// The type code of every spec byte is known, and a position that repeats is the last of its row.
-constexpr bool specs_known()
-{
-    for (const command_source_row &row : command_rows) {
         int count = spec_length(row.spec);
+        if (length == 0 || length >= command_name_size || count < 0)
+            return false;
         for (int i = 0; i < count; i++) {
             int spec = spec_digit(row.spec[3 * i]) * 16 + spec_digit(row.spec[3 * i + 1]);
             constexpr int flags = ARG_OPTIONAL | ARG_REPEAT | ARG_PRINT;
@@ -142,8 +136,8 @@ constexpr bool ids_in_range()
 }
 
 static_assert(command_row_count == command_count, "the number of commands");
-static_assert(rows_well_formed(), "a name has 1 to 11 word characters, a spec pairs of hexadecimal digits");
-static_assert(specs_known(), "an unknown type code, or a flag where it can't stand");
+static_assert(rows_well_formed(),
+              "a name of 1 to 11 word characters, a spec of pairs of digits with known meanings");
 static_assert(ids_in_range(), "an id outside its family's range, or out of order");
 
 // ---- The table itself ----
