@@ -67,18 +67,6 @@ int32_t line_directive(const char *)
     return line_directive_parse(operands);
 }
 
-// Copies the next word of text, at most size - 1 characters of it, and gives the place after it.
-static const char *word_next(const char *text, char *word, size_t size)
-{
-    text = text_skip_white(text);
-    size_t used = 0;
-    for (; *text != 0 && !text_is(*text, CHAR_WHITE); text++)
-        if (used < size - 1)
-            word[used++] = *text;
-    word[used] = 0;
-    return text;
-}
-
 // Appends to source_name, of which used characters are written, as much of a text as it has room for.
 static size_t source_name_append(size_t used, const char *text, size_t size)
 {
@@ -106,8 +94,7 @@ int32_t line_directive_parse(const char *text)
 {
     char number[sizeof line_directives.source_name] = "";
     char name[sizeof line_directives.source_name] = "";
-    text = word_next(text, number, sizeof number);
-    word_next(text, name, sizeof name);
+    (void)sscanf(text, "%511s %511s", number, name);
     if (!text_is(number[0], CHAR_DIGIT))
         return STATEMENT_TEXT;
     uint32_t value = 0;
