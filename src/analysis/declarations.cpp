@@ -12,6 +12,9 @@
 
 #include <string.h>
 
+#include <charconv>
+#include <system_error>
+
 constexpr int32_t value_line_length = 511; // characters of a line of initial values that are read at once
 
 // The type of a word, or VAR_NONE.
@@ -83,13 +86,10 @@ static void drop_white(char *text)
 // expression.
 static bool subscript_value(const char *text, size_t size, int32_t *value)
 {
-    int64_t number = 0;
-    const char *c = text;
-    for (; text_is(*c, CHAR_DIGIT); c++)
-        if (number <= INT32_MAX)
-            number = number * 10 + (*c - '0');
-    if (c == text + size) {
-        *value = number <= INT32_MAX ? static_cast<int32_t>(number) : -1;
+    auto [digits_end, error] = std::from_chars(text, text + size, *value);
+    if (digits_end == text + size && *text != '-') {
+        if (error != std::errc{})
+            *value = -1;
         return true;
     }
     const double *result = eval_expr(text, size);

@@ -11,6 +11,8 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <algorithm>
+
 constexpr size_t main_size = 131072;
 constexpr size_t chunk_size = 4096;
 constexpr size_t reserve_size = (src_kept_pieces + 3) * chunk_size + src_kept_max;
@@ -293,16 +295,8 @@ int64_t src_tell()
 // Index of the first mark at or after a place.
 static size_t mark_lower_bound(size_t place)
 {
-    size_t low = 0;
-    size_t high = marks_used;
-    while (low < high) {
-        size_t middle = (low + high) / 2;
-        if (marks[middle].place < place)
-            low = middle + 1;
-        else
-            high = middle;
-    }
-    return low;
+    auto before = [](const src_fold_mark &mark, size_t wanted) { return mark.place < wanted; };
+    return static_cast<size_t>(std::lower_bound(marks, marks + marks_used, place, before) - marks);
 }
 
 src_fold_mark *src_fold_mark_at(const unsigned char *place)

@@ -6,6 +6,9 @@
 #include <math.h>
 #include <string.h>
 
+#include <charconv>
+#include <system_error>
+
 float float_from_double(double value)
 {
     // Up to half a step beyond the largest float, that is what is nearest.
@@ -23,16 +26,12 @@ int32_t int_from_text(const char *text, size_t size)
     const char *end = text + size;
     while (text < end && text_is(*text, CHAR_WHITE))
         text++;
-    bool minus = text < end && *text == '-';
-    if (text < end && (*text == '-' || *text == '+'))
+    if (end - text > 1 && *text == '+' && text[1] != '-')
         text++;
-    int64_t value = 0;
-    for (; text < end && text_is(*text, CHAR_DIGIT); text++)
-        if (value <= INT32_MAX)
-            value = value * 10 + (*text - '0');
-    if (minus)
-        return value > INT32_MAX ? INT32_MIN : static_cast<int32_t>(-value);
-    return value > INT32_MAX ? INT32_MAX : static_cast<int32_t>(value);
+    int32_t value = 0;
+    if (std::from_chars(text, end, value).ec == std::errc::result_out_of_range)
+        return *text == '-' ? INT32_MIN : INT32_MAX;
+    return value;
 }
 
 double powers_of_ten[2 * powers_kept + 1];
