@@ -104,12 +104,6 @@ inline size_t scan_string(const void *text)
     });
 }
 
-// Characters before the first line feed or NUL.
-inline size_t scan_line(const void *text)
-{
-    return scan_for(text, SIZE_MAX, [](scan_block c) { return scan_equal(c, '\n') | scan_equal(c, 0); });
-}
-
 // Characters before the first one that the source folds, at most limit: a backslash, a CR, byte 26.
 inline size_t scan_fold(const void *text, size_t limit)
 {
