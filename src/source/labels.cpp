@@ -11,6 +11,8 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <algorithm>
+
 constexpr int32_t line_operands_size = 79; // characters of a #LINE that are read with it
 constexpr int32_t prompt_no_memory = 203;
 
@@ -67,27 +69,20 @@ int32_t line_directive(const char *)
     return line_directive_parse(operands);
 }
 
-// Appends to source_name, of which used characters are written, as much of a text as it has room for.
-static size_t source_name_append(size_t used, const char *text, size_t size)
-{
-    size_t room = sizeof line_directives.source_name - 1 - used;
-    if (size > room)
-        size = room;
-    memcpy(line_directives.source_name + used, text, size);
-    line_directives.source_name[used + size] = 0;
-    return used + size;
-}
-
+// Sets source_name from a word, cut where its room ends.
 static void source_name_set(const char *word)
 {
+    auto &name = line_directives.source_name;
+    constexpr size_t room = sizeof name - 1;
+    const char *base = line_directives.source_name_base;
     size_t size = strlen(word);
+    name[0] = 0;
     if (word[0] == '<' && word[size - 1] == '>') {
-        (void)source_name_append(0, word + 1, size - 2);
-        return;
+        strncat(name, word + 1, std::min(size - 2, room));
+    } else {
+        strncat(name, base, std::min(static_cast<size_t>(base_name(base) - base), room));
+        strncat(name, base_name(word), room - strlen(name));
     }
-    const char *folder = line_directives.source_name_base;
-    size_t used = source_name_append(0, folder, static_cast<size_t>(base_name(folder) - folder));
-    (void)source_name_append(used, base_name(word), strlen(base_name(word)));
 }
 
 int32_t line_directive_parse(const char *text)
