@@ -38,7 +38,7 @@ static constexpr uint32_t keyword_initials()
         initials |= uint32_t{1} << (row.name[0] & 31);
     return initials;
 }
-static_assert(keyword_initials() == lex_keyword_initials, "the initials of all keywords");
+const uint32_t lex_keyword_initials = keyword_initials();
 
 const expr_keyword *lex_keyword(lex_piece name)
 {
@@ -50,7 +50,8 @@ const expr_keyword *lex_keyword(lex_piece name)
 
 bool lex_starts_operand(char c)
 {
-    return text_is(c, CHAR_WHITE | CHAR_LETTER | CHAR_DIGIT) || strchr("$@.(~+-", c) != nullptr;
+    return text_is(c, CHAR_WHITE | CHAR_NAME | CHAR_DIGIT) || c == '.' || c == '(' || c == '~' || c == '+' ||
+           c == '-' || c == 0;
 }
 
 void lex_start(const char *text, size_t size)

@@ -48,12 +48,10 @@ struct expr_keyword {
 };
 
 // The letters that keywords begin with, a bit for each, a the second one: most names begin with another.
-constexpr uint32_t lex_keyword_initials = 1 << ('A' & 31) | 1 << ('C' & 31) | 1 << ('D' & 31) |
-                                          1 << ('F' & 31) | 1 << ('I' & 31) | 1 << ('L' & 31) |
-                                          1 << ('S' & 31) | 1 << ('U' & 31);
+extern const uint32_t lex_keyword_initials;
 
 // False if no keyword begins with a letter.
-constexpr bool lex_may_begin_keyword(char c)
+inline bool lex_may_begin_keyword(char c)
 {
     return (lex_keyword_initials >> (c & 31) & 1) != 0;
 }
