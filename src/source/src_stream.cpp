@@ -335,11 +335,9 @@ src_piece src_take_line(size_t size, unsigned char *keep)
     if (src.pos == src.end && !src_more(keep))
         return {src.pos, 0, false};
     auto left = static_cast<size_t>(src.end - src.pos);
-    src_piece piece{src.pos, size < left ? size : left, false};
-    if (const void *found = memchr(src.pos, '\n', piece.size); found != nullptr) {
-        piece.size = static_cast<size_t>(static_cast<const unsigned char *>(found) - src.pos) + 1;
-        piece.ends_line = true;
-    }
+    size_t limit = size < left ? size : left;
+    size_t line = scan_line(src.pos, limit);
+    src_piece piece{src.pos, line + (line < limit), line < limit};
     src.pos += piece.size;
     return piece;
 }

@@ -104,6 +104,12 @@ inline size_t scan_string(const void *text)
     });
 }
 
+// Characters before the first line feed, at most limit.
+inline size_t scan_line(const void *text, size_t limit)
+{
+    return scan_for(text, limit, [](scan_block c) { return scan_equal(c, '\n'); });
+}
+
 // Characters before the first one that the source folds, at most limit: a backslash, a CR, byte 26.
 inline size_t scan_fold(const void *text, size_t limit)
 {
@@ -118,7 +124,8 @@ inline size_t count_line_feeds(const unsigned char *text, const unsigned char *e
     size_t count = 0;
     while (end - text >= 16) {
         scan_marks counts{}; // by place in a block, negative; they hold 127 blocks
-        for (int i = 0; i < 127 && end - text >= 16; i++, text += 16)
+        const ptrdiff_t blocks = (end - text) / 16;
+        for (const unsigned char *stop = text + 16 * (blocks < 127 ? blocks : 127); text < stop; text += 16)
             counts += scan_equal(scan_load(text), '\n');
         for (int i = 0; i < 16; i++)
             count += static_cast<size_t>(-counts[i]);

@@ -310,6 +310,7 @@ TEST(scan, finds_what_a_look_at_each_character_finds)
                   }));
         ASSERT_EQ(scan_string(start),
                   run_length(text, whole, [](int c) { return strchr("\"`\\\n", c) != nullptr; }));
+        ASSERT_EQ(scan_line(start, size), run_length(text, size, [](int c) { return c == '\n'; }));
         ASSERT_EQ(scan_fold(start, size),
                   run_length(text, size, [](int c) { return c == '\\' || c == '\r' || c == 26; }));
         ASSERT_EQ(
