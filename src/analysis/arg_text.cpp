@@ -84,23 +84,6 @@ static int32_t read_raw(bool counted, arg_text *arg)
 
 // ---- Strings ----
 
-// The byte that an escape stands for; text is what follows its backslash up to end, at least three characters
-// if the source has them. *size is the number of characters that it takes.
-static unsigned char decode_escape(const unsigned char *text, const unsigned char *end, size_t *size)
-{
-    *size = 1;
-    if (text == end) {
-        *size = 0;
-        return '\\';
-    }
-    bool second = end - text > 1 && char_is(text[0], CHAR_OCTAL) && char_is(text[1], CHAR_OCTAL);
-    if (second && end - text > 2 && char_is(text[2], CHAR_OCTAL)) {
-        *size = 3;
-        return static_cast<unsigned char>((text[0] - '0') * 64 + (text[1] - '0') * 8 + (text[2] - '0'));
-    }
-    return static_cast<unsigned char>(char_escaped(static_cast<char>(text[0])));
-}
-
 // Kept: digits that make no octal escape go back to the source, and a NUL that ended them is lost. p is on
 // the first digit; where that is so it moves one place on, onto the same digit. True if it was so.
 static bool lose_nul(unsigned char *p)
@@ -126,7 +109,8 @@ static unsigned char *read_escape(unsigned char *p, unsigned char *to)
     if (text < src.end && char_is(c, CHAR_OCTAL) && lose_nul(text))
         text++;
     else
-        c = decode_escape(text, src.end, &size);
+        c = static_cast<unsigned char>(escape_decode(reinterpret_cast<const char *>(text),
+                                                     reinterpret_cast<const char *>(src.end), false, &size));
     src_settle_lines(text + size); // a decoded line feed is none of the source
     *to = c;
     return text + size;

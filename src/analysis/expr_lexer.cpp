@@ -102,34 +102,6 @@ const char *lex_first_name_end(const char *place, const char *limit)
 
 // ---- Strings ----
 
-static int hex_digit(char c)
-{
-    int digit = char_lower(static_cast<unsigned char>(c));
-    return digit <= '9' ? digit - '0' : digit - 'a' + 10;
-}
-
-// True if the character at a place, which may be the end of the text, has one of the classes.
-static bool text_has(const char *place, unsigned classes)
-{
-    return place < lex_end && text_is(*place, classes);
-}
-
-// Decodes the escape at *from, the character after its backslash, and moves *from after it.
-static char decode_escape(const char **from)
-{
-    const char *text = *from;
-    if (text_has(text, CHAR_OCTAL) && text_has(text + 1, CHAR_OCTAL) && text_has(text + 2, CHAR_OCTAL)) {
-        *from = text + 3;
-        return static_cast<char>((text[0] - '0') * 64 + (text[1] - '0') * 8 + (text[2] - '0'));
-    }
-    if (text[0] == 'x' && text_has(text + 1, CHAR_HEX) && text_has(text + 2, CHAR_HEX)) {
-        *from = text + 3;
-        return static_cast<char>(hex_digit(text[1]) * 16 + hex_digit(text[2]));
-    }
-    *from = text + 1;
-    return char_escaped(text[0]);
-}
-
 const char *lex_string(const char *place, char terminator, lex_piece *string)
 {
     // A text that was decoded already is decoded again in its place: names before it are in use.
@@ -138,7 +110,9 @@ const char *lex_string(const char *place, char terminator, lex_piece *string)
     const char *from = place;
     while (from < lex_end && *from != terminator && !(*from == '\\' && from + 1 == lex_end)) {
         char c = *from++;
-        *to++ = c == '\\' ? decode_escape(&from) : c;
+        size_t size = 0;
+        *to++ = c == '\\' ? escape_decode(from, lex_end, true, &size) : c;
+        from += size;
     }
     bool terminated = from < lex_end && *from == terminator;
     if (!terminated && from < lex_end)

@@ -50,10 +50,8 @@ double power_of_ten_slow(int32_t n)
 static number_piece scan_based(const char *c, const char *end, unsigned digit_class, uint32_t base)
 {
     uint32_t number = 0;
-    for (; c < end && text_is(*c, digit_class); c++) {
-        int digit = char_lower(static_cast<unsigned char>(*c));
-        number = number * base + static_cast<uint32_t>(digit <= '9' ? digit - '0' : digit - 'a' + 10);
-    }
+    for (; c < end && text_is(*c, digit_class); c++)
+        number = number * base + static_cast<uint32_t>(digit_value(*c));
     return number_piece{static_cast<double>(wrap_int32(number)), c};
 }
 

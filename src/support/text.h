@@ -70,18 +70,17 @@ constexpr int char_lower(int c)
     return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c;
 }
 
-// What a backslash and a letter stand for in a string: a control character, or else the letter itself.
-constexpr char char_escaped(char c)
+// The value of a digit, hexadecimal ones among them.
+constexpr int digit_value(char c)
 {
-    switch (c) {
-    case 'b': return '\b';
-    case 'f': return '\f';
-    case 'n': return '\n';
-    case 'r': return '\r';
-    case 't': return '\t';
-    default: return c;
-    }
+    return c <= '9' ? c - '0' : char_lower(c) - 'a' + 10;
 }
+
+// The byte that an escape stands for: three octal digits, an x and two hexadecimal ones where the text may
+// have such, a letter for a control character, or the character itself. text is what follows the backslash,
+// up to end; at the end the backslash stands for itself. *size is the number of characters that the escape
+// takes.
+char escape_decode(const char *text, const char *end, bool hexadecimal, size_t *size);
 
 // Compares two NUL-terminated texts on their lower-case forms: below 0, 0 or above 0.
 int text_compare_nocase(const char *left, const char *right);
