@@ -87,6 +87,7 @@ double var_store_value(double value)
 
 // ---- Reading ----
 
+// The type that a name's prefix gives.
 static int8_t prefix_type(const char *name, size_t size)
 {
     if (size > 2 && name[0] == '$' && name[1] == '$' && text_is(name[2], CHAR_LETTER))
@@ -218,14 +219,6 @@ static int32_t make_array(var_rec *rec, const char *name, size_t name_size, int8
     return 0;
 }
 
-// True if a type that is given suits the prefix of a new name. A plain name may take any type.
-static bool type_suits_prefix(const char *name, size_t size, int8_t type)
-{
-    if (size == 0 || name[0] != '$')
-        return true;
-    return type == (size > 1 && name[1] == '$' ? VAR_SLIST : VAR_STRING);
-}
-
 int32_t var_make(const char *name, size_t name_size, int8_t type, int32_t ndims, const int32_t *dims)
 {
     if (name_size > 0 && name[0] == '@')
@@ -238,9 +231,10 @@ int32_t var_make(const char *name, size_t name_size, int8_t type, int32_t ndims,
 
     var_rec *rec = var_find(name, name_size);
     if (rec == nullptr) {
+        int8_t prefix = prefix_type(name, name_size);
         if (type == VAR_NONE)
-            type = prefix_type(name, name_size);
-        else if (!type_suits_prefix(name, name_size, type))
+            type = prefix;
+        else if (prefix != VAR_DOUBLE && type != prefix) // a plain name may take any type
             return VAR_TYPE;
     } else {
         if (type != VAR_NONE && type != rec->type)
