@@ -24,13 +24,9 @@ int pools_init()
     plat_prepare_memory();
     if (var_table == nullptr)
         var_table = static_cast<var_rec *>(malloc(var_capacity * sizeof(var_rec)));
-    if (var_table == nullptr)
-        return 1;
-    if (label_table == nullptr)
+    if (var_table != nullptr && label_table == nullptr)
         label_table = static_cast<label_row *>(malloc(label_capacity * sizeof(label_row)));
-    if (label_table == nullptr)
-        return 1;
-    if ((Vbuf = heap_create("Vbuf", heap_growth)) == nullptr)
+    if (label_table == nullptr || (Vbuf = heap_create("Vbuf", heap_growth)) == nullptr)
         return 1;
     vars_start(var_table, Vbuf);
     labels_start(label_table);
