@@ -190,12 +190,28 @@ TEST(properties, a_statement_may_be_longer_than_the_window)
               "REM x\n" + gap + "WAIT 1\ny = 1\n\n");
 }
 
+static const std::string nul(1, 0);
+
 // What SPLINE's look at its argument gives back is read anew, and pairs up another way.
 TEST(properties, a_look_at_a_spline_goes_back_by_bytes)
 {
-    EXPECT_EQ(converted("SPLINE\r\\\n 1"), " 1\n");
-    EXPECT_EQ(converted("SPLINE\r\\\n"), "");
-    EXPECT_EQ(converted(std::string("SPLINE \t\0\\\n\r", 12)), "\r");
+    static const struct {
+        std::string script, output;
+    } cases[] = {
+        {"SPLINE\r\\\n 1", " 1\n"},
+        {"SPLINE\r\\\n", ""},
+        {"SPLINE\r\r\\\n\\\n\v\n", " \\\n\v\n"}, // the second CR no longer takes the backslash
+        {"SPLINE\r\r\r\r\\\r\n", " \\\n"},       // nor does the last of four
+        {"SPLINE \\" + nul + "x\n", " x\n"},     // a NUL takes the place of its backslash
+        {"SPLINE  \\\n" + nul + "\\\n\\" + nul + "x\n", " \\x\n"}, // but not where the NUL came first
+        {"SPLINE \\\n\r", "\r"},                                   // the line feed is back
+        {"SPLINE \\\n\r" + nul, ""},                               // and isn't with a NUL after the CR
+        {"SPLINE \t" + nul + "\\\n\r", ""},
+    };
+    for (const auto &c : cases)
+        for (size_t limit : {size_t{1}, size_t{2}, SIZE_MAX})
+            EXPECT_EQ(converted(c.script, nullptr, limit), c.output)
+                << testing::PrintToString(c.script) << limit;
 }
 
 // A plausible argument for each position of a row.

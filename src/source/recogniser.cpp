@@ -217,6 +217,10 @@ static constexpr auto stmt_keyword_index = word_index_make<256>(stmt_keyword_tab
 // backslashes joins its lines if it did not, and the other way round.
 static void pair_again()
 {
+    size_t run = 0;
+    while (src.pos[run] == '\\' || src.pos[run] == '\r')
+        if (src.pos + ++run == src.end && !src_more(nullptr))
+            break;
     const unsigned char *p = src.pos;
     while (*p == '\r' && src_fold_mark_at(p + 1) == nullptr)
         p++;
@@ -237,55 +241,67 @@ static void pair_again()
     }
 }
 
+static bool nul_was_lost(const unsigned char *place)
+{
+    const src_fold_mark *mark = src_fold_mark_at(place);
+    return mark != nullptr && mark->lost_nul;
+}
+
 // Kept: the look at SPLINE's argument goes back by as many bytes as characters were given back, and what
 // stands there is looked at anew. So a NUL that was lost after a backslash comes in the backslash's place, a
-// backslash at the source's end brings back the line feed before it, and after a CR that ended the word
-// backslashes pair up another way.
+// backslash or a CR at the source's end brings back the line feed before it, and after a CR that ended the
+// word backslashes pair up another way.
 static void look_again()
 {
-    src_fold_mark *here = src_fold_mark_at(src.pos);
+    while (src.end - src.pos < 3 && src_more(nullptr)) {
+    }
+    if (src.pos[-1] == 0) // after the word stood a NUL, which isn't given back
+        return;
+    const src_fold_mark *here = src_fold_mark_at(src.pos);
     if (src.pos[-1] == '\r' && here == nullptr) {
         pair_again();
         return;
     }
-    const unsigned char *p = src.pos;
-    p += *p == '\\';
-    bool lost = *src.pos == '\\' && src_fold_mark_at(p) != nullptr && src_fold_mark_at(p)->lost_nul;
-    p += *p == '\r' && !lost;
-    if (lost) {
+    const unsigned char *p = src.pos + (*src.pos == '\\');
+    if (p > src.pos && nul_was_lost(p)) {
         *src.pos = 0;
-    } else if (p == src.pos + 2 && src_fold_mark_at(p) != nullptr && src_fold_mark_at(p)->lost_nul) {
-        src.pos++;
+        return;
+    }
+    p += *p == '\r';
+    if (nul_was_lost(p)) {
+        src.pos += p == src.pos + 2;
     } else if (p == src.end && p > src.pos && here != nullptr && here->joins > 0) {
         src_settle_lines(src.pos);
         *--src.pos = '\n';
     }
 }
 
+// White space in front of SPLINE's argument beyond which only the blanks are counted that raw text keeps.
+constexpr size_t spline_white_max = 8192;
+
 // True if the argument that follows tells SPLINE3's list: its second character is a 3. White space before it
-// is looked through up to the line's end; where that comes first the argument is missing in either list. What
-// raw text drops of the white space is taken out, but for one character, so that any amount of it can pass.
+// is looked through up to the line's end; where that comes first the argument is missing in either list. So
+// that any amount of it can pass, what raw text drops of it is taken out once there is much.
 static bool spline_is_3d()
 {
     size_t blanks = 0;
     size_t at = 0; // characters of white space
     while (src.pos + at + 1 >= src.end || (char_is(src.pos[at], CHAR_WHITE) && src.pos[at] != '\n')) {
-        if (src.pos + at + 1 >= src.end) {
-            if (at > blanks + 1) {
-                src.pos += at - (blanks + 1);
-                src.pos[0] = '\v';
-                memset(src.pos + 1, ' ', blanks);
-                at = blanks + 1;
-            }
-            if (blanks > line_buf_capacity || !src_more(nullptr))
-                break;
+        if (src.pos + at + 1 < src.end) {
+            blanks += src.pos[at++] == ' ';
             continue;
         }
-        blanks += src.pos[at++] == ' ';
+        if (at > spline_white_max && at > blanks + 1) {
+            src.pos += at - (blanks + 1);
+            src.pos[0] = '\v';
+            memset(src.pos + 1, ' ', blanks);
+            at = blanks + 1;
+        }
+        if (blanks > line_buf_capacity || !src_more(nullptr))
+            break;
     }
     bool result = src.pos + at + 1 < src.end && src.pos[at] != '\n' && src.pos[at + 1] == '3';
-    if (at == 0)
-        look_again();
+    look_again();
     return result;
 }
 
