@@ -58,14 +58,20 @@ static char *put_list(char *place, const form_code &form, const form_piece *piec
     return place;
 }
 
-// Writes a tail. The cursor is put on its slot; GETCUR's second pass goes on where the first has left it.
-static void emit_tail(const form_piece *piece, const rule_choice &choice)
+// Writes a number, or a tail with the cursor on its slot; GETCUR's second pass goes on where the first has
+// left it.
+static void emit_other(const form_piece *piece, const rule_choice &choice)
 {
     arg_slot *slot = arg_slots + piece->slot;
     const uint8_t *types = arg_types + piece->slot - 1;
     if (piece->mark != TAIL_GETCUR)
         arg_cursor = slot;
     switch (piece->mark) {
+    case MARK_IF_SET:
+    case MARK_LVAL: out_format("%d", slot_lval(slot)); break;
+    case MARK_IVAL: out_format("%d", slot_ival(slot)); break;
+    case MARK_DVAL: out_format("%f", slot_dval(slot)); break;
+    case MARK_NUMBER: out_format("%d", choice.number); break;
     case TAIL_ATTR_COMMENT: emit_attr_comment(); break;
     case TAIL_ATTR: emit_attr_tail(); break;
     case TAIL_TEXT_COMMENT: emit_text_comment(); break;
@@ -79,20 +85,6 @@ static void emit_tail(const form_piece *piece, const rule_choice &choice)
     case TAIL_GETCUR: emit_getcur_tail(); break;
     case TAIL_SCAN: emit_scan_format(choice.last); break;
     default: break;
-    }
-}
-
-// Writes a number or a tail.
-static void emit_other(const form_piece *piece, const rule_choice &choice)
-{
-    const arg_slot *slot = arg_slots + piece->slot;
-    switch (piece->mark) {
-    case MARK_IF_SET:
-    case MARK_LVAL: out_format("%d", slot_lval(slot)); break;
-    case MARK_IVAL: out_format("%d", slot_ival(slot)); break;
-    case MARK_DVAL: out_format("%f", slot_dval(slot)); break;
-    case MARK_NUMBER: out_format("%d", choice.number); break;
-    default: emit_tail(piece, choice); break;
     }
 }
 
