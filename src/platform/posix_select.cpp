@@ -262,11 +262,6 @@ static int is_script(const dirent *entry)
     return stat(name, &info) == 0 && !S_ISDIR(info.st_mode) && !is_output(name) ? 1 : 0;
 }
 
-static int compare_names(const dirent **left, const dirent **right)
-{
-    return strcmp((*left)->d_name, (*right)->d_name);
-}
-
 // Shows a name with a question mark for each control character, which would act on the terminal. The second
 // row of them comes as two bytes, C2 and 80 to 9F.
 static void show_name(const char *name)
@@ -386,7 +381,7 @@ static select_result take_answer(dirent *const *scripts, size_t count,
 static select_result select_from_list(void (*take)(const char *path, void *context), void *context)
 {
     dirent **scripts = nullptr;
-    int found = scandir(".", &scripts, is_script, compare_names);
+    int found = scandir(".", &scripts, is_script, alphasort);
     if (found < 0 && errno == ENOMEM) {
         tell_no_memory();
         return SELECT_CANCELED;
