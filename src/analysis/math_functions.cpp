@@ -36,7 +36,7 @@ static constexpr math_func math_func_table[] = {
     {"pow", [](const double *a) { return pow(a[0], a[1]); }, 2},
     {"sin", [](const double *a) { return sin(a[0]); }, 1 | angle_in},
     {"sinh", [](const double *a) { return sinh(a[0]); }, 1 | angle_in},
-    {"sqrt", [](const double *a) { return sqrt(a[0]); }, 1},
+    {"sqrt", [](const double *a) { return sqrt(a[0]); }, 1 | MATH_NOT_NEGATIVE},
     {"tan", [](const double *a) { return tan(a[0]); }, 1 | angle_in},
     {"tanh", [](const double *a) { return tanh(a[0]); }, 1 | angle_in},
 };
@@ -44,10 +44,6 @@ static constexpr math_func math_func_table[] = {
 constexpr int math_func_count = sizeof math_func_table / sizeof math_func_table[0];
 static_assert(math_func_count == 21, "a row for each function");
 static constexpr auto math_func_index = word_index_make<256>(math_func_table);
-
-// The one function with a domain error of its own.
-static constexpr const math_func *math_sqrt = &math_func_table[18];
-static_assert(math_sqrt->name[1] == 'q', "the row of sqrt");
 
 const math_func *math_find(const char *name, size_t size)
 {
@@ -61,7 +57,7 @@ bool math_call(const math_func *row, double *arguments, double *value)
     for (uint32_t i = 0; i < count; i++)
         if ((row->flags & MATH_ANGLE_FIRST << MATH_ANGLE_STEP * i) != 0)
             arguments[i] *= deg_to_rad;
-    if (row == math_sqrt && arguments[0] < 0)
+    if ((row->flags & MATH_NOT_NEGATIVE) != 0 && arguments[0] < 0)
         return false;
     *value = row->function(arguments);
     if ((row->flags & MATH_ANGLE_RESULT) != 0)

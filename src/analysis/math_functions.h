@@ -5,9 +5,10 @@
 #include <stddef.h>
 #include <stdint.h>
 
-// Flag word of a function: argument count in the low three bits, and what is an angle.
+// Flag word of a function: argument count in the low three bits, and what its arguments are.
 enum : uint32_t {
     MATH_ARGUMENTS = 7,
+    MATH_NOT_NEGATIVE = 8, // an argument below 0 is a fault
     MATH_ANGLE_RESULT = 32,
     MATH_ANGLE_FIRST = 256, // the second and third argument have the bits three and six further up
     MATH_ANGLE_STEP = 3
