@@ -419,8 +419,8 @@ static int type_size_hash(lex_piece word)
     return place != nullptr ? expr_value{static_cast<double>(type_size_hash(word)), place} : no_value;
 }
 
-// operation: ( expr ), and all that begin one after the other: a call for each would go deeper than the
-// processor keeps the ways back.
+// operation: ( expr ), and all that begin one after the other: with a call for each, the processor could no
+// longer predict where the deep ones return to.
 static expr_value parse_parentheses(const char *place, int32_t depth)
 {
     int32_t open = depth; // symbols below what stands in the innermost of them

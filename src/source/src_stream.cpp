@@ -242,7 +242,7 @@ bool src_more(unsigned char *keep)
     do {
         unsigned char *raw = src.end;
         if (raw + 2 * chunk_size > window_start + window_size)
-            return false; // the reserve is large enough, so this is never so
+            return false; // somebody looks further ahead than the window reaches; what is kept always fits
         size_t room = raw + chunk_size < main_end ? static_cast<size_t>(main_end - raw) : chunk_size;
         size_t undecided = tail_size;
         memcpy(raw, tail, undecided);
