@@ -390,25 +390,6 @@ static expr_value parse_assignment(lex_piece name, const expr_subscripts *subscr
     return {static_cast<double>(size), place};
 }
 
-// Size of a type word by a hash of its text; any other text gives 0, a few by chance excepted.
-static int type_size_hash(lex_piece word)
-{
-    static constexpr struct {
-        uint16_t hash;
-        uint8_t size;
-    } sizes[] = {
-        {6774, 1}, {52079, 1}, {4619, 2}, {9660, 2},  {48745, 2}, {49263, 2}, {62358, 2},
-        {1184, 4}, {6028, 4},  {6275, 4}, {49633, 4}, {51333, 4}, {38985, 8},
-    };
-    uint32_t hash = 0;
-    for (size_t i = 0; i < word.size; i++)
-        hash = 11 * hash + 5 * static_cast<uint32_t>(char_lower(static_cast<unsigned char>(word.text[i])));
-    for (const auto &row : sizes)
-        if (row.hash == (hash & 0xFFFF))
-            return row.size;
-    return 0;
-}
-
 // expr: COPSIZE ( raw_text )
 [[gnu::noinline]] static expr_value parse_copsize(const char *place, int32_t depth)
 {

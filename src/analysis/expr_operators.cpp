@@ -1,6 +1,7 @@
 #include "analysis/expr_operators.h"
 
 #include "support/number.h"
+#include "support/text.h"
 
 #include <math.h>
 
@@ -63,4 +64,22 @@ bool operator_apply(uint8_t op, double a, double b, double *result)
     case OP_OR: *result = a != 0 || b != 0; return true;  // operation: expr | | expr
     default: return apply_integers(op, int_from_double(a), int_from_double(b), result);
     }
+}
+
+int type_size_hash(lex_piece word)
+{
+    static constexpr struct {
+        uint16_t hash;
+        uint8_t size;
+    } sizes[] = {
+        {6774, 1}, {52079, 1}, {4619, 2}, {9660, 2},  {48745, 2}, {49263, 2}, {62358, 2},
+        {1184, 4}, {6028, 4},  {6275, 4}, {49633, 4}, {51333, 4}, {38985, 8},
+    };
+    uint32_t hash = 0;
+    for (size_t i = 0; i < word.size; i++)
+        hash = 11 * hash + 5 * static_cast<uint32_t>(char_lower(static_cast<unsigned char>(word.text[i])));
+    for (const auto &row : sizes)
+        if (row.hash == (hash & 0xFFFF))
+            return row.size;
+    return 0;
 }

@@ -97,3 +97,7 @@ bool operator_apply(uint8_t op, double a, double b, double *result);
 // A value with a foot or inch mark in drawing units. unit is a unit code: 0 inch, 1 millimetre, 2 foot,
 // 3 centimetre, 4 yard, 5 metre.
 double to_drawing_units(double value, int unit);
+
+// What COPSIZE computes: the size of a type word by a hash of its text. Any other text gives 0, a few by
+// chance excepted.
+int type_size_hash(lex_piece word);
