@@ -25,7 +25,6 @@
 #include "analysis/math_functions.h"
 #include "analysis/var_store.h"
 #include "support/number.h"
-#include "support/text.h"
 
 #include <stdarg.h>
 #include <stdio.h>

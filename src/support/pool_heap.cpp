@@ -8,7 +8,6 @@
 #include <string.h>
 
 #include "support/number.h"
-#include "support/text.h"
 
 pool_heap *heap_list;
 int32_t heap_debug;
