@@ -183,8 +183,7 @@ TEST(properties, a_statement_may_be_longer_than_the_window)
               converted("LINE 1,2,3,xy,5,6 , 7, 8\n"));
     EXPECT_EQ(converted("PRINT" + gap + "\"a\\n\"" + dropped + "," + gap + "b" + gap + "\n").substr(0, 5),
               " b   ");
-    EXPECT_EQ(converted("PRINT \"a\", b\nSPLINE \v" + dropped.substr(0, 0) + times(300000, "\f") +
-                        "a3,\"p\",1,2\n"),
+    EXPECT_EQ(converted("PRINT \"a\", b\nSPLINE \v" + times(300000, "\f") + "a3,\"p\",1,2\n"),
               converted("PRINT \"a\", b\nSPLINE \va3,\"p\",1,2\n"));
     EXPECT_EQ(converted("REM " + gap + "x\n" + gap + "WAIT 1," + gap + "\ny = 1\n"),
               "REM x\n" + gap + "WAIT 1\ny = 1\n\n");
