@@ -29,7 +29,7 @@ SURVIVED = "SURVIVED"
 NO_PROGRAM = "doesn't compile"
 SAME_PROGRAM = "the same program"
 ALIKE = "alike:"  # so begins the reason of a mutation that makes no difference
-COMPILER_FLAGS = "-w -fconstexpr-ops-limit=5000000"  # a constant that loops is soon given up
+COMPILER_FLAGS = "-w -fconstexpr-ops-limit=20000000"  # a constant that loops is soon given up
 TEST_LIMIT = 20  # seconds; a test that is slow by nature gets five times what it takes
 FIRST_TEST_LIMIT = 300  # the same for the unbroken code
 
