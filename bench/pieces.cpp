@@ -1,13 +1,13 @@
 // Benchmarks of the pieces that a statement passes through. bench/run measures the whole; these tell where
 // a change has shown.
-#include "analysis/arg_fetcher.h"
-#include "analysis/arg_slots.h"
-#include "analysis/expr_eval.h"
-#include "analysis/var_store.h"
+#include "expressions/expr_eval.h"
+#include "expressions/var_store.h"
 #include "platform/platform.h"
 #include "rules/rules.h"
-#include "source/command_table.h"
 #include "source/src_stream.h"
+#include "statements/arg_fetcher.h"
+#include "statements/arg_slots.h"
+#include "statements/command_table.h"
 #include "support/output.h"
 #include "support/pool_heap.h"
 

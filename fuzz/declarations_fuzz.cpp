@@ -6,10 +6,10 @@
 //     others   parse_var_ref
 #include "harness.h"
 
-#include "analysis/declarations.h"
-#include "analysis/expr_lexer.h"
-#include "analysis/var_store.h"
+#include "expressions/expr_lexer.h"
+#include "expressions/var_store.h"
 #include "source/src_stream.h"
+#include "statements/declarations.h"
 #include "support/pool_heap.h"
 
 #include <stdlib.h>

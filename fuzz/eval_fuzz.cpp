@@ -1,9 +1,9 @@
 // eval_expr alone: each line of the input is a text, and all of them share one variable store.
 #include "harness.h"
 
-#include "analysis/expr_eval.h"
-#include "analysis/expr_lexer.h"
-#include "analysis/var_store.h"
+#include "expressions/expr_eval.h"
+#include "expressions/expr_lexer.h"
+#include "expressions/var_store.h"
 #include "support/pool_heap.h"
 
 #include <stdlib.h>

@@ -3,13 +3,13 @@
 #endif
 #include "harness.h"
 
-#include "analysis/arg_fetcher.h"
-#include "analysis/var_store.h"
 #include "common/heaps.h"
 #include "driver/batch.h"
+#include "expressions/var_store.h"
 #include "rules/rules.h"
-#include "source/labels.h"
 #include "source/src_stream.h"
+#include "statements/arg_fetcher.h"
+#include "statements/labels.h"
 #include "support/output.h"
 
 #include <stdio.h>

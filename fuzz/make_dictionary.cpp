@@ -1,6 +1,6 @@
 // Prints the fuzzers' dictionary: every command of the table, the keywords, the functions, the operators,
 // and a few pieces of scripts that are hard to guess.
-#include "source/command_table.h"
+#include "statements/command_table.h"
 
 #include <stdio.h>
 

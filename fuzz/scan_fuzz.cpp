@@ -2,8 +2,8 @@
 // number of arguments, the rest the decoded format.
 #include "harness.h"
 
-#include "analysis/arg_slots.h"
 #include "rules/emission.h"
+#include "statements/arg_slots.h"
 
 #include <stdlib.h>
 #include <string.h>

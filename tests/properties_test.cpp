@@ -3,9 +3,9 @@
 #include "common/random_texts.h"
 #include "common/run.h"
 
-#include "source/command_rows.h"
-#include "source/command_table.h"
 #include "source/src_stream.h"
+#include "statements/command_rows.h"
+#include "statements/command_table.h"
 
 #include <gtest/gtest.h>
 

@@ -12,6 +12,8 @@ need check 'the sources were not looked at'
 # shellcheck disable=SC2046 # no name of ours has a blank
 clang-format --dry-run -Werror $(find src tests bench fuzz -name '*.cpp' -o -name '*.h')
 
+tools/check_includes.sh
+
 # The debug build tells how each file is compiled. Standard error has only counts of what was suppressed.
 build_preset debug
 find src -name '*.cpp' ! -name '*windows*.cpp' | sort |

@@ -1,10 +1,10 @@
 #include "driver/batch.h"
 
-#include "analysis/var_store.h"
 #include "driver/statement_loop.h"
+#include "expressions/var_store.h"
 #include "platform/platform.h"
-#include "source/labels.h"
 #include "source/src_stream.h"
+#include "statements/labels.h"
 #include "support/output.h"
 
 #include <stdio.h>

@@ -4,7 +4,7 @@
 // source are as the statement left them.
 #pragma once
 
-#include "source/recogniser.h"
+#include "statements/recogniser.h"
 
 #include <stdint.h>
 

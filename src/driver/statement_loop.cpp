@@ -1,13 +1,13 @@
 #include "driver/statement_loop.h"
 
-#include "analysis/arg_fetcher.h"
-#include "analysis/arg_slots.h"
 #include "driver/journal.h"
 #include "rules/rules.h"
-#include "source/command_table.h"
-#include "source/recogniser.h"
 #include "source/src_stream.h"
-#include "source/statement_text.h"
+#include "statements/arg_fetcher.h"
+#include "statements/arg_slots.h"
+#include "statements/command_table.h"
+#include "statements/recogniser.h"
+#include "statements/statement_text.h"
 #include "support/output.h"
 
 void (*statement_seen)(const statement_record *record);

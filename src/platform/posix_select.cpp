@@ -4,8 +4,6 @@
 // nothing.
 #include "platform/platform.h"
 
-#include "support/text.h"
-
 #include <dirent.h>
 #include <errno.h>
 #include <fcntl.h>
@@ -15,6 +13,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <strings.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -256,7 +255,7 @@ static int is_script(const dirent *entry)
     if (name[0] == '.' || length < 4)
         return 0;
     const char *extension = name + length - 4;
-    if (text_compare_nocase(extension, ".mrl") != 0 && text_compare_nocase(extension, ".mrp") != 0)
+    if (strcasecmp(extension, ".mrl") != 0 && strcasecmp(extension, ".mrp") != 0)
         return 0;
     struct stat info;
     return stat(name, &info) == 0 && !S_ISDIR(info.st_mode) && !is_output(name) ? 1 : 0;
@@ -296,7 +295,7 @@ static void show_scripts(dirent *const *scripts, size_t count)
 static size_t read_number(const char **text, size_t limit)
 {
     size_t number = 0;
-    while (text_is(**text, CHAR_DIGIT)) {
+    while (**text >= '0' && **text <= '9') {
         number = number * 10 + static_cast<size_t>(**text - '0');
         if (number > limit)
             return 0;
@@ -312,7 +311,7 @@ static void take_word(const char *word, dirent *const *scripts, size_t count,
 {
     size_t first = 0;
     size_t last = 0;
-    if (text_compare_nocase(word, "all") == 0 && count > 0) {
+    if (strcasecmp(word, "all") == 0 && count > 0) {
         first = 1;
         last = count;
     } else {
@@ -336,7 +335,7 @@ static void take_word(const char *word, dirent *const *scripts, size_t count,
 
 static bool is_separator(char c)
 {
-    return c == ',' || text_is(c, CHAR_WHITE);
+    return c != '\0' && strchr(", \t\n\v\f\r", c) != nullptr;
 }
 
 // Cuts the next word off an answer and steps after it; null at the end. Quotes keep blanks and commas in a

@@ -1,11 +1,11 @@
 #include "report/journal.h"
 
-#include "analysis/arg_slots.h"
-#include "analysis/expr_eval.h"
 #include "driver/batch.h"
 #include "driver/journal.h"
+#include "expressions/expr_eval.h"
 #include "platform/platform.h"
-#include "source/labels.h"
+#include "statements/arg_slots.h"
+#include "statements/labels.h"
 #include "support/output.h"
 #include "support/text.h"
 

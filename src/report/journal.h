@@ -4,8 +4,8 @@
 // One conversion runs at a time. What a listener is told is valid while it is called.
 #pragma once
 
-#include "source/command_table.h"
-#include "source/recogniser.h"
+#include "statements/command_table.h"
+#include "statements/recogniser.h"
 
 #include <stdint.h>
 

@@ -1,10 +1,10 @@
 #include "report/judge.h"
 
-#include "analysis/var_store.h"
+#include "expressions/var_store.h"
 #include "report/judge_arguments.h"
 #include "report/show.h"
 #include "rules/rule_table.h"
-#include "source/statement_text.h"
+#include "statements/statement_text.h"
 #include "support/text.h"
 
 #include <fmt/format.h>

@@ -1,11 +1,11 @@
 #include "report/judge_arguments.h"
 
-#include "analysis/arg_fetcher.h"
-#include "analysis/arg_slots.h"
-#include "analysis/math_functions.h"
+#include "expressions/math_functions.h"
 #include "report/show.h"
 #include "report/slot_use.h"
 #include "rules/rule_table.h"
+#include "statements/arg_slots.h"
+#include "statements/arg_text.h"
 #include "support/text.h"
 
 #include <fmt/format.h>

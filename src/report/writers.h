@@ -2,7 +2,7 @@
 // the end, so that a report is never held as a whole.
 #pragma once
 
-#include "report/report.h"
+#include "report/report_types.h"
 
 #include <stdio.h>
 

@@ -5,8 +5,8 @@
 // after them.
 #pragma once
 
-#include "analysis/arg_slots.h"
 #include "rules/form.h"
+#include "statements/arg_slots.h"
 #include "support/output.h"
 
 #include <stdint.h>

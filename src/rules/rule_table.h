@@ -6,7 +6,7 @@
 #pragma once
 
 #include "rules/emission.h"
-#include "source/command_rows.h"
+#include "statements/command_rows.h"
 
 #include <stdint.h>
 

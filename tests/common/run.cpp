@@ -1,13 +1,13 @@
 #include "common/run.h"
 
-#include "analysis/arg_fetcher.h"
-#include "analysis/expr_eval.h"
-#include "analysis/expr_lexer.h"
-#include "analysis/var_store.h"
 #include "driver/batch.h"
+#include "expressions/expr_eval.h"
+#include "expressions/expr_lexer.h"
+#include "expressions/var_store.h"
 #include "rules/rules.h"
-#include "source/labels.h"
 #include "source/src_stream.h"
+#include "statements/arg_fetcher.h"
+#include "statements/labels.h"
 #include "support/output.h"
 
 #include <gtest/gtest.h>

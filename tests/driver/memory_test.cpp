@@ -1,8 +1,8 @@
 // Memory that runs out: malloc or realloc fails at each of their calls in turn. Linked with both wrapped.
-#include "analysis/var_store.h"
 #include "common/run.h"
 #include "driver/batch.h"
-#include "source/labels.h"
+#include "expressions/var_store.h"
+#include "statements/labels.h"
 #include "support/pool_heap.h"
 
 #include <gtest/gtest.h>

@@ -1,13 +1,13 @@
 // Emission helpers one by one, where a whole statement doesn't show which of them did what.
 #include "rules/emission.h"
 
-#include "analysis/arg_fetcher.h"
 #include "common/diff.h"
 #include "common/run.h"
 #include "rules/rule_table.h"
 #include "rules/rules.h"
-#include "source/command_table.h"
-#include "source/recogniser.h"
+#include "statements/arg_fetcher.h"
+#include "statements/command_table.h"
+#include "statements/recogniser.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "source/labels.h"
+#include "statements/labels.h"
 
 #include "source/src_stream.h"
-#include "source/statement_text.h"
+#include "statements/statement_text.h"
 #include "support/name_index.h"
 #include "support/number.h"
 #include "support/prompt_report.h"

@@ -1,12 +1,12 @@
 // The evaluator: values, failures with their messages, and effects that stay.
-#include "analysis/expr_eval.h"
+#include "expressions/expr_eval.h"
 
-#include "analysis/expr_lexer.h"
-#include "analysis/expr_operators.h"
-#include "analysis/math_functions.h"
-#include "analysis/var_store.h"
 #include "common/diff.h"
 #include "common/run.h"
+#include "expressions/expr_lexer.h"
+#include "expressions/expr_operators.h"
+#include "expressions/math_functions.h"
+#include "expressions/var_store.h"
 
 #include <gtest/gtest.h>
 

@@ -6,7 +6,7 @@
 // end of the data and leaves its old place as waste. When the room is used up, the list moves to a new block
 // with a quarter of its size to spare, and the waste stays. So a move is paid for by what was stored
 // since the last one, in whatever order items come.
-#include "analysis/var_array.h"
+#include "expressions/var_array.h"
 
 #include <stddef.h>
 #include <stdlib.h>

@@ -1,4 +1,4 @@
-#include "source/statement_text.h"
+#include "statements/statement_text.h"
 
 #include "source/src_stream.h"
 #include "support/output.h"

@@ -1,4 +1,4 @@
-#include "analysis/arg_slots.h"
+#include "statements/arg_slots.h"
 
 #include "support/number.h"
 

@@ -12,17 +12,6 @@
 // length and 1.
 constexpr int32_t arg_pool_size = 3001;
 
-// What fetch_args gives for a failure, by cause. The converter treats them alike.
-enum : int32_t {
-    FETCH_MISSING = -1,     // a required argument is empty or left out
-    FETCH_AFTER_QUOTE = -2, // something stands after a closing quote
-    FETCH_PARENTHESES = -3, // the parentheses don't pair up
-    FETCH_EXPRESSION = -4,  // the evaluator refuses the text; expr_error was told why
-    FETCH_TOO_LONG = -5,    // the text of a numeric argument has more than 251 characters
-    FETCH_NO_ROOM = -6,     // the argument store is full
-    FETCH_TOO_MANY = -7     // one argument more than 100
-};
-
 // Fetches a statement's arguments and reads over its line feed. Entered with arg_cursor on slot 1 and
 // arg_type_cursor on the first arg_types byte. Gives the number of spec positions walked, repetitions
 // included, with both cursors on their first element (slot 0); or a code of the above for an argument that is

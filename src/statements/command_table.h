@@ -5,7 +5,7 @@
 // rows have to follow each other.
 #pragma once
 
-#include "source/command_rows.h"
+#include "statements/command_rows.h"
 #include "support/word_index.h"
 
 #include <stddef.h>

@@ -1,14 +1,14 @@
 // The recogniser: what a statement's first word is, which row it finds, and what becomes of plain text.
-#include "source/recogniser.h"
+#include "statements/recogniser.h"
 
-#include "analysis/arg_slots.h"
-#include "analysis/expr_eval.h"
 #include "common/diff.h"
 #include "common/run.h"
-#include "source/command_rows.h"
-#include "source/command_table.h"
+#include "expressions/expr_eval.h"
 #include "source/src_stream.h"
-#include "source/statement_text.h"
+#include "statements/arg_slots.h"
+#include "statements/command_rows.h"
+#include "statements/command_table.h"
+#include "statements/statement_text.h"
 
 #include <gtest/gtest.h>
 

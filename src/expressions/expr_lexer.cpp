@@ -1,6 +1,6 @@
-#include "analysis/expr_lexer.h"
+#include "expressions/expr_lexer.h"
 
-#include "analysis/var_store.h"
+#include "expressions/var_store.h"
 #include "support/number.h"
 #include "support/text.h"
 #include "support/word_index.h"

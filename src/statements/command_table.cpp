@@ -1,4 +1,4 @@
-#include "source/command_table.h"
+#include "statements/command_table.h"
 
 #include "support/word_index.h"
 

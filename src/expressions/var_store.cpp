@@ -1,4 +1,4 @@
-#include "analysis/var_store.h"
+#include "expressions/var_store.h"
 
 #include "support/name_index.h"
 #include "support/number.h"

@@ -7,7 +7,7 @@
 // found.
 #pragma once
 
-#include "analysis/var_array.h"
+#include "expressions/var_array.h"
 
 #include <stddef.h>
 #include <stdint.h>

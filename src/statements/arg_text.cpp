@@ -1,10 +1,9 @@
 // In both readers p is the next character to look at, and the characters from from up to p belong to the text
 // that ends at to. As long as nothing was dropped or decoded, to and from are the same place.
-#include "analysis/arg_text.h"
+#include "statements/arg_text.h"
 
-#include "analysis/arg_fetcher.h"
 #include "source/src_stream.h"
-#include "source/statement_text.h"
+#include "statements/statement_text.h"
 #include "support/scan.h"
 #include "support/text.h"
 

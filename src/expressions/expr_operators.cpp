@@ -1,4 +1,4 @@
-#include "analysis/expr_operators.h"
+#include "expressions/expr_operators.h"
 
 #include "support/number.h"
 #include "support/text.h"

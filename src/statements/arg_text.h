@@ -6,6 +6,17 @@
 
 #include <stdint.h>
 
+// What fetch_args gives for a failure, by cause. The converter treats them alike.
+enum : int32_t {
+    FETCH_MISSING = -1,     // a required argument is empty or left out
+    FETCH_AFTER_QUOTE = -2, // something stands after a closing quote
+    FETCH_PARENTHESES = -3, // the parentheses don't pair up
+    FETCH_EXPRESSION = -4,  // the evaluator refuses the text; expr_error was told why
+    FETCH_TOO_LONG = -5,    // the text of a numeric argument has more than 251 characters
+    FETCH_NO_ROOM = -6,     // the argument store is full
+    FETCH_TOO_MANY = -7     // one argument more than 100
+};
+
 // One argument's text.
 struct arg_text {
     unsigned char *text; // of a string: after its opening quote

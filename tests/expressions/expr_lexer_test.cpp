@@ -1,5 +1,5 @@
 // The expression lexer: tokens, their values, and what is left of the text.
-#include "analysis/expr_lexer.h"
+#include "expressions/expr_lexer.h"
 
 #include "common/diff.h"
 #include "common/run.h"

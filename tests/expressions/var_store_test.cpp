@@ -1,5 +1,5 @@
 // The variable store: what may be made of what, widths, and blocks that grow and move.
-#include "analysis/var_store.h"
+#include "expressions/var_store.h"
 
 #include "common/run.h"
 #include "driver/batch.h"

@@ -1,13 +1,13 @@
 // Declarations: how a list is cut up, what a reference says, and what enters the store.
-#include "analysis/declarations.h"
+#include "statements/declarations.h"
 
-#include "analysis/expr_lexer.h"
-#include "analysis/var_store.h"
 #include "common/diff.h"
 #include "common/run.h"
-#include "source/labels.h"
+#include "expressions/expr_lexer.h"
+#include "expressions/var_store.h"
 #include "source/src_stream.h"
-#include "source/statement_text.h"
+#include "statements/labels.h"
+#include "statements/statement_text.h"
 
 #include <gtest/gtest.h>
 

@@ -18,12 +18,12 @@
 // The language bounds how deep a text may nest: 50 grammar symbols may be unfinished at a time. depth is the
 // number of symbols below what a routine reads, and is checked whenever a token joins them. An operand, a
 // list of subscripts and a list of arguments are one symbol each.
-#include "analysis/expr_eval.h"
+#include "expressions/expr_eval.h"
 
-#include "analysis/expr_lexer.h"
-#include "analysis/expr_operators.h"
-#include "analysis/math_functions.h"
-#include "analysis/var_store.h"
+#include "expressions/expr_lexer.h"
+#include "expressions/expr_operators.h"
+#include "expressions/math_functions.h"
+#include "expressions/var_store.h"
 #include "support/number.h"
 
 #include <stdarg.h>

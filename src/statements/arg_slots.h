@@ -7,7 +7,7 @@
 // read a fixed number of slots, more than the statement gave.
 #pragma once
 
-#include "source/command_rows.h"
+#include "statements/command_rows.h"
 #include "support/number.h"
 
 #include <stdint.h>

@@ -1,12 +1,13 @@
 // The fetcher: slots and types by spec, and each way to fail with what it leaves.
-#include "analysis/arg_fetcher.h"
+#include "statements/arg_fetcher.h"
+#include "statements/arg_text.h"
 
-#include "analysis/arg_slots.h"
-#include "analysis/var_store.h"
 #include "common/diff.h"
 #include "common/run.h"
+#include "expressions/var_store.h"
 #include "source/src_stream.h"
-#include "source/statement_text.h"
+#include "statements/arg_slots.h"
+#include "statements/statement_text.h"
 
 #include <gtest/gtest.h>
 

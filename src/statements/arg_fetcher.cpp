@@ -1,11 +1,11 @@
 // The walk over the spec, one position after the other, and the storing of what is read.
-#include "analysis/arg_fetcher.h"
+#include "statements/arg_fetcher.h"
 
-#include "analysis/arg_slots.h"
-#include "analysis/arg_text.h"
-#include "analysis/expr_eval.h"
+#include "expressions/expr_eval.h"
 #include "source/src_stream.h"
-#include "source/statement_text.h"
+#include "statements/arg_slots.h"
+#include "statements/arg_text.h"
+#include "statements/statement_text.h"
 #include "support/scan.h"
 
 #include <string.h>

@@ -6,7 +6,7 @@
 // the left.
 #pragma once
 
-#include "analysis/expr_lexer.h"
+#include "expressions/expr_lexer.h"
 
 #include <stdint.h>
 

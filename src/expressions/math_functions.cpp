@@ -1,4 +1,4 @@
-#include "analysis/math_functions.h"
+#include "expressions/math_functions.h"
 
 #include "support/word_index.h"
 

@@ -1,9 +1,9 @@
 // Labels that are defined twice or too often, and what a #LINE leaves behind.
-#include "source/labels.h"
+#include "statements/labels.h"
 
 #include "common/run.h"
 #include "source/src_stream.h"
-#include "source/statement_text.h"
+#include "statements/statement_text.h"
 
 #include <gtest/gtest.h>
 
