@@ -1,33 +1,37 @@
 #include "report/item.h"
 
-const char *const state_words[] = {"none", "open", "changed"};
+const char *const state_words[] = {"none", "open", "changed", "accepted"};
 
 // clang-format off
 const kind_row kind_table[item_kind_count] = {
-    {"stopped", "Reading stopped before the script's end",
+    {"stopped", "reading stopped", "Reading stopped before the script's end",
      "Mend the line in the script and convert it again: nothing after it has been converted.", true},
-    {"broken", "The arguments failed",
+    {"broken", "arguments failed", "The arguments failed",
      "Mend the statement in the script and convert it again: what the converter left of it is no statement.", true},
-    {"guarded", "The statement under an IF has become none, only comments, or several statements",
+    {"guarded", "IF guards another", "The statement under an IF has become none, only comments, or several statements",
      "An IF guards the one statement after it. Put a GOTO around the statements that are meant, in the script, "
      "and convert it again.", true},
-    {"frozen", "A value stands where the script had an expression",
+    {"frozen", "value fixed", "A value stands where the script had an expression",
      "Put the expression back in the converted script: the value is the one it had at this place of the text.", false},
-    {"lost", "Something is gone without a trace",
+    {"decoded", "string decoded", "A string can't be read back as it was typed",
+     "An escape or a quote inside the string was decoded. Write the string anew in the converted script.", false},
+    {"lost", "argument lost", "Something is gone without a trace",
      "Look whether the part that is gone matters, and write it anew in the converted script.", false},
-    {"gone", "The new dialect has no such command",
+    {"gone", "no such command", "The new dialect has no such command",
      "Do without the command, or do its work by others.", false},
-    {"byhand", "A tip, and the new form stands as a comment or not at all",
+    {"byhand", "finish by hand", "A tip, and the new form stands as a comment or not at all",
      "Write the new statement by the tip.", false},
-    {"check", "A tip, and the new command stands",
+    {"check", "look at it", "A tip, and the new command stands",
      "Read the tip and check the new command by it.", false},
-    {"quiet", "Commented out with neither tip nor warning",
+    {"form", "odd form", "A line of the new form is no well-formed list",
+     "Look whether the new dialect takes the line; if it does, accept all lines of the command at once.", false},
+    {"quiet", "commented out", "Commented out with neither tip nor warning",
      "Decide whether the statement is still needed; the new dialect has it in another form, or not at all.", false},
-    {"unknown", "A line whose first word is in no table",
+    {"unknown", "not recognised", "A line whose first word is in no table",
      "It went through unchanged. Look whether the word is misspelt or belongs to another dialect.", false},
-    {"base", "An ADDBASEDIM with no BASEDIM before it",
+    {"base", "no BASEDIM", "An ADDBASEDIM with no BASEDIM before it",
      "Make the first one of the group a BASEDIM, which declares the parent that the others add to.", false},
-    {"dropped", "A system command was dropped",
+    {"dropped", "system command", "A system command was dropped",
      "Do the step by a command of the new dialect if it is still needed.", false},
 };
 // clang-format on

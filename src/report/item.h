@@ -15,10 +15,12 @@ enum item_kind : uint8_t {
     ITEM_BROKEN,
     ITEM_GUARDED,
     ITEM_FROZEN,
+    ITEM_DECODED,
     ITEM_LOST,
     ITEM_GONE,
     ITEM_BYHAND,
     ITEM_CHECK,
+    ITEM_FORM,
     ITEM_QUIET,
     ITEM_UNKNOWN,
     ITEM_BASE,
@@ -29,6 +31,7 @@ constexpr int item_kind_count = ITEM_DROPPED + 1;
 // What a kind is called and what there is to do about it.
 struct kind_row {
     const char *word;
+    const char *label;   // a few plain words for the page
     const char *title;   // what has happened
     const char *to_do;   // what the script's author does about it
     bool mend_in_script; // first mended in the script, which is then converted again
@@ -39,9 +42,10 @@ extern const kind_row kind_table[item_kind_count];
 int kind_find(std::string_view word);
 
 enum item_state : uint8_t {
-    STATE_NONE,   // there is no converted script
-    STATE_OPEN,   // its lines stand in the converted script as written
-    STATE_CHANGED // they no longer do: somebody has been at work
+    STATE_NONE,    // there is no converted script
+    STATE_OPEN,    // its lines are in the converted script as written
+    STATE_CHANGED, // they no longer are: somebody has edited them
+    STATE_ACCEPTED // somebody has said that it is all right as it is
 };
 extern const char *const state_words[];
 
@@ -51,8 +55,9 @@ struct report_item {
     bool summed;           // one of many alike, which the text tells in one line unless all are asked for
     uint32_t line;         // of the script, where the statement begins
     uint32_t last_line;    // of the script, where it ends
-    uint64_t output_line;  // where its output begins, or would have begun
+    uint64_t output_line;  // of what is written now: where its output begins, or would have begun
     uint64_t output_lines; // lines of its output; 0: nothing is left
+    uint64_t there_line;   // of the output that is there: where its output begins; 0: it isn't there
     std::string command;   // as the command table spells it; else the statement's first word
     std::string statement; // the line of the script
     std::string detail;
