@@ -1,0 +1,66 @@
+#include "report/memory/text_lines.h"
+
+constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
+constexpr std::string_view white = " \t\v\f\r\n";
+
+std::string_view text_body(std::string_view text)
+{
+    if (text.substr(0, byte_order_mark.size()) == byte_order_mark)
+        text.remove_prefix(byte_order_mark.size());
+    return text;
+}
+
+bool line_take(std::string_view *rest, std::string_view *line)
+{
+    if (rest->empty())
+        return false;
+    size_t end = rest->find('\n');
+    *line = rest->substr(0, end == std::string_view::npos ? end : end + 1);
+    rest->remove_prefix(line->size());
+    return true;
+}
+
+std::string_view line_core(std::string_view line)
+{
+    size_t first = line.find_first_not_of(white);
+    if (first == std::string_view::npos)
+        return {};
+    return line.substr(first, line.find_last_not_of(white) - first + 1);
+}
+
+bool same_text(std::string_view a, std::string_view b)
+{
+    a = text_body(a);
+    b = text_body(b);
+    std::string_view line_a, line_b;
+    for (bool first = true;; first = false) {
+        bool more_a = line_take(&a, &line_a);
+        bool more_b = line_take(&b, &line_b);
+        // Without its last line end, a text of one blank line is empty.
+        if (more_a != more_b)
+            return first && line_core(more_a ? line_a : line_b).empty() && a.empty() && b.empty();
+        if (!more_a)
+            return true;
+        if (line_core(line_a) != line_core(line_b))
+            return false;
+    }
+}
+
+text_lines text_split(std::string_view text)
+{
+    text_lines lines{text_body(text), {0}};
+    std::string_view rest = lines.body, line;
+    while (line_take(&rest, &line))
+        lines.starts.push_back(lines.starts.back() + line.size());
+    return lines;
+}
+
+size_t line_count(const text_lines &text)
+{
+    return text.starts.size() - 1;
+}
+
+std::string_view lines_between(const text_lines &text, size_t first, size_t end)
+{
+    return text.body.substr(text.starts[first], text.starts[end] - text.starts[first]);
+}

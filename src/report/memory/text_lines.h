@@ -1,0 +1,33 @@
+// A text as lines, and the comparison of texts in which the habits of editors don't count: the byte order
+// mark, the kind of line end, white space at both ends of a line, and whether the last line has an end.
+//
+// Views point into the text that was handed over, which the caller keeps.
+#pragma once
+
+#include <stddef.h>
+
+#include <string_view>
+#include <vector>
+
+// The text after its byte order mark, if it has one.
+std::string_view text_body(std::string_view text);
+
+// Takes the first line off *rest, with its line end. False if nothing is left.
+bool line_take(std::string_view *rest, std::string_view *line);
+
+// What of a line counts: all but the white space at both ends, its line end among it.
+std::string_view line_core(std::string_view line);
+
+// True if two texts have the same lines.
+bool same_text(std::string_view a, std::string_view b);
+
+// A text that is cut into lines. Line n begins at starts[n]; a last entry is the end of the body.
+struct text_lines {
+    std::string_view body;
+    std::vector<size_t> starts;
+};
+text_lines text_split(std::string_view text);
+size_t line_count(const text_lines &text);
+
+// The lines from first up to end, with their line ends.
+std::string_view lines_between(const text_lines &text, size_t first, size_t end);
