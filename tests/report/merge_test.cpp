@@ -197,6 +197,9 @@ TEST(merge, keeps_the_spelling_of_the_edited_output)
         {"a\nb\nc\n", "a\n  x\nc\n", "a\nx\ny\n", conflict},
         {"a\nb\nc\n", "a\n  x\r\nc\n", "a\nx \nc\n", "a\n  x\r\nc\n"},
         {"a\n", "a\nb\n", "a\nc\n", conflict},
+        // A run stays opposite a change of the other text, though it could go further down.
+        {"\n\n\n", "LINE 2\n\n", "\n\n\n\n", "LINE 2\n\n\n"},
+        {"LINE 1\n\n", "\n", "\n\n", conflict},
     };
     for (const auto &texts : cases) {
         merge_result merged = merge_texts(texts.last, texts.mine, texts.fresh);
