@@ -15,9 +15,9 @@
 // A routine is given the place of the first token of what it reads, and gives the place of the token after
 // it. Each production of the grammar stands at the code that completes it.
 //
-// The language bounds how deep a text may nest: 50 grammar symbols may be unfinished at a time. depth is the
-// number of symbols below what a routine reads, and is checked whenever a token joins them. An operand, a
-// list of subscripts and a list of arguments are one symbol each.
+// The language bounds how deep a text may nest: 50 grammar symbols may be unfinished at a time. A token that
+// is taken is one more of them, and a completed production leaves one, its left side, of those of its right
+// side.
 #include "expressions/expr_eval.h"
 
 #include "expressions/expr_lexer.h"
@@ -41,6 +41,7 @@ constexpr int32_t pool_size = 100;    // arguments and declaration items of one 
 
 static double expr_result;
 static int32_t pool_used;
+static int32_t symbols; // unfinished
 
 static const char *text_end; // of the text as it was given
 
@@ -84,36 +85,47 @@ static const char *syntax_error()
 
 // ---- Tokens ----
 
-// The token at a place has no room.
-static const char *overflow(const char *place)
+// Adds an unfinished symbol. The last token read is the one at a place. False if the symbol has no room.
+static inline bool add_symbol(const char *place)
 {
+    if (symbols < symbols_max) {
+        symbols++;
+        return true;
+    }
     if (lex_end == text_end)
         read_limit = place;
-    return fail("yacc stack overflow");
+    (void)fail("yacc stack overflow");
+    return false;
 }
 
-// Takes the token at a place, which ends at end, above so many symbols. Gives the place of the next one.
-static inline const char *take(const char *place, const char *end, int32_t depth)
+// A production is complete, whose right side has so many symbols.
+static inline void complete(int32_t size)
 {
-    return depth < symbols_max ? lex_skip(end) : overflow(place);
+    symbols -= size - 1;
+}
+
+// Takes the token at a place, which ends at end. Gives the place of the next one.
+static inline const char *take(const char *place, const char *end)
+{
+    return add_symbol(place) ? lex_skip(end) : nullptr;
 }
 
 // The same for a token of one character, which has to be this one.
-static inline const char *take_expected(const char *place, char token, int32_t depth)
+static inline const char *take_expected(const char *place, char token)
 {
-    return lex_code(place) == token ? take(place, place + 1, depth) : syntax_error();
+    return lex_code(place) == token ? take(place, place + 1) : syntax_error();
 }
 
 // Takes the name at a place.
-static const char *take_name(const char *place, lex_piece *name, int32_t depth)
+static const char *take_name(const char *place, lex_piece *name)
 {
     lex_token token = lex_read(place);
     *name = token.name;
-    return token.code == TOKEN_NAME ? take(place, token.end, depth) : syntax_error();
+    return token.code == TOKEN_NAME ? take(place, token.end) : syntax_error();
 }
 
-static inline expr_value parse_operand(const char *place, int32_t depth);
-static expr_value parse_expr(const char *place, uint8_t level, int32_t depth);
+static inline expr_value parse_operand(const char *place);
+static expr_value parse_expr(const char *place, uint8_t level);
 
 // ---- Operators ----
 
@@ -122,59 +134,63 @@ static inline const operator_row &operator_at(const char *place)
     return operator_rows.row[lex_code(place)];
 }
 
-// operation: expr ? expr : expr, from the middle operand on; depth is that of the left one. Both sides are
-// evaluated. (Rules that few texts reach are out of line: what they keep on the stack would burden all
-// others.)
-[[gnu::noinline]] static expr_value parse_condition(double left, const char *place, int32_t depth)
+// operation: expr ? expr : expr, from the middle operand on. Both sides are evaluated. (Rules that few texts
+// reach are out of line: what they keep on the stack would burden all others.)
+[[gnu::noinline]] static expr_value parse_condition(double left, const char *place)
 {
-    expr_value middle = parse_expr(place, level_lowest, depth + 2);
-    if (middle.next == nullptr || (place = take_expected(middle.next, ':', depth + 3)) == nullptr)
+    expr_value middle = parse_expr(place, level_lowest);
+    if (middle.next == nullptr || (place = take_expected(middle.next, ':')) == nullptr)
         return no_value;
-    expr_value right = parse_expr(place, operator_levels[OP_CONDITION], depth + 4);
+    expr_value right = parse_expr(place, operator_levels[OP_CONDITION]);
+    complete(5);
     if (left != 0)
         right.number = middle.number;
     return right;
 }
 
-static expr_value parse_feet(double left, const char *place, int32_t depth);
+static expr_value parse_feet(double left, const char *place);
 
-// An operand is complete, with so many symbols below it, and the token after it is the operator of a row:
-// takes that, its right side if it has one, and completes the rule.
-static expr_value parse_operator(expr_value left, const operator_row &row, int32_t depth)
+// An operand is complete, and the token after it is the operator of a row: takes that, its right side if it
+// has one, and completes the rule.
+static expr_value parse_operator(expr_value left, const operator_row &row)
 {
-    const char *place = take(left.next, lex_after(left.next, row.token), depth + 1);
+    const char *place = take(left.next, lex_after(left.next, row.token));
     if (place == nullptr)
         return no_value;
     switch (row.op) {
-    case OP_FEET: return parse_feet(left.number, place, depth);
+    case OP_FEET: return parse_feet(left.number, place);
     case OP_INCHES: // expr: inches; inches: expr "
+        complete(2);
         return {to_drawing_units(left.number * inch_in_foot, 2), place};
-    case OP_CONDITION: return parse_condition(left.number, place, depth);
+    case OP_CONDITION: return parse_condition(left.number, place);
     default: break;
     }
     int16_t second = lex_code(place);
     uint8_t op = second == row.token ? row.op_doubled : second == '=' ? row.op_equality : +OP_NONE;
-    int32_t right_depth = depth + 2;
-    if (op != OP_NONE)
-        place = take(place, place + 1, right_depth++);
-    else if ((op = row.op) == OP_NONE)
+    int32_t size = 3;
+    if (op != OP_NONE) {
+        place = take(place, place + 1);
+        size = 4;
+    } else if ((op = row.op) == OP_NONE) {
         place = syntax_error();
+    }
     if (place == nullptr)
         return no_value;
-    expr_value right = parse_expr(place, operator_levels[op], right_depth);
+    expr_value right = parse_expr(place, operator_levels[op]);
+    complete(size);
     if (right.next != nullptr && !operator_apply(op, left.number, right.number, &right.number))
         right.next = fail("divide by zero");
     return right;
 }
 
-// All operators after an operand that are above the level, with so many symbols below it.
-static inline expr_value parse_operators(expr_value value, uint8_t level, int32_t depth)
+// All operators after an operand that are above the level.
+static inline expr_value parse_operators(expr_value value, uint8_t level)
 {
     while (value.next != nullptr) {
         const operator_row &row = operator_at(value.next);
         if (row.level <= level)
             break;
-        value = parse_operator(value, row, depth);
+        value = parse_operator(value, row);
     }
     return value;
 }
@@ -182,14 +198,14 @@ static inline expr_value parse_operators(expr_value value, uint8_t level, int32_
 // ---- Feet and inches ----
 
 // inches: expr ", of which the mark closes the pair. Whatever else ends the operand is a fault.
-static expr_value parse_inches(const char *place, int32_t depth)
+static expr_value parse_inches(const char *place)
 {
-    expr_value value = parse_operand(place, depth);
+    expr_value value = parse_operand(place);
     while (value.next != nullptr) {
         const operator_row &row = operator_at(value.next);
         if (row.level <= level_lowest)
             return {0, syntax_error()};
-        value = parse_operator(value, row, depth);
+        value = parse_operator(value, row);
         if (row.op == OP_INCHES)
             break;
     }
@@ -198,8 +214,9 @@ static expr_value parse_inches(const char *place, int32_t depth)
 
 // The foot mark after an operand was taken: feet: expr '. What can begin an operand begins the inches; a + or
 // - is the operator.
-[[gnu::noinline]] static expr_value parse_feet(double left, const char *place, int32_t depth)
+[[gnu::noinline]] static expr_value parse_feet(double left, const char *place)
 {
+    complete(2);
     double feet = to_drawing_units(left, 2);
     switch (lex_read(place).code) {
     case TOKEN_NUMBER:
@@ -210,8 +227,9 @@ static expr_value parse_inches(const char *place, int32_t depth)
     case '~': break;
     default: return {feet, place}; // expr: feet
     }
-    expr_value inches = parse_inches(place, depth + 1);
+    expr_value inches = parse_inches(place);
     inches.number += feet; // expr: feet inches
+    complete(2);
     return inches;
 }
 
@@ -231,22 +249,21 @@ struct expr_subscripts {
     int32_t items[list_max];
 };
 
-// Reads a list of subscripts, with so many symbols below it, from its first [ on. Gives the place after it.
-static const char *parse_subscripts(const char *place, expr_subscripts *list, int32_t depth)
+// Reads a list of subscripts from its first [ on. Gives the place after it.
+static const char *parse_subscripts(const char *place, expr_subscripts *list)
 {
     list->count = 0;
-    int32_t bracket = depth; // symbols below the next [; the list so far is one of them
     do {
-        if ((place = take(place, place + 1, bracket)) == nullptr)
+        if ((place = take(place, place + 1)) == nullptr)
             return nullptr;
-        expr_value value = parse_expr(place, level_lowest, bracket + 1);
-        if (value.next == nullptr || (place = take_expected(value.next, ']', bracket + 2)) == nullptr)
+        expr_value value = parse_expr(place, level_lowest);
+        if (value.next == nullptr || (place = take_expected(value.next, ']')) == nullptr)
             return nullptr;
         if (list->count == list_max)
             return fail("Too many dimensions");
         // subscripts: [ expr ]; subscripts: subscripts [ expr ]
+        complete(list->count == 0 ? 3 : 4);
         list->items[list->count++] = int_from_double(value.number);
-        bracket = depth + 1;
     } while (lex_code(place) == '[');
     return place;
 }
@@ -266,26 +283,28 @@ static expr_value call(lex_piece name, double *arguments, int32_t count, const c
     return value;
 }
 
-// expr: NAME ( arg_list ), from the parenthesis on; depth is the name's.
-[[gnu::noinline]] static expr_value parse_call(lex_piece name, const char *place, int32_t depth)
+// expr: NAME ( arg_list ), from the parenthesis on.
+[[gnu::noinline]] static expr_value parse_call(lex_piece name, const char *place)
 {
     double arguments[list_max];
     int32_t count = 0;
-    int32_t mark = depth + 1; // symbols below the ( or the comma
     do {
-        if ((place = take(place, place + 1, mark)) == nullptr)
+        if ((place = take(place, place + 1)) == nullptr)
             return no_value;
-        expr_value value = parse_expr(place, level_lowest, mark + 1);
+        expr_value value = parse_expr(place, level_lowest);
         if (value.next == nullptr)
             return no_value;
         if (count == list_max || !pool_take())
             return {0, fail("Too many functions or arguments")};
-        arguments[count++] = value.number; // arg_list: expr; arg_list: arg_list , expr
+        if (count > 0)
+            complete(3);                   // arg_list: arg_list , expr
+        arguments[count++] = value.number; // arg_list: expr
         place = value.next;
-        mark = depth + 3;
     } while (lex_code(place) == ',');
-    place = take_expected(place, ')', depth + 3);
-    return place != nullptr ? call(name, arguments, count, place) : no_value;
+    if ((place = take_expected(place, ')')) == nullptr)
+        return no_value;
+    complete(4);
+    return call(name, arguments, count, place);
 }
 
 // ---- Variables ----
@@ -315,26 +334,24 @@ static expr_value assign_element(lex_piece name, const expr_subscripts *list, ex
     }
 }
 
-// Reads a text up to its terminator, " or ), and takes that; so many symbols are below it. The text is a
-// symbol of its own, and so is the (empty) that it begins with: string_text and raw_text: (empty). No token
-// is read ahead of it.
-static const char *parse_raw(const char *place, char terminator, lex_piece *text, int32_t depth)
+// Reads a text from the quote or parenthesis before it, the token at a place, to its terminator, and takes
+// both. The text between is a symbol of its own, complete before a token is read in it: string_text: (empty);
+// raw_text: (empty).
+static const char *parse_raw(const char *place, char terminator, lex_piece *text)
 {
-    if (depth + 1 >= symbols_max) {
-        (void)overflow(place);
+    if (!add_symbol(place) || !add_symbol(place))
         return nullptr;
-    }
-    return take_expected(lex_skip(lex_string(place, terminator, text)), terminator, depth + 2);
+    return take_expected(lex_skip(lex_string(place + 1, terminator, text)), terminator);
 }
 
 // assignment: NAME = string; assignment: NAME subscripts = string; subscript is -1 if there is none.
-// string: " string_text ", of which place is the first mark, with so many symbols below it.
-[[gnu::noinline]] static expr_value assign_string(lex_piece name, int32_t subscript, const char *place,
-                                                  int32_t depth)
+// string: " string_text ", of which place is the first quote.
+[[gnu::noinline]] static expr_value assign_string(lex_piece name, int32_t subscript, const char *place)
 {
     lex_piece string;
-    if ((place = parse_raw(place + 1, '"', &string, depth)) == nullptr)
+    if ((place = parse_raw(place, '"', &string)) == nullptr)
         return no_value;
+    complete(3);
     int32_t code = var_store_string(name.text, name.size, subscript, static_cast<int32_t>(string.size) + 1);
     if (code < 0)
         return {0, syntax_error()};
@@ -345,87 +362,86 @@ static const char *parse_raw(const char *place, char terminator, lex_piece *text
     return {static_cast<double>(string.size), place};
 }
 
-// An assignment from its = on, with so many symbols below that. subscripts is null for a plain name.
-static expr_value parse_assignment(lex_piece name, const expr_subscripts *subscripts, const char *place,
-                                   int32_t depth)
+// An assignment from its = on. subscripts is null for a plain name.
+static expr_value parse_assignment(lex_piece name, const expr_subscripts *subscripts, const char *place)
 {
-    if ((place = take(place, place + 1, depth)) == nullptr)
+    if ((place = take(place, place + 1)) == nullptr)
         return no_value;
-    if (lex_code(place) == '"')
-        return assign_string(name, subscripts == nullptr ? -1 : subscripts->items[0], place, depth + 1);
-    expr_value value = parse_expr(place, level_assignment, depth + 1);
-    if (value.next == nullptr)
-        return no_value;
-    return subscripts == nullptr ? assign(name, value) : assign_element(name, subscripts, value);
+    expr_value value;
+    if (lex_code(place) == '"') {
+        value = assign_string(name, subscripts == nullptr ? -1 : subscripts->items[0], place);
+    } else {
+        value = parse_expr(place, level_assignment);
+        if (value.next != nullptr)
+            value = subscripts == nullptr ? assign(name, value) : assign_element(name, subscripts, value);
+    }
+    complete(subscripts == nullptr ? 3 : 4);
+    return value;
 }
 
-// A name with subscripts, from the [ on: an element, or an assignment to it; depth is the name's.
-[[gnu::noinline]] static expr_value parse_element(lex_piece name, const char *place, int32_t depth)
+// A name with subscripts, from the [ on: an element, or an assignment to it.
+[[gnu::noinline]] static expr_value parse_element(lex_piece name, const char *place)
 {
     expr_subscripts subscripts;
-    if ((place = parse_subscripts(place, &subscripts, depth + 1)) == nullptr)
+    if ((place = parse_subscripts(place, &subscripts)) == nullptr)
         return no_value;
     if (lex_code(place) == '=')
-        return parse_assignment(name, &subscripts, place, depth + 2);
+        return parse_assignment(name, &subscripts, place);
+    complete(2); // expr: NAME subscripts
     int32_t code = var_read_element(name.text, name.size, subscripts.count, subscripts.items);
     if (code == VAR_UNKNOWN)
         return {0, fail("%.*s not declared", length_of(name), name.text)};
-    return {cur_value, code == 0 ? place : syntax_error()}; // expr: NAME subscripts
+    return {cur_value, code == 0 ? place : syntax_error()};
 }
 
 // ---- Operands ----
-// A name, SIZEOF and COPSIZE are read on from the token after them, with the symbols below them.
+// A name, SIZEOF and COPSIZE are read on from the token after them.
 
 // expr: SIZEOF ( NAME )
-[[gnu::noinline]] static expr_value parse_sizeof(const char *place, int32_t depth)
+[[gnu::noinline]] static expr_value parse_sizeof(const char *place)
 {
     lex_piece name;
-    if ((place = take_expected(place, '(', depth + 1)) == nullptr ||
-        (place = take_name(place, &name, depth + 2)) == nullptr ||
-        (place = take_expected(place, ')', depth + 3)) == nullptr)
+    if ((place = take_expected(place, '(')) == nullptr || (place = take_name(place, &name)) == nullptr ||
+        (place = take_expected(place, ')')) == nullptr)
         return no_value;
+    complete(4);
     int32_t size = 0;
     (void)var_read(name.text, name.size, &size);
     return {static_cast<double>(size), place};
 }
 
 // expr: COPSIZE ( raw_text )
-[[gnu::noinline]] static expr_value parse_copsize(const char *place, int32_t depth)
+[[gnu::noinline]] static expr_value parse_copsize(const char *place)
 {
     if (lex_code(place) != '(')
         return {0, syntax_error()};
     lex_piece word;
-    place = parse_raw(place + 1, ')', &word, depth + 1);
-    return place != nullptr ? expr_value{static_cast<double>(type_size_hash(word)), place} : no_value;
+    if ((place = parse_raw(place, ')', &word)) == nullptr)
+        return no_value;
+    complete(4);
+    return {static_cast<double>(type_size_hash(word)), place};
 }
 
-// operation: ( expr ), and all that begin one after the other: with a call for each, the processor could no
-// longer predict where the deep ones return to.
-static expr_value parse_parentheses(const char *place, int32_t depth)
+// operation: ( expr )
+static expr_value parse_parentheses(const char *place)
 {
-    int32_t open = depth; // symbols below what stands in the innermost of them
-    do
-        place = take(place, place + 1, open++);
-    while (place != nullptr && lex_code(place) == '(');
-    if (place == nullptr)
+    if ((place = take(place, place + 1)) == nullptr)
         return no_value;
-    expr_value value = parse_expr(place, level_lowest, open);
-    while (value.next != nullptr) {
-        value.next = take_expected(value.next, ')', open + 1);
-        if (--open == depth)
-            break;
-        value = parse_operators(value, level_lowest, open);
-    }
+    expr_value value = parse_expr(place, level_lowest);
+    if (value.next != nullptr)
+        value.next = take_expected(value.next, ')');
+    complete(3);
     return value;
 }
 
 // operation: ~ expr; operation: + expr; operation: - expr
-[[gnu::noinline]] static expr_value parse_signed(const char *place, int32_t depth)
+[[gnu::noinline]] static expr_value parse_signed(const char *place)
 {
     char sign = *place;
-    if ((place = take(place, place + 1, depth)) == nullptr)
+    if ((place = take(place, place + 1)) == nullptr)
         return no_value;
-    expr_value value = parse_expr(place, level_sign, depth + 1);
+    expr_value value = parse_expr(place, level_sign);
+    complete(2);
     if (sign == '-')
         value.number = -value.number;
     else if (sign == '~')
@@ -434,27 +450,26 @@ static expr_value parse_parentheses(const char *place, int32_t depth)
 }
 
 // SIZEOF and COPSIZE; no other keyword begins an operand.
-[[gnu::noinline]] static expr_value parse_keyword(int16_t code, const char *place, const char *end,
-                                                  int32_t depth)
+[[gnu::noinline]] static expr_value parse_keyword(int16_t code, const char *place, const char *end)
 {
     if (code != TOKEN_SIZEOF && code != TOKEN_COPSIZE)
         return {0, syntax_error()};
-    if ((place = take(place, end, depth)) == nullptr)
+    if ((place = take(place, end)) == nullptr)
         return no_value;
-    return code == TOKEN_SIZEOF ? parse_sizeof(place, depth) : parse_copsize(place, depth);
+    return code == TOKEN_SIZEOF ? parse_sizeof(place) : parse_copsize(place);
 }
 
-static expr_value parse_word(const char *place, int32_t depth)
+static expr_value parse_word(const char *place)
 {
     lex_token word = lex_word(place);
     if (word.code != TOKEN_NAME)
-        return parse_keyword(word.code, place, word.end, depth);
-    if ((place = take(place, word.end, depth)) == nullptr)
+        return parse_keyword(word.code, place, word.end);
+    if ((place = take(place, word.end)) == nullptr)
         return no_value;
     switch (lex_code(place)) {
-    case '(': return parse_call(word.name, place, depth);
-    case '[': return parse_element(word.name, place, depth);
-    case '=': return parse_assignment(word.name, nullptr, place, depth + 1);
+    case '(': return parse_call(word.name, place);
+    case '[': return parse_element(word.name, place);
+    case '=': return parse_assignment(word.name, nullptr, place);
     default: break;
     }
     // expr: NAME. An unknown name is no error: it has the value of the variable read last.
@@ -462,28 +477,28 @@ static expr_value parse_word(const char *place, int32_t depth)
     return {cur_value, place};
 }
 
-static inline expr_value parse_operand(const char *place, int32_t depth)
+static inline expr_value parse_operand(const char *place)
 {
     if (lex_is_number(place)) { // expr: NUMBER
         number_piece number = number_scan(place, lex_end);
-        return {number.value, take(place, number.end, depth)};
+        return {number.value, take(place, number.end)};
     }
     if (lex_is_word(place))
-        return parse_word(place, depth);
+        return parse_word(place);
     switch (lex_code(place)) {
-    case '(': return parse_parentheses(place, depth);
+    case '(': return parse_parentheses(place);
     case '~':
     case '+':
-    case '-': return parse_signed(place, depth);
+    case '-': return parse_signed(place);
     default: return {0, syntax_error()};
     }
 }
 
-// An operand and all operators after it that are above the level, with so many symbols below it.
+// An operand and all operators after it that are above the level.
 // expr: operation; expr: assignment
-static expr_value parse_expr(const char *place, uint8_t level, int32_t depth)
+static expr_value parse_expr(const char *place, uint8_t level)
 {
-    return parse_operators(parse_operand(place, depth), level, depth);
+    return parse_operators(parse_operand(place), level);
 }
 
 // ---- Declarations ----
@@ -493,49 +508,52 @@ struct decl_item {
     expr_subscripts subscripts;
 };
 
-// decl: ARRAY NAME subscripts, from the name on.
-static const char *parse_array(const char *place)
+// decl: ARRAY NAME subscripts
+static const char *parse_array(const lex_token &keyword)
 {
     lex_piece name;
     expr_subscripts list;
-    if ((place = take_name(place, &name, 1)) == nullptr)
+    const char *place = take(keyword.name.text, keyword.end);
+    if (place == nullptr || (place = take_name(place, &name)) == nullptr)
         return nullptr;
     if (lex_code(place) != '[')
         return syntax_error();
-    if ((place = parse_subscripts(place, &list, 2)) == nullptr)
+    if ((place = parse_subscripts(place, &list)) == nullptr)
         return nullptr;
     int32_t code = var_make(name.text, name.size, VAR_NONE, list.count, list.items);
     return code == 0 ? place : fail("can't make %.*s (%d)", length_of(name), name.text, code);
 }
 
 // decl_item: NAME subscripts; decl_item: NAME
-static const char *parse_decl_item(const char *place, decl_item *item, int32_t depth)
+static const char *parse_decl_item(const char *place, decl_item *item)
 {
     item->subscripts.count = 0;
-    place = take_name(place, &item->name, depth);
-    return place != nullptr && lex_code(place) == '[' ? parse_subscripts(place, &item->subscripts, depth + 1)
-                                                      : place;
+    if ((place = take_name(place, &item->name)) == nullptr || lex_code(place) != '[')
+        return place;
+    place = parse_subscripts(place, &item->subscripts);
+    complete(2);
+    return place;
 }
 
-// decl: TYPEWORD decl_list, from the list on. The variables are made when the whole list was read.
-static const char *parse_declaration(const char *place, int8_t type)
+// decl: TYPEWORD decl_list. The variables are made when the whole list was read.
+static const char *parse_declaration(const lex_token &keyword)
 {
     static decl_item items[decl_list_max];
     int32_t count = 0;
-    int32_t depth = 1; // of an item; with the list before it and the comma, 3
-    for (;;) {
+    const char *place = keyword.name.text;
+    const char *end = keyword.end; // of the TYPEWORD or comma before an item
+    do {
         decl_item item;
-        if ((place = parse_decl_item(place, &item, depth)) == nullptr)
+        if ((place = take(place, end)) == nullptr || (place = parse_decl_item(place, &item)) == nullptr)
             return nullptr;
         if (count == decl_list_max || !pool_take())
             return fail("Too many functions or arguments");
-        items[count++] = item; // decl_list: decl_item; decl_list: decl_list , decl_item
-        if (lex_code(place) != ',')
-            break;
-        depth = 3;
-        if ((place = take(place, place + 1, depth - 1)) == nullptr)
-            return nullptr;
-    }
+        if (count > 0)
+            complete(3);       // decl_list: decl_list , decl_item
+        items[count++] = item; // decl_list: decl_item
+        end = place + 1;
+    } while (lex_code(place) == ',');
+    int8_t type = lex_keyword(keyword.name)->type_code;
     for (int32_t i = 0; i < count; i++) {
         const decl_item &item = items[i];
         int32_t code =
@@ -553,10 +571,8 @@ static const char *parse_declaration(const char *place, int8_t type)
 {
     lex_token token = lex_read(place);
     switch (token.code) {
-    case TOKEN_ARRAY: place = parse_array(lex_skip(token.end)); break;
-    case TOKEN_TYPEWORD:
-        place = parse_declaration(lex_skip(token.end), lex_keyword(token.name)->type_code);
-        break;
+    case TOKEN_ARRAY: place = parse_array(token); break;
+    case TOKEN_TYPEWORD: place = parse_declaration(token); break;
     case TOKEN_END: return true; // decl: (empty)
     default: return false;
     }
@@ -571,11 +587,12 @@ const double *eval_expr(const char *text, size_t size)
     if (size > lex_text_max)
         return nullptr;
     pool_used = 0;
+    symbols = 0;
     lex_start(text, size);
     const char *place = lex_skip(text);
     if ((place == lex_end || lex_may_begin_keyword(*place)) && parse_declares(place))
         return nullptr;
-    expr_value value = parse_expr(place, level_lowest, 0); // input: expr END
+    expr_value value = parse_expr(place, level_lowest); // input: expr END
     if (value.next != nullptr && lex_code(value.next) != TOKEN_END)
         value.next = syntax_error();
     expr_result = value.number;

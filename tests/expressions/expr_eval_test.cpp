@@ -501,24 +501,73 @@ TEST_F(expr_eval_test, sizes_types_by_their_word)
     EXPECT_EQ(value_of("COPSIZE(int"), "null: syntax error");
 }
 
-TEST_F(expr_eval_test, nests_as_deep_as_its_stack)
+// The largest count of each kind of nesting that leaves no more than 50 grammar symbols unfinished, as a
+// table-driven LALR(1) parser with a stack of 50 counts them.
+TEST_F(expr_eval_test, nests_as_deep_as_50_unfinished_symbols)
 {
     static const struct {
-        std::string before, after;
-        size_t fits; // once more is too deep
+        const char *start, *before, *operand, *after; // before and after stand count times around the operand
+        size_t count;
     } cases[] = {
-        {"(", ")", 48},
-        {"-", "", 49},
-        {"a[", "]", 24},
-        {"abs(", ")", 24},
+        {"", "(", "0", ")", 48},
+        {"", "-", "0", "", 49},
+        {"", "x=", "0", "", 24},
+        {"", "a[0]=", "0", "", 16},
+        {"", "a[", "0", "]", 24},
+        {"", "b[0][", "0", "]", 16},
+        {"", "abs(", "0", ")", 24},
+        {"", "hypot(0,", "0", ")", 12},
+        {"", "1?", "0", ":0", 23},
+        {"", "5'", "0", "\"", 48},
+        {"", "0+(", "0", ")", 16},
+        {"", "0<=", "0", "", 16},
+        {"", "0!=-", "0", "", 12},
+        {"", "-", "SIZEOF(a)", "", 46},
+        {"", "-", "COPSIZE(int)", "", 46},
+        {"", "-", "a[0]", "", 46},
+        {"", "-", "b[0][0]", "", 45},
+        {"", "-", "abs(0)", "", 46},
+        {"", "-", "hypot(0,0)", "", 45},
+        {"", "-", "(1)", "", 47},
+        {"", "-", "1!=2", "", 46},
+        {"", "-", "1'", "", 48},
+        {"", "-", "1'2\"", "", 47},
+        {"", "-", "x=1", "", 47},
+        {"", "-", "a[0]=1", "", 46},
+        {"", "-", "b[0][0]=1", "", 45},
+        {"", "-", "$s=\"t\"", "", 45},
+        {"", "-", "$$l[0]=\"t\"", "", 44},
+        {"INT q[", "-", "0]", "", 46},
+        {"INT q[1][", "-", "0]", "", 45},
+        {"INT q,r[", "-", "0]", "", 44},
+        {"INT q,r[1][", "-", "0]", "", 43},
+        {"INT q[1],r[1][1],s[", "-", "0]", "", 44}, // what was read before the item is one symbol
+        {"ARRAY z[", "-", "0]", "", 46},
+        {"ARRAY z[1][", "-", "0]", "", 45},
     };
-    value_of("INT a[1]");
     for (const auto &c : cases) {
-        std::string operand = "0";
-        std::string fits = times(c.fits, c.before) + operand + times(c.fits, c.after);
-        std::string over = times(c.fits + 1, c.before) + operand + times(c.fits + 1, c.after);
-        EXPECT_EQ(value_of(over), "null: yacc stack overflow") << over;
-        EXPECT_EQ(value_of(fits).substr(0, 4) == "null", false) << fits;
+        auto nested = [&c](size_t count) {
+            return c.start + times(count, c.before) + c.operand + times(count, c.after);
+        };
+        file_objects();
+        value_of("INT a[1], b[1][1]");
+        EXPECT_EQ(value_of(nested(c.count + 1)), "null: yacc stack overflow") << nested(c.count + 1);
+        // A declaration has no value.
+        std::string value = value_of(nested(c.count));
+        EXPECT_EQ(messages, std::vector<std::string>{}) << nested(c.count);
+        EXPECT_EQ(value == "null", *c.start != 0) << nested(c.count);
+    }
+}
+
+// A finished operand is one symbol, however many it was made of: a chain of them fits at any length.
+TEST_F(expr_eval_test, chains_finished_operands_without_end)
+{
+    value_of("INT a[1], b[1][1]");
+    for (const char *link : {"+0", "+(0!=0)", "<<0", "?0:0", "+-0", "+(0)", "+1\"", "*1'", "*1'2\"", "+a[0]",
+                             "+b[0][0]", "+SIZEOF(a)", "+COPSIZE(int)", "+abs(0)", "+hypot(0,0)", "+(x=1)",
+                             "+(a[0]=1)", "+($s=\"t\")", "+($$l[0]=\"t\")"}) {
+        std::string text = "0" + times(45, link);
+        EXPECT_NE(value_of(text).substr(0, 4), "null") << text;
     }
 }
 
