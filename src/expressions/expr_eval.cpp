@@ -134,9 +134,8 @@ static inline const operator_row &operator_at(const char *place)
     return operator_rows.row[lex_code(place)];
 }
 
-// operation: expr ? expr : expr, from the middle operand on. Both sides are evaluated. (Rules that few texts
-// reach are out of line: what they keep on the stack would burden all others.)
-[[gnu::noinline]] static expr_value parse_condition(double left, const char *place)
+// operation: expr ? expr : expr, from the middle operand on. Both sides are evaluated.
+static expr_value parse_condition(double left, const char *place)
 {
     expr_value middle = parse_expr(place, level_lowest);
     if (middle.next == nullptr || (place = take_expected(middle.next, ':')) == nullptr)
@@ -214,7 +213,7 @@ static expr_value parse_inches(const char *place)
 
 // The foot mark after an operand was taken: feet: expr '. What can begin an operand begins the inches; a + or
 // - is the operator.
-[[gnu::noinline]] static expr_value parse_feet(double left, const char *place)
+static expr_value parse_feet(double left, const char *place)
 {
     complete(2);
     double feet = to_drawing_units(left, 2);
@@ -284,7 +283,7 @@ static expr_value call(lex_piece name, double *arguments, int32_t count, const c
 }
 
 // expr: NAME ( arg_list ), from the parenthesis on.
-[[gnu::noinline]] static expr_value parse_call(lex_piece name, const char *place)
+static expr_value parse_call(lex_piece name, const char *place)
 {
     double arguments[list_max];
     int32_t count = 0;
@@ -346,7 +345,7 @@ static const char *parse_raw(const char *place, char terminator, lex_piece *text
 
 // assignment: NAME = string; assignment: NAME subscripts = string; subscript is -1 if there is none.
 // string: " string_text ", of which place is the first quote.
-[[gnu::noinline]] static expr_value assign_string(lex_piece name, int32_t subscript, const char *place)
+static expr_value assign_string(lex_piece name, int32_t subscript, const char *place)
 {
     lex_piece string;
     if ((place = parse_raw(place, '"', &string)) == nullptr)
@@ -380,7 +379,7 @@ static expr_value parse_assignment(lex_piece name, const expr_subscripts *subscr
 }
 
 // A name with subscripts, from the [ on: an element, or an assignment to it.
-[[gnu::noinline]] static expr_value parse_element(lex_piece name, const char *place)
+static expr_value parse_element(lex_piece name, const char *place)
 {
     expr_subscripts subscripts;
     if ((place = parse_subscripts(place, &subscripts)) == nullptr)
@@ -398,7 +397,7 @@ static expr_value parse_assignment(lex_piece name, const expr_subscripts *subscr
 // A name, SIZEOF and COPSIZE are read on from the token after them.
 
 // expr: SIZEOF ( NAME )
-[[gnu::noinline]] static expr_value parse_sizeof(const char *place)
+static expr_value parse_sizeof(const char *place)
 {
     lex_piece name;
     if ((place = take_expected(place, '(')) == nullptr || (place = take_name(place, &name)) == nullptr ||
@@ -411,7 +410,7 @@ static expr_value parse_assignment(lex_piece name, const expr_subscripts *subscr
 }
 
 // expr: COPSIZE ( raw_text )
-[[gnu::noinline]] static expr_value parse_copsize(const char *place)
+static expr_value parse_copsize(const char *place)
 {
     if (lex_code(place) != '(')
         return {0, syntax_error()};
@@ -435,7 +434,7 @@ static expr_value parse_parentheses(const char *place)
 }
 
 // operation: ~ expr; operation: + expr; operation: - expr
-[[gnu::noinline]] static expr_value parse_signed(const char *place)
+static expr_value parse_signed(const char *place)
 {
     char sign = *place;
     if ((place = take(place, place + 1)) == nullptr)
@@ -450,7 +449,7 @@ static expr_value parse_parentheses(const char *place)
 }
 
 // SIZEOF and COPSIZE; no other keyword begins an operand.
-[[gnu::noinline]] static expr_value parse_keyword(int16_t code, const char *place, const char *end)
+static expr_value parse_keyword(int16_t code, const char *place, const char *end)
 {
     if (code != TOKEN_SIZEOF && code != TOKEN_COPSIZE)
         return {0, syntax_error()};
@@ -567,7 +566,7 @@ static const char *parse_declaration(const lex_token &keyword)
 // ---- The whole text ----
 
 // input: decl END. A declaration can only begin the text, and has no value. False if the text is none.
-[[gnu::noinline]] static bool parse_declares(const char *place)
+static bool parse_declares(const char *place)
 {
     lex_token token = lex_read(place);
     switch (token.code) {
