@@ -31,11 +31,12 @@ static bool may_be_enclosed(const uint8_t *text, size_t size)
 static bool evaluate(const uint8_t *data, size_t size, double *value, size_t *name_end)
 {
     char *text = harness_text(data, size, lex_slack);
-    const double *result = eval_expr(text, size);
+    const char *last_token = nullptr;
+    const double *result = eval_expr(text, size, &last_token);
     if (result != nullptr)
         *value = *result;
     harness_expect(memcmp(text, data, size) == 0, "a text isn't changed");
-    *name_end = eval_name_end(text, size);
+    *name_end = eval_name_end(text, size, last_token);
     harness_expect(*name_end <= size, "a first name ends inside its text");
     free(text);
     return result != nullptr;

@@ -39,14 +39,14 @@ constexpr int32_t list_max = 5;       // subscripts of a variable, arguments of 
 constexpr int32_t decl_list_max = 23; // items of a declaration
 constexpr int32_t pool_size = 100;    // arguments and declaration items of one text
 
-static double expr_result;
-static int32_t pool_used;
-static int32_t symbols; // unfinished
-
-static const char *text_end; // of the text as it was given
-
-// The token at this place was read, and none after it. A fault that isn't an overflow reads on to the end.
-static const char *read_limit;
+// Of the text that is evaluated.
+static struct {
+    const char *text_end;   // of the text as it was given
+    const char *last_token; // the last one read of it. A fault that isn't an overflow reads on to the end.
+    int32_t symbols;        // unfinished
+    int32_t pool_used;      // arguments and declaration items
+    double result;          // of the last text that had a value
+} eval;
 
 // ---- Outcomes ----
 
@@ -88,12 +88,12 @@ static const char *syntax_error()
 // Adds an unfinished symbol. The last token read is the one at a place. False if the symbol has no room.
 static inline bool add_symbol(const char *place)
 {
-    if (symbols < symbols_max) {
-        symbols++;
+    if (eval.symbols < symbols_max) {
+        eval.symbols++;
         return true;
     }
-    if (lex_end == text_end)
-        read_limit = place;
+    if (lex.end == eval.text_end)
+        eval.last_token = place;
     (void)fail("yacc stack overflow");
     return false;
 }
@@ -101,7 +101,7 @@ static inline bool add_symbol(const char *place)
 // A production is complete, whose right side has so many symbols.
 static inline void complete(int32_t size)
 {
-    symbols -= size - 1;
+    eval.symbols -= size - 1;
 }
 
 // Takes the token at a place, which ends at end. Gives the place of the next one.
@@ -237,9 +237,9 @@ static expr_value parse_feet(double left, const char *place)
 // Room for one more argument or item in the text. False if there is none.
 static bool pool_take()
 {
-    if (pool_used == pool_size)
+    if (eval.pool_used == pool_size)
         return false;
-    pool_used++;
+    eval.pool_used++;
     return true;
 }
 
@@ -479,7 +479,7 @@ static expr_value parse_word(const char *place)
 static inline expr_value parse_operand(const char *place)
 {
     if (lex_is_number(place)) { // expr: NUMBER
-        number_piece number = number_scan(place, lex_end);
+        number_piece number = number_scan(place, lex.end);
         return {number.value, take(place, number.end)};
     }
     if (lex_is_word(place))
@@ -580,29 +580,36 @@ static bool parse_declares(const char *place)
     return true;
 }
 
-const double *eval_expr(const char *text, size_t size)
+// input: expr END. Null if there was a fault, or no expression.
+static const double *parse_input(const char *text, size_t size)
 {
-    read_limit = text_end = text + size;
+    eval = {text + size, text + size, 0, 0, 0};
     if (size > lex_text_max)
         return nullptr;
-    pool_used = 0;
-    symbols = 0;
     lex_start(text, size);
     const char *place = lex_skip(text);
-    if ((place == lex_end || lex_may_begin_keyword(*place)) && parse_declares(place))
+    if ((place == lex.end || lex_may_begin_keyword(*place)) && parse_declares(place))
         return nullptr;
-    expr_value value = parse_expr(place, level_lowest); // input: expr END
+    expr_value value = parse_expr(place, level_lowest);
     if (value.next != nullptr && lex_code(value.next) != TOKEN_END)
         value.next = syntax_error();
-    expr_result = value.number;
-    return value.next != nullptr ? &expr_result : nullptr;
+    eval.result = value.number;
+    return value.next != nullptr ? &eval.result : nullptr;
 }
 
-size_t eval_name_end(const char *text, size_t size)
+const double *eval_expr(const char *text, size_t size, const char **last_token)
+{
+    const double *value = parse_input(text, size);
+    if (last_token != nullptr)
+        *last_token = eval.last_token;
+    return value;
+}
+
+size_t eval_name_end(const char *text, size_t size, const char *last_token)
 {
     if (size > lex_text_max)
         return size;
     lex_start(text, size);
-    const char *end = lex_first_name_end(text, read_limit);
+    const char *end = lex_first_name_end(text, last_token);
     return end != nullptr ? static_cast<size_t>(end - text) : size;
 }

@@ -7,11 +7,7 @@
 
 #include <string.h>
 
-const char *lex_end;
-
-// Strings are decoded to here. Where one has no terminator, its decoded text is also what is read next.
-static char lex_decoded[lex_text_max + lex_slack];
-static bool reads_decoded; // the text that is read is in lex_decoded
+lex_state lex;
 
 // ---- Keywords ----
 
@@ -56,24 +52,24 @@ bool lex_starts_operand(char c)
 
 void lex_start(const char *text, size_t size)
 {
-    lex_end = text + size;
-    reads_decoded = false;
+    lex.end = text + size;
+    lex.reads_strings = false;
 }
 
 const char *lex_prefixed_end(const char *place)
 {
     bool system = *place == '@';
     const char *word = place + 1;
-    if (!system && word < lex_end && *word == '$')
+    if (!system && word < lex.end && *word == '$')
         word++;
-    bool named = word < lex_end && text_is(*word, system ? CHAR_LETTER | CHAR_DIGIT : CHAR_LETTER);
+    bool named = word < lex.end && text_is(*word, system ? CHAR_LETTER | CHAR_DIGIT : CHAR_LETTER);
     return named ? lex_letters_end(word) : place;
 }
 
 lex_piece lex_long_name(const char *place, const char *end)
 {
     ptrdiff_t limit = *place == '@' ? lex_system_length : lex_name_length;
-    bool surplus = end - place > limit && end < lex_end;
+    bool surplus = end - place > limit && end < lex.end;
     return lex_piece{place, static_cast<size_t>(surplus ? limit : end - place)};
 }
 
@@ -82,7 +78,7 @@ lex_token lex_read(const char *place)
     if (lex_is_word(place))
         return lex_word(place);
     if (lex_is_number(place))
-        return lex_token{TOKEN_NUMBER, number_scan(place, lex_end).end, {place, 0}};
+        return lex_token{TOKEN_NUMBER, number_scan(place, lex.end).end, {place, 0}};
     int16_t code = lex_code(place);
     return lex_token{code, lex_after(place, code), {place, 0}};
 }
@@ -105,17 +101,17 @@ const char *lex_first_name_end(const char *place, const char *limit)
 const char *lex_string(const char *place, char terminator, lex_piece *string)
 {
     // A text that was decoded already is decoded again in its place: names before it are in use.
-    char *start = reads_decoded ? lex_decoded + (place - lex_decoded) : lex_decoded;
+    char *start = lex.reads_strings ? lex.strings + (place - lex.strings) : lex.strings;
     char *to = start;
     const char *from = place;
-    while (from < lex_end && *from != terminator && !(*from == '\\' && from + 1 == lex_end)) {
+    while (from < lex.end && *from != terminator && !(*from == '\\' && from + 1 == lex.end)) {
         char c = *from++;
         size_t size = 0;
-        *to++ = c == '\\' ? escape_decode(from, lex_end, true, &size) : c;
+        *to++ = c == '\\' ? escape_decode(from, lex.end, true, &size) : c;
         from += size;
     }
-    bool terminated = from < lex_end && *from == terminator;
-    if (!terminated && from < lex_end)
+    bool terminated = from < lex.end && *from == terminator;
+    if (!terminated && from < lex.end)
         *to++ = '\\';
     // A decoded NUL ends the text.
     *string = lex_piece{start, strnlen(start, static_cast<size_t>(to - start))};
@@ -123,8 +119,8 @@ const char *lex_string(const char *place, char terminator, lex_piece *string)
         return from;
     // Kept: what an unterminated string was decoded to is read as tokens, so that a decoded quote can close
     // it, as an empty string.
-    reads_decoded = true;
-    lex_end = start + string->size;
+    lex.reads_strings = true;
+    lex.end = start + string->size;
     string->size = 0;
     return start;
 }

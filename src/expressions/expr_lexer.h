@@ -56,15 +56,21 @@ inline bool lex_may_begin_keyword(char c)
     return (lex_keyword_initials >> (c & 31) & 1) != 0;
 }
 
-extern const char *lex_end; // of the text that is read
+// The lexer's state, of one text. lex_start and lex_string write it; the evaluator reads end.
+struct lex_state {
+    const char *end;                        // of the text that is read
+    bool reads_strings;                     // that text is in strings: the last string had no terminator
+    char strings[lex_text_max + lex_slack]; // the string read last, decoded
+};
+extern lex_state lex;
 
 // Starts on a text of at most lex_text_max characters, none of them a NUL.
 void lex_start(const char *text, size_t size);
 
-// The first place from one on that has no white space, at the latest lex_end.
+// The first place from one on that has no white space, at the latest lex.end.
 inline const char *lex_skip(const char *place)
 {
-    while (static_cast<unsigned char>(*place) <= ' ' && place < lex_end && text_is(*place, CHAR_WHITE))
+    while (static_cast<unsigned char>(*place) <= ' ' && place < lex.end && text_is(*place, CHAR_WHITE))
         place++;
     return place;
 }
@@ -72,22 +78,22 @@ inline const char *lex_skip(const char *place)
 // Tells whether what stands at a place without white space is a number.
 inline bool lex_is_number(const char *place)
 {
-    return place < lex_end && (text_is(*place, CHAR_DIGIT) || *place == '.');
+    return place < lex.end && (text_is(*place, CHAR_DIGIT) || *place == '.');
 }
 
 // The same for a name or keyword, and for a $ or @ that may begin one.
 inline bool lex_is_word(const char *place)
 {
-    return place < lex_end && text_is(*place, CHAR_NAME);
+    return place < lex.end && text_is(*place, CHAR_NAME);
 }
 
 // The token at a place without white space, where it is punctuation: what begins a name or a number is given
 // as its character.
 inline int16_t lex_code(const char *place)
 {
-    if (place >= lex_end)
+    if (place >= lex.end)
         return TOKEN_END;
-    if (*place == '=' && place + 1 < lex_end && place[1] == '=')
+    if (*place == '=' && place + 1 < lex.end && place[1] == '=')
         return TOKEN_EQEQ;
     return static_cast<unsigned char>(*place);
 }
@@ -101,7 +107,7 @@ inline const char *lex_after(const char *place, int16_t code)
 // The end of the letters, digits and underscores from a place on.
 inline const char *lex_letters_end(const char *place)
 {
-    return place + scan_word(place, static_cast<size_t>(lex_end - place));
+    return place + scan_word(place, static_cast<size_t>(lex.end - place));
 }
 
 const char *lex_prefixed_end(const char *place); // lex_word_end at a $ or @

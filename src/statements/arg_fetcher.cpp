@@ -12,10 +12,10 @@
 
 // One list of arguments while it is fetched.
 struct arg_list {
-    arg_slot *slot;      // the next one to fill
-    uint8_t *type;       // the arg_types byte of the next position
-    unsigned char *keep; // end of the texts that the slots have; null: none
-    bool evaluated;      // the text read last was evaluated
+    arg_slot *slot;         // the next one to fill
+    uint8_t *type;          // the arg_types byte of the next position
+    unsigned char *keep;    // end of the texts that the slots have; null: none
+    const char *last_token; // of the text read last, as far as it was evaluated; null: it wasn't
 
     // The argument store of the statement: values of type 4 take room in it from the bottom up, strings from
     // the top down, and where they meet the fetch fails. The values stand in the slots and the strings in the
@@ -73,8 +73,7 @@ static int32_t store_number(arg_list *list, const arg_text &arg, uint8_t type)
         slot_fill(list->slot, arg.text, arg.size, type | HOLDS_PLAIN);
     } else {
         slot_fill(list->slot, arg.text, arg.size, type);
-        const double *value = eval_expr(text, arg.size);
-        list->evaluated = true;
+        const double *value = eval_expr(text, arg.size, &list->last_token);
         if (value == nullptr)
             return FETCH_EXPRESSION;
         list->slot->value = *value;
@@ -93,7 +92,7 @@ static int32_t fetch_one(arg_list *list, uint8_t type, arg_text *arg)
     bool item = type == ARG_ITEM;
     int32_t fault = arg_text_read(list->keep, item || type == ARG_STR, item || numeric, arg);
     list->keep = arg->text + arg->size;
-    list->evaluated = false;
+    list->last_token = nullptr;
     *list->type = arg->quoted ? uint8_t{ARG_STR} : type;
     if (fault != 0)
         return fault;
@@ -109,7 +108,7 @@ static int32_t fetch_one(arg_list *list, uint8_t type, arg_text *arg)
 static int32_t fetch_failed(arg_list list, arg_text last, int32_t fault)
 {
     auto *text = reinterpret_cast<const char *>(last.text);
-    size_t left = list.evaluated ? eval_name_end(text, last.size) : last.size;
+    size_t left = list.last_token != nullptr ? eval_name_end(text, last.size, list.last_token) : last.size;
     memcpy(line_buf, text, left);
     line_buf[left] = 0;
     arg_cursor = list.slot;
@@ -128,7 +127,7 @@ static void skip_line(int c, unsigned char *keep)
 
 int32_t fetch_args(int32_t spec_count, const uint8_t *spec, bool keep_absent)
 {
-    arg_list list{arg_slots + 1, arg_types, nullptr, false, 0, arg_pool_size};
+    arg_list list{arg_slots + 1, arg_types, nullptr, nullptr, 0, arg_pool_size};
     arg_text arg{};
     const uint8_t *const types_end = arg_types + arg_types_size;
     int32_t p = 0;

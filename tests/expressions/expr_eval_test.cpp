@@ -61,8 +61,9 @@ static std::string value_of(const std::string &text)
 static size_t name_end_of(const std::string &text)
 {
     std::string bytes = text + std::string(lex_slack, '0');
-    (void)eval_expr(bytes.data(), text.size());
-    return eval_name_end(bytes.data(), text.size());
+    const char *last_token = nullptr;
+    (void)eval_expr(bytes.data(), text.size(), &last_token);
+    return eval_name_end(bytes.data(), text.size(), last_token);
 }
 
 struct expr_case {

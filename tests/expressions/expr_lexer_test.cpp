@@ -33,7 +33,7 @@ struct lex_text {
     // The value of the number that the text begins with.
     std::string number() const
     {
-        return number_text(number_scan(start(), lex_end).value);
+        return number_text(number_scan(start(), lex.end).value);
     }
 
     std::string bytes;
@@ -56,7 +56,7 @@ static std::string tokens(const lex_text &copy)
         if (!result.empty())
             result += ' ';
         switch (token.code) {
-        case TOKEN_NUMBER: result += "#" + number_text(number_scan(place, lex_end).value); break;
+        case TOKEN_NUMBER: result += "#" + number_text(number_scan(place, lex.end).value); break;
         case TOKEN_NAME: result += text_of(token.name); break;
         case TOKEN_TYPEWORD: result += "T" + std::to_string(lex_keyword(token.name)->type_code); break;
         case TOKEN_ARRAY: result += "ARRAY!"; break;
@@ -235,7 +235,7 @@ TEST(expr_lexer, finds_where_the_first_name_ends)
     for (const auto &c : cases) {
         lex_text copy(c.text);
         std::string before = copy.bytes;
-        const char *end = lex_first_name_end(copy.start(), lex_end);
+        const char *end = lex_first_name_end(copy.start(), lex.end);
         EXPECT_EQ(end != nullptr ? static_cast<size_t>(end - copy.start()) : std::string::npos, c.end)
             << c.text;
         EXPECT_EQ(copy.bytes, before);
