@@ -44,12 +44,6 @@ const expr_keyword *lex_keyword(lex_piece name)
 
 // ---- Tokens ----
 
-bool lex_starts_operand(char c)
-{
-    return text_is(c, CHAR_WHITE | CHAR_NAME | CHAR_DIGIT) || c == '.' || c == '(' || c == '~' || c == '+' ||
-           c == '-' || c == 0;
-}
-
 void lex_start(const char *text, size_t size)
 {
     lex.end = text + size;

@@ -149,10 +149,6 @@ inline lex_token lex_word(const char *place)
 // Reads the token at a place without white space.
 lex_token lex_read(const char *place);
 
-// True if an expression may begin with a character: what can't begin a token that begins one is refused. NUL,
-// the end of an empty text, counts as one.
-bool lex_starts_operand(char c);
-
 // The end of the first name or keyword from a place on that begins at limit or before it; null if there is
 // none. No string may come before it.
 const char *lex_first_name_end(const char *place, const char *limit);

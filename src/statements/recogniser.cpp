@@ -1,7 +1,6 @@
 #include "statements/recogniser.h"
 
 #include "expressions/expr_eval.h"
-#include "expressions/expr_lexer.h"
 #include "platform/platform.h"
 #include "source/src_stream.h"
 #include "statements/arg_slots.h"
@@ -141,12 +140,11 @@ static void write_rejected(const statement_span &line)
 }
 
 // Reads a statement that is text, after its word, and evaluates it for its effects on the variables. True if
-// it is an expression. Most lines that nobody knows are comments, which are refused by their first character.
+// it is an expression.
 static bool read_and_evaluate(int32_t length, statement_span *line)
 {
     *line = statement_read(length);
-    return line->size > 0 && lex_starts_operand(line->text[0]) &&
-           eval_expr(line->text, line->size) != nullptr;
+    return eval_expr(line->text, line->size) != nullptr;
 }
 
 static int32_t assignment_statement(int32_t length, statement_kind *kind)
