@@ -324,8 +324,6 @@ static expr_value assign(lex_piece name, expr_value value)
 // assignment: NAME subscripts = expr
 static expr_value assign_element(lex_piece name, const expr_subscripts *list, expr_value value)
 {
-    if (name.text[0] == '@')
-        return {0, syntax_error()};
     switch (var_read_element(name.text, name.size, list->count, list->items)) {
     case 0: return {var_store_value(value.number), value.next};
     case VAR_UNKNOWN: return {0, fail("%.*s not declared", length_of(name), name.text)};
@@ -371,7 +369,9 @@ static expr_value parse_assignment(lex_piece name, const expr_subscripts *subscr
         value = assign_string(name, subscripts == nullptr ? -1 : subscripts->items[0], place);
     } else {
         value = parse_expr(place, level_assignment);
-        if (value.next != nullptr)
+        if (value.next != nullptr && name.text[0] == '@') // a system variable isn't a script's to change
+            value.next = syntax_error();
+        else if (value.next != nullptr)
             value = subscripts == nullptr ? assign(name, value) : assign_element(name, subscripts, value);
     }
     complete(subscripts == nullptr ? 3 : 4);
