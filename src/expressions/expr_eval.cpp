@@ -160,7 +160,7 @@ static expr_value parse_operator(expr_value left, const operator_row &row)
     case OP_FEET: return parse_feet(left.number, place);
     case OP_INCHES: // expr: inches; inches: expr "
         complete(2);
-        return {to_drawing_units(left.number * inch_in_foot, 2), place};
+        return {drawing_units(left.number * inch_in_foot), place};
     case OP_CONDITION: return parse_condition(left.number, place);
     default: break;
     }
@@ -216,7 +216,7 @@ static expr_value parse_inches(const char *place)
 static expr_value parse_feet(double left, const char *place)
 {
     complete(2);
-    double feet = to_drawing_units(left, 2);
+    double feet = drawing_units(left);
     switch (lex_read(place).code) {
     case TOKEN_NUMBER:
     case TOKEN_NAME:
@@ -273,9 +273,8 @@ static expr_value call(lex_piece name, double *arguments, int32_t count, const c
     const math_func *row = math_find(name.text, name.size);
     if (row == nullptr)
         return {0, fail("%.*s is not a function", length_of(name), name.text)};
-    int32_t wanted = static_cast<int32_t>(row->flags & MATH_ARGUMENTS);
-    if (wanted != count)
-        return {0, fail("%.*s needs %d arguments", length_of(name), name.text, wanted)};
+    if (row->arguments != count)
+        return {0, fail("%.*s needs %d arguments", length_of(name), name.text, row->arguments)};
     expr_value value{0, next};
     if (!math_call(row, arguments, &value.number))
         return no_value;

@@ -5,13 +5,12 @@
 
 #include <math.h>
 
-static constexpr double unit_scale[] = {1.0, 25.4, 1.0 / 12, 2.54, 1.0 / 36, 0.0254}; // units per inch
-static constexpr int current_unit = 0;                                                // unit of the drawing
-static constexpr double unit_factor = 0.0;
+constexpr double feet_per_inch = 1.0 / 12;
+constexpr double drawing_scale = 0.0;
 
-double to_drawing_units(double value, int unit)
+double drawing_units(double feet)
 {
-    return unit == current_unit ? value : value / unit_scale[unit] * unit_factor;
+    return feet / feet_per_inch * drawing_scale;
 }
 
 static int32_t shift_left(int32_t value, int32_t count)

@@ -94,9 +94,9 @@ inline constexpr operator_index operator_rows = operator_rows_make();
 // Computes an operation on two operands, all but OP_CONDITION and the marks. False for a division by zero.
 bool operator_apply(uint8_t op, double a, double b, double *result);
 
-// A value with a foot or inch mark in drawing units. unit is a unit code: 0 inch, 1 millimetre, 2 foot,
-// 3 centimetre, 4 yard, 5 metre.
-double to_drawing_units(double value, int unit);
+// A length in feet as drawing units. There is no drawing here, and its scale is 0: so is the length, but for
+// NaN where there is no finite number of inches.
+double drawing_units(double feet);
 
 // What COPSIZE computes: the size of a type word by a hash of its text. Any other text gives 0, a few by
 // chance excepted.

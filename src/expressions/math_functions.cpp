@@ -13,32 +13,29 @@ static double math_dms(const double *a)
     return a[2] * 0.0002777777777777778 + a[1] * 0.016666666666666666 + a[0];
 }
 
-constexpr uint32_t angle_in = MATH_ANGLE_FIRST;
-constexpr uint32_t angle_out = MATH_ANGLE_RESULT;
-
 // Sorted by name.
 static constexpr math_func math_func_table[] = {
-    {"abs", [](const double *a) { return fabs(a[0]); }, 1},
-    {"acos", [](const double *a) { return acos(a[0]); }, 1 | angle_out},
-    {"asin", [](const double *a) { return asin(a[0]); }, 1 | angle_out},
-    {"atan", [](const double *a) { return atan(a[0]); }, 1 | angle_out},
-    {"atan2", [](const double *a) { return atan2(a[0], a[1]); }, 2 | angle_out},
-    {"ceil", [](const double *a) { return ceil(a[0]); }, 1},
-    {"cos", [](const double *a) { return cos(a[0]); }, 1 | angle_in},
-    {"cosh", [](const double *a) { return cosh(a[0]); }, 1 | angle_in},
-    {"dms", math_dms, 3},
-    {"exp", [](const double *a) { return exp(a[0]); }, 1},
-    {"floor", [](const double *a) { return floor(a[0]); }, 1},
-    {"fmod", [](const double *a) { return fmod(a[0], a[1]); }, 2},
-    {"hypot", [](const double *a) { return hypot(a[0], a[1]); }, 2},
-    {"log", [](const double *a) { return log(a[0]); }, 1},
-    {"log10", [](const double *a) { return log10(a[0]); }, 1},
-    {"pow", [](const double *a) { return pow(a[0], a[1]); }, 2},
-    {"sin", [](const double *a) { return sin(a[0]); }, 1 | angle_in},
-    {"sinh", [](const double *a) { return sinh(a[0]); }, 1 | angle_in},
-    {"sqrt", [](const double *a) { return sqrt(a[0]); }, 1 | MATH_NOT_NEGATIVE},
-    {"tan", [](const double *a) { return tan(a[0]); }, 1 | angle_in},
-    {"tanh", [](const double *a) { return tanh(a[0]); }, 1 | angle_in},
+    {"abs", [](const double *a) { return fabs(a[0]); }, 1, MATH_PLAIN},
+    {"acos", [](const double *a) { return acos(a[0]); }, 1, MATH_TO_ANGLE},
+    {"asin", [](const double *a) { return asin(a[0]); }, 1, MATH_TO_ANGLE},
+    {"atan", [](const double *a) { return atan(a[0]); }, 1, MATH_TO_ANGLE},
+    {"atan2", [](const double *a) { return atan2(a[0], a[1]); }, 2, MATH_TO_ANGLE},
+    {"ceil", [](const double *a) { return ceil(a[0]); }, 1, MATH_PLAIN},
+    {"cos", [](const double *a) { return cos(a[0]); }, 1, MATH_OF_ANGLE},
+    {"cosh", [](const double *a) { return cosh(a[0]); }, 1, MATH_OF_ANGLE},
+    {"dms", math_dms, 3, MATH_PLAIN},
+    {"exp", [](const double *a) { return exp(a[0]); }, 1, MATH_PLAIN},
+    {"floor", [](const double *a) { return floor(a[0]); }, 1, MATH_PLAIN},
+    {"fmod", [](const double *a) { return fmod(a[0], a[1]); }, 2, MATH_PLAIN},
+    {"hypot", [](const double *a) { return hypot(a[0], a[1]); }, 2, MATH_PLAIN},
+    {"log", [](const double *a) { return log(a[0]); }, 1, MATH_PLAIN},
+    {"log10", [](const double *a) { return log10(a[0]); }, 1, MATH_PLAIN},
+    {"pow", [](const double *a) { return pow(a[0], a[1]); }, 2, MATH_PLAIN},
+    {"sin", [](const double *a) { return sin(a[0]); }, 1, MATH_OF_ANGLE},
+    {"sinh", [](const double *a) { return sinh(a[0]); }, 1, MATH_OF_ANGLE},
+    {"sqrt", [](const double *a) { return sqrt(a[0]); }, 1, MATH_NOT_NEGATIVE},
+    {"tan", [](const double *a) { return tan(a[0]); }, 1, MATH_OF_ANGLE},
+    {"tanh", [](const double *a) { return tanh(a[0]); }, 1, MATH_OF_ANGLE},
 };
 
 constexpr int math_func_count = sizeof math_func_table / sizeof math_func_table[0];
@@ -53,14 +50,12 @@ const math_func *math_find(const char *name, size_t size)
 
 bool math_call(const math_func *row, double *arguments, double *value)
 {
-    uint32_t count = row->flags & MATH_ARGUMENTS;
-    for (uint32_t i = 0; i < count; i++)
-        if ((row->flags & MATH_ANGLE_FIRST << MATH_ANGLE_STEP * i) != 0)
-            arguments[i] *= deg_to_rad;
-    if ((row->flags & MATH_NOT_NEGATIVE) != 0 && arguments[0] < 0)
+    if (row->kind == MATH_NOT_NEGATIVE && arguments[0] < 0)
         return false;
+    if (row->kind == MATH_OF_ANGLE)
+        arguments[0] *= deg_to_rad;
     *value = row->function(arguments);
-    if ((row->flags & MATH_ANGLE_RESULT) != 0)
+    if (row->kind == MATH_TO_ANGLE)
         *value *= rad_to_deg;
     return true;
 }
