@@ -1,23 +1,22 @@
-// Precedence climbing. parse_expr reads an operand, and then takes operators as long as the token's level is
-// above the level of the rule that the operand will complete. The two levels of an operator differ where the
-// grammar is no simple ladder: <= has the token level of <, but as a finished rule it draws everything in.
+// Precedence climbing. parse_expr reads an operand, and then takes operators whose left binding power is
+// above the right binding power of the operator in front of the operand. The two differ where the operators
+// are no simple ladder: to its left <= binds as < does, to its right it binds looser than any other.
 //
 //   1 + 2*3
-//     At level 0: operand 1. The token + (60) is above 0: it is taken, and its right side is read at the
-//     level of the rule +, 60. There: operand 2; the token * (70) is above 60: it is taken, its right side
-//     is 3. The end (0) is above nothing: 2*3 is completed, then 1+6.
+//     Read at power 0: operand 1. The left power of +, 60, is above 0, so it is taken, and its right side is
+//     read at its right power, 60. There: operand 2; the left power of *, 70, is above 60, so it is taken,
+//     and its right side is 3. The end is no operator: 2*3 is complete, then 1+6.
 //   a = 5' 6" != 2
-//     A name with = after it begins an assignment: its right side is read at level 5. There: operand 5; the
-//     token ' (100) makes it feet, and what can begin an operand begins the inches: operand 6, whose " closes
-//     the pair. The token ! (100) is taken with its =, and the right side, 2, is read at 40. The end
-//     completes the comparison, then the assignment.
+//     A name with = after it begins an assignment, whose right side is read at power 5. There: operand 5; the
+//     foot sign (100) makes it feet, and a token that can begin an operand begins the inches: operand 6,
+//     whose inch sign closes the pair. ! (100) is taken with its =, and its right side, 2, is read at
+//     power 40. The end completes the comparison, then the assignment.
 //
-// A routine is given the place of the first token of what it reads, and gives the place of the token after
-// it. Each production of the grammar stands at the code that completes it.
+// A routine takes the position of the first token that it reads, and returns the position of the token after
+// them, or null after a fault. Each production of the grammar is a comment where it is complete.
 //
-// The language bounds how deep a text may nest: 50 grammar symbols may be unfinished at a time. A token that
-// is taken is one more of them, and a completed production leaves one, its left side, of those of its right
-// side.
+// The language limits how deep a text may nest: 50 grammar symbols may be unfinished at a time. A token that
+// is taken is one of them, and a complete production leaves one, its left side, of those of its right side.
 #include "expressions/expr_eval.h"
 
 #include "expressions/expr_lexer.h"
@@ -39,26 +38,26 @@ constexpr int32_t list_max = 5;       // subscripts of a variable, arguments of 
 constexpr int32_t decl_list_max = 23; // items of a declaration
 constexpr int32_t pool_size = 100;    // arguments and declaration items of one text
 
-// Of the text that is evaluated.
+// The evaluator's state, for one text.
 static struct {
-    const char *text_end;   // of the text as it was given
-    const char *last_token; // the last one read of it. A fault that isn't an overflow reads on to the end.
+    const char *text_end;   // of the text as the caller passed it
+    const char *last_token; // the last position in it at which a token was read; its end, but for an overflow
     int32_t symbols;        // unfinished
     int32_t pool_used;      // arguments and declaration items
-    double result;          // of the last text that had a value
+    double result;          // what eval_expr returns the address of
 } eval;
 
 // ---- Outcomes ----
 
-// What reading an operand or an expression gives.
+// An operand or an expression that was read.
 struct expr_value {
     double number;
-    const char *next; // the place of the token after it; null: there was a fault
+    const char *next; // the position of the token after it; null: there was a fault
 };
 
 constexpr expr_value no_value{0, nullptr};
 
-// Every fault goes through here: tells the hook. Gives null, so that it can be what a routine gives.
+// Passes a fault's message to the hook. Returns null, the position after a fault.
 __attribute__((format(printf, 1, 2))) static const char *fail(const char *format, ...)
 {
     if (expr_error != nullptr) {
@@ -85,109 +84,104 @@ static const char *syntax_error()
 
 // ---- Tokens ----
 
-// Adds an unfinished symbol. The last token read is the one at a place. False if the symbol has no room.
-static inline bool add_symbol(const char *place)
+// Adds an unfinished symbol; pos is that of the last token read. False if there are too many.
+static bool add_symbol(const char *pos)
 {
     if (eval.symbols < symbols_max) {
         eval.symbols++;
         return true;
     }
     if (lex.end == eval.text_end)
-        eval.last_token = place;
+        eval.last_token = pos;
     (void)fail("yacc stack overflow");
     return false;
 }
 
-// A production is complete, whose right side has so many symbols.
-static inline void complete(int32_t size)
+// Completes a production, whose right side has size symbols.
+static void complete(int32_t size)
 {
     eval.symbols -= size - 1;
 }
 
-// Takes the token at a place, which ends at end. Gives the place of the next one.
-static inline const char *take(const char *place, const char *end)
+// Takes the token from pos to end. Returns the position of the next one.
+static const char *take(const char *pos, const char *end)
 {
-    return add_symbol(place) ? lex_skip(end) : nullptr;
+    return add_symbol(pos) ? lex_skip(end) : nullptr;
 }
 
-// The same for a token of one character, which has to be this one.
-static inline const char *take_expected(const char *place, char token)
+// Takes the token at pos, which has to be this character.
+static const char *take_expected(const char *pos, char token)
 {
-    return lex_code(place) == token ? take(place, place + 1) : syntax_error();
+    return lex_code(pos) == token ? take(pos, pos + 1) : syntax_error();
 }
 
-// Takes the name at a place.
-static const char *take_name(const char *place, lex_piece *name)
+// Takes the token at pos, which has to be a name.
+static const char *take_name(const char *pos, lex_piece *name)
 {
-    lex_token token = lex_read(place);
+    lex_token token = lex_read(pos);
     *name = token.name;
-    return token.code == TOKEN_NAME ? take(place, token.end) : syntax_error();
+    return token.code == TOKEN_NAME ? take(pos, token.end) : syntax_error();
 }
 
-static inline expr_value parse_operand(const char *place);
-static expr_value parse_expr(const char *place, uint8_t level);
+static inline expr_value parse_operand(const char *pos);
+static expr_value parse_expr(const char *pos, uint8_t binding);
 
 // ---- Operators ----
 
-static inline const operator_row &operator_at(const char *place)
+// operation: expr ? expr : expr, from the middle operand on. Both the middle and the right one are evaluated.
+static expr_value parse_condition(double left, const char *pos)
 {
-    return operator_rows.row[lex_code(place)];
-}
-
-// operation: expr ? expr : expr, from the middle operand on. Both sides are evaluated.
-static expr_value parse_condition(double left, const char *place)
-{
-    expr_value middle = parse_expr(place, level_lowest);
-    if (middle.next == nullptr || (place = take_expected(middle.next, ':')) == nullptr)
+    expr_value middle = parse_expr(pos, binding_lowest);
+    if (middle.next == nullptr || (pos = take_expected(middle.next, ':')) == nullptr)
         return no_value;
-    expr_value right = parse_expr(place, operator_levels[OP_CONDITION]);
+    expr_value right = parse_expr(pos, right_bindings[OP_CONDITION]);
     complete(5);
     if (left != 0)
         right.number = middle.number;
     return right;
 }
 
-static expr_value parse_feet(double left, const char *place);
+static expr_value parse_feet(double left, const char *pos);
 
-// An operand is complete, and the token after it is the operator of a row: takes that, its right side if it
-// has one, and completes the rule.
+// Takes the operator after a complete left operand, and its right operand if it has one, and computes its
+// value.
 static expr_value parse_operator(expr_value left, const operator_row &row)
 {
-    const char *place = take(left.next, lex_after(left.next, row.token));
-    if (place == nullptr)
+    const char *pos = take(left.next, lex_after(left.next, row.token));
+    if (pos == nullptr)
         return no_value;
     switch (row.op) {
-    case OP_FEET: return parse_feet(left.number, place);
+    case OP_FEET: return parse_feet(left.number, pos);
     case OP_INCHES: // expr: inches; inches: expr "
         complete(2);
-        return {drawing_units(left.number * inch_in_foot), place};
-    case OP_CONDITION: return parse_condition(left.number, place);
+        return {drawing_units(left.number * inch_in_foot), pos};
+    case OP_CONDITION: return parse_condition(left.number, pos);
     default: break;
     }
-    int16_t second = lex_code(place);
+    int16_t second = lex_code(pos);
     uint8_t op = second == row.token ? row.op_doubled : second == '=' ? row.op_equality : +OP_NONE;
     int32_t size = 3;
     if (op != OP_NONE) {
-        place = take(place, place + 1);
+        pos = take(pos, pos + 1);
         size = 4;
     } else if ((op = row.op) == OP_NONE) {
-        place = syntax_error();
+        pos = syntax_error();
     }
-    if (place == nullptr)
+    if (pos == nullptr)
         return no_value;
-    expr_value right = parse_expr(place, operator_levels[op]);
+    expr_value right = parse_expr(pos, right_bindings[op]);
     complete(size);
     if (right.next != nullptr && !operator_apply(op, left.number, right.number, &right.number))
         right.next = fail("divide by zero");
     return right;
 }
 
-// All operators after an operand that are above the level.
-static inline expr_value parse_operators(expr_value value, uint8_t level)
+// Reads all operators after an operand whose left binding power is above binding.
+static inline expr_value parse_operators(expr_value value, uint8_t binding)
 {
     while (value.next != nullptr) {
-        const operator_row &row = operator_at(value.next);
-        if (row.level <= level)
+        const operator_row &row = operator_rows.row[lex_code(value.next)];
+        if (row.left_binding <= binding)
             break;
         value = parse_operator(value, row);
     }
@@ -196,13 +190,13 @@ static inline expr_value parse_operators(expr_value value, uint8_t level)
 
 // ---- Feet and inches ----
 
-// inches: expr ", of which the mark closes the pair. Whatever else ends the operand is a fault.
-static expr_value parse_inches(const char *place)
+// The inches after feet, up to the inch sign that closes the pair. Without one they are a fault.
+static expr_value parse_inches(const char *pos)
 {
-    expr_value value = parse_operand(place);
+    expr_value value = parse_operand(pos);
     while (value.next != nullptr) {
-        const operator_row &row = operator_at(value.next);
-        if (row.level <= level_lowest)
+        const operator_row &row = operator_rows.row[lex_code(value.next)];
+        if (row.left_binding <= binding_lowest)
             return {0, syntax_error()};
         value = parse_operator(value, row);
         if (row.op == OP_INCHES)
@@ -211,22 +205,22 @@ static expr_value parse_inches(const char *place)
     return value;
 }
 
-// The foot mark after an operand was taken: feet: expr '. What can begin an operand begins the inches; a + or
-// - is the operator.
-static expr_value parse_feet(double left, const char *place)
+// feet: expr ', of which the foot sign was taken. A token that can begin an operand begins the inches, except
+// for + and -, which are operators here.
+static expr_value parse_feet(double left, const char *pos)
 {
     complete(2);
     double feet = drawing_units(left);
-    switch (lex_read(place).code) {
+    switch (lex_read(pos).code) {
     case TOKEN_NUMBER:
     case TOKEN_NAME:
     case TOKEN_SIZEOF:
     case TOKEN_COPSIZE:
     case '(':
     case '~': break;
-    default: return {feet, place}; // expr: feet
+    default: return {feet, pos}; // expr: feet
     }
-    expr_value inches = parse_inches(place);
+    expr_value inches = parse_inches(pos);
     inches.number += feet; // expr: feet inches
     complete(2);
     return inches;
@@ -234,7 +228,7 @@ static expr_value parse_feet(double left, const char *place)
 
 // ---- Lists ----
 
-// Room for one more argument or item in the text. False if there is none.
+// Counts one more argument or item of the text. False if there are too many.
 static bool pool_take()
 {
     if (eval.pool_used == pool_size)
@@ -248,26 +242,26 @@ struct expr_subscripts {
     int32_t items[list_max];
 };
 
-// Reads a list of subscripts from its first [ on. Gives the place after it.
-static const char *parse_subscripts(const char *place, expr_subscripts *list)
+// Reads a list of subscripts from its first [ on.
+static const char *parse_subscripts(const char *pos, expr_subscripts *list)
 {
     list->count = 0;
     do {
-        if ((place = take(place, place + 1)) == nullptr)
+        if ((pos = take(pos, pos + 1)) == nullptr)
             return nullptr;
-        expr_value value = parse_expr(place, level_lowest);
-        if (value.next == nullptr || (place = take_expected(value.next, ']')) == nullptr)
+        expr_value value = parse_expr(pos, binding_lowest);
+        if (value.next == nullptr || (pos = take_expected(value.next, ']')) == nullptr)
             return nullptr;
         if (list->count == list_max)
             return fail("Too many dimensions");
         // subscripts: [ expr ]; subscripts: subscripts [ expr ]
         complete(list->count == 0 ? 3 : 4);
         list->items[list->count++] = int_from_double(value.number);
-    } while (lex_code(place) == '[');
-    return place;
+    } while (lex_code(pos) == '[');
+    return pos;
 }
 
-// Calls a function; next is the place after its call.
+// Calls a function; next is the position after the call.
 static expr_value call(lex_piece name, double *arguments, int32_t count, const char *next)
 {
     const math_func *row = math_find(name.text, name.size);
@@ -276,20 +270,18 @@ static expr_value call(lex_piece name, double *arguments, int32_t count, const c
     if (row->arguments != count)
         return {0, fail("%.*s needs %d arguments", length_of(name), name.text, row->arguments)};
     expr_value value{0, next};
-    if (!math_call(row, arguments, &value.number))
-        return no_value;
-    return value;
+    return math_call(row, arguments, &value.number) ? value : no_value;
 }
 
 // expr: NAME ( arg_list ), from the parenthesis on.
-static expr_value parse_call(lex_piece name, const char *place)
+static expr_value parse_call(lex_piece name, const char *pos)
 {
     double arguments[list_max];
     int32_t count = 0;
     do {
-        if ((place = take(place, place + 1)) == nullptr)
+        if ((pos = take(pos, pos + 1)) == nullptr)
             return no_value;
-        expr_value value = parse_expr(place, level_lowest);
+        expr_value value = parse_expr(pos, binding_lowest);
         if (value.next == nullptr)
             return no_value;
         if (count == list_max || !pool_take())
@@ -297,12 +289,12 @@ static expr_value parse_call(lex_piece name, const char *place)
         if (count > 0)
             complete(3);                   // arg_list: arg_list , expr
         arguments[count++] = value.number; // arg_list: expr
-        place = value.next;
-    } while (lex_code(place) == ',');
-    if ((place = take_expected(place, ')')) == nullptr)
+        pos = value.next;
+    } while (lex_code(pos) == ',');
+    if ((pos = take_expected(pos, ')')) == nullptr)
         return no_value;
     complete(4);
-    return call(name, arguments, count, place);
+    return call(name, arguments, count, pos);
 }
 
 // ---- Variables ----
@@ -330,22 +322,21 @@ static expr_value assign_element(lex_piece name, const expr_subscripts *list, ex
     }
 }
 
-// Reads a text from the quote or parenthesis before it, the token at a place, to its terminator, and takes
-// both. The text between is a symbol of its own, complete before a token is read in it: string_text: (empty);
-// raw_text: (empty).
-static const char *parse_raw(const char *place, char terminator, lex_piece *text)
+// Reads a raw text between the " or ( at pos and its terminator, and takes both. string_text: (empty) and
+// raw_text: (empty) are complete before the text is read: a symbol with no token.
+static const char *parse_raw(const char *pos, char terminator, lex_piece *text)
 {
-    if (!add_symbol(place) || !add_symbol(place))
+    if (!add_symbol(pos) || !add_symbol(pos + 1))
         return nullptr;
-    return take_expected(lex_skip(lex_string(place + 1, terminator, text)), terminator);
+    return take_expected(lex_skip(lex_string(pos + 1, terminator, text)), terminator);
 }
 
-// assignment: NAME = string; assignment: NAME subscripts = string; subscript is -1 if there is none.
-// string: " string_text ", of which place is the first quote.
-static expr_value assign_string(lex_piece name, int32_t subscript, const char *place)
+// assignment: NAME = string; assignment: NAME subscripts = string; subscript is -1 if there is none. pos is
+// that of the first quote of string: " string_text "
+static expr_value assign_string(lex_piece name, int32_t subscript, const char *pos)
 {
     lex_piece string;
-    if ((place = parse_raw(place, '"', &string)) == nullptr)
+    if ((pos = parse_raw(pos, '"', &string)) == nullptr)
         return no_value;
     complete(3);
     int32_t code = var_store_string(name.text, name.size, subscript, static_cast<int32_t>(string.size) + 1);
@@ -355,19 +346,19 @@ static expr_value assign_string(lex_piece name, int32_t subscript, const char *p
         return {0, fail("can't make %.*s (%d)", length_of(name), name.text, code)};
     memcpy(cur_ptr, string.text, string.size);
     cur_ptr[string.size] = 0;
-    return {static_cast<double>(string.size), place};
+    return {static_cast<double>(string.size), pos};
 }
 
-// An assignment from its = on. subscripts is null for a plain name.
-static expr_value parse_assignment(lex_piece name, const expr_subscripts *subscripts, const char *place)
+// Reads an assignment from its = on. subscripts is null for a plain name.
+static expr_value parse_assignment(lex_piece name, const expr_subscripts *subscripts, const char *pos)
 {
-    if ((place = take(place, place + 1)) == nullptr)
+    if ((pos = take(pos, pos + 1)) == nullptr)
         return no_value;
     expr_value value;
-    if (lex_code(place) == '"') {
-        value = assign_string(name, subscripts == nullptr ? -1 : subscripts->items[0], place);
+    if (lex_code(pos) == '"') {
+        value = assign_string(name, subscripts == nullptr ? -1 : subscripts->items[0], pos);
     } else {
-        value = parse_expr(place, level_assignment);
+        value = parse_expr(pos, binding_assignment);
         if (value.next != nullptr && name.text[0] == '@') // a system variable isn't a script's to change
             value.next = syntax_error();
         else if (value.next != nullptr)
@@ -377,126 +368,19 @@ static expr_value parse_assignment(lex_piece name, const expr_subscripts *subscr
     return value;
 }
 
-// A name with subscripts, from the [ on: an element, or an assignment to it.
-static expr_value parse_element(lex_piece name, const char *place)
+// Reads an element, or an assignment to one, from its first [ on.
+static expr_value parse_element(lex_piece name, const char *pos)
 {
     expr_subscripts subscripts;
-    if ((place = parse_subscripts(place, &subscripts)) == nullptr)
+    if ((pos = parse_subscripts(pos, &subscripts)) == nullptr)
         return no_value;
-    if (lex_code(place) == '=')
-        return parse_assignment(name, &subscripts, place);
+    if (lex_code(pos) == '=')
+        return parse_assignment(name, &subscripts, pos);
     complete(2); // expr: NAME subscripts
     int32_t code = var_read_element(name.text, name.size, subscripts.count, subscripts.items);
     if (code == VAR_UNKNOWN)
         return {0, fail("%.*s not declared", length_of(name), name.text)};
-    return {cur_value, code == 0 ? place : syntax_error()};
-}
-
-// ---- Operands ----
-// A name, SIZEOF and COPSIZE are read on from the token after them.
-
-// expr: SIZEOF ( NAME )
-static expr_value parse_sizeof(const char *place)
-{
-    lex_piece name;
-    if ((place = take_expected(place, '(')) == nullptr || (place = take_name(place, &name)) == nullptr ||
-        (place = take_expected(place, ')')) == nullptr)
-        return no_value;
-    complete(4);
-    int32_t size = 0;
-    (void)var_read(name.text, name.size, &size);
-    return {static_cast<double>(size), place};
-}
-
-// expr: COPSIZE ( raw_text )
-static expr_value parse_copsize(const char *place)
-{
-    if (lex_code(place) != '(')
-        return {0, syntax_error()};
-    lex_piece word;
-    if ((place = parse_raw(place, ')', &word)) == nullptr)
-        return no_value;
-    complete(4);
-    return {static_cast<double>(type_size_hash(word)), place};
-}
-
-// operation: ( expr )
-static expr_value parse_parentheses(const char *place)
-{
-    if ((place = take(place, place + 1)) == nullptr)
-        return no_value;
-    expr_value value = parse_expr(place, level_lowest);
-    if (value.next != nullptr)
-        value.next = take_expected(value.next, ')');
-    complete(3);
-    return value;
-}
-
-// operation: ~ expr; operation: + expr; operation: - expr
-static expr_value parse_signed(const char *place)
-{
-    char sign = *place;
-    if ((place = take(place, place + 1)) == nullptr)
-        return no_value;
-    expr_value value = parse_expr(place, level_sign);
-    complete(2);
-    if (sign == '-')
-        value.number = -value.number;
-    else if (sign == '~')
-        value.number = ~int_from_double(value.number);
-    return value;
-}
-
-// SIZEOF and COPSIZE; no other keyword begins an operand.
-static expr_value parse_keyword(int16_t code, const char *place, const char *end)
-{
-    if (code != TOKEN_SIZEOF && code != TOKEN_COPSIZE)
-        return {0, syntax_error()};
-    if ((place = take(place, end)) == nullptr)
-        return no_value;
-    return code == TOKEN_SIZEOF ? parse_sizeof(place) : parse_copsize(place);
-}
-
-static expr_value parse_word(const char *place)
-{
-    lex_token word = lex_word(place);
-    if (word.code != TOKEN_NAME)
-        return parse_keyword(word.code, place, word.end);
-    if ((place = take(place, word.end)) == nullptr)
-        return no_value;
-    switch (lex_code(place)) {
-    case '(': return parse_call(word.name, place);
-    case '[': return parse_element(word.name, place);
-    case '=': return parse_assignment(word.name, nullptr, place);
-    default: break;
-    }
-    // expr: NAME. An unknown name is no error: it has the value of the variable read last.
-    (void)var_read(word.name.text, word.name.size, nullptr);
-    return {cur_value, place};
-}
-
-static inline expr_value parse_operand(const char *place)
-{
-    if (lex_is_number(place)) { // expr: NUMBER
-        number_piece number = number_scan(place, lex.end);
-        return {number.value, take(place, number.end)};
-    }
-    if (lex_is_word(place))
-        return parse_word(place);
-    switch (lex_code(place)) {
-    case '(': return parse_parentheses(place);
-    case '~':
-    case '+':
-    case '-': return parse_signed(place);
-    default: return {0, syntax_error()};
-    }
-}
-
-// An operand and all operators after it that are above the level.
-// expr: operation; expr: assignment
-static expr_value parse_expr(const char *place, uint8_t level)
-{
-    return parse_operators(parse_operand(place), level);
+    return {cur_value, code == 0 ? pos : syntax_error()};
 }
 
 // ---- Declarations ----
@@ -506,90 +390,190 @@ struct decl_item {
     expr_subscripts subscripts;
 };
 
-// decl: ARRAY NAME subscripts
-static const char *parse_array(const lex_token &keyword)
+// decl: ARRAY NAME subscripts, from NAME on.
+static const char *parse_array(const char *pos)
 {
     lex_piece name;
     expr_subscripts list;
-    const char *place = take(keyword.name.text, keyword.end);
-    if (place == nullptr || (place = take_name(place, &name)) == nullptr)
+    if ((pos = take_name(pos, &name)) == nullptr)
         return nullptr;
-    if (lex_code(place) != '[')
+    if (lex_code(pos) != '[')
         return syntax_error();
-    if ((place = parse_subscripts(place, &list)) == nullptr)
+    if ((pos = parse_subscripts(pos, &list)) == nullptr)
         return nullptr;
     int32_t code = var_make(name.text, name.size, VAR_NONE, list.count, list.items);
-    return code == 0 ? place : fail("can't make %.*s (%d)", length_of(name), name.text, code);
+    return code == 0 ? pos : fail("can't make %.*s (%d)", length_of(name), name.text, code);
 }
 
 // decl_item: NAME subscripts; decl_item: NAME
-static const char *parse_decl_item(const char *place, decl_item *item)
+static const char *parse_decl_item(const char *pos, decl_item *item)
 {
     item->subscripts.count = 0;
-    if ((place = take_name(place, &item->name)) == nullptr || lex_code(place) != '[')
-        return place;
-    place = parse_subscripts(place, &item->subscripts);
+    if ((pos = take_name(pos, &item->name)) == nullptr || lex_code(pos) != '[')
+        return pos;
+    pos = parse_subscripts(pos, &item->subscripts);
     complete(2);
-    return place;
+    return pos;
 }
 
-// decl: TYPEWORD decl_list. The variables are made when the whole list was read.
-static const char *parse_declaration(const lex_token &keyword)
+// decl: TYPEWORD decl_list, from the list on. The variables are made after the whole list was read.
+static const char *parse_declaration(const char *pos, int8_t type)
 {
-    static decl_item items[decl_list_max];
+    decl_item items[decl_list_max];
     int32_t count = 0;
-    const char *place = keyword.name.text;
-    const char *end = keyword.end; // of the TYPEWORD or comma before an item
-    do {
+    for (;;) {
         decl_item item;
-        if ((place = take(place, end)) == nullptr || (place = parse_decl_item(place, &item)) == nullptr)
+        if ((pos = parse_decl_item(pos, &item)) == nullptr)
             return nullptr;
         if (count == decl_list_max || !pool_take())
             return fail("Too many functions or arguments");
         if (count > 0)
             complete(3);       // decl_list: decl_list , decl_item
         items[count++] = item; // decl_list: decl_item
-        end = place + 1;
-    } while (lex_code(place) == ',');
-    int8_t type = lex_keyword(keyword.name)->type_code;
+        if (lex_code(pos) != ',')
+            break;
+        if ((pos = take(pos, pos + 1)) == nullptr)
+            return nullptr;
+    }
     for (int32_t i = 0; i < count; i++) {
         const decl_item &item = items[i];
         int32_t code =
             var_make(item.name.text, item.name.size, type, item.subscripts.count, item.subscripts.items);
         if (code != 0)
-            place = fail("can't define %.*s (%d)", length_of(item.name), item.name.text, code);
+            pos = fail("can't define %.*s (%d)", length_of(item.name), item.name.text, code);
     }
-    return place;
+    return pos;
+}
+
+// ---- Operands ----
+
+// expr: SIZEOF ( NAME ), from the parenthesis on.
+static expr_value parse_sizeof(const char *pos)
+{
+    lex_piece name;
+    if ((pos = take_expected(pos, '(')) == nullptr || (pos = take_name(pos, &name)) == nullptr ||
+        (pos = take_expected(pos, ')')) == nullptr)
+        return no_value;
+    complete(4);
+    int32_t size = 0;
+    (void)var_read(name.text, name.size, &size);
+    return {static_cast<double>(size), pos};
+}
+
+// expr: COPSIZE ( raw_text ), from the parenthesis on.
+static expr_value parse_copsize(const char *pos)
+{
+    if (lex_code(pos) != '(')
+        return {0, syntax_error()};
+    lex_piece word;
+    if ((pos = parse_raw(pos, ')', &word)) == nullptr)
+        return no_value;
+    complete(4);
+    return {static_cast<double>(type_size_hash(word)), pos};
+}
+
+// operation: ( expr )
+static expr_value parse_parentheses(const char *pos)
+{
+    if ((pos = take(pos, pos + 1)) == nullptr)
+        return no_value;
+    expr_value value = parse_expr(pos, binding_lowest);
+    if (value.next != nullptr)
+        value.next = take_expected(value.next, ')');
+    complete(3);
+    return value;
+}
+
+// operation: ~ expr; operation: + expr; operation: - expr
+static expr_value parse_signed(const char *pos)
+{
+    char sign = *pos;
+    if ((pos = take(pos, pos + 1)) == nullptr)
+        return no_value;
+    expr_value value = parse_expr(pos, binding_sign);
+    complete(2);
+    if (sign == '-')
+        value.number = -value.number;
+    else if (sign == '~')
+        value.number = ~int_from_double(value.number);
+    return value;
+}
+
+// Reads an operand that begins with a name, from the token after it on.
+static expr_value parse_name(lex_piece name, const char *pos)
+{
+    switch (lex_code(pos)) {
+    case '(': return parse_call(name, pos);
+    case '[': return parse_element(name, pos);
+    case '=': return parse_assignment(name, nullptr, pos);
+    default: break;
+    }
+    // expr: NAME. An unknown name is no error: it has the value of the variable read last.
+    (void)var_read(name.text, name.size, nullptr);
+    return {cur_value, pos};
+}
+
+// Reads an operand that begins with a name or keyword, or a declaration, which can only be a whole text and
+// has no value.
+static expr_value parse_word(const char *pos)
+{
+    lex_token word = lex_word(pos);
+    bool declares = word.code == TOKEN_ARRAY || word.code == TOKEN_TYPEWORD;
+    if (declares ? eval.symbols > 0 : word.code < TOKEN_NAME)
+        return {0, syntax_error()};
+    if ((pos = take(pos, word.end)) == nullptr)
+        return no_value;
+    switch (word.code) {
+    case TOKEN_NAME: return parse_name(word.name, pos);
+    case TOKEN_SIZEOF: return parse_sizeof(pos);
+    case TOKEN_COPSIZE: return parse_copsize(pos);
+    case TOKEN_ARRAY: pos = parse_array(pos); break;
+    default: pos = parse_declaration(pos, lex_keyword(word.name)->type_code); break;
+    }
+    if (pos != nullptr && lex_code(pos) != TOKEN_END)
+        (void)syntax_error(); // decl: error
+    return no_value;          // input: decl END
+}
+
+static inline expr_value parse_operand(const char *pos)
+{
+    if (lex_is_number(pos)) { // expr: NUMBER
+        number_piece number = number_scan(pos, lex.end);
+        return {number.value, take(pos, number.end)};
+    }
+    if (lex_is_word(pos))
+        return parse_word(pos);
+    switch (lex_code(pos)) {
+    case '(': return parse_parentheses(pos);
+    case '~':
+    case '+':
+    case '-': return parse_signed(pos);
+    default: return {0, syntax_error()};
+    }
+}
+
+// Reads an operand and all operators after it whose left binding power is above binding.
+// expr: operation; expr: assignment
+static expr_value parse_expr(const char *pos, uint8_t binding)
+{
+    return parse_operators(parse_operand(pos), binding);
 }
 
 // ---- The whole text ----
 
-// input: decl END. A declaration can only begin the text, and has no value. False if the text is none.
-static bool parse_declares(const char *place)
+// input: expr END. Null if the text has no value.
+static const double *evaluate(const char *text, size_t size)
 {
-    lex_token token = lex_read(place);
-    switch (token.code) {
-    case TOKEN_ARRAY: place = parse_array(token); break;
-    case TOKEN_TYPEWORD: place = parse_declaration(token); break;
-    case TOKEN_END: return true; // decl: (empty)
-    default: return false;
-    }
-    if (place != nullptr && lex_code(place) != TOKEN_END)
-        (void)syntax_error(); // decl: error
-    return true;
-}
-
-// input: expr END. Null if there was a fault, or no expression.
-static const double *parse_input(const char *text, size_t size)
-{
-    eval = {text + size, text + size, 0, 0, 0};
+    eval.last_token = eval.text_end = text + size;
+    eval.symbols = 0;
+    eval.pool_used = 0;
     if (size > lex_text_max)
         return nullptr;
     lex_start(text, size);
-    const char *place = lex_skip(text);
-    if ((place == lex.end || lex_may_begin_keyword(*place)) && parse_declares(place))
+    const char *pos = lex_skip(text);
+    if (pos == lex.end) // input: decl END; decl: (empty)
         return nullptr;
-    expr_value value = parse_expr(place, level_lowest);
+    expr_value value = parse_expr(pos, binding_lowest);
     if (value.next != nullptr && lex_code(value.next) != TOKEN_END)
         value.next = syntax_error();
     eval.result = value.number;
@@ -598,7 +582,7 @@ static const double *parse_input(const char *text, size_t size)
 
 const double *eval_expr(const char *text, size_t size, const char **last_token)
 {
-    const double *value = parse_input(text, size);
+    const double *value = evaluate(text, size);
     if (last_token != nullptr)
         *last_token = eval.last_token;
     return value;

@@ -1,25 +1,22 @@
-// Expression evaluator: the grammar of expressions, assignments and declarations, parsed and evaluated in
-// one pass.
+// Expression evaluator: parses and evaluates expressions, assignments and declarations in one pass.
 //
-// There is no expression tree: each rule acts when its right side is complete, in the order of the text,
-// and what it did stays done if the text fails further on. A rule is completed before the token after it
-// is judged. Nothing is executed: an assignment changes the variable store, and that is all. No failure
-// reaches the user; the callers know it from the null.
+// There is no expression tree: each production of the grammar acts when it is complete, before the token
+// after it is judged, in the order of the text; what was done before a fault stays done. An assignment
+// changes the variable store, and nothing else is executed. A fault has no output of its own: the caller sees
+// the null.
 #pragma once
 
 #include <stddef.h>
-#include <stdint.h>
 
-// Evaluates a text of size characters, none of them a NUL, which isn't changed; lex_slack bytes after it have
-// to be readable. Gives the value, valid until the next evaluation, or null: for a text that is no
-// expression, for one of more than lex_text_max characters, for an empty one and for a declaration, even a
-// successful one. *last_token, unless null, becomes the last position at which a token was read.
+// Evaluates a text of size characters, none of them a NUL, and leaves it as it is; lex_slack bytes after it
+// have to be readable. Returns the value, valid until the next evaluation. Returns null for a text that is no
+// expression, is longer than lex_text_max or empty, and for a declaration, even one that succeeds.
+// *last_token, unless null, becomes the last position at which a token was read.
 const double *eval_expr(const char *text, size_t size, const char **last_token = nullptr);
 
-// Of a text that was evaluated up to last_token: the characters up to the end of the first name that was
-// read, keywords included, or all of them if there was none. That much of it is printed of a statement that
-// failed.
+// For a text that was evaluated up to last_token: the number of characters up to the end of the first name or
+// keyword that was read, or of all of them if there was none. A statement that fails is printed up to there.
 size_t eval_name_end(const char *text, size_t size, const char *last_token);
 
-// The hook that is told each failure as a message; null: nobody listens.
+// Called with a message for each fault; null: nobody listens.
 extern void (*expr_error)(const char *message);

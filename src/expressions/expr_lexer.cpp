@@ -2,6 +2,7 @@
 
 #include "expressions/var_store.h"
 #include "support/number.h"
+#include "support/scan.h"
 #include "support/text.h"
 #include "support/word_index.h"
 
@@ -27,14 +28,15 @@ constexpr int keyword_count = sizeof expr_keyword_table / sizeof expr_keyword_ta
 static_assert(keyword_count == 15, "a row for each keyword");
 static constexpr auto keyword_index = word_index_make<256>(expr_keyword_table);
 
-static constexpr uint32_t keyword_initials()
+// The letters that keywords begin with, a bit for each: bit 1 is a. Most names begin with another one.
+static constexpr uint32_t initials_make()
 {
     uint32_t initials = 0;
     for (const expr_keyword &row : expr_keyword_table)
         initials |= uint32_t{1} << (row.name[0] & 31);
     return initials;
 }
-const uint32_t lex_keyword_initials = keyword_initials();
+static constexpr uint32_t keyword_initials = initials_make();
 
 const expr_keyword *lex_keyword(lex_piece name)
 {
@@ -50,54 +52,66 @@ void lex_start(const char *text, size_t size)
     lex.reads_strings = false;
 }
 
-const char *lex_prefixed_end(const char *place)
+// The end of the name or keyword at pos, surplus included. Returns pos if it has a $ or $$ without a letter
+// after it, or an @ without a letter or digit: then the token is that character.
+static const char *word_end(const char *pos)
 {
-    bool system = *place == '@';
-    const char *word = place + 1;
-    if (!system && word < lex.end && *word == '$')
+    const char *word = pos;
+    bool system = *pos == '@';
+    if (system || *pos == '$')
         word++;
-    bool named = word < lex.end && text_is(*word, system ? CHAR_LETTER | CHAR_DIGIT : CHAR_LETTER);
-    return named ? lex_letters_end(word) : place;
+    if (word < lex.end && *pos == '$' && *word == '$')
+        word++;
+    if (word == lex.end || !text_is(*word, system ? CHAR_LETTER | CHAR_DIGIT : CHAR_LETTER))
+        return pos;
+    return word + scan_word(word, static_cast<size_t>(lex.end - word));
 }
 
-lex_piece lex_long_name(const char *place, const char *end)
+lex_token lex_word(const char *pos)
 {
-    ptrdiff_t limit = *place == '@' ? lex_system_length : lex_name_length;
-    bool surplus = end - place > limit && end < lex.end;
-    return lex_piece{place, static_cast<size_t>(surplus ? limit : end - place)};
+    const char *end = word_end(pos);
+    if (end == pos)
+        return lex_token{static_cast<unsigned char>(*pos), pos + 1, {pos, 0}};
+    // A name that is too long loses its surplus, but not at the end of the text.
+    ptrdiff_t limit = *pos == '@' ? lex_system_length : lex_name_length;
+    ptrdiff_t size = end - pos > limit && end < lex.end ? limit : end - pos;
+    lex_piece name{pos, static_cast<size_t>(size)};
+    bool may_be_keyword = (keyword_initials >> (*pos & 31) & 1) != 0;
+    const expr_keyword *keyword = may_be_keyword ? lex_keyword(name) : nullptr;
+    return lex_token{keyword != nullptr ? keyword->code : int16_t{TOKEN_NAME}, end, name};
 }
 
-lex_token lex_read(const char *place)
+lex_token lex_read(const char *pos)
 {
-    if (lex_is_word(place))
-        return lex_word(place);
-    if (lex_is_number(place))
-        return lex_token{TOKEN_NUMBER, number_scan(place, lex.end).end, {place, 0}};
-    int16_t code = lex_code(place);
-    return lex_token{code, lex_after(place, code), {place, 0}};
+    if (lex_is_word(pos))
+        return lex_word(pos);
+    if (lex_is_number(pos))
+        return lex_token{TOKEN_NUMBER, number_scan(pos, lex.end).end, {pos, 0}};
+    int16_t code = lex_code(pos);
+    return lex_token{code, lex_after(pos, code), {pos, 0}};
 }
 
-const char *lex_first_name_end(const char *place, const char *limit)
+const char *lex_first_name_end(const char *pos, const char *limit)
 {
-    for (place = lex_skip(place); place <= limit;) {
-        lex_token token = lex_read(place);
+    for (pos = lex_skip(pos); pos <= limit;) {
+        lex_token token = lex_read(pos);
         if (token.name.size > 0)
             return token.name.text + token.name.size;
         if (token.code == TOKEN_END)
             break;
-        place = lex_skip(token.end);
+        pos = lex_skip(token.end);
     }
     return nullptr;
 }
 
 // ---- Strings ----
 
-const char *lex_string(const char *place, char terminator, lex_piece *string)
+const char *lex_string(const char *pos, char terminator, lex_piece *string)
 {
-    // A text that was decoded already is decoded again in its place: names before it are in use.
-    char *start = lex.reads_strings ? lex.strings + (place - lex.strings) : lex.strings;
+    // A text that was decoded already is decoded again where it is: names in front of it are in use.
+    char *start = lex.reads_strings ? lex.strings + (pos - lex.strings) : lex.strings;
     char *to = start;
-    const char *from = place;
+    const char *from = pos;
     while (from < lex.end && *from != terminator && !(*from == '\\' && from + 1 == lex.end)) {
         char c = *from++;
         size_t size = 0;

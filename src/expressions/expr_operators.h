@@ -1,9 +1,8 @@
-// Expression operators: their tokens, the levels that weigh them against each other, and what they compute.
+// Expression operators: their tokens, how tight they bind, and what they compute.
 //
-// An operator has two levels: as a token, its power to pull itself into the operand before it, and as a
-// finished rule, its power to keep its right operand short. A token is taken if its level is above that of
-// the rule whose operand was read; equal levels complete the rule first, so that every operator associates to
-// the left.
+// An operator has a left and a right binding power. Between two operators the operand belongs to the second
+// one if its left binding power is above the right binding power of the first; if they are equal it belongs
+// to the first, so that every operator associates to the left.
 #pragma once
 
 #include "expressions/expr_lexer.h"
@@ -37,25 +36,25 @@ enum : uint8_t {
     OP_COUNT
 };
 
-// The level of a finished rule, by operator.
-inline constexpr uint8_t operator_levels[] = {
+// Right binding power, by operator.
+inline constexpr uint8_t right_bindings[] = {
     0,  80, 70, 70, 70, 60, 60, // none  ^  *  /  %  +  -
     50, 50, 50, 50, 5,  5,      // >>  <<  <  >  <=  >=
     40, 40, 30, 30, 25, 25, 20, // ==  !=  &  #  |  &&  ||
     15, 0,  0,                  // ?:  '  "
 };
-static_assert(sizeof operator_levels == OP_COUNT, "a level for each operator");
+static_assert(sizeof right_bindings == OP_COUNT, "a binding power for each operator");
 
-constexpr uint8_t level_lowest = 0; // draws every operator in
-constexpr uint8_t level_assignment = 5;
-constexpr uint8_t level_sign = 90; // ~ + - before an operand
+constexpr uint8_t binding_lowest = 0; // below that of every operator
+constexpr uint8_t binding_assignment = 5;
+constexpr uint8_t binding_sign = 90; // ~ + - before an operand
 
-struct alignas(8) operator_row {
+struct operator_row {
     int16_t token;
-    uint8_t level;       // the power to pull itself into the operand before it; 0: it has none
-    uint8_t op;          // of the token alone; OP_NONE: it needs its second character
-    uint8_t op_doubled;  // with the same token after it; OP_NONE: no such pair
-    uint8_t op_equality; // with a = after it; OP_NONE: no such pair
+    uint8_t left_binding; // 0: the token is no operator
+    uint8_t op;           // of the token alone; OP_NONE: it needs its second character
+    uint8_t op_doubled;   // with the same token after it; OP_NONE: no such pair
+    uint8_t op_equality;  // with a = after it; OP_NONE: no such pair
 };
 
 inline constexpr operator_row operator_table[] = {
@@ -91,13 +90,14 @@ constexpr operator_index operator_rows_make()
 }
 inline constexpr operator_index operator_rows = operator_rows_make();
 
-// Computes an operation on two operands, all but OP_CONDITION and the marks. False for a division by zero.
+// Computes an operation on two operands: every one but OP_CONDITION, OP_FEET and OP_INCHES. False for a
+// division by zero.
 bool operator_apply(uint8_t op, double a, double b, double *result);
 
 // A length in feet as drawing units. There is no drawing here, and its scale is 0: so is the length, but for
 // NaN where there is no finite number of inches.
 double drawing_units(double feet);
 
-// What COPSIZE computes: the size of a type word by a hash of its text. Any other text gives 0, a few by
-// chance excepted.
+// The value of COPSIZE: the size of a type word, found by a hash of its text. It is 0 for any other text,
+// except for the few that have the hash of a type word by chance.
 int type_size_hash(lex_piece word);

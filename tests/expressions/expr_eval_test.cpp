@@ -34,7 +34,7 @@ protected:
     }
 };
 
-// The value of a text in the shortest form that keeps it, or "null" with the messages behind it.
+// The value of a text in the shortest form that keeps it, or "null" and the messages.
 static std::string value_of(const std::string &text)
 {
     messages.clear();
@@ -57,7 +57,7 @@ static std::string value_of(const std::string &text)
     return result;
 }
 
-// How much of a text is left for whoever prints it.
+// How much of a text is printed if its statement fails.
 static size_t name_end_of(const std::string &text)
 {
     std::string bytes = text + std::string(lex_slack, '0');
@@ -71,7 +71,7 @@ struct expr_case {
     std::string value;
 };
 
-// Tried one after the other on one store.
+// The texts share one store, in this order.
 static void expect_values(const std::vector<expr_case> &cases)
 {
     for (const expr_case &c : cases)
@@ -155,7 +155,7 @@ TEST_F(expr_eval_test, reduces_every_production)
     EXPECT_EQ(expected, 59);
 }
 
-TEST_F(expr_eval_test, weighs_operators)
+TEST_F(expr_eval_test, binds_operators_by_their_powers)
 {
     expect_values({
         {"2 + 3 * 4", "14"},
@@ -190,7 +190,7 @@ TEST_F(expr_eval_test, weighs_operators)
         {"4 | 1 # 1", "4"}, // 4 | (1 # 1)
         {"6 & 2 # 2", "0"},
         {"6 # 2 & 1", "0"},
-        {"1 | 2 && 0", "0"}, // (1 | 2) && 0: both have the token level of their first character
+        {"1 | 2 && 0", "0"}, // (1 | 2) && 0: both have the left binding power of their first character
         {"0 || 0 | 1", "1"},
         {"1 || 1 && 0", "1"},
         {"0 && 1 || 1", "1"},
@@ -211,7 +211,7 @@ TEST_F(expr_eval_test, weighs_operators)
         {"5' * 3", "0"},
         {"5' (2)\"", "0"},
         {"5' x\"", "0"},
-        {"5' ~1\"\"", "null: syntax error"}, // a mark binds to the operand just before it, not to the pair
+        {"5' ~1\"\"", "null: syntax error"}, // a sign binds to the operand just before it, not to the pair
         {"5' (~1)\"", "0"},
         {"5' ~1\"", "null: syntax error"},
         {"5' \"", "0"},
@@ -334,7 +334,7 @@ TEST_F(expr_eval_test, reads_and_writes_variables)
         {"nosuch", "0"},
         {"x = 5", "5"},
         {"x", "5"},
-        {"y = 7", "7"}, // a new scalar sets the value that an unknown name gives to 0
+        {"y = 7", "7"}, // a new scalar makes 0 the value of an unknown name
         {"nosuch", "0"},
         {"x", "5"},
         {"nosuch", "5"},
@@ -433,7 +433,7 @@ TEST_F(expr_eval_test, reads_what_an_unterminated_string_was_decoded_to)
     });
 }
 
-TEST_F(expr_eval_test, tells_where_the_first_name_ends)
+TEST_F(expr_eval_test, finds_where_the_first_name_ends)
 {
     static const struct {
         const char *text;
@@ -468,7 +468,7 @@ TEST_F(expr_eval_test, keeps_the_effects_of_a_text_that_fails)
     expect_values({
         {"a = 1 )", "null: syntax error"},
         {"a", "1"},
-        {"a = 7' ~1", "null: syntax error"}, // the inches begin, and lack their mark
+        {"a = 7' ~1", "null: syntax error"}, // the inches begin, and lack their sign
         {"a", "1"},
         {"(a = 2) / 0", "null: divide by zero"},
         {"a", "2"},
@@ -511,7 +511,7 @@ TEST_F(expr_eval_test, sizes_types_by_their_word)
 TEST_F(expr_eval_test, nests_as_deep_as_50_unfinished_symbols)
 {
     static const struct {
-        const char *start, *before, *operand, *after; // before and after stand count times around the operand
+        const char *start, *before, *operand, *after; // before and after: count times around the operand
         size_t count;
     } cases[] = {
         {"", "(", "0", ")", 48},

@@ -1,4 +1,4 @@
-// The expression lexer: tokens, their values, and what is left of the text.
+// The expression lexer: tokens, names, numbers and strings.
 #include "expressions/expr_lexer.h"
 
 #include "common/diff.h"
@@ -17,7 +17,7 @@ static std::string number_text(double value)
     return text;
 }
 
-// A text, with what may stand after one in memory.
+// A text, followed by bytes that aren't part of it.
 struct lex_text {
     explicit lex_text(const std::string &text, const std::string &after = "7e1.x\"])'")
         : bytes(text + after + std::string(lex_slack, 'z')), size(text.size())
@@ -45,18 +45,18 @@ static std::string text_of(const lex_piece &piece)
     return std::string(piece.text, piece.size);
 }
 
-// The tokens of a text up to its end, one blank between: names as they are, numbers behind #, types behind T.
+// The tokens of a text, a blank between any two: # before the value of a number, T before a type code.
 static std::string tokens(const lex_text &copy)
 {
     std::string result;
-    for (const char *place = lex_skip(copy.start());;) {
-        lex_token token = lex_read(place);
+    for (const char *pos = lex_skip(copy.start());;) {
+        lex_token token = lex_read(pos);
         if (token.code == TOKEN_END)
             return result;
         if (!result.empty())
             result += ' ';
         switch (token.code) {
-        case TOKEN_NUMBER: result += "#" + number_text(number_scan(place, lex.end).value); break;
+        case TOKEN_NUMBER: result += "#" + number_text(number_scan(pos, lex.end).value); break;
         case TOKEN_NAME: result += text_of(token.name); break;
         case TOKEN_TYPEWORD: result += "T" + std::to_string(lex_keyword(token.name)->type_code); break;
         case TOKEN_ARRAY: result += "ARRAY!"; break;
@@ -68,7 +68,7 @@ static std::string tokens(const lex_text &copy)
             EXPECT_LT(token.code, 256);
             result += static_cast<char>(token.code);
         }
-        place = lex_skip(token.end);
+        pos = lex_skip(token.end);
     }
 }
 
@@ -129,7 +129,7 @@ TEST(expr_lexer, reads_numbers)
     static const struct {
         const char *text;
         double value;
-        const char *behind; // the tokens behind the number
+        const char *behind; // the tokens after the number
     } cases[] = {
         {"0", 0, ""},
         {"7", 7, ""},
@@ -177,7 +177,7 @@ TEST(expr_lexer, reads_numbers)
     }
 }
 
-// Digits are gathered one by one and scaled once, so the last bit can differ from the nearest number.
+// A number is its digits times one power of ten, and its last bit can differ from the nearest double's.
 TEST(expr_lexer, scales_a_number_once)
 {
     static const struct {
@@ -265,7 +265,7 @@ TEST(expr_lexer, reads_strings_up_to_their_end)
         std::string text;
         char terminator;
         std::string string;
-        int16_t next; // the token behind the string
+        int16_t next; // the token after the string
     } cases[] = {
         {"abc\"+", '"', "abc", '"'},
         {"\"", '"', "", '"'},
