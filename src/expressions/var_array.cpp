@@ -1,11 +1,8 @@
-// A block holds three pieces after its head: dims, rows, data. Row tables hold 32-bit numbers where one
-// would expect pointers: byte offsets, from rows for the upper levels and from data for the last.
-//
-// The items of a string list stand in its data in the order in which they were stored, each after its size in
-// four bytes; its table holds the place of each item, 0 for one without bytes. An item that grows goes to the
-// end of the data and leaves its old place as waste. When the room is used up, the list moves to a new block
-// with a quarter of its size to spare, and the waste stays. So a move is paid for by what was stored
-// since the last one, in whatever order items come.
+// The items of a string list follow each other in its data in the order in which they were stored, each after
+// its size in four bytes. The table in front of the data holds the offset of each item, 0 for one without
+// bytes. An item that grows is written anew at the end of the data, and its old bytes are wasted. When the
+// block is full, the list moves to a new one, without the waste and with a quarter of its size to spare. So
+// moving costs no more than storing did since the last move, in whatever order the items come.
 #include "expressions/var_array.h"
 
 #include <stddef.h>
@@ -51,13 +48,11 @@ static void block_drop(var_block *block, uint64_t room)
         heap_free(block);
 }
 
-// Sets the pieces of a block.
-static void block_point(var_block *block, uint64_t dims_size, uint64_t rows_size, uint64_t data_size)
+// Sets where a block's table and data are; the table has no bytes but in a string list.
+static void block_point(var_block *block, uint64_t table_size, uint64_t data_size)
 {
-    unsigned char *dims = reinterpret_cast<unsigned char *>(block + 1);
-    block->dims = reinterpret_cast<int32_t *>(dims);
-    block->rows = dims + dims_size;
-    block->data = block->rows + rows_size;
+    block->table = reinterpret_cast<unsigned char *>(block + 1);
+    block->data = block->table + table_size;
     block->end = block->data + data_size;
     block->wasted = 0;
 }
@@ -96,7 +91,17 @@ void array_release(const var_array *array)
         free(array->block);
 }
 
-// ---- Tables ----
+// ---- Elements ----
+
+unsigned char *array_element(const var_block *block, int8_t type, int32_t ndims, const int32_t *subscripts)
+{
+    size_t element = 0;
+    for (int32_t i = 0; i < ndims; i++)
+        element = element * static_cast<size_t>(block->dims[i]) + static_cast<size_t>(subscripts[i]);
+    return block->data + element * type_size[type];
+}
+
+// ---- The numbers of a string list ----
 
 static uint32_t table_load(const unsigned char *table, int32_t index)
 {
@@ -110,40 +115,13 @@ static void table_store(unsigned char *table, int32_t index, uint32_t entry)
     memcpy(table + static_cast<size_t>(index) * sizeof entry, &entry, sizeof entry);
 }
 
-// Links the row tables of an array of two or more dimensions, level by level. Each table of a level starts
-// where the one before ends.
-static void rows_link(var_block *block, int32_t ndims, const int32_t *dims, uint32_t element)
-{
-    uint32_t tables = 1; // tables of this level
-    uint32_t start = 0;  // entry where they begin, counted from rows
-    for (int32_t i = 0; i + 1 < ndims; i++) {
-        uint32_t entries = tables * static_cast<uint32_t>(dims[i]);
-        uint32_t below = static_cast<uint32_t>(dims[i + 1]);
-        bool last = i + 2 == ndims;
-        for (uint32_t entry = 0; entry < entries; entry++) {
-            uint32_t offset = last ? entry * below * element : (start + entries + entry * below) * 4;
-            table_store(block->rows, static_cast<int32_t>(start + entry), offset);
-        }
-        start += entries;
-        tables = entries;
-    }
-}
-
-unsigned char *array_element(const var_block *block, int8_t type, int32_t ndims, const int32_t *subscripts)
-{
-    unsigned char *row = block->rows;
-    for (int32_t i = 0; i + 1 < ndims; i++)
-        row = (i + 2 < ndims ? block->rows : block->data) + table_load(row, subscripts[i]);
-    return row + static_cast<size_t>(subscripts[ndims - 1]) * type_size[type];
-}
-
 // Gives each item of a new list its characters.
 static void list_link(var_block *block, int32_t items, int32_t characters)
 {
     uint32_t size = static_cast<uint32_t>(characters) + 1;
     uint32_t offset = item_head;
     for (int32_t number = 0; number < items; number++) {
-        table_store(block->rows, number, characters != 0 ? offset : 0);
+        table_store(block->table, number, characters != 0 ? offset : 0);
         if (characters != 0)
             table_store(block->data + offset - item_head, 0, size);
         offset += size + item_head;
@@ -152,10 +130,9 @@ static void list_link(var_block *block, int32_t items, int32_t characters)
 
 // ---- Making ----
 
-// Bytes of the three pieces of a block, and of what counts of them.
+// Bytes of a block's table and data, and what counts toward var_payload_max.
 struct block_sizes {
-    uint64_t dims;
-    uint64_t rows;
+    uint64_t table;
     uint64_t data;
     uint64_t payload;
 };
@@ -165,31 +142,29 @@ constexpr uint64_t round_up_8(uint64_t size)
     return (size + 7) / 8 * 8;
 }
 
-// The sizes for a type and its dimensions. False if the payload alone passes var_payload_max, no sum or
-// product having left 64 bits.
-static bool block_measure(int8_t type, int32_t ndims, const int32_t *dims, block_sizes *sizes)
+// The sizes of a list: items, and characters of each of them.
+static block_sizes list_measure(uint64_t items, uint64_t characters)
 {
-    if (type == VAR_SLIST) {
-        uint64_t items = static_cast<uint64_t>(dims[0]);
-        uint64_t characters = dims[1] != 0 ? items * (static_cast<uint64_t>(dims[1]) + 1) : 0;
-        uint64_t heads = dims[1] != 0 ? items * item_head : 0;
-        *sizes = block_sizes{4, 4 * items, characters + heads, 4 + 4 * items + characters};
-        return sizes->payload <= var_payload_max;
-    }
+    uint64_t bytes = characters != 0 ? items * (characters + 1) : 0;
+    uint64_t heads = characters != 0 ? items * item_head : 0;
+    return {4 * items, bytes + heads, 4 + 4 * items + bytes};
+}
+
+// The sizes of any other array. No sum or product leaves 64 bits. Besides its elements there count four bytes
+// for each dimension and four for each row, on every level, as if tables led to the rows.
+static block_sizes elements_measure(int8_t type, int32_t ndims, const int32_t *dims)
+{
     uint64_t rows = 0;
     uint64_t level = 1; // elements down to this dimension
     for (int32_t i = 0; i < ndims; i++) {
         level *= static_cast<uint64_t>(dims[i]);
-        // Also on a level above the last the table entries alone would be too many.
-        if (level > var_payload_max)
-            return false;
+        if (level > var_payload_max) // too many, and also too many rows where it is an upper level
+            return {0, 0, level};
         if (i + 1 < ndims)
-            rows += 4 * level;
+            rows += level;
     }
     uint64_t data = type == VAR_STRING ? level + 1 : type_size[type] * level;
-    *sizes = block_sizes{round_up_8(4 * static_cast<uint64_t>(ndims)), round_up_8(rows), data, 0};
-    sizes->payload = sizes->dims + sizes->rows + sizes->data;
-    return sizes->payload <= var_payload_max;
+    return {0, data, round_up_8(4 * static_cast<uint64_t>(ndims)) + round_up_8(4 * rows) + data};
 }
 
 // Spare bytes of a list that takes so many.
@@ -212,11 +187,13 @@ static var_block *block_for(const var_array *array, uint64_t size, uint64_t *roo
 
 bool array_make(var_array *array, int8_t type, int32_t ndims, const int32_t *dims)
 {
-    block_sizes sizes;
-    if (!block_measure(type, ndims, dims, &sizes) || !payload_fits(array, sizes.payload))
+    bool list = type == VAR_SLIST;
+    block_sizes sizes = list ? list_measure(static_cast<uint64_t>(dims[0]), static_cast<uint64_t>(dims[1]))
+                             : elements_measure(type, ndims, dims);
+    if (!payload_fits(array, sizes.payload))
         return false;
-    uint64_t size = sizes.dims + sizes.rows + sizes.data;
-    if (type == VAR_SLIST)
+    uint64_t size = sizes.table + sizes.data;
+    if (list)
         size += list_spare(size);
     uint64_t room;
     var_block *block = block_for(array, size, &room);
@@ -224,13 +201,11 @@ bool array_make(var_array *array, int8_t type, int32_t ndims, const int32_t *dim
         return false;
     block_replace(array, block, room);
     payload_set(array, sizes.payload);
-    block_point(block, sizes.dims, sizes.rows, sizes.data);
-    memcpy(block->dims, dims, (type == VAR_SLIST ? 1 : static_cast<size_t>(ndims)) * sizeof *dims);
+    block_point(block, sizes.table, sizes.data);
+    memcpy(block->dims, dims, static_cast<size_t>(ndims) * sizeof *dims);
     memset(block->data, 0, sizes.data);
-    if (type == VAR_SLIST)
+    if (list)
         list_link(block, dims[0], dims[1]);
-    else
-        rows_link(block, ndims, dims, type_size[type]);
     return true;
 }
 
@@ -238,7 +213,7 @@ bool array_make(var_array *array, int8_t type, int32_t ndims, const int32_t *dim
 
 list_item list_item_at(const var_block *block, int32_t number)
 {
-    uint32_t offset = table_load(block->rows, number);
+    uint32_t offset = table_load(block->table, number);
     if (offset == 0)
         return {block->data, 0};
     return {block->data + offset, table_load(block->data + offset - item_head, 0)};
@@ -249,21 +224,21 @@ list_item list_item_at(const var_block *block, int32_t number)
 static bool list_move(var_array *array, int32_t items, uint64_t more)
 {
     const var_block *old = array->block;
-    uint64_t entries = static_cast<uint64_t>(old->data - old->rows) / 4;
+    uint64_t entries = static_cast<uint64_t>(old->data - old->table) / 4;
     if (entries < static_cast<uint64_t>(items))
         entries = static_cast<uint64_t>(items) + static_cast<uint64_t>(items) / 4;
-    uint64_t room = 4 + 4 * entries + static_cast<uint64_t>(old->end - old->data) - old->wasted + more;
+    uint64_t room = 4 * entries + static_cast<uint64_t>(old->end - old->data) - old->wasted + more;
     room += list_spare(room);
     var_block *block = block_make(room);
     if (block == nullptr)
         return false;
-    block_point(block, 4, 4 * entries, 0);
+    block_point(block, 4 * entries, 0);
     block->dims[0] = old->dims[0];
     for (int32_t number = 0; number < old->dims[0]; number++) {
         list_item item = list_item_at(old, number);
         uint32_t bytes = item.size != 0 ? item_head + item.size : 0;
         uint32_t place = static_cast<uint32_t>(block->end - block->data) + item_head;
-        table_store(block->rows, number, bytes != 0 ? place : 0);
+        table_store(block->table, number, bytes != 0 ? place : 0);
         if (bytes != 0)
             memcpy(block->end, item.start - item_head, bytes);
         block->end += bytes;
@@ -277,7 +252,7 @@ static bool list_has_room(const var_array *array, int32_t items, uint64_t more)
 {
     const var_block *block = array->block;
     const unsigned char *room_end = reinterpret_cast<const unsigned char *>(block + 1) + array->room;
-    return items <= (block->data - block->rows) / 4 && more <= static_cast<uint64_t>(room_end - block->end);
+    return items <= (block->data - block->table) / 4 && more <= static_cast<uint64_t>(room_end - block->end);
 }
 
 // Gives an item another size, its bytes zero. The block has room for one that grows.
@@ -290,7 +265,7 @@ static void item_resize(var_block *block, int32_t number, uint32_t size)
         block->wasted += item.size != 0 ? item_head + item.size : 0;
         item.start = block->end + item_head;
         block->end = item.start + size;
-        table_store(block->rows, number, static_cast<uint32_t>(item.start - block->data));
+        table_store(block->table, number, static_cast<uint32_t>(item.start - block->data));
     }
     table_store(item.start - item_head, 0, size);
     memset(item.start, 0, size);
@@ -309,7 +284,7 @@ bool list_item_store(var_array *array, int32_t number, uint32_t size)
         return false;
     payload_set(array, payload);
     for (int32_t empty = known; empty < items; empty++)
-        table_store(array->block->rows, empty, 0);
+        table_store(array->block->table, empty, 0);
     array->block->dims[0] = items;
     if (size != old_size)
         item_resize(array->block, number, size);

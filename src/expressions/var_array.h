@@ -1,7 +1,7 @@
 // Arrays, strings and string lists: the blocks that hold their elements.
 //
 // All blocks of a file belong to its variables, and what counts of them, the payload, is limited for all
-// together: dimensions, tables and elements, but nothing that is spare.
+// together: dimensions, rows and elements, but nothing that is spare.
 #pragma once
 
 #include "support/pool_heap.h"
@@ -28,15 +28,16 @@ enum : int8_t {
 // Bytes of one element, by type code.
 inline constexpr uint8_t type_size[] = {0, 1, 1, 2, 2, 4, 4, 4, 4, 4, 8, 1, 4};
 
+constexpr int var_dims_max = 5;
 constexpr uint64_t var_payload_max = 256u * 1024 * 1024; // bytes, of all variables of a file together
 
-// The head of a block; what it points into follows it.
+// The head of a block; table and data follow it.
 struct var_block {
-    int32_t *dims;       // one number for each dimension; for a string list the item count alone
-    unsigned char *rows; // row tables, or a string list's offset table, or data itself (one dimension)
-    unsigned char *data; // the elements
-    unsigned char *end;  // the first byte after the elements
-    uint32_t wasted;     // bytes of a string list's data that no item uses any more
+    int32_t dims[var_dims_max]; // of a string list the item count counts alone
+    uint32_t wasted;            // bytes of a string list's data that no item uses any more
+    unsigned char *table;       // a string list's: where each item is
+    unsigned char *data;        // the elements, row by row
+    unsigned char *end;         // the first byte after the elements
 };
 
 // Where the elements of an array are.
@@ -65,7 +66,7 @@ void array_drop(var_array *array);
 // The same for an array of a file that is done with: a block of the file's heap isn't touched.
 void array_release(const var_array *array);
 
-// An element's place; each subscript is within its dimension.
+// Points to an element; each subscript is within its dimension.
 unsigned char *array_element(const var_block *block, int8_t type, int32_t ndims, const int32_t *subscripts);
 
 // An item of a string list, which has it.

@@ -313,6 +313,6 @@ int32_t var_store_string(const char *name, size_t name_size, int32_t subscript, 
         if (code != 0)
             return code;
     }
-    cur_ptr = rec->array.block->rows;
+    cur_ptr = rec->array.block->data;
     return 0;
 }

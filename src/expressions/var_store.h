@@ -12,7 +12,6 @@
 #include <stddef.h>
 #include <stdint.h>
 
-constexpr int var_dims_max = 5;
 constexpr int var_name_length = 255;
 constexpr int32_t var_capacity = 1000; // variables of one file
 
