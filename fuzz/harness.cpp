@@ -29,12 +29,12 @@ extern "C" const char *__asan_default_options()
 
 static size_t heap_budget_left;
 
-static void *budget_malloc(size_t size)
+static void *budget_calloc(size_t count, size_t size)
 {
-    if (size > heap_budget_left)
+    if (size > heap_budget_left / count)
         return nullptr;
-    heap_budget_left -= size;
-    return malloc(size);
+    heap_budget_left -= count * size;
+    return calloc(count, size);
 }
 
 // ---- Source and output ----
@@ -70,7 +70,7 @@ const char *harness_output(size_t *size)
 // What is to be done once. Duplicate labels are printed to standard output.
 static void start()
 {
-    heap_malloc = budget_malloc;
+    heap_calloc = budget_calloc;
     var_table = static_cast<var_rec *>(malloc(var_capacity * sizeof(var_rec)));
     label_table = static_cast<label_row *>(malloc(label_capacity * sizeof(label_row)));
     FILE *printed = freopen("/dev/null", "w", stdout);

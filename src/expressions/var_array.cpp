@@ -1,8 +1,10 @@
 // The items of a string list follow each other in its data in the order in which they were stored, each after
-// its size in four bytes. The table in front of the data holds the offset of each item, 0 for one without
-// bytes. An item that grows is written anew at the end of the data, and its old bytes are wasted. When the
-// block is full, the list moves to a new one, without the waste and with a quarter of its size to spare. So
-// moving costs no more than storing did since the last move, in whatever order the items come.
+// its size in four bytes. The table in front of the data holds the offset of each item whose size was
+// changed, 0 for the others: those that the list was made with, which all have the size in the block's head,
+// and those without bytes. An item that grows is written anew at the end of the data, and its old bytes are
+// wasted. When the block is full, the list moves to a new one, without the waste and with a quarter of its
+// size to spare. So moving costs no more than storing did since the last move, in whatever order the items
+// come.
 #include "expressions/var_array.h"
 
 #include <stddef.h>
@@ -22,8 +24,8 @@ void arrays_start(pool_heap *heap)
 
 // ---- Blocks ----
 
-// A block from this size on, in bytes, is malloc's own and goes back when it isn't needed any more. The pool
-// keeps all that it ever got, and there a small block could keep a large place from serving again.
+// A block from this size on, in bytes, is the C library's own and goes back when it isn't needed any more.
+// The pool keeps what it got until the file's end, and there a small block could keep a large one from reuse.
 constexpr size_t block_large = 64 * 1024;
 
 static bool block_is_large(uint64_t room)
@@ -31,11 +33,11 @@ static bool block_is_large(uint64_t room)
     return sizeof(var_block) + room >= block_large;
 }
 
-// A block with so many bytes after its head, and anything in them. Null if there is no memory.
+// A block with so many bytes after its head, all zero. Null if there is no memory.
 static var_block *block_make(uint64_t room)
 {
     size_t bytes = sizeof(var_block) + static_cast<size_t>(room);
-    void *block = block_is_large(room) ? heap_malloc(bytes)
+    void *block = block_is_large(room) ? heap_calloc(1, bytes)
                                        : heap_alloc(array_heap, "Vbuf", static_cast<uint32_t>(bytes));
     return static_cast<var_block *>(block);
 }
@@ -55,6 +57,7 @@ static void block_point(var_block *block, uint64_t table_size, uint64_t data_siz
     block->data = block->table + table_size;
     block->end = block->data + data_size;
     block->wasted = 0;
+    block->made = 0;
 }
 
 // Puts another block in the place of an array's, which is given back.
@@ -115,19 +118,6 @@ static void table_store(unsigned char *table, int32_t index, uint32_t entry)
     memcpy(table + static_cast<size_t>(index) * sizeof entry, &entry, sizeof entry);
 }
 
-// Gives each item of a new list its characters.
-static void list_link(var_block *block, int32_t items, int32_t characters)
-{
-    uint32_t size = static_cast<uint32_t>(characters) + 1;
-    uint32_t offset = item_head;
-    for (int32_t number = 0; number < items; number++) {
-        table_store(block->table, number, characters != 0 ? offset : 0);
-        if (characters != 0)
-            table_store(block->data + offset - item_head, 0, size);
-        offset += size + item_head;
-    }
-}
-
 // ---- Making ----
 
 // Bytes of a block's table and data, and what counts toward var_payload_max.
@@ -173,15 +163,24 @@ constexpr uint64_t list_spare(uint64_t size)
     return size / 4 + 256;
 }
 
-// A block of so many bytes for new contents of an array: the one that it has if that isn't far too large,
-// else a new one. A block that was too small gets half as much again, or a string that grows by one character
-// each time would leave the pool a row of blocks of every size. Null if there is no memory.
+// A block of so many bytes, all zero, for new contents of an array. A small one is used again if it isn't far
+// too large; if it was a little too small, the new one gets half as much again, or a string that grows by one
+// character each time would leave the pool a row of blocks of every size. A large one is never used again:
+// the system has zeroed pages at once, where a script of a few bytes could have 256 MB cleared by every
+// statement. Null if there is no memory.
 static var_block *block_for(const var_array *array, uint64_t size, uint64_t *room)
 {
-    *room = array->room;
-    if (array->block != nullptr && size <= *room && *room / 2 <= size + 1024)
-        return array->block;
-    *room = size > *room && size < *room + *room / 2 ? *room + *room / 2 : size;
+    *room = size;
+    if (array->block != nullptr && !block_is_large(array->room)) {
+        uint64_t known = array->room;
+        if (size <= known && known / 2 <= size + 1024) {
+            *room = known;
+            memset(array->block, 0, sizeof(var_block) + static_cast<size_t>(known));
+            return array->block;
+        }
+        if (size > known && size < known + known / 2)
+            *room = known + known / 2;
+    }
     return block_make(*room);
 }
 
@@ -203,9 +202,10 @@ bool array_make(var_array *array, int8_t type, int32_t ndims, const int32_t *dim
     payload_set(array, sizes.payload);
     block_point(block, sizes.table, sizes.data);
     memcpy(block->dims, dims, static_cast<size_t>(ndims) * sizeof *dims);
-    memset(block->data, 0, sizes.data);
-    if (list)
-        list_link(block, dims[0], dims[1]);
+    if (list && dims[1] != 0) {
+        block->made = dims[0];
+        block->made_size = static_cast<uint32_t>(dims[1]) + 1;
+    }
     return true;
 }
 
@@ -214,9 +214,12 @@ bool array_make(var_array *array, int8_t type, int32_t ndims, const int32_t *dim
 list_item list_item_at(const var_block *block, int32_t number)
 {
     uint32_t offset = table_load(block->table, number);
-    if (offset == 0)
+    if (offset != 0)
+        return {block->data + offset, table_load(block->data + offset - item_head, 0)};
+    if (number >= block->made)
         return {block->data, 0};
-    return {block->data + offset, table_load(block->data + offset - item_head, 0)};
+    size_t first = static_cast<size_t>(number) * (block->made_size + item_head) + item_head;
+    return {block->data + first, block->made_size};
 }
 
 // Moves a list to a new block, with room for so many items and so many bytes more than its items take. False
@@ -236,12 +239,12 @@ static bool list_move(var_array *array, int32_t items, uint64_t more)
     block->dims[0] = old->dims[0];
     for (int32_t number = 0; number < old->dims[0]; number++) {
         list_item item = list_item_at(old, number);
-        uint32_t bytes = item.size != 0 ? item_head + item.size : 0;
-        uint32_t place = static_cast<uint32_t>(block->end - block->data) + item_head;
-        table_store(block->table, number, bytes != 0 ? place : 0);
-        if (bytes != 0)
-            memcpy(block->end, item.start - item_head, bytes);
-        block->end += bytes;
+        if (item.size == 0)
+            continue;
+        table_store(block->table, number, static_cast<uint32_t>(block->end - block->data) + item_head);
+        table_store(block->end, 0, item.size);
+        memcpy(block->end + item_head, item.start, item.size);
+        block->end += item_head + item.size;
     }
     block_replace(array, block, room);
     return true;
@@ -255,7 +258,7 @@ static bool list_has_room(const var_array *array, int32_t items, uint64_t more)
     return items <= (block->data - block->table) / 4 && more <= static_cast<uint64_t>(room_end - block->end);
 }
 
-// Gives an item another size, its bytes zero. The block has room for one that grows.
+// Changes the size of an item, its bytes zero. The block has room for one that grows.
 static void item_resize(var_block *block, int32_t number, uint32_t size)
 {
     list_item item = list_item_at(block, number);
@@ -265,8 +268,8 @@ static void item_resize(var_block *block, int32_t number, uint32_t size)
         block->wasted += item.size != 0 ? item_head + item.size : 0;
         item.start = block->end + item_head;
         block->end = item.start + size;
-        table_store(block->table, number, static_cast<uint32_t>(item.start - block->data));
     }
+    table_store(block->table, number, static_cast<uint32_t>(item.start - block->data));
     table_store(item.start - item_head, 0, size);
     memset(item.start, 0, size);
 }
@@ -283,8 +286,6 @@ bool list_item_store(var_array *array, int32_t number, uint32_t size)
     if (!list_has_room(array, items, more) && !list_move(array, items, more))
         return false;
     payload_set(array, payload);
-    for (int32_t empty = known; empty < items; empty++)
-        table_store(array->block->table, empty, 0);
     array->block->dims[0] = items;
     if (size != old_size)
         item_resize(array->block, number, size);

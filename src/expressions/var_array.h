@@ -35,6 +35,8 @@ constexpr uint64_t var_payload_max = 256u * 1024 * 1024; // bytes, of all variab
 struct var_block {
     int32_t dims[var_dims_max]; // of a string list the item count counts alone
     uint32_t wasted;            // bytes of a string list's data that no item uses any more
+    uint32_t made_size;         // bytes of an item that a string list was made with
+    int32_t made;               // number of these items, or 0
     unsigned char *table;       // a string list's: where each item is
     unsigned char *data;        // the elements, row by row
     unsigned char *end;         // the first byte after the elements

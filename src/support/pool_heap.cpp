@@ -11,7 +11,7 @@
 
 pool_heap *heap_list;
 int32_t heap_debug;
-void *(*heap_malloc)(size_t size) = malloc;
+void *(*heap_calloc)(size_t count, size_t size) = calloc;
 
 // The two rings, as list_insert and list_unlink take them.
 static constexpr size_t next_free_at = offsetof(heap_block, next_free);
@@ -102,10 +102,10 @@ static void rover_leave(heap_block *block)
 
 pool_heap *heap_create(const char *name, uint32_t growth)
 {
-    pool_heap *heap = static_cast<pool_heap *>(heap_malloc(sizeof(pool_heap)));
+    pool_heap *heap = static_cast<pool_heap *>(heap_calloc(1, sizeof(pool_heap)));
     if (heap == nullptr)
         return nullptr;
-    heap_block *base = block_at(heap_malloc(sizeof(heap_block)));
+    heap_block *base = block_at(heap_calloc(1, sizeof(heap_block)));
     if (base == nullptr) {
         free(heap);
         return nullptr;
@@ -120,7 +120,7 @@ int heap_add(pool_heap *heap, void *base, uint32_t size, int32_t can_free)
 {
     if (size < sizeof(heap_block) || reinterpret_cast<uintptr_t>(base) % alignof(heap_block) != 0)
         return 1;
-    heap_area *area = static_cast<heap_area *>(heap_malloc(sizeof(heap_area)));
+    heap_area *area = static_cast<heap_area *>(heap_calloc(1, sizeof(heap_area)));
     if (area == nullptr)
         return 1;
     *area = {base, size, can_free, heap->areas};
@@ -161,7 +161,7 @@ static bool heap_grow(pool_heap *heap, uint32_t size)
         bytes = heap->growth;
     if (bytes > UINT32_MAX)
         return false;
-    void *memory = heap_malloc(static_cast<size_t>(bytes));
+    void *memory = heap_calloc(1, static_cast<size_t>(bytes));
     if (memory == nullptr)
         return false;
     if (heap_add(heap, memory, static_cast<uint32_t>(bytes), 1) != 0) {

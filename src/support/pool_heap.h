@@ -58,7 +58,8 @@ static_assert(heap_granule % alignof(double) == 0 && heap_granule % alignof(heap
 // State of the process; it outlives the files.
 extern pool_heap *heap_list; // the chain of all heaps, newest first; null before the first
 extern int32_t heap_debug; // 0: no checks, no dumps; anything else: heap_check at every call, and dumps print
-extern void *(*heap_malloc)(size_t size); // gets records and areas: malloc, unless a test wants it to fail
+// Gets memory from the system, zeroed: calloc, unless a test wants it to fail.
+extern void *(*heap_calloc)(size_t count, size_t size);
 
 // Makes a heap with no area. Null if there is no memory.
 pool_heap *heap_create(const char *name, uint32_t growth);

@@ -1,4 +1,5 @@
-// Memory that runs out: malloc or realloc fails at each of their calls in turn. Linked with both wrapped.
+// Memory that runs out: malloc, calloc or realloc fails at each of their calls in turn. Linked with all three
+// wrapped.
 #include "common/run.h"
 #include "driver/batch.h"
 #include "expressions/var_store.h"
@@ -17,6 +18,8 @@ int murlconv_main(int argc, char **argv);
 
 extern "C" void *__real_malloc(size_t size);
 extern "C" void *__wrap_malloc(size_t size);
+extern "C" void *__real_calloc(size_t count, size_t size);
+extern "C" void *__wrap_calloc(size_t count, size_t size);
 extern "C" void *__real_realloc(void *old, size_t size);
 extern "C" void *__wrap_realloc(void *old, size_t size);
 
@@ -36,6 +39,11 @@ static bool call_fails()
 extern "C" void *__wrap_malloc(size_t size)
 {
     return call_fails() ? nullptr : __real_malloc(size);
+}
+
+extern "C" void *__wrap_calloc(size_t count, size_t size)
+{
+    return call_fails() ? nullptr : __real_calloc(count, size);
 }
 
 extern "C" void *__wrap_realloc(void *old, size_t size)

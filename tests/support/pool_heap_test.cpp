@@ -39,12 +39,12 @@ static bool all_are(const void *pointer, char byte, size_t size)
     return true;
 }
 
-// Calls of heap_malloc that still succeed.
-static int mallocs_left;
+// Calls of heap_calloc that still succeed.
+static int callocs_left;
 
-static void *failing_malloc(size_t size)
+static void *failing_calloc(size_t count, size_t size)
 {
-    return mallocs_left-- > 0 ? malloc(size) : nullptr;
+    return callocs_left-- > 0 ? calloc(count, size) : nullptr;
 }
 
 // Each test has a chain of its own; its memory goes back at the end, so that a leak report means one.
@@ -58,7 +58,7 @@ protected:
 
     void TearDown() override
     {
-        heap_malloc = malloc;
+        heap_calloc = calloc;
         heaps_free();
         heap_debug = 0;
     }
@@ -189,23 +189,23 @@ TEST_F(pool_heap_test, what_cannot_be_counted_or_had_gives_null)
     expect_sound(fixed);
 }
 
-TEST_F(pool_heap_test, failing_malloc_leaves_nothing_half_made)
+TEST_F(pool_heap_test, failing_calloc_leaves_nothing_half_made)
 {
-    heap_malloc = failing_malloc;
+    heap_calloc = failing_calloc;
     for (int good = 0; good < 2; good++) {
-        mallocs_left = good;
+        callocs_left = good;
         EXPECT_EQ(heap_create("t", 4096), nullptr);
         EXPECT_EQ(heap_list, nullptr);
     }
-    mallocs_left = 2;
+    callocs_left = 2;
     pool_heap *heap = heap_create("t", 4096);
     ASSERT_NE(heap, nullptr);
     for (int good = 0; good < 2; good++) {
-        mallocs_left = good;
+        callocs_left = good;
         EXPECT_EQ(heap_alloc(heap, "t", 10), nullptr);
         EXPECT_EQ(heap->areas, nullptr);
     }
-    mallocs_left = 2;
+    callocs_left = 2;
     char *pointer = static_cast<char *>(heap_alloc(heap, "t", 10));
     ASSERT_NE(pointer, nullptr);
     memset(pointer, 'k', 10);
