@@ -63,6 +63,7 @@ static void store_start()
 {
     static auto *records = static_cast<var_rec *>(malloc(var_capacity * sizeof(var_rec)));
     static pool_heap *heap = heap_create("Vbuf", 4096);
+    vars_end();
     vars_start(records, heap);
     for (const char *text : {"v1 = 2.5", "width = 40", "height = 30", "i = 2", "DOUBLE a[9]"})
         evaluate(text);

@@ -85,7 +85,9 @@ void harness_reset()
     if (var_table == nullptr)
         start();
     static const line_directive_state line_directives_at_start = line_directives;
+    vars_end();
     heaps_free();
+    Vbuf = nullptr;
     heap_budget_left = harness_heap_budget;
     rules_run = rules_run_state{};
     line_directives = line_directives_at_start;
@@ -95,7 +97,7 @@ void harness_reset()
 
 void harness_start_file()
 {
-    vars_start(var_table, heap_create("Vbuf", 4096));
+    vars_start(var_table, Vbuf = heap_create("Vbuf", 4096));
     labels_start(label_table);
 }
 

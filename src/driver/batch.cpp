@@ -17,26 +17,34 @@ pool_heap *Vbuf;
 
 // ---- One file ----
 
-// The tables are made for the first file and serve all after it: fresh ones would have their first pages
-// handed out and cleared by the system for each file.
+// The tables are made for the first file and serve all after it.
 int pools_init()
 {
-    plat_prepare_memory();
     if (var_table == nullptr)
         var_table = static_cast<var_rec *>(malloc(var_capacity * sizeof(var_rec)));
     if (var_table != nullptr && label_table == nullptr)
         label_table = static_cast<label_row *>(malloc(label_capacity * sizeof(label_row)));
-    if (label_table == nullptr || (Vbuf = heap_create("Vbuf", heap_growth)) == nullptr)
+    if (label_table != nullptr && Vbuf == nullptr) // else a file whose output couldn't be opened left it
+        Vbuf = heap_create("Vbuf", heap_growth);
+    if (Vbuf == nullptr)
         return 1;
     vars_start(var_table, Vbuf);
     labels_start(label_table);
     return 0;
 }
 
+void pools_free()
+{
+    vars_end();
+    heap_destroy(Vbuf);
+    Vbuf = nullptr;
+}
+
 void convert_file(const char *source_name, plat_file *source_stream)
 {
     src_open(source_name, source_stream);
     statement_loop();
+    pools_free();
 }
 
 // ---- The run ----

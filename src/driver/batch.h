@@ -1,8 +1,8 @@
 // Batch driver: pairs each input with its output, X.mrl with X_conv.mrl beside it, and converts one pair
 // after the other. A file that can't be opened costs a message; the run goes on with the next.
 //
-// The pool heap of a file's variables is made anew for each and stays until the process ends. The tables of
-// variables and labels start empty with each file, in the same memory.
+// The pool heap of a file's variables is made anew for each and goes back when the file is converted. The
+// tables of variables and labels start empty with each file, in the same memory.
 #pragma once
 
 #include "support/pool_heap.h"
@@ -14,7 +14,7 @@ struct plat_file;
 // Results of the driver. The last is the only one that the process's exit status tells.
 enum : int { BATCH_DONE = 0, BATCH_CANCELLED = -1, BATCH_NO_MEMORY = -2 };
 
-extern pool_heap *Vbuf; // blocks of variables
+extern pool_heap *Vbuf; // blocks of variables, from pools_init to pools_free; null between two files
 
 // Converts the paths among the arguments, or with none the ones that the user picks.
 int conv_main(int arg_count, char **arg_vector);
@@ -23,5 +23,8 @@ int conv_main(int arg_count, char **arg_vector);
 // earlier output outlives a lack of memory. 0, or 1 at the first that can't be had.
 int pools_init();
 
-// Converts one opened source, after pools_init; the output is open in out_file.
+// Gives the file's heap and the blocks of its variables back.
+void pools_free();
+
+// Converts one opened source, after pools_init, and calls pools_free; the output is open in out_file.
 void convert_file(const char *source_name, plat_file *source_stream);

@@ -19,7 +19,6 @@ constexpr uint32_t item_head = 4; // bytes of the size in front of an item
 void arrays_start(pool_heap *heap)
 {
     array_heap = heap;
-    payload_used = 0;
 }
 
 // ---- Blocks ----
@@ -86,12 +85,6 @@ void array_drop(var_array *array)
     block_drop(array->block, array->room);
     payload_set(array, 0);
     array->block = nullptr;
-}
-
-void array_release(const var_array *array)
-{
-    if (block_is_large(array->room))
-        free(array->block);
 }
 
 // ---- Elements ----

@@ -55,7 +55,7 @@ struct list_item {
     uint32_t size;
 };
 
-// Starts on the blocks of a file: none yet, and heap is where the small ones come from.
+// Starts on a file, which has no blocks yet; heap is where the small ones come from.
 void arrays_start(pool_heap *heap);
 
 // Makes an array, or gives it new dimensions, none of them negative; its elements are zero. False if there is
@@ -64,9 +64,6 @@ bool array_make(var_array *array, int8_t type, int32_t ndims, const int32_t *dim
 
 // Gives an array's block back.
 void array_drop(var_array *array);
-
-// The same for an array of a file that is done with: a block of the file's heap isn't touched.
-void array_release(const var_array *array);
 
 // Points to an element; each subscript is within its dimension.
 unsigned char *array_element(const var_block *block, int8_t type, int32_t ndims, const int32_t *subscripts);

@@ -19,10 +19,6 @@ static name_index var_names; // over var_table
 
 void vars_start(var_rec *table, pool_heap *heap)
 {
-    // Of the last file's blocks the small ones stay with its heap.
-    for (int32_t i = 0; i < var_count; i++)
-        if (var_table[i].ndims > 0)
-            array_release(&var_table[i].array);
     arrays_start(heap);
     var_table = table;
     var_count = 0;
@@ -33,6 +29,14 @@ void vars_start(var_rec *table, pool_heap *heap)
     cur_ptr = nullptr;
     name_index_start(&var_names, reinterpret_cast<char *>(table) + offsetof(var_rec, name), sizeof(var_rec),
                      var_name_length);
+}
+
+void vars_end()
+{
+    for (int32_t i = 0; i < var_count; i++)
+        if (var_table[i].ndims > 0)
+            array_drop(&var_table[i].array);
+    var_count = 0;
 }
 
 // ---- Values in the width of their type ----

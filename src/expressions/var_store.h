@@ -53,8 +53,11 @@ extern double cur_value; // the value read; it stays when a name isn't found, an
 extern unsigned char
     *cur_ptr; // storage of the scalar or element, the target of the next store; null: whole array
 
-// Forgets the variables of the last file, and starts on the records of table and the blocks of heap.
+// Starts on a file without variables, with the records of table and small blocks from heap.
 void vars_start(var_rec *table, pool_heap *heap);
+
+// Forgets the file's variables and gives their blocks back. It comes before the next start.
+void vars_end();
 
 // A name is so many characters of a text, without a NUL among them; 255 of them count.
 

@@ -34,10 +34,6 @@ int plat_write(const plat_file *file, const char *bytes, size_t size);
 
 void plat_close(const plat_file *file);
 
-// Told in front of each script. The memory of scripts stays until the end, so a run over many of them takes
-// much memory bit by bit, for which the platform may have a better way than for a little.
-void plat_prepare_memory();
-
 // Index of the dot with which the extension of a path's file name begins; the path's length if it has none.
 size_t plat_extension_start(const char *path);
 

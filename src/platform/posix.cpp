@@ -8,7 +8,6 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -108,29 +107,6 @@ void plat_close(const plat_file *file)
     close(file->number);
 }
 
-// Where the C library grows its heap in one piece, the heap goes on in large steps once it has used up the
-// first two megabytes, and the system is told that large pages do for them. A large page costs the system
-// as much as some 80 small ones and does for 512.
-void plat_prepare_memory()
-{
-#if defined(__GLIBC__) && defined(MADV_HUGEPAGE)
-    constexpr uintptr_t large_page = 2u << 20;
-    constexpr int step = 16 << 20;
-    static char *prepared; // the end of the heap when it was looked at last; null: never
-    char *end = static_cast<char *>(sbrk(0));
-    if (prepared == nullptr)
-        prepared = end;
-    if (end < prepared + large_page)
-        return;
-    mallopt(M_TOP_PAD, step);
-    char *first = prepared + (large_page - reinterpret_cast<uintptr_t>(prepared) % large_page) % large_page;
-    char *last = end - reinterpret_cast<uintptr_t>(end) % large_page;
-    if (first < last)
-        (void)madvise(first, static_cast<size_t>(last - first), MADV_HUGEPAGE);
-    prepared = end;
-#endif
-}
-
 size_t plat_extension_start(const char *path)
 {
     const char *slash = strrchr(path, '/');
@@ -145,9 +121,13 @@ void plat_show_line(const char *text)
 
 // A reader that leaves and a limit on the size of files are failed writes like a full disk, no end of the
 // run. With one of the three standard streams closed, a script would get its number, and messages would go
-// into the script.
+// into the script. A large block is mapped by itself, zeroed without work; glibc would raise the limit from
+// which it does so with each of them that is freed.
 int plat_start()
 {
+#ifdef __GLIBC__
+    mallopt(M_MMAP_THRESHOLD, 128 * 1024);
+#endif
     signal(SIGPIPE, SIG_IGN);
     signal(SIGXFSZ, SIG_IGN);
     for (int file = STDIN_FILENO; file <= STDERR_FILENO; file++) {

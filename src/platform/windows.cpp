@@ -85,8 +85,6 @@ void plat_close(const plat_file *file)
     _close(file->number);
 }
 
-void plat_prepare_memory() {}
-
 size_t plat_extension_start(const char *path)
 {
     // No double-byte character has a dot for its second byte.

@@ -83,13 +83,15 @@ void heap_abort(pool_heap *, [[maybe_unused]] const char *text)
 #endif
 }
 
-// A block is about to be freed or moved: reports one that isn't allocated. The caller goes on either way.
-static void expect_allocated(heap_block *block)
+// A block is about to be freed or moved: false, and a report, if it isn't allocated. The header of one that
+// was merged into its neighbour still says that it is free, until the neighbour's bytes are handed out.
+static bool expect_allocated(heap_block *block)
 {
     if (block->sig == heap_signature && block->free == 0)
-        return;
+        return true;
     heap_dump(nullptr);
     heap_abort(block->heap, "Block not allocated");
+    return false;
 }
 
 // The rover never rests on a block that leaves the free ring. The base block is always on it, so there is
@@ -114,6 +116,23 @@ pool_heap *heap_create(const char *name, uint32_t growth)
     *heap = {base, name, growth, nullptr, heap_list, base};
     heap_list = heap;
     return heap;
+}
+
+void heap_destroy(pool_heap *heap)
+{
+    pool_heap **link = &heap_list;
+    while (*link != heap)
+        link = &(*link)->next;
+    *link = heap->next;
+    while (heap->areas != nullptr) {
+        heap_area *area = heap->areas;
+        heap->areas = area->next;
+        if (area->can_free != 0)
+            free(area->base);
+        free(area);
+    }
+    free(heap->items);
+    free(heap);
 }
 
 int heap_add(pool_heap *heap, void *base, uint32_t size, int32_t can_free)
@@ -232,7 +251,8 @@ int heap_free(void *pointer)
     pool_heap *heap = block->heap;
     if (heap_debug != 0)
         heap_check(heap);
-    expect_allocated(block);
+    if (!expect_allocated(block))
+        return 0;
 
     heap_block *below = block->prev_item;
     if (below->free != 0 && end_of(below) == address_of(block)) {
@@ -263,7 +283,8 @@ void *heap_realloc(void *pointer, uint32_t size)
     heap_block *block = block_of(pointer);
     if (heap_debug != 0)
         heap_check(block->heap);
-    expect_allocated(block);
+    if (!expect_allocated(block))
+        return nullptr;
     void *moved = heap_alloc(block->heap, block->owner, size);
     if (moved == nullptr)
         return nullptr;

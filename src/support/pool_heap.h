@@ -1,9 +1,9 @@
-// Pool heap: memory for variables and argument texts, zero-filled, from areas that are never given back.
+// Pool heap: memory for variables, zero-filled, from areas that go back to the system with their heap.
 //
 // A first-fit allocator with a roving pointer. A heap gets areas from malloc as it fills up and cuts
 // blocks from them; every block carries a signed header that names its owner and its heap, so a block
-// can be freed, moved or looked at without being told where it came from. Sizes inside are counted in
-// granules of 32 bytes, the header included. All heaps are chained and live until the process ends.
+// can be freed, moved or looked at without naming its heap. Sizes inside are counted in granules of 32 bytes,
+// the header included. All heaps are chained.
 //
 // Each heap has two rings of blocks. The item ring holds every block; a split puts the two parts next to
 // each other on it, so the neighbours on the ring are the only candidates for a merge. The free ring
@@ -34,7 +34,7 @@ struct heap_block {
 struct heap_area {
     void *base;
     uint32_t size;    // bytes
-    int32_t can_free; // 1 if heap_alloc got it from malloc; a note only, areas stay
+    int32_t can_free; // 1 if heap_alloc got it from the system: heap_destroy gives it back
     heap_area *next;  // the one added before
 };
 
@@ -55,7 +55,7 @@ static_assert(sizeof(heap_block) % heap_granule == 0, "a header must fill its gr
 static_assert(heap_granule % alignof(double) == 0 && heap_granule % alignof(heap_block) == 0,
               "user areas must suit pointers and doubles");
 
-// State of the process; it outlives the files.
+// State of the process; heap_create and heap_destroy write the chain, tests the other two.
 extern pool_heap *heap_list; // the chain of all heaps, newest first; null before the first
 extern int32_t heap_debug; // 0: no checks, no dumps; anything else: heap_check at every call, and dumps print
 // Gets memory from the system, zeroed: calloc, unless a test wants it to fail.
@@ -64,20 +64,25 @@ extern void *(*heap_calloc)(size_t count, size_t size);
 // Makes a heap with no area. Null if there is no memory.
 pool_heap *heap_create(const char *name, uint32_t growth);
 
-// Adds size bytes at base as one free block; the heap keeps them. 0, or 1 if they can't be added: no
-// memory for the area's record, not even room for a header, or a base that isn't aligned for one.
+// Gives a heap and all its blocks back to the system, but for areas with can_free 0, which are the caller's.
+void heap_destroy(pool_heap *heap);
+
+// Adds size bytes at base as one free block; the heap uses them until it is destroyed. 0, or 1 if they can't
+// be added: no memory for the area's record, not even room for a header, or a base that isn't aligned for
+// one.
 int heap_add(pool_heap *heap, void *base, uint32_t size, int32_t can_free);
 
 // A block of at least size bytes, all of them zero; 0 bytes give a valid address too. Null if there is
 // no memory or the size can't be counted. The block is the caller's until heap_free.
 void *heap_alloc(pool_heap *heap, const char *owner, uint32_t size);
 
-// Takes a block back; always 0. A null pointer is let pass.
+// Takes a block back; always 0. A null pointer is let pass, and so is a block that is free already as far as
+// its header shows it; a build with checks reports that one.
 int heap_free(void *pointer);
 
 // Moves a block to a new one of size bytes on the same heap, under the same owner: contents kept as far
-// as they fit, the rest zero. It always moves, also to a smaller size. Null if there is no memory, the
-// old block untouched then.
+// as they fit, the rest zero. It always moves, also to a smaller size. Null if there is no memory or the
+// block isn't allocated; nothing has changed then.
 void *heap_realloc(void *pointer, uint32_t size);
 
 // Verifies the blocks of a heap, or with null of all heaps; each fault goes to heap_abort. -1 for one

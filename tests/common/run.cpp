@@ -20,13 +20,6 @@
 
 namespace fs = std::filesystem;
 
-// The heaps of a file stay allocated until the process ends, as intended: no leak to report.
-extern "C" const char *__lsan_default_suppressions();
-extern "C" const char *__lsan_default_suppressions()
-{
-    return "leak:heap_create\n";
-}
-
 std::string read_file(const fs::path &path)
 {
     std::ifstream file(path, std::ios::binary);
@@ -154,10 +147,9 @@ output_capture::~output_capture()
 
 void file_objects()
 {
-    static var_rec *variables = static_cast<var_rec *>(malloc(var_capacity * sizeof(var_rec)));
-    static label_row *labels = static_cast<label_row *>(malloc(label_capacity * sizeof(label_row)));
-    vars_start(variables, Vbuf = heap_create("Vbuf", 4096));
-    labels_start(labels);
+    if (Vbuf != nullptr)
+        pools_free();
+    ASSERT_EQ(pools_init(), 0);
 }
 
 script_source::script_source(const std::string &text) : source_stream(text)

@@ -183,6 +183,21 @@ TEST_F(batch_test, converts_many_files_with_one_set_of_open_ones)
                   "INT i\ni = " + std::to_string(i) + "\n\n");
 }
 
+TEST_F(batch_test, gives_the_memory_of_a_file_back)
+{
+    std::string script;
+    for (int i = 0; i < 990; i++)
+        script += "CHAR a" + std::to_string(i) + "[61000]\n";
+    write_file(folder / "a.mrl", script + "CHAR large[100000]\n");
+    write_file(folder / "b.mrl", "CHAR a1[256000000]\nREM b\n");
+    fs::create_directories(folder / "b_conv.mrl");
+    write_file(folder / "c.mrl", "CHAR a1[256000000]\nREM c\n");
+    EXPECT_EQ(run({"a.mrl", "b.mrl", "c.mrl"}), "Unable to Open file b_conv.mrl");
+    EXPECT_EQ(read_file(folder / "c_conv.mrl"), "CHAR a1[256000000]\nREM c\n") << "no room was left";
+    EXPECT_EQ(heap_list, nullptr);
+    EXPECT_EQ(Vbuf, nullptr);
+}
+
 TEST_F(batch_test, ends_at_byte_26_and_at_the_files_end)
 {
     static const struct {
