@@ -415,16 +415,35 @@ TEST_F(pool_heap_test, check_finds_each_kind_of_damage)
     expect_sound(heap);
 }
 
-#ifdef MURL_HEAP_CHECKS
-TEST_F(pool_heap_test, double_free_stops_a_build_with_checks)
+// Freed alone, and merged into the block below, the block above, or both.
+TEST_F(pool_heap_test, block_that_is_freed_again_changes_nothing)
 {
-    pool_heap *heap = heap_create("t", 4096);
-    void *pointer = heap_alloc(heap, "t", 10);
-    heap_free(pointer);
-    EXPECT_DEATH(heap_free(pointer), "Block not allocated");
-    EXPECT_DEATH(heap_realloc(pointer, 20), "Block not allocated");
-}
+    for (int neighbours = 0; neighbours < 4; neighbours++) {
+        SCOPED_TRACE(neighbours);
+        pool_heap *heap = heap_create("t", 0);
+        ASSERT_EQ(heap_add(heap, memory(128), 128 * heap_granule, 0), 0);
+        void *above = heap_alloc(heap, "t", 10);
+        void *pointer = heap_alloc(heap, "t", 10);
+        void *below = heap_alloc(heap, "t", 10);
+        if ((neighbours & 1) != 0)
+            heap_free(below);
+        if ((neighbours & 2) != 0)
+            heap_free(above);
+        heap_free(pointer);
+        heap_block *rover = heap->rover;
+        int blocks = free_blocks(heap);
+#ifdef MURL_HEAP_CHECKS
+        EXPECT_DEATH(heap_free(pointer), "Block not allocated");
+        EXPECT_DEATH(heap_realloc(pointer, 20), "Block not allocated");
+#else
+        EXPECT_EQ(heap_free(pointer), 0);
+        EXPECT_EQ(heap_realloc(pointer, 20), nullptr);
 #endif
+        EXPECT_EQ(heap->rover, rover);
+        EXPECT_EQ(free_blocks(heap), blocks);
+        expect_sound(heap);
+    }
+}
 
 static std::string dump_text(pool_heap *heap, int expected_result)
 {
