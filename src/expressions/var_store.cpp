@@ -48,10 +48,8 @@ template <typename T> static double load(const unsigned char *from)
     return static_cast<double>(value);
 }
 
-static inline double value_load(int8_t type, const unsigned char *from)
+static double value_load(int8_t type, const unsigned char *from)
 {
-    if (type == VAR_DOUBLE) // most variables are
-        return load<double>(from);
     switch (type) {
     case VAR_UCHAR: return load<uint8_t>(from);
     case VAR_SHORT: return load<int16_t>(from);
@@ -61,6 +59,7 @@ static inline double value_load(int8_t type, const unsigned char *from)
     case VAR_UINT:
     case VAR_ULONG: return load<uint32_t>(from);
     case VAR_FLOAT: return load<float>(from);
+    case VAR_DOUBLE: return load<double>(from);
     default: return load<int8_t>(from); // CHAR, and a character of a string or a string list
     }
 }

@@ -60,7 +60,7 @@ enum : int {
 static void put_word(const char *word, int32_t length)
 {
     auto size = static_cast<size_t>(length);
-    bytes_copy(reinterpret_cast<char *>(src.pos - size), word, size);
+    memcpy(src.pos - size, word, size);
 }
 
 // Reads over the blanks after a word, of which next is the first. What follows them stays in the source, but

@@ -14,8 +14,7 @@ void name_index_start(name_index *index, const void *names, size_t stride, size_
     index->rows = 0;
 }
 
-// The hash of a name. Every step can be undone: so two names of at most eight characters have the same hash
-// only if they are the same.
+// The hash of a name.
 static inline uint64_t name_hash(const char *name, size_t size, bool nocase)
 {
     constexpr uint64_t factor = 0x9E3779B97F4A7C15u;
@@ -35,8 +34,6 @@ static bool name_equals(const char *known, const char *name, size_t size, size_t
 {
     if (size < length && known[size] != 0)
         return false;
-    if (size <= 8 && !nocase)
-        return true;
     for (size_t i = 0; i < size; i++) {
         int a = static_cast<unsigned char>(known[i]);
         int b = static_cast<unsigned char>(name[i]);

@@ -19,7 +19,7 @@ struct name_index {
     uint64_t hash;                          // of the last name that wasn't found,
     uint32_t place;                         // and where name_index_add puts it
     uint16_t places[name_index_places];     // row number + 1; 0: empty
-    uint64_t hashes[name_index_places / 2]; // by row; of a name of at most eight characters, it is that name
+    uint64_t hashes[name_index_places / 2]; // by row
 };
 
 // Empties the index for a new table.

@@ -1,9 +1,9 @@
 // Output: the script that is being written.
 //
 // One output is open at a time. Whatever a writer hands over is gathered in one buffer of 64 KB, which
-// goes to the file in one piece when it is full and at the close. The file was opened in text mode by the
-// platform, so a line feed becomes the platform's line end. After a write that failed nothing more goes to
-// the file, so that it has no hole; nobody is told: a full disk costs the output, not the run.
+// goes to the file in one piece when it is full and at the close. The platform writes a line feed as its own
+// line end. After a write that failed nothing more goes to the file, so that it has no hole, and no message
+// is printed: a full disk costs the output, not the run.
 #pragma once
 
 #include "platform/platform.h"
@@ -21,7 +21,7 @@ struct out_state {
     bool open;      // an output is being written
     bool failed;    // the file didn't take all that it was given
     plat_file file; // where it goes
-    uint64_t start; // bytes handed to the file so far: the place of the buffer's first byte in the output
+    uint64_t start; // bytes handed to the file so far: the offset of the buffer's first byte in the output
     size_t used;    // bytes gathered in the buffer, 0 to out_buffer_size
     char buffer[out_buffer_size];
 };
@@ -43,9 +43,8 @@ inline uint64_t out_tell()
 // Writes what is gathered and closes the file.
 void out_close();
 
-// Writes what is gathered to the file. It is called seldom, but from everywhere, so it has to stay out of the
-// code of its callers.
-__attribute__((noinline)) void out_flush();
+// Writes what is gathered to the file.
+void out_flush();
 
 // out_bytes for what does not fit the buffer's rest.
 void out_bytes_slow(const char *bytes, size_t size);
@@ -57,13 +56,12 @@ inline void out_bytes(const char *bytes, size_t size)
         out_bytes_slow(bytes, size);
         return;
     }
-    bytes_copy(out_file.buffer + out_file.used, bytes, size);
+    memcpy(out_file.buffer + out_file.used, bytes, size);
     out_file.used += size;
 }
 
-// Writing at hand: who writes many short pieces takes the place where the next byte goes, with room for so
-// many bytes after it, and gives back the place after its last one. The place goes along in a variable of the
-// caller, which is what makes it quick.
+// Writing many short pieces: reserve room for so many bytes, write through the pointer, then commit with a
+// pointer to where the next byte goes.
 inline char *out_take_place(size_t room)
 {
     if (out_buffer_size - out_file.used < room)
@@ -90,7 +88,7 @@ inline void out_text(const char *text)
     out_bytes(text, strlen(text));
 }
 
-// Literal text of the program with values in its places, written as printf writes them: %s a text of
-// any length, %d an int32_t, %f a double with six decimals, %% a percent sign. Nothing else is known.
+// Literal text of the program with values in it, written as printf writes them: %s a text of any length, %d
+// an int32_t, %f a double with six decimals, %% a percent sign. There are no other conversions.
 // A script's text is only ever a value here, never the format.
 void out_format(const char *format, ...) __attribute__((format(printf, 1, 2)));

@@ -108,28 +108,6 @@ inline uint64_t characters_load(const char *text, size_t size)
     return characters;
 }
 
-// memcpy, in two moves that may overlap: most pieces of a line are short, and a call costs more than the
-// copying.
-inline void bytes_copy(char *to, const char *from, size_t size)
-{
-    if (size > 32) {
-        memcpy(to, from, size);
-    } else if (size >= 16) {
-        memcpy(to, from, 16);
-        memcpy(to + size - 16, from + size - 16, 16);
-    } else if (size >= 8) {
-        memcpy(to, from, 8);
-        memcpy(to + size - 8, from + size - 8, 8);
-    } else if (size >= 4) {
-        memcpy(to, from, 4);
-        memcpy(to + size - 4, from + size - 4, 4);
-    } else if (size > 0) {
-        to[0] = from[0];
-        to[size / 2] = from[size / 2];
-        to[size - 1] = from[size - 1];
-    }
-}
-
 // Eight characters lowered at once, for hashes and for words of letters, digits and underscores: letters are
 // lowered, and these stay apart from each other and from all other characters, but for byte 127, which the
 // underscore becomes.
