@@ -3,7 +3,7 @@
 #include "expressions/expr_eval.h"
 #include "expressions/var_store.h"
 #include "platform/platform.h"
-#include "rules/rules.h"
+#include "rules/rule_table.h"
 #include "source/src_stream.h"
 #include "statements/arg_fetcher.h"
 #include "statements/arg_slots.h"
@@ -150,11 +150,11 @@ static void write_line_rule(benchmark::State &state)
     const cmd_row &row = command_row_at(command_find(word_key_make("LINE", 4)));
     out_open(plat_file{open("/dev/null", O_WRONLY)});
     source_restart(&source);
-    fetch_line(row);
+    int32_t count = fetch_line(row);
     for (auto _ : state) {
         arg_cursor = arg_slots;
         arg_type_cursor = arg_types;
-        conv_entity(row.id);
+        rule_run(row.id, count);
     }
     out_close();
     plat_close(&source);

@@ -6,7 +6,7 @@
 #include "common/heaps.h"
 #include "driver/batch.h"
 #include "expressions/var_store.h"
-#include "rules/rules.h"
+#include "rules/rule_table.h"
 #include "source/src_stream.h"
 #include "statements/arg_fetcher.h"
 #include "statements/labels.h"

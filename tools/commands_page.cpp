@@ -8,7 +8,6 @@
 #include "driver/batch.h"
 #include "platform/platform.h"
 #include "rules/rule_table.h"
-#include "rules/rules.h"
 #include "support/output.h"
 
 #include <stdio.h>

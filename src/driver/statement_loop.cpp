@@ -1,7 +1,7 @@
 #include "driver/statement_loop.h"
 
 #include "driver/journal.h"
-#include "rules/rules.h"
+#include "rules/rule_table.h"
 #include "source/src_stream.h"
 #include "statements/arg_fetcher.h"
 #include "statements/arg_slots.h"
@@ -12,21 +12,6 @@
 
 void (*statement_seen)(const statement_record *record);
 
-// Sends a command with fetched arguments to its family. The system commands are dropped.
-static void dispatch(int32_t id, int32_t count)
-{
-    if (id >= 1000 && id <= 1999)
-        return;
-    if (id < 300)
-        (void)conv_entity(id);
-    else if (id <= 399)
-        (void)conv_setting(id, count);
-    else if (id <= 499)
-        (void)conv_input(id, count);
-    else
-        (void)conv_flow(id, count);
-}
-
 // Writes what a failed fetch has left of its statement; the rest of the line is the next statement.
 static void write_failed_argument()
 {
@@ -34,14 +19,14 @@ static void write_failed_argument()
         out_format(" %s\n", line_buf);
 }
 
-// Fetches the arguments of a command and converts it. Gives what fetch_args gave.
+// Fetches the arguments of a command and converts it. Returns what fetch_args returned.
 static int32_t command_convert(const cmd_row &row)
 {
     int32_t count = fetch_args(row.spec_count, row.spec, false);
     if (count < 0)
         write_failed_argument();
     else
-        dispatch(row.id, count);
+        rule_run(row.id, count);
     return count;
 }
 

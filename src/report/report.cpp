@@ -11,7 +11,7 @@
 #include "report/show.h"
 #include "report/source_lines.h"
 #include "report/writers.h"
-#include "rules/rules.h"
+#include "rules/rule_table.h"
 #include "support/output.h"
 
 #include <fmt/format.h>

@@ -1,13 +1,9 @@
-// Entity commands, the ids below 300: geometry, notes, labels, crosshatch and the view.
+// Entity commands: geometry, notes, labels, crosshatch and the view.
 //
 // An entity command ends in a list of attributes, and most rules move these by their place alone. A tail
 // reads a span of a fixed width, whatever number of attributes the command has; what comes after the
 // statement's list reads as empty. The old line's tail and the new line's read the same span.
 #include "rules/rule_table.h"
-#include "rules/rules.h"
-
-constexpr int entity_first = 0;
-constexpr int entity_last = 299;
 
 // Kept: two blanks after a full stop, no full stop after the last "behavior" of tip_default_matrix. Users
 // search converted scripts for these lines.
@@ -107,7 +103,7 @@ static constexpr rule_row entity_table[] = {
 };
 // clang-format on
 
-constexpr rule_family entity_family = rule_family_make(entity_table, entity_first, entity_last);
+constexpr rule_family entity_family = rule_family_make(entity_table);
 static_assert(rules_fit(entity_family));
 
 // A polygon of mode 2 is a polyline of mode 3, any other one of mode 2.
@@ -194,9 +190,4 @@ void emit_text_tail(const uint8_t *types)
     if (style >= 0)
         out_text(text_styles[style]);
     emit_arguments(first + 7, text_span - 7);
-}
-
-void conv_entity(int32_t id)
-{
-    rule_run(entity_family, id, 0);
 }

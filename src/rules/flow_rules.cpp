@@ -1,13 +1,9 @@
-// Flow commands and the dimension commands of that range, the ids from 500 on.
+// Flow commands and the dimension commands of their range.
 //
 // Nothing of a script is ever run, so a flow command is one line, copied. A dimension's new parameters have
 // another order: the old statement is quoted under a tip and the new one stands below.
 #include "rules/rule_table.h"
-#include "rules/rules.h"
 #include "support/number.h"
-
-constexpr int flow_first = 500;
-constexpr int flow_last = 799; // no id after it has a rule
 
 // Kept: the misspelling; users search for these lines.
 static constexpr form_code tip_cirdim = form(
@@ -67,7 +63,7 @@ static constexpr rule_row flow_table[] = {
 };
 // clang-format on
 
-constexpr rule_family flow_family = rule_family_make(flow_table, flow_first, flow_last);
+constexpr rule_family flow_family = rule_family_make(flow_table);
 static_assert(rules_fit(flow_family));
 
 static void choose_lindim(rule_choice *choice)
@@ -82,9 +78,4 @@ static void choose_lindim(rule_choice *choice)
     } else {
         choice->row = 2;
     }
-}
-
-void conv_flow(int32_t id, int32_t count)
-{
-    rule_run(flow_family, id, count);
 }

@@ -1,16 +1,12 @@
-// Input, query and file commands, the ids 400 to 499, with the rules of their menus.
+// Input, query and file commands.
 //
 // The new dialect keeps most of these commands; where one changed, the old statement stands above the new one
 // as a comment, and one that is missing there is reported in a comment. Arguments that may be left out
 // anywhere in a list are written only if they are there.
 #include "rules/rule_table.h"
-#include "rules/rules.h"
 #include "support/text.h"
 
 #include <string.h>
-
-constexpr int input_first = 400;
-constexpr int input_last = 499;
 
 // Kept: the misspellings; users search for these lines.
 static constexpr form_code tip_getview = form(
@@ -169,7 +165,7 @@ static constexpr rule_row input_table[] = {
 };
 // clang-format on
 
-constexpr rule_family input_family = rule_family_make(input_table, input_first, input_last);
+constexpr rule_family input_family = rule_family_make(input_table);
 static_assert(rules_fit(input_family));
 
 static void choose_delent(rule_choice *choice)
@@ -181,9 +177,4 @@ static void choose_delent(rule_choice *choice)
 static void choose_call(rule_choice *choice)
 {
     choice->row = text_is_word(arg_slots[1].text, arg_slots[1].text_size, "dotprod") ? 0 : 1;
-}
-
-void conv_input(int32_t id, int32_t count)
-{
-    rule_run(input_family, id, count);
 }

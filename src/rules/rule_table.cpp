@@ -1,26 +1,30 @@
 #include "rules/rule_table.h"
 
 rule_record rule_last;
+rules_run_state rules_run;
 
-constexpr int32_t system_first = 1000;
-constexpr int32_t system_last = 1999;
+constexpr int32_t system_first = 1000; // no command with a smaller id is a system command
 static constexpr rule_row system_row = {system_first,  "system commands", "",
                                         EFFECT_SYSTEM, nullptr,           form("")};
 
 static const rule_family *const families[] = {&entity_family, &setting_family, &input_family, &flow_family};
 
-// The first row of an id in its family, or null.
-static const rule_row *family_find(const rule_family &family, int32_t id)
+const rule_row *rule_find(int32_t id)
 {
-    if (id < family.first_id || id > family.last_id)
-        return nullptr;
-    uint8_t place = family.place[id - family.first_id];
-    return place > 0 ? family.rows + place - 1 : nullptr;
+    if (id >= system_first)
+        return &system_row;
+    for (const rule_family *family : families) {
+        if (id < family->first_id || id > family->last_id)
+            continue;
+        uint8_t row = family->first_row[id - family->first_id];
+        return row > 0 ? family->rows + row - 1 : nullptr;
+    }
+    return nullptr;
 }
 
-void rule_run(const rule_family &family, int32_t id, int32_t count)
+void rule_run(int32_t id, int32_t count)
 {
-    const rule_row *row = family_find(family, id);
+    const rule_row *row = rule_find(id);
     if (row == nullptr)
         return;
     rule_choice *choice = &rule_last.choice;
@@ -33,16 +37,6 @@ void rule_run(const rule_family &family, int32_t id, int32_t count)
     if (row->tip != nullptr)
         emit_form(*row->tip, *choice);
     emit_form(row->new_form, *choice);
-}
-
-const rule_row *rule_find(int32_t id)
-{
-    if (id >= system_first && id <= system_last)
-        return &system_row;
-    for (const rule_family *family : families)
-        if (const rule_row *row = family_find(*family, id); row != nullptr)
-            return row;
-    return nullptr;
 }
 
 int32_t rule_row_count(const rule_row *first)

@@ -46,12 +46,35 @@ struct rule_family {
     int32_t last_id;
     const rule_row *rows;
     int32_t row_count;
-    uint8_t place[family_span]; // of an id less first_id: that of its first row in rows and 1, or 0
+    uint8_t first_row[family_span]; // by id less first_id: index of its first row in rows, plus 1; 0: no rule
 };
 extern const rule_family entity_family;  // geometry, notes, labels, crosshatch and the view
 extern const rule_family setting_family; // what a script sets, and the dimensions of that range
 extern const rule_family input_family;   // input, query and files
 extern const rule_family flow_family;    // flow, and the dimensions of that range
+
+// Writes what becomes of the current statement, a command of this id, from its slots. count is the number of
+// arguments that fetch_args returned.
+void rule_run(int32_t id, int32_t count);
+
+// ---- State ----
+
+// The row that wrote the last command, and what was chosen for it. rule_run sets it for each command;
+// companion programs read it right after that command. Nothing resets it. The row is null before the first.
+struct rule_record {
+    const rule_row *row;
+    rule_choice choice;
+};
+extern rule_record rule_last;
+
+// The baseline dimensions of a run. The rule of SET COLLECT writes it, that of ORDDIM reads it and counts.
+// Both fields are 0 when the process starts, and only SET COLLECT resets them: a file leaves them to the
+// next.
+struct rules_run_state {
+    int32_t collect_mode;  // value of the last SET COLLECT; ORDDIM is converted only while it is 1
+    int32_t basedim_count; // ORDDIM statements since the last SET COLLECT with 0; 0: the next opens a group
+};
+extern rules_run_state rules_run;
 
 // ---- For readers of the tables ----
 
@@ -64,21 +87,13 @@ int32_t rule_row_count(const rule_row *first);
 // The effect in a word or two.
 const char *rule_effect_text(rule_effect effect);
 
-// The row that wrote the last command that was converted, and what was chosen for it.
-struct rule_record {
-    const rule_row *row;
-    rule_choice choice;
-};
-extern rule_record rule_last;
-
 // ---- For the families ----
 
-template <int count>
-constexpr rule_family rule_family_make(const rule_row (&rows)[count], int32_t first_id, int32_t last_id)
+template <int count> constexpr rule_family rule_family_make(const rule_row (&rows)[count])
 {
-    rule_family family{first_id, last_id, rows, count, {}};
+    rule_family family{rows[0].id, rows[count - 1].id, rows, count, {}};
     for (int i = count - 1; i >= 0; i--)
-        family.place[rows[i].id - first_id] = static_cast<uint8_t>(i + 1);
+        family.first_row[rows[i].id - family.first_id] = static_cast<uint8_t>(i + 1);
     return family;
 }
 
@@ -88,15 +103,15 @@ constexpr int rule_slots(int id)
     return command_repeats(id) ? form_slot_max : command_spec_count(id);
 }
 
-// Tells whether a family's rows are in order of id with a row for every command of its range, and no form
-// names a slot that its command lacks.
+// Whether a family's rows are in order of id with a row for every command between its first and its last, and
+// no form names a slot that its command lacks.
 constexpr bool rules_fit(const rule_family &family)
 {
     const rule_row *rows = family.rows;
     const int last = family.row_count - 1;
     for (int i = 0; i <= last; i++) {
         const rule_row &row = rows[i];
-        if (row.id < family.first_id || row.id > family.last_id || (i > 0 && row.id < rows[i - 1].id))
+        if (i > 0 && row.id < rows[i - 1].id)
             return false;
         bool alone = (i == 0 || rows[i - 1].id != row.id) && (i == last || rows[i + 1].id != row.id);
         if (alone != (row.when == nullptr) || row.new_form.top_slot > rule_slots(row.id))
@@ -106,10 +121,7 @@ constexpr bool rules_fit(const rule_family &family)
     }
     for (const command_source_row &command : command_rows)
         if (command.id >= family.first_id && command.id <= family.last_id &&
-            family.place[command.id - family.first_id] == 0)
+            family.first_row[command.id - family.first_id] == 0)
             return false;
     return family.last_id - family.first_id < family_span && last < 254;
 }
-
-// Carries out the rule of an id. count is the argument count of the statement.
-void rule_run(const rule_family &family, int32_t id, int32_t count);

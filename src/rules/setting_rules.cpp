@@ -1,13 +1,7 @@
-// Setting commands, the ids 300 to 399: what a script sets, and the dimensions of that range.
+// Setting commands: what a script sets, and the dimensions of that range.
 #include "rules/rule_table.h"
-#include "rules/rules.h"
 #include "support/number.h"
 #include "support/text.h"
-
-constexpr int setting_first = 300;
-constexpr int setting_last = 399;
-
-rules_run_state rules_run;
 
 static constexpr form_code tip_drawent = form(
     "// CONVERSION TIP ///////////////////////////////////////////////////\n"
@@ -104,7 +98,7 @@ static constexpr rule_row setting_table[] = {
 };
 // clang-format on
 
-constexpr rule_family setting_family = rule_family_make(setting_table, setting_first, setting_last);
+constexpr rule_family setting_family = rule_family_make(setting_table);
 static_assert(rules_fit(setting_family));
 
 static void choose_set(rule_choice *choice)
@@ -132,9 +126,4 @@ static void choose_orddim(rule_choice *choice)
         choice->row = ORDDIM_OUTSIDE;
     // Kept: outside collect mode too the statement counts.
     rules_run.basedim_count++;
-}
-
-void conv_setting(int32_t id, int32_t count)
-{
-    rule_run(setting_family, id, count);
 }

@@ -4,7 +4,7 @@
 #include "expressions/expr_eval.h"
 #include "expressions/expr_lexer.h"
 #include "expressions/var_store.h"
-#include "rules/rules.h"
+#include "rules/rule_table.h"
 #include "source/src_stream.h"
 #include "statements/arg_fetcher.h"
 #include "statements/labels.h"

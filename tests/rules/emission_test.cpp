@@ -4,7 +4,6 @@
 #include "common/diff.h"
 #include "common/run.h"
 #include "rules/rule_table.h"
-#include "rules/rules.h"
 #include "statements/arg_fetcher.h"
 #include "statements/command_table.h"
 #include "statements/recogniser.h"
