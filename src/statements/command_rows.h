@@ -5,7 +5,7 @@
 // code. Two rows may share an id; no two share a name, in whatever case. The words of the system commands
 // begin with a lower-case letter; their arguments are read and nothing of them is written.
 //
-// Laid out for the reader. The compiler makes the search order of it and checks what is claimed here.
+// The compiler makes the command table of it and checks what is claimed here.
 #pragma once
 
 #include <stdint.h>
@@ -303,7 +303,8 @@ inline constexpr command_source_row command_rows[] = {
 };
 // clang-format on
 
-constexpr int command_row_count = sizeof command_rows / sizeof command_rows[0];
+constexpr int command_count = sizeof command_rows / sizeof command_rows[0];
+static_assert(command_count == 472);
 
 constexpr int spec_digit(char c)
 {
@@ -327,6 +328,12 @@ constexpr int spec_length(const char *spec)
     }
 }
 
+// The byte of a spec text's position, which counts from 0.
+constexpr uint8_t spec_byte(const char *spec, int position)
+{
+    return static_cast<uint8_t>(spec_digit(spec[3 * position]) * 16 + spec_digit(spec[3 * position + 1]));
+}
+
 // Spec positions of the commands of an id, or -1 if no command has it.
 constexpr int command_spec_count(int id)
 {
@@ -341,6 +348,6 @@ constexpr bool command_repeats(int id)
 {
     for (const command_source_row &row : command_rows)
         if (int count = row.id == id ? spec_length(row.spec) : 0; count > 0)
-            return (spec_digit(row.spec[3 * count - 3]) & 2) != 0;
+            return (spec_byte(row.spec, count - 1) & ARG_REPEAT) != 0;
     return false;
 }

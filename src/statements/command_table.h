@@ -1,21 +1,16 @@
 // Command table: finds a command's row by its word, in any case.
 //
-// The table knows names, ids and specs; it knows no handler. It is constant data in ascending order of the
-// lower-case names, made at compile time from command_rows. The order matters for SPLINE and SPLINE3, whose
-// rows have to follow each other.
+// The table knows names, ids and specs; it knows no handler. It is constant data that the compiler makes from
+// command_rows, in the same order.
 #pragma once
 
 #include "statements/command_rows.h"
 #include "support/word_index.h"
 
-#include <stddef.h>
 #include <stdint.h>
 
-constexpr int command_name_size = 12; // bytes of a name: 11 characters and a NUL
-constexpr int command_count = 472;
-
 struct cmd_row {
-    char name[command_name_size];
+    const char *name;
     int32_t id;
     const uint8_t *spec; // spec_count bytes; null when there are none
     uint8_t spec_count;
@@ -27,5 +22,6 @@ const cmd_row &command_row_at(int32_t index);
 // Index of the row of a word, or -1.
 int32_t command_find(const word_key &key);
 
-// Index of the row of SPLINE. The row after it is SPLINE3's, for the list of its points in space.
+// Indexes of the rows of SPLINE and of SPLINE3, which has the list for points in space.
 extern const int32_t command_spline;
+extern const int32_t command_spline3;

@@ -309,8 +309,7 @@ static int32_t command_statement(const char *word, int32_t length, int32_t row)
 {
     slot_set_word(word, static_cast<uint32_t>(length));
     arg_cursor++;
-    // SPLINE3's row comes after SPLINE's.
-    return row == command_spline && spline_is_3d() ? row + 1 : row;
+    return row == command_spline && spline_is_3d() ? command_spline3 : row;
 }
 
 static int32_t word_statement(char *word, int32_t length, statement_kind *kind)
