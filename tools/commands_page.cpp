@@ -13,6 +13,7 @@
 #include <stdio.h>
 #include <string.h>
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -110,31 +111,71 @@ static std::string converted(const std::string &script)
 
 // ---- Forms ----
 
-// The names of the arguments of an old form; a1..a3 stands for a1, a2, a3.
+// The spec byte of an argument, counted from 0, of the commands of an id.
+static uint8_t spec_of(int id, int position)
+{
+    for (const command_source_row &row : command_rows)
+        if (row.id == id)
+            return spec_byte(row.spec, std::min(position, spec_length(row.spec) - 1));
+    return 0;
+}
+
+// Adds the names that one part of an old form stands for: a3..a5 stands for a3, a4, a5.
+static void add_names(const std::string &part, texts *names)
+{
+    size_t range = part.find("..");
+    size_t digits = part.find_first_of("0123456789");
+    if (range == std::string::npos) {
+        names->push_back(part);
+        return;
+    }
+    int to = atoi(part.c_str() + range + 2 + digits);
+    for (int i = atoi(part.c_str() + digits); i <= to; i++)
+        names->push_back(part.substr(0, digits) + std::to_string(i));
+}
+
+// Compares the argument at a position, from 0, with the spec of its command: a name that is a letter and a
+// number has the argument's position and type, and what may be left out stands in brackets.
+static void check_argument(const rule_row &row, int position, const std::string &name, bool optional)
+{
+    uint8_t spec = spec_of(row.id, position);
+    static const char *const letters[] = {"s", "na", "na", "n", "na", "w", "w", "v", "s"};
+    bool numbered = name.size() > 1 && isalpha(name[0]) != 0 && isdigit(name[1]) != 0;
+    if (numbered && (name.substr(1) != std::to_string(position + 1) ||
+                     strchr(letters[spec & ARG_TYPE], name[0]) == nullptr))
+        fault(std::string(row.command) + ": the argument in position " + std::to_string(position + 1) +
+              " is called " + name);
+    if (optional != ((spec & (ARG_OPTIONAL | ARG_REPEAT)) != 0) && name != "-1")
+        fault(std::string(row.command) + ": brackets around " + name);
+}
+
+// The names of the arguments of an old form.
 static texts argument_names(const rule_row &row)
 {
-    std::string plain;
-    for (const char *c = row.old_form; *c != 0; c++)
-        if (*c != '[' && *c != ']' && *c != ' ')
-            plain += *c;
     texts names;
-    for (const std::string &part : split(plain, ",")) {
-        size_t range = part.find("..");
-        if (part == "..." || part.empty())
-            continue;
-        size_t digits = part.find_first_of("0123456789");
-        if (range == std::string::npos) {
-            names.push_back(part);
+    bool optional = false;
+    std::string part;
+    for (const char *c = row.old_form;; c++) {
+        if (*c == '[')
+            optional = true;
+        if (*c != 0 && strchr("[], ", *c) == nullptr) {
+            part += *c;
             continue;
         }
-        int from = atoi(part.c_str() + digits);
-        int to = atoi(part.c_str() + range + 2 + digits);
-        for (int i = from; i <= to; i++)
-            names.push_back(part.substr(0, digits) + std::to_string(i));
+        size_t known = names.size();
+        if (!part.empty() && part != "...")
+            add_names(part, &names);
+        for (; known < names.size(); known++)
+            check_argument(row, static_cast<int>(known), names[known], optional);
+        part.clear();
+        if (*c == ']')
+            optional = false;
+        if (*c == 0)
+            break;
     }
     int slots = command_spec_count(row.id);
     int count = static_cast<int>(names.size());
-    if (count != slots && !(command_repeats(row.id) && count > slots - 2))
+    if (count != slots && !(command_repeats(row.id) && count > slots))
         fault(std::string(row.command) + ": the old form names " + std::to_string(count) + " arguments of " +
               std::to_string(slots));
     return names;
@@ -218,7 +259,9 @@ This page is written from the rules of the converter by `tools/commands_page.cpp
 `docs/examples.txt`. Don't edit it: `tests` fail when it differs from what would be written.
 
 For each command: the old arguments by name, what becomes of it in a word, the new form, and an example before and
-after. In the old form, what may be left out stands in brackets. In the new form
+after. In the old form, what may be left out stands in brackets, and `...` for any number more like the last. An argument
+without a name of its own is called by its position after a letter: `n` a number, `s` a string or a print item, `v` a
+variable, `w` a word, `a` an attribute; `a4..a6` stands for `a4`, `a5`, `a6`. In the new form
 
 - a name stands for the text of that argument, which is copied as typed, an expression as the expression;
 - a name in parentheses stands for a number or a word that was made of the argument's value;
@@ -272,6 +315,7 @@ static const char *effect_meaning(int effect)
     case EFFECT_TIP: return "a tip stands above, and the new command under it: check it";
     case EFFECT_BY_HAND:
         return "a tip stands above; the new form stands as a comment, or not at all: finish it";
+    case EFFECT_BY_HAND_NO_TIP: return "the new form is a comment, and no tip says so: finish it";
     case EFFECT_COMMENTED: return "a comment, with neither tip nor warning";
     case EFFECT_NOT_IMPLEMENTED: return "a comment that says so: the new dialect has no such command";
     case EFFECT_DROPPED: return "nothing is left of it but empty lines, if any";

@@ -197,7 +197,8 @@ static void judge_effect(judge_state *state, const journal_statement &statement)
 {
     switch (rule_last.row->effect) {
     case EFFECT_TIP: add_item(state, statement, ITEM_CHECK, "the new command stands under a tip"); break;
-    case EFFECT_BY_HAND: add_item(state, statement, ITEM_BYHAND, byhand_detail(statement)); break;
+    case EFFECT_BY_HAND:
+    case EFFECT_BY_HAND_NO_TIP: add_item(state, statement, ITEM_BYHAND, byhand_detail(statement)); break;
     case EFFECT_COMMENTED: add_item(state, statement, ITEM_QUIET, "commented out"); break;
     case EFFECT_NOT_IMPLEMENTED:
         add_item(state, statement, ITEM_GONE, "the new dialect has no such command");
@@ -234,7 +235,7 @@ static void judge_command(judge_state *state, const journal_statement &statement
     judge_effect(state, statement);
     if (row->effect != EFFECT_DROPPED)
         judge_converted(state, statement);
-    if (row->effect == EFFECT_BY_HAND)
+    if (rule_is_by_hand(row))
         judge_base(state, statement);
 }
 

@@ -111,7 +111,7 @@ bool expression_is_constant(std::string_view text)
     return true;
 }
 
-// Takes the next name off an old form, such as "x, y [, a1..a5]".
+// Takes the next name off an old form, such as "x, y [, a3..a7]".
 static std::string_view take_name(std::string_view *form)
 {
     auto parts = [](char c) { return c == ' ' || c == ',' || c == '[' || c == ']'; };
@@ -139,7 +139,7 @@ static std::string argument_name(const rule_row *row, int32_t position)
                 return std::string(name);
             continue;
         }
-        // a1..a5 stands for five names.
+        // a3..a7 stands for five names.
         size_t digits = std::min(name.find_first_of("0123456789"), range);
         int first = std::atoi(name.data() + digits);
         int last = std::atoi(name.data() + range + 2 + digits);
@@ -150,23 +150,29 @@ static std::string argument_name(const rule_row *row, int32_t position)
     return {};
 }
 
-// An argument in a detail: its number, its name and its text.
-static std::string argument_shown(int32_t position, const std::string &name)
+// Whether a name is only a letter and a position.
+static bool is_numbered(const std::string &name)
 {
-    std::string text = shown(text_cut(journal_text(position), 60));
-    return name.empty() ? fmt::format("{}: {}", position, text)
-                        : fmt::format("{} ({}): {}", position, name, text);
+    return name.size() >= 2 && text_is(name[1], CHAR_DIGIT);
 }
 
 static bool is_attribute(const std::string &name)
 {
-    return name.size() >= 2 && name[0] == 'a' && text_is(name[1], CHAR_DIGIT);
+    return is_numbered(name) && name[0] == 'a';
+}
+
+// An argument in a detail: its number, its name if it has one, and its text.
+static std::string argument_shown(int32_t position, const std::string &name)
+{
+    std::string text = shown(text_cut(journal_text(position), 60));
+    return name.empty() || is_numbered(name) ? fmt::format("{}: {}", position, text)
+                                             : fmt::format("{} ({}): {}", position, name, text);
 }
 
 // A value in place of an expression whose text stands nowhere, or only in a comment beside the new command.
 static bool is_frozen(const rule_row *row, unsigned use, int32_t position)
 {
-    bool comment_only = row->effect == EFFECT_BY_HAND || row->effect == EFFECT_COMMENTED;
+    bool comment_only = rule_is_by_hand(row) || row->effect == EFFECT_COMMENTED;
     return (use & USE_VALUE) != 0 && ((use & USE_TEXT) == 0 || !comment_only) &&
            !expression_is_constant(journal_text(position));
 }

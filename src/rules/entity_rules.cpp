@@ -5,8 +5,7 @@
 // statement's list reads as empty. The old line's tail and the new line's read the same span.
 #include "rules/rule_table.h"
 
-// Kept: two blanks after a full stop, no full stop after the last "behavior" of tip_default_matrix. Users
-// search converted scripts for these lines.
+// Kept: two blanks after a full stop, and no full stop after the last sentence of tip_default_matrix.
 static constexpr form_code tip_system_view = form(
     "// CONVERSION TIP ///////////////////////////////////////////////////\n"
     "// Matrix numbers less than 9 are now reserved for system views.  You\n"
@@ -38,67 +37,68 @@ static void choose_view(rule_choice *choice);
 // clang-format off
 static constexpr rule_row entity_table[] = {
     // id, command, old form, effect, tip, new form; where it needs them choice, when
-    // Kept: in all new lines the constant 0 stands in the place of the first attribute, which is gone.
-    {1, "POINT", "x, y, z [, a1..a5]", EFFECT_REBUILT, nullptr, form("{W} {A1}, {A2}, {A3}, 0{attr 4}\n")},
-    {2, "LINE", "x1, y1, z1, x2, y2, z2 [, a1..a7]", EFFECT_REBUILT, nullptr,
+    // An {attr} tail drops its first attribute; the constant 0 in front of the tail takes its position.
+    {1, "POINT", "n1..n3 [, a4..a8]", EFFECT_REBUILT, nullptr, form("{W} {A1}, {A2}, {A3}, 0{attr 4}\n")},
+    {2, "LINE", "n1..n6 [, a7..a13]", EFFECT_REBUILT, nullptr,
         form("{W} {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, 0{attr 7}\n")},
-    {3, "ARC", "x, y, z, radius, start, end [, a1..a8]", EFFECT_REBUILT, nullptr,
+    {3, "ARC", "n1..n6 [, a7..a14]", EFFECT_REBUILT, nullptr,
         form("{W} {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, 0{attr 7}\n")},
-    {4, "CONIC", "c1..c11 [, a1..a8]", EFFECT_REBUILT, nullptr,
+    {4, "CONIC", "n1..n11 [, a12..a19]", EFFECT_REBUILT, nullptr,
         form("{W} {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, {A7}, {A8}, {A9}, {A10}, {A11}, 0{attr 12}\n")},
-    // Kept: the fourth argument of a spline stands in the comment alone. For SPLINE3 it is an attribute.
-    {5, "SPLINE", "mode, points, count, value [, a1..a8]", EFFECT_TIP, &tip_default_matrix,
+    // The fourth argument is in the comment alone. SPLINE3's is its first attribute.
+    {5, "SPLINE", "mode, v2, n3, n4 [, a5..a12]", EFFECT_TIP, &tip_default_matrix,
         form("REM {W} {A1}, {A2}, {A3}, {A4}{attr-comment 5}\n"
              "{W} {A1}, {A2}, {A3}, 0{attr 5}\n")},
-    {6, "POLYGON", "mode, fill, count, points [, a1..a6]", EFFECT_TIP, &tip_fill_color,
+    {6, "POLYGON", "mode, fill, count, points [, a5..a10]", EFFECT_TIP, &tip_fill_color,
         form("POLYLINE {L3}, {A4}, {N1}, 0, {A6}, {L2}, {A7}, {A8}, {A9}, {A10}, 1\n"),
         choose_polygon},
-    // Kept: a comma directly after the word.
-    {7, "POLYLINE", "count, points, value, mode, mode2 [, a1, fill, a3..a8]", EFFECT_TIP, &tip_system_view,
+    // Kept: a comma directly after the word, here and in LABEL's line.
+    {7, "POLYLINE", "n1, v2, n3, n4, n5 [, a6, fill, a8..a13]", EFFECT_TIP, &tip_system_view,
         form("{W}, {A1}, {A2}, {A4}, 0, {A9}, {L7}, {A10}, {A11}, {A12}, {A13}, 1\n")},
-    // Kept: a blank and no comma between the two coordinates of a text. Converted scripts read so.
-    {15, "TEXT, NOTE", "x, y, text [, height, aspect, slant, a1..a3, style, a5..a12]", EFFECT_REBUILT, nullptr,
+    // Kept: a blank and no comma between the two coordinates of a text, here and in FTEXT.
+    {15, "TEXT, NOTE", "x, y, string [, a4..a9, style, a11..a18]", EFFECT_REBUILT, nullptr,
         form("// Original MURL command:\n"
              "// {W} {A1}, {A2}, {A3}{text-comment 4}\n"
              "{W} {A3}, {A1} {A2}, 0.0, 0, 0, 0{text 4}\n")},
-    // Kept: a comma directly after the word. The line stays the old statement: a label has no new form.
-    {16, "LABEL", "n1..n6, mode, x, y, text [, height, aspect, slant, a1..a10]", EFFECT_REBUILT, nullptr,
+    // The line stays the old statement, written as its comment would be: there is no new form.
+    {16, "LABEL", "n1..n9, s10 [, a11..a23]", EFFECT_REBUILT, nullptr,
         form("{W}, {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, {A7}, {A8}, {A9}, {A10}{text-comment 11}\n")},
-    // Kept: a comma directly after the word in the comment, where a witness line has a blank.
-    {17, "LEADER", "n1..n5, mode [, a1..a7]", EFFECT_RENAMED, nullptr,
+    // Kept: a comma directly after the word in the comment; a witness line has a blank.
+    {17, "LEADER", "n1..n6 [, a7..a13]", EFFECT_RENAMED, nullptr,
         form("// Original MURL command:\n"
              "// {W}, {A1}, {A2}, {A3}, {A4}, {A5}, {A6}{attr-comment 7}\n"
              "LEADERWIT {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, 0{attr 7}\n")},
-    {18, "WITNESS", "x1, y1, x2, y2 [, a1..a7]", EFFECT_RENAMED, nullptr,
+    {18, "WITNESS", "n1..n4 [, a5..a11]", EFFECT_RENAMED, nullptr,
         form("// Original MURL command:\n"
              "// {W} {A1}, {A2}, {A3}, {A4}{attr-comment 5}\n"
              "LEADERWIT {A1}, {A2}, {A3}, {A4}, 0{attr 5}\n")},
-    {19, "XHATCH", "count, mode, points, a1 [, a2..a7]", EFFECT_TIP, &tip_default_matrix,
+    {19, "XHATCH", "n1, n2, v3, a4 [, a5..a10]", EFFECT_TIP, &tip_default_matrix,
         form("{W} {L1}, {A3}, , , , 0, 0{attr 4}\n")},
-    {20, "GENDIM", "n1..n4, points, mode, x, y, text [, height, aspect, slant, a1..a3, style, a5..a9]",
+    {20, "GENDIM", "n1..n4, v5, n6..n8, s9 [, a10..a15, style, a17..a21]",
         EFFECT_REBUILT, nullptr,
         form("REM {W} {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, {A7}, {A8}, {A9}{text-comment 10}\n"
              "{W} {A2}, {A3}, {A4}, {A5}, {A6}, {A7}, {A8}, {A9}{text 10}\n")},
-    {22, "FTEXT, FNOTE", "x, y, file [, height, aspect, slant, a1..a3, style, a5..a12]", EFFECT_REBUILT, nullptr,
+    {22, "FTEXT, FNOTE", "x, y, name [, a4..a9, style, a11..a18]", EFFECT_REBUILT, nullptr,
         form("// Original MURL command:\n"
              "// {W} {A1}, {A2}, {A3}{text-comment 4}\n"
              "{W} {A3}, {A1} {A2}, 0.0, 0, 0, 2{text 4}\n")},
-    {129, "VIEW", "number, m1..m9 [, unused]", EFFECT_TIP, &tip_system_view,
+    {129, "VIEW", "number, n2..n10 [, n11]", EFFECT_TIP, &tip_system_view,
         view_lines, choose_view, "the number is below 9"},
-    {129, "VIEW", "number, m1..m9 [, unused]", EFFECT_RENAMED, nullptr,
+    {129, "VIEW", "number, n2..n10 [, n11]", EFFECT_RENAMED, nullptr,
         view_lines, nullptr, "the number is 9 or more"},
-    {256, "CIRCLE", "x, y, z, radius [, a1..a8]", EFFECT_REBUILT, nullptr,
+    {256, "CIRCLE", "n1..n4 [, a5..a12]", EFFECT_REBUILT, nullptr,
         form("{W} {A1}, {A2}, {A3}, {A4}, 0{attr 5}\n")},
-    {257, "VLINE", "x1, y1, z1, x2, y2, z2 [, a1..a8]", EFFECT_REBUILT, nullptr,
+    {257, "VLINE", "n1..n6 [, a7..a14]", EFFECT_REBUILT, nullptr,
         form("{W} {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, 0{attr 7}\n")},
-    {258, "VPOINT", "x, y, z [, a1..a6]", EFFECT_REBUILT, nullptr, form("{W} {A1}, {A2}, {A3}, 0{attr 4}\n")},
-    {259, "SPLINE3", "mode, points, count [, a1..a8]", EFFECT_TIP, &tip_default_matrix,
+    {258, "VPOINT", "n1..n3 [, a4..a9]", EFFECT_REBUILT, nullptr, form("{W} {A1}, {A2}, {A3}, 0{attr 4}\n")},
+    {259, "SPLINE3", "mode, v2, n3 [, a4..a11]", EFFECT_TIP, &tip_default_matrix,
         form("REM {W} {A1}, {A2}, {A3}, {A4}{attr-comment 5}\n"
              "{W} {A1}, {A2}, {A3}, 0{attr 5}\n")},
-    // Kept: no third field here, and the last attribute is dropped.
-    {260, "VPOLYGON", "mode, fill, count, points, value [, a1..a7]", EFFECT_TIP, &tip_default_matrix,
+    // Kept: the mode, third in POLYGON's line, is missing, so all after it is one position early. The last
+    // attribute is dropped.
+    {260, "VPOLYGON", "n1, fill, count, points, n5 [, a6..a12]", EFFECT_TIP, &tip_default_matrix,
         form("POLYLINE {L3}, {A4}, 0, {A7}, {L2}, {A8}, {A9}, {A10}, {A11}, 1\n")},
-    {261, "NXHATCH", "count, mode, points, a1 [, a2..a7]", EFFECT_TIP, &tip_default_matrix,
+    {261, "NXHATCH", "n1, n2, v3, a4 [, a5..a10]", EFFECT_TIP, &tip_default_matrix,
         form("{W} {L1}, {A3}, , , , 0, 0{attr 4}\n")},
 };
 // clang-format on

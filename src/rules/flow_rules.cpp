@@ -1,11 +1,11 @@
 // Flow commands and the dimension commands of their range.
 //
 // Nothing of a script is ever run, so a flow command is one line, copied. A dimension's new parameters have
-// another order: the old statement is quoted under a tip and the new one stands below.
+// another order: a tip and the old statement come first, then the new one.
 #include "rules/rule_table.h"
 #include "support/number.h"
 
-// Kept: the misspelling; users search for these lines.
+// Kept: the misspelling of "changed".
 static constexpr form_code tip_cirdim = form(
     "// CONVERSION TIP ///////////////////////////////////////////////////\n"
     "// The dimension commands have change significantly from the previous\n"
@@ -34,32 +34,32 @@ static void choose_lindim(rule_choice *choice);
 // clang-format off
 static constexpr rule_row flow_table[] = {
     // id, command, old form, effect, tip, new form; where it needs them choice, when
-    {500, "CHAIN", "file", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
-    {501, "DOSUB", "label", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
-    {502, "GOTO", "label", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
+    {500, "CHAIN", "w1", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
+    {501, "DOSUB", "w1", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
+    {502, "GOTO", "w1", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
     {503, "IF", "condition", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
-    // The attributes stand in the comment alone.
-    {505, "CIRDIM", "x, y, z, line, n1, [n2], mode [, a1..a5]", EFFECT_TIP, &tip_cirdim,
+    // The attributes are in the comment alone.
+    {505, "CIRDIM", "n1..n3, [s4], n5, [n6], n7 [, a8..a12]", EFFECT_TIP, &tip_cirdim,
         form("// CIRDIM {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, {A7}, {A8}, {A9}, {A10}, {A11}, {A12}\n"
              "\n"
              "CIRDIM {A7}, {A4}, , {A1}, {A2}, {A3}, , {A5}, , {A6}\n"
              "\n")},
-    {506, "LINDIM", "x, y, z, line, n1, n2, mode [, a1..a5]", EFFECT_BY_HAND, &tip_lindim,
+    {506, "LINDIM", "n1..n3, [s4], n5..n7 [, a8..a12]", EFFECT_BY_HAND, &tip_lindim,
         form("// LINDIM {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, {A7}, {A8}, {A9}, {A10}, {A11}, {A12}\n"
              "// new MURL command syntax:\n"
              "// LINDIM {A6}, {N7}, {A4}, , {A1}, {A2}, {A3}, , , {A5}, , , , {A9}, {A10}, {A11}, {A12}\n"
-             "\n"), choose_lindim, "the mode is 1 to 9: a style of 1 to 3, one for three modes"},
-    {506, "LINDIM", "x, y, z, line, n1, n2, mode [, a1..a5]", EFFECT_BY_HAND, &tip_lindim,
+             "\n"), choose_lindim, "n7 as typed is 1 to 9: a style of 1 to 3, one for three numbers"},
+    {506, "LINDIM", "n1..n3, [s4], n5..n7 [, a8..a12]", EFFECT_BY_HAND, &tip_lindim,
         form("// LINDIM {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, {A7}, {A8}, {A9}, {A10}, {A11}, {A12}\n"
              "// new MURL command syntax:\n"
              "// CHAMFDIM {N7}, hentity_chamferline, , {A5}, {A4}, , {A1}, {A2}, {A3}, , , , {A9}, {A10}, {A11}, {A12}\n"
-             "\n"), nullptr, "the mode is 10 or 11: a chamfer of 0 or 1"},
-    // Kept: without a style its place is missing too, so that the line moves up by one.
-    {506, "LINDIM", "x, y, z, line, n1, n2, mode [, a1..a5]", EFFECT_BY_HAND, &tip_lindim,
+             "\n"), nullptr, "n7 as typed is 10 or 11: a chamfer of 0 or 1"},
+    // Kept: without a style the comma for it is missing too, so that all after it is one position early.
+    {506, "LINDIM", "n1..n3, [s4], n5..n7 [, a8..a12]", EFFECT_BY_HAND, &tip_lindim,
         form("// LINDIM {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, {A7}, {A8}, {A9}, {A10}, {A11}, {A12}\n"
              "// new MURL command syntax:\n"
              "// LINDIM {A6}, {A4}, , {A1}, {A2}, {A3}, , , {A5}, , , , {A9}, {A10}, {A11}, {A12}\n"
-             "\n"), nullptr, "the mode is another"},
+             "\n"), nullptr, "n7 as typed is anything else"},
 };
 // clang-format on
 
@@ -68,13 +68,13 @@ static_assert(rules_fit(flow_family));
 
 static void choose_lindim(rule_choice *choice)
 {
-    // The text counts, not the value: in 2+8 the mode is 2.
-    int32_t mode = int_from_text(arg_slots[7].text, arg_slots[7].text_size);
-    if (mode >= 1 && mode <= 9) {
-        choice->number = (mode + 2) / 3;
-    } else if (mode == 10 || mode == 11) {
+    // The text counts, not the value: 2+8 is 2.
+    int32_t kind = int_from_text(arg_slots[7].text, arg_slots[7].text_size);
+    if (kind >= 1 && kind <= 9) {
+        choice->number = (kind + 2) / 3;
+    } else if (kind == 10 || kind == 11) {
         choice->row = 1;
-        choice->number = mode - 10;
+        choice->number = kind - 10;
     } else {
         choice->row = 2;
     }

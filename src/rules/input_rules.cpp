@@ -1,14 +1,14 @@
 // Input, query and file commands.
 //
-// The new dialect keeps most of these commands; where one changed, the old statement stands above the new one
-// as a comment, and one that is missing there is reported in a comment. Arguments that may be left out
-// anywhere in a list are written only if they are there.
+// The new dialect keeps most of these commands. Where one changed, the old statement is a comment above the
+// new one; for one that the dialect lacks a comment says so. Optional arguments in the middle of a list are
+// written only if they were given.
 #include "rules/rule_table.h"
 #include "support/text.h"
 
 #include <string.h>
 
-// Kept: the misspellings; users search for these lines.
+// Kept: the misspellings "it's" and "retreiving".
 static constexpr form_code tip_getview = form(
     "// CONVERSION TIP ///////////////////////////////////////////////////\n"
     "// Views have changed significantly in the new version.  They have\n"
@@ -29,74 +29,74 @@ static constexpr form_code tip_call = form(
 static void choose_delent(rule_choice *choice);
 static void choose_call(rule_choice *choice);
 
-// What is left of a command that the new dialect lacks.
+// What is left of most commands that the new dialect lacks.
 static constexpr form_code not_implemented = form("// WARNING: {W} has NOT been implemented\n");
 
 // clang-format off
 static constexpr rule_row input_table[] = {
     // id, command, old form, effect, tip, new form; where it needs them choice, when
-    {400, "WAIT", "seconds", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
-    {401, "EXEC", "[mode], [text]", EFFECT_REBUILT, nullptr,
+    {400, "WAIT", "n1", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
+    {401, "EXEC", "[n1], [s2]", EFFECT_REBUILT, nullptr,
         form("// Original MURL command: \n"
              "// {W} {A1}, {A2}\n"
              "{W} {A2}\n")},
     // Kept: a blank after the word of EXIT and ABORT.
     {402, "EXIT", "", EFFECT_COPIED, nullptr, form("{W} \n")},
     {403, "ABORT", "", EFFECT_COPIED, nullptr, form("{W} \n")},
-    // Kept: only the entity -1 survives, any other is dropped.
-    {404, "DELENT", "-1", EFFECT_COPIED, nullptr, form("{W} -1\n"), choose_delent, "the entity is -1"},
-    {404, "DELENT", "[entity]", EFFECT_REBUILT, nullptr, form("{W}\n"), nullptr, "the entity is another"},
+    // Kept: any argument but -1 is dropped.
+    {404, "DELENT", "-1", EFFECT_COPIED, nullptr, form("{W} -1\n"), choose_delent, "the value is -1"},
+    {404, "DELENT", "[n1]", EFFECT_REBUILT, nullptr, form("{W}\n"), nullptr, "the value is another"},
     // Kept: a blank at the end, and two if there is no argument.
-    {405, "GETKEY", "[number]", EFFECT_COPIED, nullptr, form("{W} {A1} \n")},
-    // Kept: no line end either; the statement took its own with it.
-    {406, "CODE", "text", EFFECT_DROPPED, nullptr, form("")},
-    {407, "CLOSE", "file", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
-    {408, "CLEAR", "variable, ...", EFFECT_COPIED, nullptr, form("{W} {A1}{, A2..}\n")},
-    {409, "GETALL", "variable [, mode]", EFFECT_COPIED, nullptr, form("{W} {A1}{, A2}\n")},
-    {410, "GETENT", "prompt, variable [, v1..v5]", EFFECT_COPIED, nullptr,
+    {405, "GETKEY", "[n1]", EFFECT_COPIED, nullptr, form("{W} {A1} \n")},
+    // Kept: not even the line end of the statement is left.
+    {406, "CODE", "s1", EFFECT_DROPPED, nullptr, form("")},
+    {407, "CLOSE", "w1", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
+    {408, "CLEAR", "[v1, ...]", EFFECT_COPIED, nullptr, form("{W} {A1}{, A2..}\n")},
+    {409, "GETALL", "v1 [, n2]", EFFECT_COPIED, nullptr, form("{W} {A1}{, A2}\n")},
+    {410, "GETENT", "s1, v2 [, v3..v7]", EFFECT_COPIED, nullptr,
         form("{W} {A1}, {A2}{, A3}{, A4}{, A5}{, A6}{, A7}\n")},
-    {411, "GETENTM", "number, variable", EFFECT_COPIED, nullptr, form("{W} {A1}, {A2}\n")},
+    {411, "GETENTM", "n1, v2", EFFECT_COPIED, nullptr, form("{W} {A1}, {A2}\n")},
     // Kept: a blank and no comma between the second argument and the third.
-    {412, "GETENTXY", "x, y, variable [, mode, v1..v5, mode2]", EFFECT_COPIED, nullptr,
+    {412, "GETENTXY", "n1, n2, v3 [, n4, v5..v9, n10]", EFFECT_COPIED, nullptr,
         form("{W} {A1}, {A2} {A3}{, A4}{, A5}{, A6}{, A7}{, A8}{, A9}{, A10}\n")},
-    {413, "GETFLT", "prompt, value, variable [, s1..s9, mode]", EFFECT_RENAMED, nullptr,
+    {413, "GETFLT", "s1, n2, v3 [, s4..s12, n13]", EFFECT_RENAMED, nullptr,
         form("// Original MURL command: \n"
              "// {W} {A1}, {A2}, {A3}{menu-comment 4}{menu-mode 13}\n"
              "GETDBL {A1}, {A2}, {A3}{menu 4}\n")},
-    // Kept: an empty line after the statement; the mode shows nowhere.
-    {414, "GETINT", "prompt, value, variable [, s1..s9, mode]", EFFECT_REBUILT, nullptr,
+    // Kept: an empty line after the statement, and n13 in neither line.
+    {414, "GETINT", "s1, n2, v3 [, s4..s12, n13]", EFFECT_REBUILT, nullptr,
         form("// Original MURL command: \n"
              "// {W} {A1}, {A2}, {A3}{menu-comment 4}\n"
              "GETINT {A1}, {A2}, {A3}{menu 4}\n"
              "\n")},
     // Kept: an empty line after the statement.
-    {415, "GETMENU", "prompt [, s1..s9, mode, mode2]", EFFECT_REBUILT, nullptr,
+    {415, "GETMENU", "prompt [, s2..s10, n11, n12]", EFFECT_REBUILT, nullptr,
         form("REM {W} {A1}{getmenu-comment 2}\n"
              "{W} {A1}{menu 2}{getmenu 12}\n"
              "\n")},
-    {416, "GETNEXT", "variable [, mode, v1..v5]", EFFECT_COPIED, nullptr,
+    {416, "GETNEXT", "v1 [, n2, v3..v7]", EFFECT_COPIED, nullptr,
         form("{W} {A1}{, A2}{, A3}{, A4}{, A5}{, A6}{, A7}\n")},
-    {417, "GETPLANE", "prompt, number [, variable]", EFFECT_REBUILT, nullptr,
+    {417, "GETPLANE", "s1, n2 [, v3]", EFFECT_REBUILT, nullptr,
         form("// {W} {A1}, {A2}{, A3}\n"
              "{W} {A1}{, A3}\n")},
-    {418, "GETPOS", "prompt, number", EFFECT_COPIED, nullptr, form("{W} {A1}, {A2}\n")},
+    {418, "GETPOS", "s1, n2", EFFECT_COPIED, nullptr, form("{W} {A1}, {A2}\n")},
     // Kept: two commas in front of the variable, in the comment too.
-    {419, "GETSTR", "prompt, text, variable [, s1..s9, mode]", EFFECT_REBUILT, nullptr,
+    {419, "GETSTR", "s1, s2, v3 [, s4..s12, n13]", EFFECT_REBUILT, nullptr,
         form("// {W} {A1}, {A2}, , {A3}{menu-comment 4}{menu-mode 13}\n"
              "{W} {A1}, {A2}, , {A3}{menu 4}\n")},
-    {420, "GETVIEW", "number [, variable]", EFFECT_BY_HAND, &tip_getview, form("// {W} {L1}, {A2}\n")},
-    {421, "INPUT", "format, variable, ...", EFFECT_COPIED, nullptr, form("{W}{scan 1}\n")},
-    // Kept: an empty item ends the list of these, and those after it are dropped.
-    {422, "PAUSE", "[text, item, ...]", EFFECT_COPIED, nullptr, form("{W} {A1}{, A2..?}\n")},
-    {423, "PRINT", "text [, item, ...]", EFFECT_COPIED, nullptr, form("{W} {A1}{, A2..?}\n")},
-    {424, "PROMPT", "text [, item, ...]", EFFECT_COPIED, nullptr, form("{W} {A1}{, A2..?}\n")},
-    // Kept: a comma directly after the word; the number is a value, the variables are dropped.
-    {425, "READ", "file, number, variable, ...", EFFECT_COMMENTED, nullptr, form("// {W}, {A1}, {L2}\n")},
-    {426, "WRITE", "file, number [, variable, ...]", EFFECT_COPIED, nullptr,
+    {420, "GETVIEW", "n1 [, v2]", EFFECT_BY_HAND, &tip_getview, form("// {W} {L1}, {A2}\n")},
+    {421, "INPUT", "format [, v2, ...]", EFFECT_COPIED, nullptr, form("{W}{scan 1}\n")},
+    // Kept: an empty item ends the list of PAUSE, PRINT, PROMPT and SPRINT, and those after it are dropped.
+    {422, "PAUSE", "[s1, s2, ...]", EFFECT_COPIED, nullptr, form("{W} {A1}{, A2..?}\n")},
+    {423, "PRINT", "s1 [, s2, ...]", EFFECT_COPIED, nullptr, form("{W} {A1}{, A2..?}\n")},
+    {424, "PROMPT", "s1 [, s2, ...]", EFFECT_COPIED, nullptr, form("{W} {A1}{, A2..?}\n")},
+    // Kept: a comma directly after the word. The variables are dropped.
+    {425, "READ", "w1, n2 [, v3, ...]", EFFECT_COMMENTED, nullptr, form("// {W}, {A1}, {L2}\n")},
+    {426, "WRITE", "w1, n2 [, v3, ...]", EFFECT_COPIED, nullptr,
         form("{W} {A1}, {A2}{, A3..}\n")},
-    // Kept: an empty value leaves no place holder in the comment, and those after the seventh are dropped. Each
-    // CALL declares its vectors anew, so that every block can be moved by itself.
-    {427, "CALL", "dotprod, x1, y1, z1, x2, y2, z2, result", EFFECT_TIP, &tip_call,
+    // Kept: an empty value leaves no placeholder in the comment. Each CALL declares its vectors anew: a user
+    // can move the block by itself.
+    {427, "CALL", "dotprod [, s2..s7, result, ...]", EFFECT_TIP, &tip_call,
         form("// {W} {A1}{, A2}{, A3}{, A4}{, A5}{, A6}{, A7}{, A8}\n"
              "// New format for \"{A1}\":\n"
              "CLEAR adVec1, adVec2\n"
@@ -111,57 +111,57 @@ static constexpr rule_row input_table[] = {
              "adVec2[2] = {A7}\n"
              "DOTPROD {A8}, adVec1, adVec2\n"
              "\n"), choose_call, "the function is dotprod"},
-    {427, "CALL", "function [, v1..v7, ...]", EFFECT_BY_HAND, &tip_call,
+    {427, "CALL", "name [, s2..s8, ...]", EFFECT_BY_HAND, &tip_call,
         form("// {W} {A1}{, A2}{, A3}{, A4}{, A5}{, A6}{, A7}{, A8}\n"
              "\n"), nullptr, "the function is another"},
-    {428, "SPRINT", "variable, text [, item, ...]", EFFECT_COPIED, nullptr, form("{W} {A1}{, A2..?}\n")},
-    {429, "GETGROUP", "number", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
-    {430, "CLEARSEL", "[number]", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
-    {431, "GETENV", "name, variable", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
-    // Kept: a lone comma and a blank in the place of what is dropped.
-    {432, "GETCOLOR", "prompt, variable [, n1, n2]", EFFECT_COMMENTED, nullptr,
+    {428, "SPRINT", "v1, s2 [, s3, ...]", EFFECT_COPIED, nullptr, form("{W} {A1}{, A2..?}\n")},
+    {429, "GETGROUP", "n1", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
+    {430, "CLEARSEL", "[n1]", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
+    {431, "GETENV", "w1, v2", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
+    // Kept: a comma and a blank for the two numbers, which are dropped.
+    {432, "GETCOLOR", "s1, v2 [, n3, n4]", EFFECT_COMMENTED, nullptr,
         form("// {W} {A1}, {A2}, \n")},
-    {433, "READDEV", "v1..v4 [, v5..v7, number]", EFFECT_COMMENTED, nullptr,
+    {433, "READDEV", "v1..v4 [, v5..v7, n8]", EFFECT_COMMENTED, nullptr,
         form("// {W} {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, {A7}{, A8}\n")},
-    {434, "GETCUR", "prompt, n1, n2 [, v1..v5, s1..s9, mode, mode2]", EFFECT_REBUILT, nullptr,
+    {434, "GETCUR", "s1, n2, n3 [, n4..n6, w7, n8, s9..s17, n18, n19]", EFFECT_REBUILT, nullptr,
         form("// {W} {A1}, {A2}, {A3}{getcur-comment 4}\n"
              "{W} {A1}, {A2}, {A3}{getcur 4}\n")},
     // Kept: an empty line after the statement, here and at GETLTYPE.
-    {435, "GETLWIDTH", "prompt, variable [, mode]", EFFECT_COPIED, nullptr,
+    {435, "GETLWIDTH", "s1, v2 [, n3]", EFFECT_COPIED, nullptr,
         form("{W} {A1}, {A2}, {A3}\n"
              "\n")},
-    {436, "GETLTYPE", "prompt, variable [, mode]", EFFECT_RENAMED, nullptr,
+    {436, "GETLTYPE", "s1, v2 [, n3]", EFFECT_RENAMED, nullptr,
         form("// {W} {A1}, {A2}, {A3}\n"
              "GETLSTYLE {A1}, {A2}, {A3}\n"
              "\n")},
-    {437, "CLEARHST", "[number]", EFFECT_COMMENTED, nullptr, form("// {W}{ A1}\n")},
-    {438, "GETENTID", "number, variable [, v1..v4]", EFFECT_COPIED, nullptr,
+    {437, "CLEARHST", "[n1]", EFFECT_COMMENTED, nullptr, form("// {W}{ A1}\n")},
+    {438, "GETENTID", "n1, v2 [, v3..v6]", EFFECT_COPIED, nullptr,
         form("{W} {A1}, {A2}{, A3}{, A4}{, A5}{, A6}\n")},
-    {439, "BREAD", "number, file, variable [, number2]", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
-    {440, "BWRITE", "number, file, variable [, number2]", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
+    {439, "BREAD", "n1, w2, v3 [, n4]", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
+    {440, "BWRITE", "n1, w2, v3 [, n4]", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
     // Kept: no line end between "implemented" and the comment after it, in all five commands that have one.
-    {441, "ADDCOP", "number, number2", EFFECT_NOT_IMPLEMENTED, nullptr,
+    {441, "ADDCOP", "n1, n2", EFFECT_NOT_IMPLEMENTED, nullptr,
         form("// WARNING: {W} has NOT been implemented// {W} {A1} {A2}\n")},
-    {442, "ADDCTYPE", "name, variable", EFFECT_NOT_IMPLEMENTED, nullptr,
+    {442, "ADDCTYPE", "s1, v2", EFFECT_NOT_IMPLEMENTED, nullptr,
         form("// WARNING: {W} has NOT been implemented// {W} {A1}, {A2}\n")},
-    {443, "CMOVE", "file, number", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
-    {444, "CREAD", "file, variable [, number]", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
-    {445, "CWRITE", "file, variable [, number]", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
-    {446, "DELCOP", "[entity, number, ...]", EFFECT_REBUILT, nullptr, form("{W} {A1}\n")},
-    // Kept: two comment marks, the lower-case name whatever was typed, and an empty line.
-    {447, "DELCTYPE", "name", EFFECT_NOT_IMPLEMENTED, nullptr,
+    {443, "CMOVE", "w1, n2", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
+    {444, "CREAD", "w1, v2 [, n3]", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
+    {445, "CWRITE", "w1, v2 [, n3]", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
+    {446, "DELCOP", "[n1, n2, ...]", EFFECT_REBUILT, nullptr, form("{W} {A1}\n")},
+    // Kept: two comment signs, the name in lower case however it was typed, and an empty line.
+    {447, "DELCTYPE", "s1", EFFECT_NOT_IMPLEMENTED, nullptr,
         form("// // {A1} WARNING: delctype has NOT been implemented\n"
              "\n")},
-    // Kept: an empty number ends the list.
-    {448, "GETCOP", "entity [, number, ...]", EFFECT_NOT_IMPLEMENTED, nullptr,
+    // Kept: an empty number ends the list, and those after it are dropped.
+    {448, "GETCOP", "n1 [, n2, ...]", EFFECT_NOT_IMPLEMENTED, nullptr,
         form("// WARNING: {W} has NOT been implemented// {W} {A1}{, A2..?}\n")},
-    {449, "INQCTYPE", "number, variable", EFFECT_NOT_IMPLEMENTED, nullptr,
+    {449, "INQCTYPE", "n1, v2", EFFECT_NOT_IMPLEMENTED, nullptr,
         form("// WARNING: {W} has NOT been implemented// {W} {A1}, {A2}\n")},
-    {450, "INQTCODE", "name, variable", EFFECT_NOT_IMPLEMENTED, nullptr,
+    {450, "INQTCODE", "s1, v2", EFFECT_NOT_IMPLEMENTED, nullptr,
         form("// WARNING: {W} has NOT been implemented// {W} {A1}, {A2}\n")},
-    {451, "MDEOPEN", "name", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
-    {452, "MDECLOSE", "name", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
-    {454, "SETSTRSZ", "variable, size", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
+    {451, "MDEOPEN", "s1", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
+    {452, "MDECLOSE", "s1", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
+    {454, "SETSTRSZ", "v1, n2", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
 };
 // clang-format on
 

@@ -50,8 +50,9 @@ int32_t rule_row_count(const rule_row *first)
 
 const char *rule_effect_text(rule_effect effect)
 {
-    static constexpr const char *texts[] = {"copied",    "rebuilt",         "renamed", "tip",   "by hand",
-                                            "commented", "not implemented", "dropped", "system"};
+    static constexpr const char *texts[] = {"copied",  "rebuilt",         "renamed",   "tip",
+                                            "by hand", "by hand, no tip", "commented", "not implemented",
+                                            "dropped", "system"};
     static_assert(sizeof texts / sizeof texts[0] == EFFECT_SYSTEM + 1);
     return texts[effect];
 }

@@ -3,6 +3,10 @@
 // A family's file begins with its table, which names every id in order. The index from id to row is made by
 // the compiler, as are the checks. The converter writes from the tables; the guide to the commands and
 // companion programs read them too.
+//
+// "Kept:" stands at output that looks like a mistake and stays as it is. Users convert a script again when it
+// has changed and compare the result with the one they have; they search their scripts for the lines of the
+// tips. Tidied output would come up as a change in every script that has the command.
 #pragma once
 
 #include "rules/emission.h"
@@ -15,8 +19,9 @@ enum rule_effect : uint8_t {
     EFFECT_COPIED,          // the same word with the same arguments
     EFFECT_REBUILT,         // the same word; arguments moved, joined, dropped or made constant
     EFFECT_RENAMED,         // another word
-    EFFECT_TIP,             // a tip, and the new command stands under it
-    EFFECT_BY_HAND,         // a tip; the new form stands as a comment or not at all
+    EFFECT_TIP,             // a tip, and the new command below it
+    EFFECT_BY_HAND,         // a tip; the new form is a comment, or there is none
+    EFFECT_BY_HAND_NO_TIP,  // the new form is a comment, and no tip says so
     EFFECT_COMMENTED,       // a comment, with neither tip nor warning
     EFFECT_NOT_IMPLEMENTED, // a warning that the new dialect has no such command
     EFFECT_DROPPED,         // nothing is left of it but line ends
@@ -24,10 +29,14 @@ enum rule_effect : uint8_t {
 };
 
 // One row: the whole output of a command.
+//
+// Its old form lists the arguments: the optional ones in brackets, ... for any number more like the last. One
+// that has no name in the language has its position, which is its slot, after a letter: n number, s string or
+// print item, v variable, w word, a attribute. a3..a5 stands for a3, a4, a5.
 struct rule_row {
     int16_t id;
     const char *command;  // the command word or words of the id
-    const char *old_form; // the old arguments by name; the optional ones in brackets, a1..a3 for a1, a2, a3
+    const char *old_form; // the old arguments, see below
     rule_effect effect;
     const form_code *tip; // comment lines in front, or null
     form_code new_form;   // the rest of the output, with its line ends; empty if nothing is left
@@ -35,8 +44,8 @@ struct rule_row {
     const char *when = nullptr; // what makes this row the statement's, if its id has several; else null
 };
 
-// The rows of ORDDIM, by what they write: BASEDIM, which declares its handle; ADDBASEDIM, which counts on
-// that; nothing.
+// The rows of ORDDIM, by what they write: BASEDIM, which declares a handle; ADDBASEDIM, which uses it;
+// nothing.
 enum : int32_t { ORDDIM_FIRST, ORDDIM_FOLLOWING, ORDDIM_OUTSIDE };
 
 // A family: the rows of a range of ids. The rows of one id follow each other, and the first one chooses.
@@ -84,8 +93,14 @@ const rule_row *rule_find(int32_t id);
 // How many rows the command of a first row has.
 int32_t rule_row_count(const rule_row *first);
 
-// The effect in a word or two.
+// The effect in a few words.
 const char *rule_effect_text(rule_effect effect);
+
+// Whether the user has to write the new command, or to take it out of a comment.
+inline bool rule_is_by_hand(const rule_row *row)
+{
+    return row->effect == EFFECT_BY_HAND || row->effect == EFFECT_BY_HAND_NO_TIP;
+}
 
 // ---- For the families ----
 
@@ -103,8 +118,8 @@ constexpr int rule_slots(int id)
     return command_repeats(id) ? form_slot_max : command_spec_count(id);
 }
 
-// Whether a family's rows are in order of id with a row for every command between its first and its last, and
-// no form names a slot that its command lacks.
+// Whether a family's rows are in order of id with a row for every command between its first and its last, the
+// effects say which rows have a tip, and no form names a slot that its command lacks.
 constexpr bool rules_fit(const rule_family &family)
 {
     const rule_row *rows = family.rows;
@@ -115,6 +130,8 @@ constexpr bool rules_fit(const rule_family &family)
             return false;
         bool alone = (i == 0 || rows[i - 1].id != row.id) && (i == last || rows[i + 1].id != row.id);
         if (alone != (row.when == nullptr) || row.new_form.top_slot > rule_slots(row.id))
+            return false;
+        if ((row.tip != nullptr) != (row.effect == EFFECT_TIP || row.effect == EFFECT_BY_HAND))
             return false;
         if (row.tip != nullptr && row.tip->top_slot > rule_slots(row.id))
             return false;

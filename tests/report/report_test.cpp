@@ -159,10 +159,10 @@ TEST_F(report_test, judges_near_misses)
         {":a\n:b\n:ab\n: a\n", ""},
         {"PRINT \"byte\"\n\x1a\n \x1a\x1a\n", ""},
         {"POLYLINE 3, p, 0, 1, 0, , 1 + pow(2, 3)\n",
-         "1: lost POLYLINE: no line holds argument 3 (value): 0, 5 (mode2): 0\n"
+         "1: lost POLYLINE: no line holds argument 3: 0, 5: 0\n"
          "1: check POLYLINE: the new command stands under a tip\n"},
         {"DELENT 1 - 2\n", ""},
-        {"DELENT e\n", "1: lost DELENT: no line holds argument 1 (entity): e\n"},
+        {"DELENT e\n", "1: lost DELENT: no line holds argument 1: e\n"},
         {"e = -1\nDELENT e\n", "2: frozen DELENT: argument 1: e is written as its value -1\n"},
         {"PRINT \"a\" // b\nEXIT\n",
          "1: broken PRINT: argument 1: something stands after the closing quote; left: a; a comment on the "

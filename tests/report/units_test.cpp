@@ -43,7 +43,7 @@ TEST(judgement, knows_what_was_written_of_each_argument)
         {"SET COLOR,,2", "copied", "t--"},
         {"SET COLLECT,1", "commented", "tt"},
         {"ORDDIM 1,2,3,r,5,6,7", "by hand", "ttttttt"},
-        {"ORDDIM 1,2,3,r,5,6,7", "by hand", "ttttt--"},
+        {"ORDDIM 1,2,3,r,5,6,7", "by hand, no tip", "ttttt--"},
         {"SET COLLECT,0", "commented", "tt"},
         {"ORDDIM 1,2,3,r,5,6,7", "dropped", "-------"},
         {"SETCUR 1,2,3", "commented", "ttv"},
