@@ -2,7 +2,7 @@
 // number of arguments, the rest the decoded format.
 #include "harness.h"
 
-#include "rules/emission.h"
+#include "rules/scan_format.h"
 #include "statements/arg_slots.h"
 
 #include <stdlib.h>

@@ -7,6 +7,7 @@
 // are prose for its section, and all others are the statements.
 #include "driver/batch.h"
 #include "platform/platform.h"
+#include "rules/entity_tails.h"
 #include "rules/rule_table.h"
 #include "support/output.h"
 
@@ -205,7 +206,7 @@ static std::string menu_of(const texts &names, int first)
 static std::string tail_text(const form_piece &piece, const texts &names)
 {
     int at = piece.slot;
-    switch (piece.mark) {
+    switch (piece.kind) {
     case TAIL_ATTR_COMMENT: return run_of(names, at, at + attr_span - 2);
     case TAIL_ATTR: return run_of(names, at + 1, at + attr_span - 1);
     case TAIL_TEXT_COMMENT: return run_of(names, at, at + 9) + run_of(names, at + 11, at + text_span - 1);
@@ -227,17 +228,17 @@ static std::string piece_text(const form_code &form, const form_piece &piece, co
 {
     std::string literal(form.text + piece.start, piece.size);
     std::string name = piece.slot == 0 ? word : name_of(names, piece.slot);
-    switch (piece.mark) {
-    case MARK_NONE: return literal;
-    case MARK_TEXT: return literal + name;
-    case MARK_LVAL:
-    case MARK_IVAL:
-    case MARK_DVAL:
-    case MARK_NUMBER: return literal + "(" + name + ")";
-    case MARK_IF_ANY: return name.empty() ? "" : "[" + literal + name + "]";
-    case MARK_IF_SET: return "[" + literal + "(" + name + ")]";
-    case MARK_LIST:
-    case MARK_ITEMS: return "[" + literal + "...]";
+    switch (piece.kind) {
+    case PUT_LITERAL: return literal;
+    case PUT_TEXT: return literal + name;
+    case PUT_LVAL:
+    case PUT_IVAL:
+    case PUT_DVAL:
+    case PUT_NUMBER: return literal + "(" + name + ")";
+    case PUT_IF_ANY: return name.empty() ? "" : "[" + literal + name + "]";
+    case PUT_IF_SET: return "[" + literal + "(" + name + ")]";
+    case PUT_LIST:
+    case PUT_ITEMS: return "[" + literal + "...]";
     default: return literal + tail_text(piece, names);
     }
 }

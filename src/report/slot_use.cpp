@@ -1,6 +1,9 @@
 #include "report/slot_use.h"
 
+#include "rules/entity_tails.h"
 #include "rules/rule_table.h"
+#include "rules/scan_format.h"
+#include "statements/arg_slots.h"
 
 // Slots of a menu: nine strings; GETMENU's two integers after them.
 constexpr int32_t menu_span = 9;
@@ -40,16 +43,16 @@ static unsigned mark_use(const form_piece &piece, const rule_choice &choice, int
     int32_t at = slot - piece.slot;
     if (at < 0)
         return 0;
-    switch (piece.mark) {
-    case MARK_TEXT:
-    case MARK_IF_ANY: return at == 0 ? USE_TEXT : 0;
-    case MARK_LVAL:
-    case MARK_IVAL:
-    case MARK_DVAL:
-    case MARK_NUMBER:
-    case MARK_IF_SET: return at == 0 ? USE_VALUE : 0;
-    case MARK_LIST: return slot <= choice.last ? USE_TEXT : 0;
-    case MARK_ITEMS: return items_use(piece.slot, slot);
+    switch (piece.kind) {
+    case PUT_TEXT:
+    case PUT_IF_ANY: return at == 0 ? USE_TEXT : 0;
+    case PUT_LVAL:
+    case PUT_IVAL:
+    case PUT_DVAL:
+    case PUT_NUMBER:
+    case PUT_IF_SET: return at == 0 ? USE_VALUE : 0;
+    case PUT_LIST: return slot <= choice.last ? USE_TEXT : 0;
+    case PUT_ITEMS: return items_use(piece.slot, slot);
     case TAIL_ATTR_COMMENT: return at < attr_span - 1 ? USE_TEXT : 0;
     case TAIL_ATTR: return at > 0 && at < attr_span ? USE_TEXT : 0;
     case TAIL_TEXT_COMMENT: return at < text_span && at != 10 ? USE_TEXT : 0;

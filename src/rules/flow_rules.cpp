@@ -3,6 +3,7 @@
 // Nothing of a script is ever run, so a flow command is one line, copied. A dimension's new parameters have
 // another order: a tip and the old statement come first, then the new one.
 #include "rules/rule_table.h"
+#include "statements/arg_slots.h"
 #include "support/number.h"
 
 // Kept: the misspelling of "changed".

@@ -1,33 +1,34 @@
 // Forms: the output of a rule as one literal, with the slots named in place.
 //
-// Everything here is done by the compiler. It takes each form apart, and refuses one that is malformed or
-// names a slot that its command lacks; at run time emit_form only copies.
+// Everything here is done by the compiler. It takes each form apart, and refuses one that is malformed, names
+// a slot that its command lacks, or has a tail without its comment pass; at run time emit_form only copies.
 #pragma once
 
 #include <stdint.h>
 
-// The marks of a form. A brace opens a mark, everything else is written as it stands:
+// The placeholders of a form. A brace opens one, everything else is written as it stands:
 //   {W}        the command word as typed
 //   {A3}       the text of slot 3
 //   {L3}       the lval of slot 3 as a decimal number; {I3} its ival; {D3} its dval with six decimals
 //   {N3}       a number that the row's choice has made of slot 3
-//   {, A3}     the characters in front of the A and the text of slot 3; nothing at all if that text is empty
-//   {, L3}     the same with the lval; nothing at all if it is 0
+//   {, A3}     the characters in front of the A, its joint, and the text of slot 3; nothing if that text is
+//   empty
+//   {, L3}     the same with the lval; nothing if it is 0
 //   {, A3..}   the same for slot 3 and every further one up to the last of the choice, empty or not
 //   {, A3..?}  the same up to the first one that is empty
 //   {attr 5}   a tail, by its name in form_tails: it reads the slots from 5 on
-// A form is the only text that is ever looked at for marks; a script's text never is.
-enum form_mark : uint8_t {
-    MARK_NONE,
-    MARK_TEXT,
-    MARK_LVAL,
-    MARK_IVAL,
-    MARK_DVAL,
-    MARK_NUMBER,
-    MARK_IF_ANY,
-    MARK_IF_SET,
-    MARK_LIST,
-    MARK_ITEMS,
+// A form is the only text that is ever searched for placeholders; a script's text never is.
+enum form_kind : uint8_t {
+    PUT_LITERAL, // no placeholder
+    PUT_TEXT,
+    PUT_LVAL,
+    PUT_IVAL,
+    PUT_DVAL,
+    PUT_NUMBER,
+    PUT_IF_ANY,
+    PUT_IF_SET,
+    PUT_LIST,
+    PUT_ITEMS,
     TAIL_ATTR_COMMENT,
     TAIL_ATTR,
     TAIL_TEXT_COMMENT,
@@ -42,10 +43,12 @@ enum form_mark : uint8_t {
     TAIL_SCAN
 };
 
-// The tails. What each writes is told at its emit routine in emission.h.
+// The tails. What each writes stands at its routine, in entity_tails.h, menu_tails.h and scan_format.h. A
+// tail that works from what a comment pass over the same slots has noted names that pass; in GETMENU's form
+// it is getmenu-comment.
 struct form_tail {
     const char *name;
-    form_mark mark;
+    form_kind kind;
 };
 constexpr form_tail form_tails[] = {
     {"attr-comment ", TAIL_ATTR_COMMENT},
@@ -62,12 +65,13 @@ constexpr form_tail form_tails[] = {
     {"scan ", TAIL_SCAN},
 };
 
-// A literal and the mark after it. The joint of a mark, the ", " of {, A3}, is the literal of its piece.
+// A literal and the placeholder after it. The joint of a placeholder, the ", " of {, A3}, is the literal of
+// its piece.
 struct alignas(8) form_piece {
     char head[16];  // the literal itself, if it is no longer than this
     uint16_t start; // of the literal in the form's text
     uint16_t size;  // of the literal
-    uint8_t mark;   // a form_mark
+    form_kind kind;
     uint8_t slot;
 };
 
@@ -86,8 +90,9 @@ struct form_code {
 // What form calls on a bad text. They have no body: a call from a constant is what the compiler reports.
 void form_is_malformed();
 void form_has_too_many_pieces();
+void form_lacks_comment_pass();
 
-// Reads the number of a slot at text[at] into the piece; gives the place after it.
+// Reads the number of a slot at text[at] into the piece; returns the index after it.
 constexpr int form_read_slot(const char *text, int at, form_piece *piece)
 {
     int slot = 0;
@@ -99,8 +104,8 @@ constexpr int form_read_slot(const char *text, int at, form_piece *piece)
     return at;
 }
 
-// Reads the name of a tail at text[at] into the piece; gives the place after it, which is at itself if there
-// is none.
+// Reads the name of a tail at text[at] into the piece; returns the index after it, at itself if there is
+// none.
 constexpr int form_read_tail(const char *text, int at, form_piece *piece)
 {
     for (const form_tail &tail : form_tails) {
@@ -109,41 +114,41 @@ constexpr int form_read_tail(const char *text, int at, form_piece *piece)
             size++;
         if (tail.name[size] != '\0')
             continue;
-        piece->mark = tail.mark;
+        piece->kind = tail.kind;
         return at + size;
     }
     return at;
 }
 
-// The mark of a letter, with or without a joint in front of it.
-constexpr form_mark form_letter_mark(char letter, bool joint)
+// What the placeholder of a letter writes, with or without a joint in front of it.
+constexpr form_kind form_letter_kind(char letter, bool joint)
 {
     switch (letter) {
-    case 'W': return joint ? MARK_NONE : MARK_TEXT;
-    case 'A': return joint ? MARK_IF_ANY : MARK_TEXT;
-    case 'L': return joint ? MARK_IF_SET : MARK_LVAL;
-    case 'I': return joint ? MARK_NONE : MARK_IVAL;
-    case 'D': return joint ? MARK_NONE : MARK_DVAL;
-    case 'N': return joint ? MARK_NONE : MARK_NUMBER;
-    default: return MARK_NONE;
+    case 'W': return joint ? PUT_LITERAL : PUT_TEXT;
+    case 'A': return joint ? PUT_IF_ANY : PUT_TEXT;
+    case 'L': return joint ? PUT_IF_SET : PUT_LVAL;
+    case 'I': return joint ? PUT_LITERAL : PUT_IVAL;
+    case 'D': return joint ? PUT_LITERAL : PUT_DVAL;
+    case 'N': return joint ? PUT_LITERAL : PUT_NUMBER;
+    default: return PUT_LITERAL;
     }
 }
 
-// Reads a mark at text[at], after its brace and joint, into the piece; gives the place after it.
-constexpr int form_read_mark(const char *text, int at, bool joint, form_piece *piece)
+// Reads a placeholder at text[at], after its brace and joint, into the piece; returns the index after it.
+constexpr int form_read_placeholder(const char *text, int at, bool joint, form_piece *piece)
 {
     char letter = text[at];
     int name = form_read_tail(text, at, piece);
     if (name == at) {
-        piece->mark = form_letter_mark(letter, joint);
+        piece->kind = form_letter_kind(letter, joint);
         name++;
     }
     at = form_read_slot(text, name, piece);
-    if (piece->mark == MARK_NONE || (at == name) != (letter == 'W'))
+    if (piece->kind == PUT_LITERAL || (at == name) != (letter == 'W'))
         form_is_malformed();
-    if (piece->mark == MARK_IF_ANY && text[at] == '.' && text[at + 1] == '.') {
+    if (piece->kind == PUT_IF_ANY && text[at] == '.' && text[at + 1] == '.') {
         at += 2;
-        piece->mark = text[at] == '?' ? MARK_ITEMS : MARK_LIST;
+        piece->kind = text[at] == '?' ? PUT_ITEMS : PUT_LIST;
         at += text[at] == '?' ? 1 : 0;
     }
     if (text[at] != '}')
@@ -164,6 +169,24 @@ constexpr form_piece *form_add(form_code *code, int start, int end)
     return piece;
 }
 
+constexpr bool form_is_comment_pass(form_kind comment, form_kind tail)
+{
+    return tail == TAIL_GETCUR ? comment == TAIL_GETCUR_COMMENT
+                               : comment == TAIL_MENU_COMMENT || comment == TAIL_GETMENU_COMMENT;
+}
+
+// Refuses a form whose last piece is a tail that needs a comment pass over the same slots and has none.
+constexpr void form_check_comment_pass(const form_code &code)
+{
+    const form_piece &last = code.pieces[code.pieces_used - 1];
+    if (last.kind != TAIL_MENU && last.kind != TAIL_GETCUR)
+        return;
+    for (const form_piece &piece : code.pieces)
+        if (piece.slot == last.slot && form_is_comment_pass(piece.kind, last.kind))
+            return;
+    form_lacks_comment_pass();
+}
+
 // Takes a form apart. For constants only.
 constexpr form_code form(const char *text)
 {
@@ -173,20 +196,21 @@ constexpr form_code form(const char *text)
         while (text[at] != '{' && text[at] != '\0')
             at++;
         int joint = text[at] == '{' ? at + 1 : at;
-        int mark = joint;
-        while (text[mark] == ',' || text[mark] == ' ')
-            mark++;
+        int letter = joint;
+        while (text[letter] == ',' || text[letter] == ' ')
+            letter++;
         form_piece *piece = nullptr;
-        if (mark == joint || start < at)
+        if (letter == joint || start < at)
             piece = form_add(&code, start, at);
-        if (mark > joint + form_joint_max)
+        if (letter > joint + form_joint_max)
             form_is_malformed();
-        if (mark > joint)
-            piece = form_add(&code, joint, mark);
+        if (letter > joint)
+            piece = form_add(&code, joint, letter);
         if (text[at] == '{')
-            at = form_read_mark(text, mark, mark > joint, piece);
-        if (piece->mark != MARK_LIST && piece->mark != MARK_ITEMS && piece->slot > code.top_slot)
+            at = form_read_placeholder(text, letter, letter > joint, piece);
+        if (piece->kind != PUT_LIST && piece->kind != PUT_ITEMS && piece->slot > code.top_slot)
             code.top_slot = piece->slot;
+        form_check_comment_pass(code);
     }
     return code;
 }

@@ -4,6 +4,7 @@
 // new one; for one that the dialect lacks a comment says so. Optional arguments in the middle of a list are
 // written only if they were given.
 #include "rules/rule_table.h"
+#include "statements/arg_slots.h"
 #include "support/text.h"
 
 #include <string.h>

@@ -10,6 +10,7 @@
 #pragma once
 
 #include "rules/emission.h"
+#include "rules/form.h"
 #include "statements/command_rows.h"
 
 #include <stdint.h>

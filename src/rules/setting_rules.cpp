@@ -1,5 +1,6 @@
 // Setting commands: what a script sets, and the dimensions of that range.
 #include "rules/rule_table.h"
+#include "statements/arg_slots.h"
 #include "support/number.h"
 #include "support/text.h"
 

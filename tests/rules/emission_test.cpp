@@ -1,9 +1,11 @@
 // Emission helpers one by one, where a whole statement doesn't show which of them did what.
-#include "rules/emission.h"
+#include "rules/form.h"
 
 #include "common/diff.h"
 #include "common/run.h"
+#include "rules/menu_tails.h"
 #include "rules/rule_table.h"
+#include "rules/slot_writer.h"
 #include "statements/arg_fetcher.h"
 #include "statements/command_table.h"
 #include "statements/recogniser.h"
@@ -64,15 +66,64 @@ TEST(emission, walks_the_tail_of_getcur_in_two_passes)
         fetch(("GETCUR \"p\",1,2" + std::string(c.arguments) + "\n").c_str(), &count);
         arg_cursor = arg_slots + 4;
         output_capture comment;
-        emit_getcur_comment();
+        emit_getcur_comment(arg_types + 3);
         EXPECT_EQ(comment.text(), c.comment) << c.arguments;
         output_capture tail;
-        emit_getcur_tail();
+        emit_getcur_tail(arg_types + 3);
         EXPECT_EQ(tail.text(), c.tail) << c.arguments;
     }
 }
 
-// ---- What the tables tell ----
+// ---- Forms ----
+
+// What form calls has no body in the program, so that a bad form doesn't compile. Here it notes the call.
+static std::string form_fault;
+
+void form_is_malformed()
+{
+    form_fault += "malformed ";
+}
+
+void form_has_too_many_pieces()
+{
+    form_fault += "long ";
+}
+
+void form_lacks_comment_pass()
+{
+    form_fault += "pass ";
+}
+
+TEST(form, refuses_a_bad_text)
+{
+    static const struct {
+        const char *text, *fault;
+    } cases[] = {
+        {"", ""},
+        {"{W} {A1}{, L2}{, A3..?}\n", ""},
+        {"{A}", "malformed "},
+        {"{W1}", "malformed "},
+        {"{A27}", "malformed "},
+        {"{, W}", "malformed "},
+        {"{A1..}", "malformed "},
+        {"{menu 4}", "pass "},
+        {"{menu-comment 4}{menu 4}", ""},
+        {"{menu-comment 3}{menu 4}", "pass "},
+        {"{getmenu-comment 2}{menu 2}", ""},
+        {"{menu 2}{menu-comment 2}", "pass "},
+        {"{getcur 4}", "pass "},
+        {"{getcur-comment 4}{getcur 4}", ""},
+        {"{menu-comment 4}{getcur 4}", "pass "},
+        {"{getcur-comment 4}{menu 4}", "pass "},
+    };
+    for (const auto &c : cases) {
+        form_fault.clear();
+        (void)form(c.text);
+        EXPECT_EQ(form_fault, c.fault) << c.text;
+    }
+}
+
+// ---- Tables ----
 
 TEST(rule_table, has_a_row_for_each_command)
 {

@@ -1,0 +1,26 @@
+#include "rules/slot_writer.h"
+
+char *put_long(char *output, const char *text, size_t size)
+{
+    out_give_place(output);
+    out_bytes(text, size);
+    return out_take_place(put_room);
+}
+
+void emit_arguments(const arg_slot *first, int32_t count)
+{
+    char *output = out_take_place(put_room);
+    for (const arg_slot *slot = first; slot < first + count; slot++) {
+        memcpy(output, ", ", 2);
+        output = put_slot(output + 2, slot);
+    }
+    out_give_place(output);
+}
+
+int32_t take_bounded_int(uint8_t type_byte, int32_t low, int32_t high)
+{
+    if ((type_byte & ARG_ABSENT) != 0)
+        return 0;
+    int32_t value = slot_lval(take_text());
+    return value >= low && value <= high ? value : 0;
+}

@@ -1,0 +1,58 @@
+// Slot writer: the texts of slots on their way to the output.
+//
+// A rule reads the slots of the statement and writes text, nothing else. A routine that reads the slots under
+// arg_cursor leaves the cursor after them. Texts are never copied: they stay valid until the next statement.
+#pragma once
+
+#include "statements/arg_slots.h"
+#include "support/output.h"
+
+#include <stdint.h>
+#include <string.h>
+
+// Bytes of the output that put_text has for texts of at most slot_text_slack characters: what a whole form
+// writes of them, with a list of as many slots as there are.
+constexpr size_t put_room = 4096;
+
+// put_text for a longer text, which reserves its own bytes and then put_room again for those after it.
+char *put_long(char *output, const char *text, size_t size);
+
+// Writes a text through a pointer from out_take_place, and returns the pointer after it. slot_text_slack
+// bytes of the text may be read, since that many are copied whatever its size.
+inline char *put_text(char *output, const char *text, size_t size)
+{
+    if (size > slot_text_slack)
+        return put_long(output, text, size);
+    memcpy(output, text, slot_text_slack);
+    return output + size;
+}
+
+// The text of a slot.
+inline char *put_slot(char *output, const arg_slot *slot)
+{
+    return put_text(output, slot->text, slot->text_size);
+}
+
+// The slot under the cursor, whose text it is; the cursor steps to the next.
+inline const arg_slot *take_text()
+{
+    return arg_cursor++;
+}
+
+// Reads a bounded integer: 0 with no step of the cursor if type_byte has ARG_ABSENT; otherwise the cursor
+// steps over its slot, and the result is that slot's lval, or 0 if it is outside low to high.
+int32_t take_bounded_int(uint8_t type_byte, int32_t low, int32_t high);
+
+// The text of a slot.
+inline void emit_text(const arg_slot *slot)
+{
+    out_bytes(slot->text, slot->text_size);
+}
+
+// The texts of slots, each after ", ": of an empty text that alone is written, as a placeholder.
+void emit_arguments(const arg_slot *first, int32_t count);
+
+inline void emit_argument(const arg_slot *slot)
+{
+    emit_arguments(slot, 1);
+}
