@@ -3,6 +3,7 @@
 #include "driver/statement_loop.h"
 #include "expressions/var_store.h"
 #include "platform/platform.h"
+#include "platform/script_names.h"
 #include "source/src_stream.h"
 #include "statements/labels.h"
 #include "support/output.h"
@@ -58,14 +59,9 @@ struct batch_run {
 // Path of the output for an input, from malloc; null if there is no memory.
 static char *output_path_make(const char *input_path)
 {
-    size_t length = strlen(input_path);
-    size_t extension = plat_extension_start(input_path);
-    auto *path = static_cast<char *>(malloc(length + sizeof output_suffix));
-    if (path == nullptr)
-        return nullptr;
-    memcpy(path, input_path, extension);
-    strcpy(path + extension, output_suffix);
-    strcat(path + extension, input_path + extension);
+    auto *path = static_cast<char *>(malloc(strlen(input_path) + sizeof output_suffix));
+    if (path != nullptr)
+        output_path_write(path, input_path);
     return path;
 }
 

@@ -7,9 +7,6 @@
 
 #include <stddef.h>
 
-// What an output's name has after its input's, in front of the extension.
-inline constexpr char output_suffix[] = "_conv";
-
 // An open file, without a buffer: whoever reads or writes has one.
 struct plat_file {
     int number; // the system's
@@ -36,6 +33,13 @@ void plat_close(const plat_file *file);
 
 // Index of the dot with which the extension of a path's file name begins; the path's length if it has none.
 size_t plat_extension_start(const char *path);
+
+// Whether two pieces of file names, of size bytes, are the same to the platform: the case of letters may not
+// count.
+bool plat_names_equal(const char *left, const char *right, size_t size);
+
+// Whether there is a file or a folder of that path.
+bool plat_exists(const char *path);
 
 // Lets the user pick scripts. Calls take(path, context) for each path in the order of the selection, the
 // first time when the whole selection is known; the path belongs to the caller of take and is valid during

@@ -114,6 +114,16 @@ size_t plat_extension_start(const char *path)
     return dot != nullptr ? static_cast<size_t>(dot - path) : strlen(path);
 }
 
+bool plat_names_equal(const char *left, const char *right, size_t size)
+{
+    return memcmp(left, right, size) == 0;
+}
+
+bool plat_exists(const char *path)
+{
+    return access(path, F_OK) == 0;
+}
+
 void plat_show_line(const char *text)
 {
     fprintf(stderr, "%s\n", text);

@@ -3,6 +3,7 @@
 // When memory runs out the routine in hand says so on standard error and acts as if the user had picked
 // nothing.
 #include "platform/platform.h"
+#include "platform/script_names.h"
 
 #include <dirent.h>
 #include <errno.h>
@@ -231,34 +232,15 @@ static select_result select_from_dialog(void (*take)(const char *path, void *con
     return result;
 }
 
-// True for the name of an output that stands beside its input.
-static bool is_output(const char *name)
-{
-    constexpr size_t suffix = sizeof output_suffix - 1;
-    size_t stem = plat_extension_start(name);
-    if (stem < suffix || memcmp(name + stem - suffix, output_suffix, suffix) != 0)
-        return false;
-    char *input = strdup(name);
-    if (input == nullptr)
-        return false;
-    memmove(input + stem - suffix, name + stem, strlen(name + stem) + 1);
-    bool found = access(input, F_OK) == 0;
-    free(input);
-    return found;
-}
-
-// Tells whether an entry belongs in the list: *.mrl or *.mrp in any case, no folder, not hidden, no output.
-static int is_script(const dirent *entry)
+// Whether an entry belongs in the list: a script that isn't hidden, no folder, and no output.
+static int is_listed(const dirent *entry)
 {
     const char *name = entry->d_name;
-    size_t length = strlen(name);
-    if (name[0] == '.' || length < 4)
+    if (name[0] == '.')
         return 0;
-    const char *extension = name + length - 4;
-    if (strcasecmp(extension, ".mrl") != 0 && strcasecmp(extension, ".mrp") != 0)
-        return 0;
+    name_kind kind = name_kind_of(name);
     struct stat info;
-    return stat(name, &info) == 0 && !S_ISDIR(info.st_mode) && !is_output(name) ? 1 : 0;
+    return (kind == NAME_SCRIPT || kind == NAME_LONE) && stat(name, &info) == 0 && !S_ISDIR(info.st_mode);
 }
 
 // Shows a name with a question mark for each control character, which would act on the terminal. The second
@@ -380,7 +362,7 @@ static select_result take_answer(dirent *const *scripts, size_t count,
 static select_result select_from_list(void (*take)(const char *path, void *context), void *context)
 {
     dirent **scripts = nullptr;
-    int found = scandir(".", &scripts, is_script, alphasort);
+    int found = scandir(".", &scripts, is_listed, alphasort);
     if (found < 0 && errno == ENOMEM) {
         tell_no_memory();
         return SELECT_CANCELED;

@@ -92,6 +92,16 @@ size_t plat_extension_start(const char *path)
     return dot != nullptr ? static_cast<size_t>(dot - path) : strlen(path);
 }
 
+bool plat_names_equal(const char *left, const char *right, size_t size)
+{
+    return _strnicmp(left, right, size) == 0;
+}
+
+bool plat_exists(const char *path)
+{
+    return _access(path, 0) == 0;
+}
+
 // The folder that the dialog starts in, null without memory: the program's own, when it was started by its
 // quoted whole path as the desktop does. Otherwise the command line gives something shorter or nothing, and
 // the system chooses. The caller frees it.

@@ -1,35 +1,15 @@
 #include "report/scripts.h"
 
-#include "platform/platform.h"
+#include "platform/script_names.h"
 #include "report/files.h"
 #include "report/show.h"
-#include "support/text.h"
-
-#include <algorithm>
-
-static bool equal_nocase(std::string_view left, std::string_view right)
-{
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                      [](char a, char b) { return char_lower(a) == char_lower(b); });
-}
-
-// Tells whether a name in a folder is a script's, and none of an output.
-static bool is_script_name(std::string_view name)
-{
-    if (name.size() < 4)
-        return false;
-    std::string_view extension = name.substr(name.size() - 4);
-    std::string_view base = name.substr(0, name.size() - 4);
-    constexpr std::string_view suffix = output_suffix;
-    bool output =
-        base.size() >= suffix.size() && equal_nocase(base.substr(base.size() - suffix.size()), suffix);
-    return !output && (equal_nocase(extension, ".mrl") || equal_nocase(extension, ".mrp"));
-}
 
 std::string output_path_of(const std::string &path)
 {
-    std::string output = path;
-    return output.insert(plat_extension_start(path.c_str()), output_suffix);
+    std::string output(path.size() + sizeof output_suffix, '\0');
+    output_path_write(output.data(), path.c_str());
+    output.resize(path.size() + sizeof output_suffix - 1);
+    return output;
 }
 
 struct script_walk {
@@ -53,9 +33,12 @@ static void walk_folder(script_walk *walk, const std::string &folder)
     std::vector<std::string> folders;
     for (const std::string &name : names) {
         std::string path = path_join(folder, name);
-        if (file_kind_of(path, false) == FILE_FOLDER)
+        if (file_kind_of(path, false) == FILE_FOLDER) {
             folders.push_back(path);
-        else if (is_script_name(name) && file_kind_of(path, true) == FILE_REGULAR)
+            continue;
+        }
+        name_kind kind = name_kind_of(path.c_str());
+        if ((kind == NAME_SCRIPT || kind == NAME_LONE) && file_kind_of(path, true) == FILE_REGULAR)
             walk->scripts.push_back(path);
     }
     for (const std::string &path : folders)

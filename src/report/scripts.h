@@ -5,8 +5,8 @@
 #include <vector>
 
 // Walks the paths in their order: a file is a script whatever its name, a folder is searched for *.mrl and
-// *.mrp in any case, outputs of a conversion left out. What can't be read is told to trouble; the walk goes
-// on.
+// *.mrp in any case. An output that is beside its script is left out; a lone one is a script. What can't be
+// read is reported to trouble, and the walk goes on.
 std::vector<std::string> scripts_find(const std::vector<std::string> &paths,
                                       void (*trouble)(const std::string &line));
 

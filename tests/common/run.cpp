@@ -4,6 +4,7 @@
 #include "expressions/expr_eval.h"
 #include "expressions/expr_lexer.h"
 #include "expressions/var_store.h"
+#include "platform/script_names.h"
 #include "rules/rule_table.h"
 #include "source/src_stream.h"
 #include "statements/arg_fetcher.h"
@@ -35,10 +36,7 @@ void write_file(const fs::path &path, const std::string &bytes)
 
 bool is_script(const fs::path &path)
 {
-    std::string stem = path.stem().string();
-    std::string suffix = output_suffix;
-    bool output = stem.size() >= suffix.size() && stem.substr(stem.size() - suffix.size()) == suffix;
-    return path.extension() == ".mrl" && !output;
+    return path.extension() == ".mrl" && name_kind_of(path.c_str()) == NAME_SCRIPT;
 }
 
 std::string times(size_t count, const std::string &text)

@@ -3,6 +3,7 @@
 #include "platform/platform.h"
 
 #include "common/run.h"
+#include "platform/script_names.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -365,6 +366,50 @@ TEST_F(platform, terminal_list_and_answers)
                              "z?[1m???\xc2\xa9.mrl\nConvert"),
                   0u)
             << shown;
+    }
+}
+
+TEST_F(platform, kinds_of_names)
+{
+    mkdir("d.mrl", 0777);
+    for (const char *name : {"a.mrl", "a_conv.mrl", "b_conv.mrl", "d.mrl/c.MRP", "d.mrl/c_conv.MRP"})
+        write_file(name, "");
+    static const struct {
+        const char *path;
+        name_kind kind;
+    } cases[] = {
+        {"a.mrl", NAME_SCRIPT},
+        {"gone.Mrl", NAME_SCRIPT},
+        {"a_conv.mrl", NAME_OUTPUT},
+        {"./a_conv.mrl", NAME_OUTPUT},
+        {"b_conv.mrl", NAME_LONE},
+        {"_conv.mrl", NAME_LONE},
+        {"a_CONV.mrl", NAME_SCRIPT},
+        {"a_conv.mrp", NAME_LONE},
+        {"a_conv.MRL", NAME_LONE},
+        {"a_conv_conv.mrl", NAME_OUTPUT},
+        {"d.mrl/c_conv.MRP", NAME_OUTPUT},
+        {"d.mrl/a_conv.mrl", NAME_LONE},
+        {"a_conv", NAME_OTHER},
+        {"a.mrl2", NAME_OTHER},
+        {"d.mrl/a", NAME_OTHER},
+        {"mrl", NAME_OTHER},
+        {"", NAME_OTHER},
+        {".mrp", NAME_SCRIPT},
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(name_kind_of(c.path), c.kind) << c.path;
+}
+
+TEST(script_names, an_output_has_the_name_of_its_input)
+{
+    for (const auto &[path, wanted] : {std::pair{"d.e/a.mrl", "d.e/a_conv.mrl"},
+                                       {"d.e/a", "d.e/a_conv"},
+                                       {"a.b.mrl", "a.b_conv.mrl"},
+                                       {"", "_conv"}}) {
+        char output[32];
+        output_path_write(output, path);
+        EXPECT_STREQ(output, wanted);
     }
 }
 

@@ -267,15 +267,15 @@ TEST_F(report_test, finds_the_scripts_of_a_folder)
 {
     fs::create_directories(folder / "b/c.mrl");
     for (const char *name : {"z.mrl", "a.MRP", "b/d.Mrl", "b/c.mrl/e.mrl", "z_conv.mrl", "Z_CONV.MRL",
-                             "notes.txt", "mrl", "_conv.mrl", "x_conv.mrl.mrl", "no.mrl2"})
+                             "own_conv.mrl", "notes.txt", "mrl", "_conv.mrl", "x_conv.mrl.mrl", "no.mrl2"})
         write_file(folder / name, "CLS\n");
     fs::create_directory_symlink(folder, folder / "b/loop");
     json report = json::parse(run("--json - .").out);
     std::vector<std::string> paths;
     for (const json &file : report["files"])
         paths.push_back(file["path"]);
-    std::vector<std::string> wanted = {"./a.MRP", "./x_conv.mrl.mrl", "./z.mrl", "./b/d.Mrl",
-                                       "./b/c.mrl/e.mrl"};
+    std::vector<std::string> wanted = {"./Z_CONV.MRL",     "./_conv.mrl", "./a.MRP",   "./own_conv.mrl",
+                                       "./x_conv.mrl.mrl", "./z.mrl",     "./b/d.Mrl", "./b/c.mrl/e.mrl"};
     EXPECT_EQ(paths, wanted);
     EXPECT_NE(run("z_conv.mrl").out.find("z_conv.mrl:1: gone CLS"), std::string::npos) << "named itself";
 }
