@@ -56,6 +56,13 @@ static texts split(const std::string &text, const std::string &separator)
     return parts;
 }
 
+static std::string lower(std::string word)
+{
+    for (char &c : word)
+        c = static_cast<char>(tolower(c));
+    return word;
+}
+
 // ---- Examples ----
 
 static std::map<std::string, example> read_examples(const std::string &path)
@@ -198,6 +205,14 @@ static std::string run_of(const texts &names, int first, int last, const std::st
     return run;
 }
 
+static std::string times(int count, const std::string &text)
+{
+    std::string all;
+    for (int i = 0; i < count; i++)
+        all += text;
+    return all;
+}
+
 static std::string menu_of(const texts &names, int first)
 {
     return ", \"" + name_of(names, first) + "|...|" + name_of(names, first + 8) + "\"";
@@ -209,16 +224,22 @@ static std::string tail_text(const form_piece &piece, const texts &names)
     switch (piece.kind) {
     case TAIL_ATTR_COMMENT: return run_of(names, at, at + attr_span - 2);
     case TAIL_ATTR: return run_of(names, at + 1, at + attr_span - 1);
-    case TAIL_TEXT_COMMENT: return run_of(names, at, at + 9) + run_of(names, at + 11, at + text_span - 1);
+    case TAIL_TEXT_COMMENT:
+        return "[" + run_of(names, at, at + 9) + run_of(names, at + 11, at + text_span - 1) + "]";
     case TAIL_TEXT:
         return run_of(names, at + 3, at + 3) + run_of(names, at, at + 2) + run_of(names, at + 4, at + 5) +
-               ", (" + name_of(names, at + 6) + ")" + run_of(names, at + 7, at + text_span - 1);
+               ", (" + name_of(names, at + 6) + ")" + run_of(names, at + 7, at + text_span - 1) +
+               times(at + text_span - 1 - static_cast<int>(names.size()), ", ");
+    case TAIL_MENU_MODE:
+    case TAIL_GETMENU: return "[, ]";
     case TAIL_MENU_COMMENT: return run_of(names, at, at + 8, ",");
     case TAIL_MENU: return menu_of(names, at);
     case TAIL_GETMENU_COMMENT: return run_of(names, at, at + 10, ",");
-    case TAIL_GETCUR_COMMENT: return run_of(names, at, at + 4) + run_of(names, at + 5, at + 13, ",");
-    case TAIL_GETCUR: return run_of(names, at, at + 4) + menu_of(names, at + 5);
-    case TAIL_SCAN: return " \"format\", variable, ...";
+    case TAIL_GETCUR_COMMENT:
+        return "[" + run_of(names, at, at + 4) + "]" + run_of(names, at + 5, at + 13, ",") + "[, " +
+               name_of(names, at + 15) + "]";
+    case TAIL_GETCUR: return "[" + run_of(names, at, at + 4) + "]" + menu_of(names, at + 5) + "[, ]";
+    case TAIL_SCAN: return " " + name_of(names, at) + "[, " + name_of(names, at + 1) + ", ...]";
     default: return "";
     }
 }
@@ -256,18 +277,20 @@ static std::string form_text(const form_code &form, const std::string &word, con
 
 static const char page_head[] = R"(# What becomes of each command
 
-This page is written from the rules of the converter by `tools/commands_page.cpp`; its examples stand in
-`docs/examples.txt`. Don't edit it: `tests` fail when it differs from what would be written.
-
 For each command: the old arguments by name, what becomes of it in a word, the new form, and an example before and
 after. In the old form, what may be left out stands in brackets, and `...` for any number more like the last. An argument
 without a name of its own is called by its position after a letter: `n` a number, `s` a string or a print item, `v` a
 variable, `w` a word, `a` an attribute; `a4..a6` stands for `a4`, `a5`, `a6`. In the new form
 
-- a name stands for the text of that argument, which is copied as typed, an expression as the expression;
+- a name stands for the text of that argument, which is copied as typed, an expression as the expression. Of a quoted
+  string the escapes are decoded, so that a `\n` in it becomes a line end; INPUT's format is the exception;
 - a name in parentheses stands for a number or a word that was made of the argument's value;
-- what stands in brackets is written only if there is any;
-- the command word is written as it was typed, where it stays: its case too. New words are in capitals.
+- each argument in brackets is written only if there is any, and `[, ]` only if the last argument isn't 0 or empty;
+- of any other argument that was left out the comma stays. Lines may so end in a comma and a blank;
+- the command word is written as it was typed, its case too. New words are in capitals, and so are these, however they
+  were typed: )";
+
+static const char effects_head[] = R"(.
 
 The words for what becomes of a command:
 
@@ -276,20 +299,22 @@ The words for what becomes of a command:
 )";
 
 static const char entity_prose[] = R"(
-What an entity command has after its fixed arguments are attributes, moved by their place alone. On a new line the
-first one is gone, and the constant 0 stands in its place; those that are left out leave place holders, up to the last
-one that was given. A statement with the first one alone ends in the 0; one with none at all has six place holders.
-)";
+What an entity command has after its fixed arguments are attributes, moved by their position alone. On a new line the
+first one is gone, and the constant 0 has its position; the others follow up to the last one that was given, with a
+comma for each that was left out. With the first one alone the line ends in the 0; with none at all six commas follow
+it. A comment has the first seven attributes in the same way. These have rules of their own: )";
 
 static const char input_prose[] = R"(
-Menu strings, nine at most, stood one by one and become one string, joined by bars. A gap among them leaves a bar. The
-old line shows them with commas alone between them.
-)";
+Nine menu strings at most become one string, joined by bars. A gap among them leaves a bar, but two gaps in a row leave
+one bar alone. A comment has the strings with commas alone between them.
+
+An empty item ends the list, and those after it are gone, in these: )";
 
 static const char page_foot[] = R"(## System commands
 
-The commands whose words begin with `r`, `i`, `e`, `d` or `u` in lower case, such as `rLNENDP` or `ePICK`, are menu
-operations of the system and answers to its prompts. Their arguments are read, and nothing is written.
+The commands that the manual spells with an `r`, `i`, `e`, `d` or `u` in lower case in front, such as `rLNENDP` or
+`ePICK`, are menu operations of the system and answers to its prompts. Like all commands they are recognised in any
+case. Their arguments are read, and nothing is written.
 
 ## Other statements
 
@@ -313,9 +338,8 @@ static const char *effect_meaning(int effect)
     case EFFECT_COPIED: return "the same word with the same arguments";
     case EFFECT_REBUILT: return "the same word; arguments are moved, joined, dropped or made constant";
     case EFFECT_RENAMED: return "another word in its place";
-    case EFFECT_TIP: return "a tip stands above, and the new command under it: check it";
-    case EFFECT_BY_HAND:
-        return "a tip stands above; the new form stands as a comment, or not at all: finish it";
+    case EFFECT_TIP: return "a tip, and the new command below it: check it";
+    case EFFECT_BY_HAND: return "a tip; the new form is a comment, or there is none: finish it";
     case EFFECT_BY_HAND_NO_TIP: return "the new form is a comment, and no tip says so: finish it";
     case EFFECT_COMMENTED: return "a comment, with neither tip nor warning";
     case EFFECT_NOT_IMPLEMENTED: return "a comment that says so: the new dialect has no such command";
@@ -350,10 +374,7 @@ static std::string section(const rule_row *first, const std::map<std::string, ex
     texts words = split(first->command, ", ");
     std::string text = "\n";
     for (const std::string &word : words) {
-        std::string anchor;
-        for (char c : word)
-            anchor += static_cast<char>(tolower(c));
-        text += "<a id=\"" + anchor + "\"></a>\n";
+        text += "<a id=\"" + lower(word) + "\"></a>\n";
     }
     text += "\n### " + std::string(first->command) + "\n";
     for (int32_t i = 0; i < rule_row_count(first); i++)
@@ -385,24 +406,71 @@ static void check_examples(const std::map<std::string, example> &examples)
         fault("an example of no command: " + word);
 }
 
+// ---- What is said of several commands ----
+
+static bool has_kind(const rule_row &row, form_kind kind)
+{
+    return std::any_of(row.new_form.pieces, row.new_form.pieces + row.new_form.pieces_used,
+                       [=](const form_piece &piece) { return piece.kind == kind; });
+}
+
+static bool has_own_rule(const rule_row &row)
+{
+    return !has_kind(row, TAIL_ATTR);
+}
+
+static bool has_items(const rule_row &row)
+{
+    return has_kind(row, PUT_ITEMS);
+}
+
+static bool spells_itself(const rule_row &row)
+{
+    const char *found = strstr(row.new_form.text, row.command);
+    return found != nullptr && found[strlen(row.command)] == ' ';
+}
+
+// The commands of a family of which a row has a property, with links.
+static std::string commands_with(const rule_family &family, bool (*has)(const rule_row &))
+{
+    std::string list;
+    std::string last;
+    for (int32_t i = 0; i < family.row_count; i++) {
+        if (!has(family.rows[i]) || last == family.rows[i].command)
+            continue;
+        last = family.rows[i].command;
+        for (const std::string &word : split(last, ", "))
+            list += (list.empty() ? "[" : ", [") + word + "](#" + lower(word) + ")";
+    }
+    return list;
+}
+
 static std::string page_make(const std::map<std::string, example> &examples)
 {
     static const struct {
         const char *title;
         const rule_family *family;
         const char *prose;
+        bool (*listed)(const rule_row &); // the commands that the prose ends in
     } families[] = {
-        {"Entity commands", &entity_family, entity_prose},
-        {"Setting commands", &setting_family, ""},
-        {"Input, query and file commands", &input_family, input_prose},
-        {"Flow commands and two dimensions", &flow_family, ""},
+        {"Entity commands", &entity_family, entity_prose, has_own_rule},
+        {"Setting commands", &setting_family, "", nullptr},
+        {"Input, query and file commands", &input_family, input_prose, has_items},
+        {"Flow commands and two dimensions", &flow_family, "", nullptr},
     };
     std::string page = page_head;
+    std::string spelled;
+    for (const auto &entry : families)
+        if (std::string words = commands_with(*entry.family, spells_itself); !words.empty())
+            spelled += (spelled.empty() ? "" : ", ") + words;
+    page += spelled + effects_head;
     for (int effect = EFFECT_COPIED; effect <= EFFECT_SYSTEM; effect++)
         page += std::string("| ") + rule_effect_text(static_cast<rule_effect>(effect)) + " | " +
                 effect_meaning(effect) + " |\n";
-    for (const auto &[title, family, prose] : families) {
+    for (const auto &[title, family, prose, listed] : families) {
         page += "\n## " + std::string(title) + "\n" + prose;
+        if (listed != nullptr)
+            page += commands_with(*family, listed) + ".\n";
         for (int32_t i = 0; i < family->row_count; i += rule_row_count(family->rows + i))
             page += section(family->rows + i, examples);
     }
