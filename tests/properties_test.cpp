@@ -6,6 +6,7 @@
 #include "source/src_stream.h"
 #include "statements/command_rows.h"
 #include "statements/command_table.h"
+#include "statements/statement_text.h"
 
 #include <gtest/gtest.h>
 
@@ -191,26 +192,44 @@ TEST(properties, a_statement_may_be_longer_than_the_window)
 
 static const std::string nul(1, 0);
 
-// What SPLINE's look at its argument gives back is read anew, and pairs up another way.
-TEST(properties, a_look_at_a_spline_goes_back_by_bytes)
+// SPLINE looks at its argument before it is read, SPLINE3 doesn't: the same bytes come out of both.
+TEST(properties, a_look_at_a_spline_changes_nothing)
 {
     static const struct {
-        std::string script, output;
+        std::string text, output;
     } cases[] = {
-        {"SPLINE\r\\\n 1", " 1\n"},
-        {"SPLINE\r\\\n", ""},
-        {"SPLINE\r\r\\\n\\\n\v\n", " \\\n\v\n"}, // the second CR no longer takes the backslash
-        {"SPLINE\r\r\r\r\\\r\n", " \\\n"},       // nor does the last of four
-        {"SPLINE \\" + nul + "x\n", " x\n"},     // a NUL takes the place of its backslash
-        {"SPLINE  \\\n" + nul + "\\\n\\" + nul + "x\n", " \\x\n"}, // but not where the NUL came first
-        {"SPLINE \\\n\r", "\r"},                                   // the line feed is back
-        {"SPLINE \\\n\r" + nul, ""},                               // and isn't with a NUL after the CR
-        {"SPLINE \t" + nul + "\\\n\r", ""},
+        {"\r\\\n 1", " \\\n 1\n"},       {"\r\r\\\n\\\n\v\n", ""}, {"\r\r\r\\\n\v\n", " \\\n\v\n"},
+        {" \\" + nul + "x\n", " \\x\n"}, {" \\\n\r", ""},
     };
     for (const auto &c : cases)
-        for (size_t limit : {size_t{1}, size_t{2}, SIZE_MAX})
-            EXPECT_EQ(converted(c.script, nullptr, limit), c.output)
-                << testing::PrintToString(c.script) << limit;
+        for (size_t limit : {size_t{1}, size_t{2}, SIZE_MAX}) {
+            EXPECT_EQ(escaped(converted("SPLINE" + c.text, nullptr, limit)), escaped(c.output))
+                << escaped(c.text) << " by " << limit;
+            EXPECT_EQ(escaped(converted("SPLINE3" + c.text, nullptr, limit)), escaped(c.output));
+        }
+    // A NUL is lost at each of 300,000 characters, and then lines are joined at each.
+    for (const std::string &piece : {"\\" + nul, std::string("\f\\\n")}) {
+        std::string text = "\r\\" + times(300000, piece) + "\na,b,1,2\n";
+        EXPECT_EQ(converted("SPLINE" + text) == converted("SPLINE3" + text), true);
+    }
+}
+
+// Wherever the window ends, 65,536 characters of white space are looked through. SPLINE3's list needs no
+// fourth argument.
+TEST(properties, a_look_at_a_spline_ends_after_65536_characters)
+{
+    for (size_t before : {131072 - 70000, 131072 - 9000, 131072 - 2000, 131072 - 20}) {
+        const std::string head = "REM " + times(before, "x") + "\n";
+        for (const auto &[count, is_3d] :
+             std::vector<std::pair<size_t, bool>>{{3901, true}, {8193, true}, {65536, true}, {65537, false}})
+            for (const char *white : {" ", "\r", "\v"}) {
+                // The blanks after a word are part of no argument, and aren't looked through.
+                std::string script = head + "SPLINE\v\v" + times(count - 1, white) + "a3,b,1\n";
+                EXPECT_EQ(converted(script).find("SPLINE a3") != std::string::npos,
+                          is_3d && (white[0] != ' ' || count < line_buf_capacity))
+                    << before << " " << count << " " << escaped(white);
+            }
+    }
 }
 
 // A plausible argument for each position of a row.

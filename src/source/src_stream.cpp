@@ -1,4 +1,4 @@
-// The window is part of one buffer: room in front for what is put back, the main part that one read fills,
+// The window is part of one buffer: bytes in front for what is put back, the main part that one read fills,
 // and after it a reserve for the statement that runs past the main part's end. There the source is read on in
 // small chunks, each after the text that has to stay, so that of each chunk at most the gap before the next
 // kept piece is lost and the reserve is never used up.
@@ -8,6 +8,7 @@
 #include "support/scan.h"
 #include "support/text.h"
 
+#include <assert.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -27,6 +28,8 @@ void (*key_load)(const char *name, key_record *key);
 src_window src;
 size_t src_read_limit = SIZE_MAX;
 
+static_assert(src_unread_max + chunk_size <= main_size, "unread text leaves room for a read");
+
 static unsigned char src_buffer[src_front + window_size + src_slack];
 static unsigned char *const window_start = src_buffer + src_front;
 static unsigned char *const main_end = window_start + main_size;
@@ -39,16 +42,22 @@ static int64_t window_offset; // position of window_start in the logical text
 static unsigned char tail[2]; // bytes that the fold can't decide on without the next one
 static size_t tail_size;      // 0 to 2
 
-// What the fold took out, by place. At most one mark stands at a place, and two bytes at least were taken out
-// for each, but for a lost NUL, which a backslash or CR in the text has.
-static src_fold_mark marks[window_size / 2 + 1];
-static size_t marks_used;
+// The continuations that the fold took out in front of one character.
+struct fold_record {
+    uint32_t offset; // of the character, from window_start
+    uint32_t joins;  // continuations
+    bool across_lf;  // one of them across a lone line feed
+};
+
+// By offset, at most one at each; those of the unread text, and of what was read since the window slid.
+static fold_record folds[window_size + 1];
+static size_t folds_used;
 
 // Lines counted so far.
 static struct {
-    uint32_t line;              // at the place counted
-    const unsigned char *place; // everything before it is counted
-    size_t marks;               // marks that are counted
+    uint32_t line;             // at the pointer
+    const unsigned char *upto; // everything before it is counted
+    size_t folds;              // records that are counted
 } counted;
 
 // ---- Reading ----
@@ -71,46 +80,41 @@ static void decipher(unsigned char *bytes, size_t size)
     }
 }
 
-// Reads bytes of the file to a place, at most size. Gives their number.
-static size_t read_bytes(unsigned char *place, size_t size)
+// Reads bytes of the file to a buffer, at most size. Returns their number.
+static size_t read_bytes(unsigned char *buffer, size_t size)
 {
     if (size > src_read_limit)
         size = src_read_limit;
-    size_t got = plat_read(src_stream, place, size);
+    size_t got = plat_read(src_stream, buffer, size);
     file_ended = got < size;
     return got;
 }
 
-// The mark at the end of the text that the fold has written.
-static src_fold_mark *mark_here(const unsigned char *to)
-{
-    auto place = static_cast<uint32_t>(to - window_start);
-    if (marks_used == 0 || marks[marks_used - 1].place != place)
-        marks[marks_used++] = src_fold_mark{place, 0, false, false};
-    return &marks[marks_used - 1];
-}
-
-// Writes a character that isn't looked at. Gives false at byte 26, which ends the source.
-static bool fold_protected(unsigned char **to, unsigned char c)
+// Writes a character that was looked at and returned. Returns false at byte 26, which ends the source.
+static bool fold_returned(unsigned char **to, unsigned char c)
 {
     if (c == 26)
         return false;
-    if (c == 0)
-        mark_here(*to)->lost_nul = true;
-    else
+    if (c != 0)
         *(*to)++ = c;
     return true;
 }
 
+// Records a continuation at the end of the text that the fold has written.
 static void fold_join(const unsigned char *to, bool lf)
 {
-    src_fold_mark *mark = mark_here(to);
-    mark->joins++;
-    mark->joined_lf |= lf;
+    auto offset = static_cast<uint32_t>(to - window_start);
+    if (folds_used == 0 || folds[folds_used - 1].offset != offset) {
+        assert(folds_used == 0 || folds[folds_used - 1].offset < offset);
+        assert(offset <= window_size);
+        folds[folds_used++] = fold_record{offset, 0, false};
+    }
+    folds[folds_used - 1].joins++;
+    folds[folds_used - 1].across_lf |= lf;
 }
 
-// Folds what begins at from, a backslash, a CR or byte 26. Gives the bytes that it takes; 0: byte 26, or too
-// few of them are there.
+// Folds what begins at from, a backslash, a CR or byte 26. Returns the bytes that it takes; 0: byte 26, or
+// too few of them are there.
 static size_t fold_special(unsigned char **to, const unsigned char *from, size_t left)
 {
     if (*from == 26 || (left == 1 && !file_ended) ||
@@ -137,7 +141,7 @@ static size_t fold_special(unsigned char **to, const unsigned char *from, size_t
     *(*to)++ = from[size - 1];
     if (size == left)
         return size;
-    return fold_protected(to, from[size]) ? size + 1 : size;
+    return fold_returned(to, from[size]) ? size + 1 : size;
 }
 
 // Folds the bytes from from up to raw_end onto src.end, which is at or before from, and moves src.end.
@@ -180,8 +184,9 @@ void src_open(const char *name, plat_file *stream)
     src.pos = src.end = window_start;
     source_ended = cut_short = false;
     window_offset = 0;
-    marks_used = 0;
+    folds_used = 0;
     counted = {1, window_start, 0};
+    window_start[-1] = 0;
     if (key_load != nullptr)
         key_load(name, &src_key);
 
@@ -205,32 +210,43 @@ void src_close()
     key_free();
 }
 
-// Moves the unread text down to a place, which becomes pos.
-static void move_unread(unsigned char *place)
+// Counts the lines before a pointer that aren't counted yet.
+static void count_lines(const unsigned char *upto)
 {
-    src_settle_lines(src.pos);
-    auto distance = static_cast<uint32_t>(src.pos - place);
-    auto pos_place = static_cast<uint32_t>(src.pos - window_start);
+    assert(upto >= counted.upto);
+    counted.line += static_cast<uint32_t>(count_line_feeds(counted.upto, upto));
+    counted.upto = upto;
+    auto offset = static_cast<ptrdiff_t>(upto - window_start);
+    for (; counted.folds < folds_used && folds[counted.folds].offset <= offset; counted.folds++)
+        counted.line += folds[counted.folds].joins;
+}
+
+// Moves the unread text down to a pointer, which becomes pos.
+static void move_unread(unsigned char *to)
+{
+    count_lines(src.pos);
+    auto distance = static_cast<uint32_t>(src.pos - to);
+    auto pos_offset = static_cast<uint32_t>(src.pos - window_start);
     size_t kept = 0;
     size_t kept_counted = 0;
-    for (size_t i = 0; i < marks_used; i++) {
-        if (marks[i].place < pos_place)
+    for (size_t i = 0; i < folds_used; i++) {
+        if (folds[i].offset < pos_offset)
             continue;
-        kept_counted += i < counted.marks;
-        marks[kept] = marks[i];
-        marks[kept++].place -= distance;
+        kept_counted += i < counted.folds;
+        folds[kept] = folds[i];
+        folds[kept++].offset -= distance;
     }
-    marks_used = kept;
+    folds_used = kept;
     auto size = static_cast<size_t>(src.end - src.pos);
-    // One character of what was read goes along, so that a reader of single characters can take a step back.
-    if (place == window_start)
-        place[-1] = src.pos[-1];
-    memmove(place, src.pos, size);
+    // The last character that was read goes along: unjoin and the journal look at it.
+    if (to == window_start)
+        to[-1] = src.pos[-1];
+    memmove(to, src.pos, size);
     window_offset += distance;
-    src.pos = place;
-    src.end = place + size;
-    counted.place = place;
-    counted.marks = kept_counted;
+    src.pos = to;
+    src.end = to + size;
+    counted.upto = to;
+    counted.folds = kept_counted;
 }
 
 bool src_more(unsigned char *keep)
@@ -241,8 +257,7 @@ bool src_more(unsigned char *keep)
     const unsigned char *before = src.end;
     do {
         unsigned char *raw = src.end;
-        if (raw + 2 * chunk_size > window_start + window_size)
-            return false; // somebody looks further ahead than the window reaches; what is kept always fits
+        assert(raw + chunk_size <= window_start + window_size);
         size_t room = raw + chunk_size < main_end ? static_cast<size_t>(main_end - raw) : chunk_size;
         size_t undecided = tail_size;
         memcpy(raw, tail, undecided);
@@ -253,10 +268,33 @@ bool src_more(unsigned char *keep)
     return src.end > before;
 }
 
-void src_append()
+unsigned char *src_rewrite(unsigned char *to, const void *from, size_t size, const unsigned char *taken)
 {
-    src.pos = ++src.end;
+    assert(to >= src_buffer && to + size <= src.end);
+    // Most words are where they belong.
+    if (memcmp(to, from, size) != 0) {
+        count_lines(taken);
+        memmove(to, from, size);
+    }
+    return to + size;
+}
+
+void src_append(unsigned char c)
+{
+    assert(src.pos == src.end && source_ended);
+    *src.end++ = c;
+    src.pos = src.end;
     *src.end = '\n';
+}
+
+bool src_lose_nul(unsigned char *place)
+{
+    assert(place >= src.pos && place <= src.end);
+    if (place == src.end || *place != 0)
+        return false;
+    memmove(src.pos + 1, src.pos, static_cast<size_t>(place - src.pos));
+    *src.pos++ = 0;
+    return true;
 }
 
 bool src_ended()
@@ -267,23 +305,11 @@ bool src_ended()
     return file_ended || plat_read(src_stream, &byte, 1) == 0;
 }
 
-// ---- Lines and marks ----
-
-void src_settle_lines(const unsigned char *place)
-{
-    if (place < counted.place)
-        counted.line -= static_cast<uint32_t>(count_line_feeds(place, counted.place));
-    else
-        counted.line += static_cast<uint32_t>(count_line_feeds(counted.place, place));
-    counted.place = place;
-    auto number = static_cast<uint32_t>(place - window_start);
-    for (; counted.marks < marks_used && marks[counted.marks].place <= number; counted.marks++)
-        counted.line += marks[counted.marks].joins;
-}
+// ---- Lines ----
 
 uint32_t src_line()
 {
-    src_settle_lines(src.pos);
+    count_lines(src.pos);
     return counted.line;
 }
 
@@ -292,42 +318,39 @@ int64_t src_tell()
     return window_offset + (src.pos - window_start);
 }
 
-// Index of the first mark at or after a place.
-static size_t mark_lower_bound(size_t place)
+// The first record at or after an offset; folds + folds_used if there is none.
+static fold_record *fold_lower_bound(size_t offset)
 {
-    auto before = [](const src_fold_mark &mark, size_t wanted) { return mark.place < wanted; };
-    return static_cast<size_t>(std::lower_bound(marks, marks + marks_used, place, before) - marks);
+    auto before = [](const fold_record &fold, size_t wanted) { return fold.offset < wanted; };
+    return std::lower_bound(folds, folds + folds_used, offset, before);
 }
-
-src_fold_mark *src_fold_mark_at(const unsigned char *place)
-{
-    auto number = static_cast<size_t>(place - window_start);
-    size_t i = mark_lower_bound(number);
-    return i < marks_used && marks[i].place == number ? &marks[i] : nullptr;
-}
-
-// ---- Lines and words ----
 
 // Characters from pos on up to the next one before which a line was joined across a lone line feed; size if
 // there is none among so many.
 static size_t joined_lf_distance(size_t size)
 {
-    auto pos_place = static_cast<size_t>(src.pos - window_start);
-    for (size_t i = mark_lower_bound(pos_place + 1); i < marks_used && marks[i].place - pos_place < size; i++)
-        if (marks[i].joined_lf)
-            return marks[i].place - pos_place;
+    auto offset = static_cast<size_t>(src.pos - window_start);
+    for (auto *fold = fold_lower_bound(offset + 1); fold < folds + folds_used && fold->offset - offset < size;
+         fold++)
+        if (fold->across_lf)
+            return fold->offset - offset;
     return size;
 }
 
-// Puts the backslash and the line feed of a continuation before pos back into the text.
-static void unjoin(src_fold_mark *mark)
+// Puts the backslash and the line feed of a continuation before pos back into the text, if there is one
+// across a lone line feed.
+static void unjoin()
 {
-    src_settle_lines(src.pos);
+    auto offset = static_cast<size_t>(src.pos - window_start);
+    fold_record *fold = fold_lower_bound(offset);
+    if (fold == folds + folds_used || fold->offset != offset || !fold->across_lf)
+        return;
+    count_lines(src.pos);
     counted.line--; // the line feed is counted when it is read
-    mark->joined_lf = false;
-    *--src.pos = '\n';
-    *--src.pos = '\\';
-    counted.place = src.pos;
+    fold->across_lf = false;
+    src.pos -= 2;
+    memcpy(src.pos, "\\\n", 2);
+    counted.upto = src.pos;
 }
 
 src_piece src_take_line(size_t size, unsigned char *keep)
@@ -348,10 +371,10 @@ static int32_t read_line(char *buffer, int32_t size, bool lf_continues)
     src_piece piece{};
     do {
         auto room = static_cast<size_t>(size - stored);
-        (void)src_peek(); // at the window's end only more of the source tells
-        src_fold_mark *mark = src_fold_mark_at(src.pos);
-        if (!lf_continues && stored > 0 && mark != nullptr && mark->joined_lf)
-            unjoin(mark);
+        (void)src_peek(); // the continuations before a character are known when it is read
+        // A NUL that was read last was lost: the character after it has yet to be looked at.
+        if (!lf_continues && (stored > 0 || src.pos[-1] == 0))
+            unjoin();
         piece = src_take_line(lf_continues ? room : joined_lf_distance(room), nullptr);
         memcpy(buffer + stored, piece.text, piece.size);
         stored += static_cast<int32_t>(piece.size);
@@ -375,8 +398,6 @@ int src_skip_space()
     int c = src_peek();
     for (; char_is(c, CHAR_WHITE); c = src_peek())
         src.pos++;
-    // Kept: a NUL can't be given back to the source.
-    if (c == 0)
-        src.pos++;
+    (void)src_lose_nul(src.pos);
     return c;
 }

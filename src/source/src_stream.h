@@ -6,12 +6,12 @@
 // or continuations. After the last one stands a line feed that isn't part of the text, so that a search for
 // the end of anything stops there.
 //
-// The fold keeps the order in which characters have always been looked at: the character after a backslash or
-// after a CR that no line feed follows is taken as it is, so two backslashes at a line's end join nothing;
-// and a NUL there is lost.
+// A character that was looked at can be returned to the source, and is then taken as it is; but a NUL can't
+// be returned: it is lost. So the character after a backslash or after a CR that no line feed follows, which
+// was looked at, is taken as it is: two backslashes at a line's end join nothing, and a NUL there is lost.
 //
-// The window slides between statements. A statement that runs past its end reads on by src_more, which says
-// what of the text has to stay where it is.
+// The window slides between statements. A statement that runs past its end reads on by src_more, whose caller
+// says what of the text has to stay where it is.
 #pragma once
 
 #include <stddef.h>
@@ -48,8 +48,8 @@ extern src_window src;
 // Bytes after end that may be read, whatever they hold.
 constexpr size_t src_slack = 64;
 
-// Bytes before pos that may always be written: what was read stands there, or nothing.
-constexpr size_t src_front = 4608;
+// Bytes before pos that can always be written: the word of a statement and what is put back.
+constexpr size_t src_front = 256;
 
 // A limit for tests on the bytes that one read asks for, so that the window's end is met anywhere.
 extern size_t src_read_limit;
@@ -60,17 +60,25 @@ void src_open(const char *name, plat_file *stream);
 // Frees the key of the source that ends, if it has one.
 void src_close();
 
-// Reads more of the source. The unread characters move down to keep, which becomes pos; what stands before
-// keep stays as it is. Null: nothing has to stay. Kept texts of one statement may come to src_kept_max bytes
-// in src_kept_pieces pieces. False at the end of the source: then nothing was read, and pos and end are the
-// same if they were.
+// Reads more of the source. The unread characters move down to keep, which becomes pos; what is before keep
+// stays as it is. Null: nothing has to stay, and then src_unread_max characters may be unread. The texts that
+// one statement keeps may come to src_kept_max bytes in src_kept_pieces pieces. Returns false at the end of
+// the source: then nothing was read, and pos and end are the same if they were.
 bool src_more(unsigned char *keep);
+constexpr size_t src_unread_max = 65536 + 2;
 constexpr size_t src_kept_max = 40960;
 constexpr size_t src_kept_pieces = 101;
 
-// At the end of the source, with nothing left to read: makes room for one character at src.end, which is read
-// by then.
-void src_append();
+// Changes text that was read: size characters at to become those at from, which may overlap them. All text
+// before taken counts as read; line feeds count where the source had them. Returns the end of the new text.
+unsigned char *src_rewrite(unsigned char *to, const void *from, size_t size, const unsigned char *taken);
+
+// At the end of the source, with nothing left to read: adds a character to the text, as one that was read.
+void src_append(unsigned char c);
+
+// The character at place, at or after pos, was looked at and is returned to the source: if it is a NUL, it is
+// lost. The characters from pos up to it move up by one, and pos with them. Returns true if one was lost.
+bool src_lose_nul(unsigned char *place);
 
 // Between two statements: slides the window if little of it is left.
 inline void src_start_statement()
@@ -91,49 +99,45 @@ inline int src_getc()
     return src.pos < src.end || src_more(nullptr) ? *src.pos++ : -1;
 }
 
-// A piece of the text, which stands in the window until the source is read on.
+// Reads over blanks and tabs. What is before keep stays as it is; null: nothing has to stay.
+inline void src_skip_blanks(unsigned char *keep)
+{
+    do
+        while (*src.pos == ' ' || *src.pos == '\t')
+            src.pos++;
+    while (src.pos == src.end && src_more(keep));
+}
+
+// Reads over white space, and returns the next character, which was returned to the source.
+int src_skip_space();
+
+// A piece of the text, which stays in the window until the source is read on.
 struct src_piece {
     const unsigned char *text;
     size_t size;
     bool ends_line; // its last character is a line feed
 };
 
-// Takes the next characters of a line, at most size; none of them at the end of the source. What stands
-// before keep stays where it is.
+// Takes the next characters of a line, at most size; none of them at the end of the source. What is before
+// keep stays as it is.
 src_piece src_take_line(size_t size, unsigned char *keep);
 
 // Reads a line into buffer, its line feed too, at most size characters, and a NUL after them (so the buffer
-// has size + 1 bytes). Gives the number of characters stored; 0 at the end of the source.
+// has size + 1 bytes). Returns the number of characters stored; 0 at the end of the source.
 int32_t src_read_line(char *buffer, int32_t size);
 
 // The same for a line that goes on after a backslash only across CR LF: a line that was joined across a lone
-// line feed ends there, with its backslash. The first character was looked at before.
+// line feed ends there, with its backslash. But what comes before its first character is joined already, for
+// that character was looked at; unless a NUL was lost there, which was looked at in its stead.
 int32_t src_read_line_crlf(char *buffer, int32_t size);
-
-// Reads over white space and gives the first other character, which stays in the source; a NUL doesn't.
-int src_skip_space();
 
 // ---- Where the source is read ----
 
-// Line of the file on which the next character stands, from 1. Counted when asked for.
+// Line of the file on which the next character is, from 1. Counted when asked for.
 uint32_t src_line();
-
-// Counts the lines up to a place at or after pos; for who is going to change the text before it.
-void src_settle_lines(const unsigned char *place);
 
 // Position of the next character in the logical text, from 0.
 int64_t src_tell();
 
 // True if the whole file was read: false while text is left, or if byte 26 or a statement ended it early.
 bool src_ended();
-
-// What the fold took out before a character of the window, as far as somebody may have to know.
-struct src_fold_mark {
-    uint32_t place; // of the character, from the window's start
-    uint32_t joins; // continuations
-    bool joined_lf; // one of them across a lone line feed
-    bool lost_nul;  // a NUL
-};
-
-// What was taken out before the character at a place from pos on; null: nothing.
-src_fold_mark *src_fold_mark_at(const unsigned char *place);

@@ -17,9 +17,9 @@ struct arg_list {
     unsigned char *keep;    // end of the texts that the slots have; null: none
     const char *last_token; // of the text read last, as far as it was evaluated; null: it wasn't
 
-    // The argument store of the statement: values of type 4 take room in it from the bottom up, strings from
-    // the top down, and where they meet the fetch fails. The values stand in the slots and the strings in the
-    // source; what is left of the store is its size.
+    // The sizes of the statement's argument store: values of type 4 take bytes of it from the bottom up,
+    // strings from the top down, and where they meet the fetch fails. The store itself isn't needed: the
+    // values are in the slots and the strings in the source.
     int32_t bottom;
     int32_t top;
 };
@@ -35,15 +35,16 @@ static void slot_fill(arg_slot *slot, const unsigned char *text, uint32_t size, 
     slot->holds = holds;
 }
 
-// Puts a string between double quotes. An open string may end where the source does: the quote takes the
-// place of what stands there.
+// Puts a string between double quotes. Where the source ended inside a string, there is no character for the
+// closing one yet.
 static void quote(const arg_text &arg)
 {
     unsigned char *after = arg.text + arg.size;
-    if (after == src.end)
-        src_append();
     arg.text[-1] = '"';
-    *after = '"';
+    if (after == src.end)
+        src_append('"');
+    else
+        (void)src_rewrite(after, "\"", 1, src.pos);
 }
 
 static int32_t store_text(arg_list *list, const arg_text &arg)
@@ -54,7 +55,8 @@ static int32_t store_text(arg_list *list, const arg_text &arg)
     if (!arg.quoted) {
         slot_fill(list->slot, arg.text, arg.size, HOLDS_RAW);
     } else if (arg.size == 0) {
-        // Kept: the text of an empty string has no quotes.
+        // Kept: the text of an empty string has no quotes. Rules write the text, so the output of `TEXT ""`
+        // has an empty argument, and users' converted scripts have it so.
         slot_fill(list->slot, arg.text, 0, HOLDS_STRING);
     } else {
         quote(arg);
@@ -85,7 +87,7 @@ static int32_t store_number(arg_list *list, const arg_text &arg, uint8_t type)
 
 // ---- The walk ----
 
-// Reads the argument of a position into the list's slot, an empty one too.
+// Reads the argument of a position into the list's slot; an empty one fills the slot too.
 static int32_t fetch_one(arg_list *list, uint8_t type, arg_text *arg)
 {
     bool numeric = type >= ARG_LONG && type <= ARG_DOUBLE;

@@ -1,5 +1,5 @@
-// In both readers p is the next character to look at, and the characters from from up to p belong to the text
-// that ends at to. As long as nothing was dropped or decoded, to and from are the same place.
+// In both readers the text of an argument ends at to; the characters from from up to p belong to it too, and
+// p is the next character to look at. As long as nothing was dropped or decoded, to and from are the same.
 #include "statements/arg_text.h"
 
 #include "source/src_stream.h"
@@ -9,27 +9,62 @@
 
 #include <string.h>
 
-// Moves the characters between from and p to to. Gives the end of the text.
-static unsigned char *close_up(unsigned char *to, const unsigned char *from, const unsigned char *p)
+// The text of an argument while it is read, in the source's window.
+struct text_reader {
+    unsigned char *start;
+    unsigned char *to;
+    unsigned char *from;
+    unsigned char *p;
+};
+
+static text_reader reader_make(unsigned char *start)
 {
-    auto size = static_cast<size_t>(p - from);
-    if (to != from)
-        memmove(to, from, size);
-    return to + size;
+    return text_reader{start, start, start, start};
 }
 
-// Reads one character at p whatever it is, with the text before keep kept: the character that no longer fits
-// the argument. -1 at the end of the source.
-static int take_one(unsigned char *p, unsigned char *keep)
+// Moves the characters between from and p to the text's end.
+static void close_up(text_reader *text)
 {
-    src.pos = p;
+    auto size = static_cast<size_t>(text->p - text->from);
+    text->to = text->to == text->from ? text->p : src_rewrite(text->to, text->from, size, text->p);
+    text->from = text->p;
+}
+
+// Reads the next character, whatever it is, with the text before keep kept. -1 at the end of the source.
+static int take_one(unsigned char *keep)
+{
     return src.pos < src.end || src_more(keep) ? *src.pos++ : -1;
+}
+
+// Moves p to the next character that isn't simply part of the text: what scan stops at. Reads on at the
+// window's end. Returns false where the text ends because the source does, or because it is full; then the
+// character that no longer fits is read, and last is that character or -1.
+template <typename function> static bool reader_next(text_reader *text, int *last, function scan)
+{
+    for (;;) {
+        text->p += scan(text->p);
+        ptrdiff_t excess = (text->to - text->start) + (text->p - text->from) - line_buf_capacity;
+        if (excess < 0 && text->p < src.end)
+            return true;
+        if (excess > 0)
+            text->p -= excess;
+        close_up(text);
+        src.pos = text->p;
+        if (excess >= 0) {
+            *last = take_one(text->to);
+            return false;
+        }
+        *last = -1;
+        if (!src_more(text->to))
+            return false;
+        text->p = text->from = src.pos;
+    }
 }
 
 // ---- Raw text ----
 
-// Tells whether a character ends a raw text: a comma outside of parentheses, or a line feed. Which of the two
-// it is can't be foreseen, so nothing branches on it.
+// True if a character ends a raw text: a comma outside of parentheses, or a line feed. Without a branch:
+// which of the two it is can't be foreseen.
 static inline bool ends_raw(unsigned char c, int32_t depth)
 {
     return (c == '\n') | ((c == ',') & (depth <= 0));
@@ -37,158 +72,101 @@ static inline bool ends_raw(unsigned char c, int32_t depth)
 
 static int32_t read_raw(bool counted, arg_text *arg)
 {
-    unsigned char *start = src.pos;
-    unsigned char *to = start;
-    unsigned char *from = start;
-    unsigned char *p = start;
+    text_reader text = reader_make(src.pos);
     int32_t depth = 0;
-    arg->text = start;
-    arg->quoted = false;
-    for (;;) {
-        p += scan_raw(p);
-        if ((to - start) + (p - from) >= line_buf_capacity) {
-            p = from + (line_buf_capacity - (to - start));
-            to = close_up(to, from, p);
-            arg->last = take_one(p, to);
+    while (reader_next(&text, &arg->last, [](const unsigned char *p) { return scan_raw(p); })) {
+        unsigned char c = *text.p;
+        if (ends_raw(c, depth)) {
+            close_up(&text);
+            src.pos = text.p + 1;
+            arg->last = c;
             break;
         }
-        if (ends_raw(*p, depth)) {
-            to = close_up(to, from, p);
-            arg->last = *p;
-            src.pos = p + 1;
-            if (p != src.end)
-                break;
-            arg->last = -1;
-            src.pos = p;
-            if (!src_more(to))
-                break;
-            p = from = src.pos;
-        } else if (*p == ',' || *p == '(' || *p == ')') {
-            if (counted)
-                depth += (*p == '(') - (*p == ')');
-            p++;
-            if (depth < 0) {
-                to = close_up(to, from, p);
-                src.pos = p;
-                break;
-            }
-        } else {
-            to = close_up(to, from, p);
-            from = ++p;
+        bool part = c == ',' || c == '(' || c == ')';
+        if (part && counted)
+            depth += (c == '(') - (c == ')');
+        text.p += part;
+        if (!part || depth < 0)
+            close_up(&text);
+        if (depth < 0) {
+            src.pos = text.p;
+            break;
         }
+        if (!part)
+            text.from = ++text.p;
     }
-    arg->size = static_cast<uint32_t>(to - start);
+    arg->text = text.start;
+    arg->size = static_cast<uint32_t>(text.to - text.start);
+    arg->quoted = false;
     return depth != 0 ? FETCH_PARENTHESES : 0;
 }
 
 // ---- Strings ----
 
-// Kept: digits that make no octal escape go back to the source, and a NUL that ended them is lost. p is on
-// the first digit; where that is so it moves one place on, onto the same digit. True if it was so.
-static bool lose_nul(unsigned char *p)
+// Decodes the escape whose backslash p is on, and appends its byte to the text.
+static void read_escape(text_reader *text)
 {
-    bool second = src.end - p > 2 && char_is(p[1], CHAR_OCTAL);
-    if (second ? p[2] != 0 : src.end - p < 2 || p[1] != 0)
-        return false;
-    if (second)
-        p[2] = p[1];
-    p[1] = p[0];
-    return true;
-}
-
-// Decodes the escape whose backslash p is on, and puts its byte at to. Gives the place after the escape.
-static unsigned char *read_escape(unsigned char *p, unsigned char *to)
-{
-    src.pos = p;
-    while (src.end - src.pos < 4 && src_more(to)) {
+    src.pos = text->p;
+    while (src.end - src.pos < 4 && src_more(text->to)) {
     }
-    unsigned char *text = src.pos + 1;
+    // Kept: digits that make no octal escape are returned to the source, and so is the character after them.
+    // An old script may have such a NUL, which was no part of its string.
+    const unsigned char *digit = src.pos + 1;
+    size_t digits = char_is(digit[0], CHAR_OCTAL) ? 1 + char_is(digit[1], CHAR_OCTAL) : 0;
+    bool lost = digits > 0 && src_lose_nul(src.pos + 1 + digits);
+    unsigned char *escape = src.pos + 1;
     size_t size = 1;
-    unsigned char c = *text;
-    if (text < src.end && char_is(c, CHAR_OCTAL) && lose_nul(text))
-        text++;
-    else
-        c = static_cast<unsigned char>(escape_decode(reinterpret_cast<const char *>(text),
+    unsigned char c = *escape;
+    if (!lost)
+        c = static_cast<unsigned char>(escape_decode(reinterpret_cast<const char *>(escape),
                                                      reinterpret_cast<const char *>(src.end), false, &size));
-    src_settle_lines(text + size); // a decoded line feed is none of the source
-    *to = c;
-    return text + size;
+    text->p = text->from = escape + size;
+    text->to = src_rewrite(text->to, &c, 1, text->p);
 }
 
 // Reads what follows a string's closing quote: blanks, and the end of the argument. stored characters of the
 // string were counted; the blanks count too.
-static int32_t read_after_quote(unsigned char *p, unsigned char *keep, int64_t stored, arg_text *arg)
+static int32_t read_after_quote(unsigned char *keep, int64_t stored, arg_text *arg)
 {
-    for (src.pos = p; src.pos < src.end || src_more(keep);) {
-        int c = *src.pos++;
-        arg->last = c;
-        if (stored >= line_buf_capacity || c == ',' || c == '\n')
+    while ((arg->last = take_one(keep)) != -1) {
+        if (stored >= line_buf_capacity || arg->last == ',' || arg->last == '\n')
             return 0;
-        if (char_is(c, CHAR_GRAPH))
+        if (char_is(arg->last, CHAR_GRAPH))
             return FETCH_AFTER_QUOTE;
-        stored += c == ' ';
+        stored += arg->last == ' ';
     }
-    arg->last = -1;
     return 0;
 }
 
 static int32_t read_string(arg_text *arg)
 {
     const unsigned char quote = *src.pos;
-    unsigned char *start = src.pos + 1;
-    unsigned char *to = start;
-    unsigned char *from = start;
-    unsigned char *p = start;
+    text_reader text = reader_make(src.pos + 1);
     int32_t fault = 0;
-    bool nul = false;
-    for (;;) {
-        p += scan_string(p);
-        int64_t stored = (to - start) + (p - from);
-        bool full = stored >= line_buf_capacity;
-        if (full)
-            p = from + (line_buf_capacity - (to - start));
-        else if (p < src.end && *p != quote && *p != '\\') {
-            nul |= *p++ == 0; // a line feed, the other quote
-            continue;
-        }
-        if (to != from)
-            src_settle_lines(p); // moved line feeds are counted where they were
-        to = close_up(to, from, p);
-        if (full) {
-            arg->last = take_one(p, to);
+    while (reader_next(&text, &arg->last, [](const unsigned char *p) { return scan_string(p); })) {
+        if (*text.p == quote) {
+            close_up(&text);
+            src.pos = text.p + 1;
+            fault = read_after_quote(text.to + 1, text.to + 1 - text.start, arg);
             break;
         }
-        if (p == src.end) {
-            src.pos = p;
-            arg->last = -1;
-            if (!src_more(to))
-                break;
-            p = from = src.pos;
-        } else if (*p == quote) {
-            fault = read_after_quote(p + 1, to + 1, stored + 1, arg);
-            break;
+        if (*text.p == '\\') {
+            close_up(&text);
+            read_escape(&text);
         } else {
-            p = from = read_escape(p, to);
-            nul |= *to++ == 0;
+            text.p++; // a line feed, the other quote, a NUL
         }
     }
-    arg->text = start;
-    arg->size = static_cast<uint32_t>(to - start);
-    if (nul)
-        arg->size = static_cast<uint32_t>(strnlen(reinterpret_cast<char *>(start), arg->size));
+    arg->text = text.start;
+    auto *start = reinterpret_cast<const char *>(text.start);
+    arg->size = static_cast<uint32_t>(strnlen(start, static_cast<size_t>(text.to - text.start)));
     arg->quoted = true;
     return fault;
 }
 
 int32_t arg_text_read(unsigned char *keep, bool strings, bool counted, arg_text *arg)
 {
-    do {
-        unsigned char *p = src.pos;
-        p += *p == ' ';
-        while (*p == ' ' || *p == '\t')
-            p++;
-        src.pos = p;
-    } while (src.pos == src.end && src_more(keep));
+    src_skip_blanks(keep);
     if (strings && (*src.pos == '"' || *src.pos == '`') && src.pos < src.end)
         return read_string(arg);
     return read_raw(counted, arg);

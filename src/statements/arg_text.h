@@ -6,12 +6,12 @@
 
 #include <stdint.h>
 
-// What fetch_args gives for a failure, by cause. The converter treats them alike.
+// What fetch_args returns for a failure, by cause. The converter treats them alike.
 enum : int32_t {
     FETCH_MISSING = -1,     // a required argument is empty or left out
     FETCH_AFTER_QUOTE = -2, // something stands after a closing quote
     FETCH_PARENTHESES = -3, // the parentheses don't pair up
-    FETCH_EXPRESSION = -4,  // the evaluator refuses the text; expr_error was told why
+    FETCH_EXPRESSION = -4,  // the evaluator refuses the text; the hook expr_error has the reason
     FETCH_TOO_LONG = -5,    // the text of a numeric argument has more than 251 characters
     FETCH_NO_ROOM = -6,     // the argument store is full
     FETCH_TOO_MANY = -7     // one argument more than 100
@@ -27,7 +27,7 @@ struct arg_text {
 
 // Reads over blanks and tabs, and then one argument, up to a comma, a line feed, or the end of the source.
 // With strings, one that begins with a quote is a string, which may run over line ends; anything else is raw
-// text. With parentheses counted, a comma inside them is part of a raw text. What stands before keep stays
-// where it is, null for nothing. 0, or FETCH_PARENTHESES or FETCH_AFTER_QUOTE; then the text is what was read
-// of it, and the source stands after the character at fault.
+// text. With parentheses counted, a comma inside them is part of a raw text. What is before keep stays as it
+// is, null for nothing. Returns 0, or FETCH_PARENTHESES or FETCH_AFTER_QUOTE; then the text is what was read
+// of it, and src.pos is after the character at fault.
 int32_t arg_text_read(unsigned char *keep, bool strings, bool counted, arg_text *arg);

@@ -15,13 +15,14 @@
 
 #include <string.h>
 
+#include <algorithm>
+
 constexpr int escape_key = 27;
-constexpr int32_t word_short = 16; // characters of most words
 
 // ---- The first word ----
 
-// Reads over the white space in front of a statement, which is how indentation and empty lines reach the
-// output. False at the end of the source.
+// Copies the white space in front of a statement to the output: indentation and empty lines. Returns false at
+// the end of the source.
 static bool copy_white()
 {
     do {
@@ -32,99 +33,62 @@ static bool copy_white()
     return src.pos < src.end;
 }
 
-// The end of the word that begins at src.pos: its first character that is white, or, unless it is a label's,
-// no word character; or the end of the source, or the character that a word of word_size - 1 has no room for.
-static const unsigned char *word_end()
+// The length of the word that begins at src.pos: up to white space if it is a label, else up to a character
+// that is no word character; or to the end of the source; at most word_size - 1.
+static size_t word_length()
 {
     bool label = *src.pos == ':';
-    const unsigned char *limit = src.pos + word_size - 1;
-    const unsigned char *p = src.pos + 1;
+    size_t length = 1;
     for (;;) {
-        while (label && p < src.end && p < limit && (char_classes.bits[*p] & CHAR_WHITE) == 0)
-            p++;
+        size_t limit = std::min<size_t>(static_cast<size_t>(src.end - src.pos), word_size - 1);
         if (!label)
-            p += scan_word(p, static_cast<size_t>(src.end - p));
-        if (p < src.end || p >= limit || !src_more(src.pos))
-            return p < limit ? p : limit;
+            length += scan_word(src.pos + length, limit - length);
+        while (label && length < limit && !char_is(src.pos[length], CHAR_WHITE))
+            length++;
+        if (length < limit || limit == word_size - 1 || !src_more(src.pos))
+            return length;
     }
 }
 
-// What a statement's first word tells.
-enum : int {
-    FIRST_NONE, // the source has ended
-    FIRST_WORD, // a plain word, for the tables, or a label
-    FIRST_TEXT  // the statement is text
+// What a statement's first word says about the statement.
+enum first_word : uint8_t {
+    FIRST_WORD, // a plain word, to be looked up, or a label
+    FIRST_TEXT  // the statement is text: it begins with no word, or an operator follows the word
 };
 
-// Puts a word of length characters in front of what comes next in the source.
-static void put_word(const char *word, int32_t length)
+// Reads from the end of a word of length characters to what follows it. After blanks an assignment or a
+// subscript makes the statement text; its word then has one blank.
+static first_word read_after_word(char *word, size_t length)
 {
-    auto size = static_cast<size_t>(length);
-    memcpy(src.pos - size, word, size);
-}
-
-// Reads over the blanks after a word, of which next is the first. What follows them stays in the source, but
-// for a NUL, which can't be given back. An assignment or a subscript makes the statement text, and its word
-// then has one blank. *blanks is how many there were.
-static int end_of_word(int next, char *word, int32_t *length, int32_t *blanks)
-{
+    int next = src_peek();
+    // A word that fills its buffer ends there, and the character that doesn't fit is lost.
+    if (next != -1 && !char_is(next, CHAR_WHITE) && length < word_size - 1) {
+        word[length] = static_cast<char>(*src.pos++);
+        return FIRST_TEXT;
+    }
     if (next == '\n' || next == -1)
         return FIRST_WORD;
-    do {
-        ++*blanks;
-        src.pos++;
-        next = src_peek();
-    } while (next == ' ' || next == '\t');
-    if (next == 0)
-        src.pos++;
+    src.pos++;
+    src_skip_blanks(nullptr);
+    next = src_peek();
+    (void)src_lose_nul(src.pos);
     if (next != '[' && next != '=')
         return FIRST_WORD;
-    if (*length < word_size - 1)
-        word[(*length)++] = ' ';
-    word[*length] = 0;
+    if (length < word_size - 1)
+        word[length] = ' ';
     return FIRST_TEXT;
 }
 
-// Reads the first word of a statement into word, with a NUL after it; the white space in front of it goes to
-// the output. The word of a FIRST_TEXT ends in the character that makes it text, and stands in front of
-// src.pos too. *length is the length of the word up to a NUL.
-static int read_first_word(char *word, int32_t *length)
+// Reads the first word of a statement into word, with a NUL after it. The word of a FIRST_TEXT includes the
+// character that makes it text.
+static first_word read_first_word(char *word)
 {
-    if (!copy_white())
-        return FIRST_NONE;
     bool is_word = char_is(*src.pos, CHAR_LETTER) || *src.pos == '#' || *src.pos == ':';
-    auto size = is_word ? static_cast<int32_t>(word_end() - src.pos) : 1;
-    // Most words are short, and a copy of a fixed size takes less than one of the right size.
-    memcpy(word, src.pos, word_short);
-    if (size > word_short)
-        memcpy(word, src.pos, static_cast<size_t>(size));
-    const unsigned char *start = src.pos;
-    src.pos += size;
-    word[size] = 0;
-    *length = size;
-    int kind = FIRST_TEXT;
-    int32_t blanks = 0;
-    int next = is_word ? src_peek() : 0;
-    // A word that fills its room loses the character that no longer fits, and goes on as at white space.
-    if (is_word && (next == -1 || char_is(next, CHAR_WHITE) || size == word_size - 1)) {
-        kind = end_of_word(next, word, length, &blanks);
-        if (word[0] == ':')
-            *length = static_cast<int32_t>(strlen(word));
-    } else {
-        if (is_word) {
-            word[(*length)++] = static_cast<char>(next);
-            src.pos++;
-        }
-        word[*length] = 0;
-        *length -= word[*length - 1] == 0;
-    }
-    // Mostly it stands there still. A copy would hold up the search for the line's end in what it has
-    // written.
-    bool there = blanks <= 1 && src.pos == start + *length &&
-                 src.pos[-1] == static_cast<unsigned char>(word[*length - 1]);
-    if (kind == FIRST_TEXT && !there)
-        put_word(word, *length);
-    return kind;
+    size_t length = is_word ? word_length() : 1;
+    memcpy(word, src.pos, length);
+    memset(word + length, 0, 2);
+    src.pos += length;
+    return is_word ? read_after_word(word, length) : FIRST_TEXT;
 }
 
 // ---- Statements that are text ----
@@ -139,36 +103,36 @@ static void write_rejected(const statement_span &line)
     out_char('\n');
 }
 
-// Reads a statement that is text, after its word, and evaluates it for its effects on the variables. True if
-// it is an expression.
-static bool read_and_evaluate(int32_t length, statement_span *line)
+// Reads a statement that is text, after its word, and evaluates it for its effects on the variables. Returns
+// true if it is an expression.
+static bool read_and_evaluate(const char *word, statement_span *line)
 {
-    *line = statement_read(length);
+    *line = statement_read(word, strlen(word));
     return eval_expr(line->text, line->size) != nullptr;
 }
 
-static int32_t assignment_statement(int32_t length, statement_kind *kind)
+static int32_t assignment_statement(const char *word, statement_kind *kind)
 {
     statement_span line;
-    if (!read_and_evaluate(length, &line)) {
+    if (!read_and_evaluate(word, &line)) {
         *kind = KIND_TEXT;
         write_rejected(line);
         return STATEMENT_DONE;
     }
     *kind = KIND_EXPRESSION;
-    // Kept: an accepted assignment has its own line feed and gets one more, so an empty line follows it.
+    // Kept: an accepted assignment has its own line feed and gets one more. Users know their converted
+    // scripts with an empty line after each assignment; comparing a new conversion with an old one must show
+    // no change.
     out_bytes(line.text, line.size);
     out_char('\n');
     return STATEMENT_TEXT;
 }
 
-static int32_t unknown_statement(char *word, int32_t length, statement_kind *kind)
+static int32_t unknown_statement(char *word, statement_kind *kind)
 {
     statement_span line;
-    word[length++] = ' ';
-    src_settle_lines(src.pos); // a line feed before the word may give its place to the blank
-    put_word(word, length);
-    bool accepted = read_and_evaluate(length, &line);
+    strcat(word, " ");
+    bool accepted = read_and_evaluate(word, &line);
     *kind = accepted ? KIND_EXPRESSION : KIND_UNKNOWN;
     if (accepted)
         out_bytes(line.text, line.size);
@@ -179,7 +143,7 @@ static int32_t unknown_statement(char *word, int32_t length, statement_kind *kin
 
 // ---- Statement keywords ----
 
-// A list of labels after an ON is copied as it stands; without a GOTO the reading of the file stops.
+// A list of labels after an ON is copied as it is; without a GOTO the reading of the file stops.
 static int32_t on_goto(const char *word)
 {
     if (src_read_line_crlf(line_buf, line_buf_capacity) == 0)
@@ -192,7 +156,7 @@ static int32_t on_goto(const char *word)
 
 struct stmt_keyword {
     char name[12];
-    int32_t (*handler)(const char *word); // gives a statement result code
+    int32_t (*handler)(const char *word); // returns a statement result code
 };
 
 // Sorted by name.
@@ -211,113 +175,41 @@ static constexpr auto stmt_keyword_index = word_index_make<256>(stmt_keyword_tab
 
 // ---- SPLINE ----
 
-// The pairs that a backslash or a CR makes with the character after it, one character on: the line end after
-// backslashes joins its lines if it did not, and the other way round.
-static void pair_again()
-{
-    size_t run = 0;
-    while (src.pos[run] == '\\' || src.pos[run] == '\r')
-        if (src.pos + ++run == src.end && !src_more(nullptr))
-            break;
-    const unsigned char *p = src.pos;
-    while (*p == '\r' && src_fold_mark_at(p + 1) == nullptr)
-        p++;
-    while (*p == '\\' && src_fold_mark_at(p + 1) == nullptr)
-        p++;
-    p += *p == '\\' || *p == '\r';
-    auto size = static_cast<size_t>(p - src.pos);
-    src_fold_mark *mark = src_fold_mark_at(p);
-    src_settle_lines(src.pos);
-    if (mark != nullptr && !mark->lost_nul) {
-        mark->joins--;
-        memmove(src.pos - 2, src.pos, size);
-        memcpy(src.pos + size - 2, "\\\n", 2);
-        src.pos -= 2;
-    } else if (mark == nullptr && size > 0 && p[-1] == '\\' && *p == '\n' && p < src.end) {
-        memmove(src.pos + 2, src.pos, size - 1);
-        src.pos += 2;
-    }
-}
+// White space in front of SPLINE's argument that is looked through, and two characters after it.
+constexpr size_t spline_white_max = 65536;
+static_assert(spline_white_max + 2 <= src_unread_max, "the source holds what is looked at");
 
-static bool nul_was_lost(const unsigned char *place)
-{
-    const src_fold_mark *mark = src_fold_mark_at(place);
-    return mark != nullptr && mark->lost_nul;
-}
-
-// Kept: the look at SPLINE's argument goes back by as many bytes as characters were given back, and what
-// stands there is looked at anew. So a NUL that was lost after a backslash comes in the backslash's place, a
-// backslash or a CR at the source's end brings back the line feed before it, and after a CR that ended the
-// word backslashes pair up another way.
-static void look_again()
-{
-    while (src.end - src.pos < 3 && src_more(nullptr)) {
-    }
-    if (src.pos[-1] == 0) // after the word stood a NUL, which isn't given back
-        return;
-    const src_fold_mark *here = src_fold_mark_at(src.pos);
-    if (src.pos[-1] == '\r' && here == nullptr) {
-        pair_again();
-        return;
-    }
-    const unsigned char *p = src.pos + (*src.pos == '\\');
-    if (p > src.pos && nul_was_lost(p)) {
-        *src.pos = 0;
-        return;
-    }
-    p += *p == '\r';
-    if (nul_was_lost(p)) {
-        src.pos += p == src.pos + 2;
-    } else if (p == src.end && p > src.pos && here != nullptr && here->joins > 0) {
-        src_settle_lines(src.pos);
-        *--src.pos = '\n';
-    }
-}
-
-// White space in front of SPLINE's argument beyond which only the blanks are counted that raw text keeps.
-constexpr size_t spline_white_max = 8192;
-
-// True if the argument that follows tells SPLINE3's list: its second character is a 3. White space before it
-// is looked through up to the line's end; where that comes first the argument is missing in either list. So
-// that any amount of it can pass, what raw text drops of it is taken out once there is much.
+// True if the argument that follows asks for SPLINE3's list: its second character is a 3. Where the line ends
+// first, or the white space is longer, it doesn't. Nothing is read.
 static bool spline_is_3d()
 {
-    size_t blanks = 0;
-    size_t at = 0; // characters of white space
-    while (src.pos + at + 1 >= src.end || (char_is(src.pos[at], CHAR_WHITE) && src.pos[at] != '\n')) {
-        if (src.pos + at + 1 < src.end) {
-            blanks += src.pos[at++] == ' ';
-            continue;
-        }
-        if (at > spline_white_max && at > blanks + 1) {
-            src.pos += at - (blanks + 1);
-            src.pos[0] = '\v';
-            memset(src.pos + 1, ' ', blanks);
-            at = blanks + 1;
-        }
-        if (blanks > line_buf_capacity || !src_more(nullptr))
-            break;
+    for (size_t white = 0;; white++) {
+        while (src.end - src.pos < static_cast<ptrdiff_t>(white + 2))
+            if (!src_more(nullptr))
+                return false;
+        if (!char_is(src.pos[white], CHAR_WHITE))
+            return src.pos[white + 1] == '3';
+        if (src.pos[white] == '\n' || white == spline_white_max)
+            return false;
     }
-    bool result = src.pos + at + 1 < src.end && src.pos[at] != '\n' && src.pos[at + 1] == '3';
-    look_again();
-    return result;
 }
 
 // ---- Commands ----
 
-static int32_t command_statement(const char *word, int32_t length, int32_t row)
+static int32_t command_statement(const char *word, size_t length, int32_t row)
 {
     slot_set_word(word, static_cast<uint32_t>(length));
     arg_cursor++;
     return row == command_spline && spline_is_3d() ? command_spline3 : row;
 }
 
-static int32_t word_statement(char *word, int32_t length, statement_kind *kind)
+static int32_t word_statement(char *word, statement_kind *kind)
 {
     *kind = KIND_LABEL;
     if (word[0] == ':')
         return label_define(word);
-    word_key key = word_key_make(word, static_cast<size_t>(length));
+    size_t length = strlen(word);
+    word_key key = word_key_make(word, length);
     int32_t row = command_find(key);
     *kind = KIND_COMMAND;
     if (row >= 0)
@@ -326,29 +218,25 @@ static int32_t word_statement(char *word, int32_t length, statement_kind *kind)
     *kind = KIND_KEYWORD;
     if (keyword >= 0)
         return stmt_keyword_table[keyword].handler(word);
-    return unknown_statement(word, length, kind);
+    return unknown_statement(word, kind);
 }
 
 int32_t next_statement(statement_head *head)
 {
     // The word stays here until the next statement: slot 0 and the handlers read it.
     static char word[word_size + 2 + slot_text_slack];
-    statement_kind kind = KIND_NONE;
 
     src_start_statement();
     if (head != nullptr)
         *head = statement_head{KIND_NONE, src_line(), out_tell()};
-    if (plat_poll_escape() == escape_key)
-        return STATEMENT_END;
-    int32_t length;
-    int first = read_first_word(word, &length);
-    if (first == FIRST_NONE)
+    if (plat_poll_escape() == escape_key || !copy_white())
         return STATEMENT_END;
     if (head != nullptr)
         *head = statement_head{KIND_NONE, src_line(), out_tell()};
     slots_start_statement();
+    statement_kind kind = KIND_NONE;
     int32_t result =
-        first == FIRST_TEXT ? assignment_statement(length, &kind) : word_statement(word, length, &kind);
+        read_first_word(word) == FIRST_TEXT ? assignment_statement(word, &kind) : word_statement(word, &kind);
     if (head != nullptr)
         head->kind = kind;
     return result;

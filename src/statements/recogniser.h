@@ -1,8 +1,8 @@
 // Recogniser: reads a statement up to the point where its kind is known.
 //
 // A command comes back as a row of the command table. Every other statement is finished here and written:
-// assignments, labels, the statement keywords, and any line that nobody knows. Such a line is evaluated for
-// its effect on the variable store and goes to the output with only its white space touched.
+// assignments, labels, the statement keywords, and any line that isn't recognised. Such a line is evaluated
+// for its effect on the variable store and goes to the output with only its white space touched.
 #pragma once
 
 #include <stdint.h>
@@ -13,18 +13,18 @@ enum statement_kind : uint8_t {
     KIND_COMMAND,    // a word of the command table
     KIND_EXPRESSION, // text that the evaluator took: an assignment, as a rule
     KIND_TEXT,       // text that begins with no plain word, or an assignment that the evaluator refused
-    KIND_UNKNOWN,    // a line whose first word no table knows, and that is no expression
+    KIND_UNKNOWN,    // a line whose first word is in no table, and that is no expression
     KIND_LABEL,
     KIND_KEYWORD // REM, ON, #LINE, a declaration
 };
 
-// Where a statement begins.
+// What a statement is and where it begins.
 struct statement_head {
     statement_kind kind;
-    uint32_t line;         // line of the source on which its first character stands
+    uint32_t line;         // line of the source that its first character is on
     uint64_t output_start; // bytes of the output in front of it, its indentation included
 };
 
-// Reads one statement. Gives the index of a command's row, with the word in slot 0 and arg_cursor on slot 1;
-// or a statement result code, and then the statement is written. Fills *head, unless it is null.
+// Reads one statement. Returns the index of a command's row, with the word in slot 0 and arg_cursor on slot
+// 1; or a statement result code, and then the statement is written. Fills *head, unless it is null.
 int32_t next_statement(statement_head *head = nullptr);

@@ -8,10 +8,12 @@
 char line_buf[line_buf_capacity + 16];
 char stmt_text[line_buf_capacity + 16];
 
-statement_span statement_read(int32_t length)
+statement_span statement_read(const char *word, size_t length)
 {
-    auto text = reinterpret_cast<const char *>(src.pos - length);
-    auto size = static_cast<size_t>(length);
+    unsigned char *start = src.pos - length;
+    (void)src_rewrite(start, word, length, src.pos);
+    auto *text = reinterpret_cast<const char *>(start);
+    size_t size = length;
     src_piece piece;
     do {
         piece = src_take_line(line_buf_capacity - size, src.pos);

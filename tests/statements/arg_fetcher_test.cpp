@@ -16,6 +16,7 @@
 using spec_bytes = std::vector<uint8_t>;
 
 static const spec_bytes print_spec{0x00, 0x68};
+static const std::string nul(1, 0);
 static const spec_bytes optional_longs{0x11, 0x11, 0x11};
 
 // Fetches the arguments of the source's next statement, as the loop does behind a command word.
@@ -108,6 +109,7 @@ TEST(arg_fetcher, fills_slots_by_spec)
         {{0x00, 0x08}, "\"abc\" , d", 2, "\"abc\" str:abc | d", "00 08"},
         {{0x00}, "\"a\\101b\\12b\\0\\q\\\"\\\\\"", 1, "\"aAb12b0q\"\\\" str:aAb12b0q\"\\", "00"},
         {{0x00}, "\"a\\000b\" ", 1, "\"a\" str:a", "00"},
+        {{0x00}, "\"\\1" + nul + "23\\12" + nul + "3\"", 1, "\"123123\" str:123123", "00"},
         {{0x00}, "\"\\7x\\77\"", 1, "\"7x77\" str:7x77", "00"},
         {{0x00}, "\"\\1\\2\"", 1, "\"12\" str:12", "00"},
         {{0x00}, "\"\\b\\f\\n\\r\\t\"", 1, "\"\b\f\n\r\t\" str:\b\f\n\r\t", "00"},

@@ -5,6 +5,7 @@
 #include "common/run.h"
 #include "expressions/expr_eval.h"
 #include "source/src_stream.h"
+#include "statements/arg_fetcher.h"
 #include "statements/arg_slots.h"
 #include "statements/command_rows.h"
 #include "statements/command_table.h"
@@ -46,6 +47,8 @@ TEST(command_table, finds_no_near_miss)
 }
 
 // ---- Statements ----
+
+static const std::string nul(1, 0);
 
 TEST(recogniser, hands_over_a_command_with_its_word)
 {
@@ -103,6 +106,11 @@ TEST(recogniser, finishes_every_other_statement)
         {"ON", STATEMENT_END, "", ""},
         {"ON x \\\r\nGOTO a\n", STATEMENT_DONE, "ON x GOTO a\n", ""},
         {"ON x GOTO \\\na\n", STATEMENT_DONE, "ON x GOTO \\\n", "a\n"},
+        {"ON \\\nx GOTO a\ny", STATEMENT_DONE, "ON x GOTO a\n", "y"}, // joined when x was looked at
+        {"ON " + nul + "\\\nx GOTO a\ny", STOP_ON_WITHOUT_GOTO, "", "x GOTO a\ny"}, // only NUL was
+        {"ON " + nul + "\\\r\nx GOTO a\ny", STATEMENT_DONE, "ON x GOTO a\n", "y"},
+        {"ON " + nul + "x GOTO a\ny", STATEMENT_DONE, "ON x GOTO a\n", "y"},
+        {"foo \t" + nul + "=1\ny", STATEMENT_TEXT, "foo =1\n", "y"},
         {"#line 5 <a>\ny", STATEMENT_TEXT, "", "y"},
         {"#LINE", STATEMENT_TEXT, "", ""},
         {"#lines 5\ny", STATEMENT_TEXT, "#lines 5\n", "y"},
@@ -131,4 +139,35 @@ TEST(recogniser, cuts_a_text_at_3900_characters)
     EXPECT_EQ(next_statement(), STATEMENT_TEXT);
     EXPECT_EQ(output.text(), text.substr(0, 3900) + "\n");
     EXPECT_EQ(src_getc(), 'R');
+}
+
+// The line of a statement is that of its first character.
+TEST(recogniser, knows_the_line_of_a_statement)
+{
+    static const struct {
+        const char *text;
+        std::vector<uint32_t> lines;
+    } cases[] = {
+        {"CALL \\\nfoo, 1\nWAIT 1\n", {1, 3}},
+        {"\n CA\\\nLL foo\nWAIT 1\n", {2, 4}},
+        {"\\\n\\\r\nWAIT 1\n", {3}},
+        {"x\\\n  = 1\ny\n", {1, 3}},
+        {"x \\\n\\\n =\\\n 1\n:a \\\n\nREM \\\n\\\n\nfoo\n", {1, 5, 7, 10}},
+        {"PRINT \"a\nb\n\\n\\n\"\nPRINT \"\\12\\\n3\n\"\nWAIT 1\n", {1, 4, 7}},
+    };
+    for (const auto &c : cases)
+        for (size_t limit : {size_t{1}, size_t{3}, SIZE_MAX}) {
+            src_read_limit = limit;
+            script_source source(c.text);
+            output_capture output;
+            std::vector<uint32_t> lines;
+            statement_head head{};
+            for (int32_t result; (result = next_statement(&head)) != STATEMENT_END;) {
+                lines.push_back(head.line);
+                if (result >= 0)
+                    (void)fetch_args(command_row_at(result).spec_count, command_row_at(result).spec, false);
+            }
+            EXPECT_EQ(lines, c.lines) << escaped(c.text) << " by " << limit;
+        }
+    reset_run();
 }
