@@ -22,7 +22,7 @@ static void write_failed_argument()
 // Fetches the arguments of a command and converts it. Returns what fetch_args returned.
 static int32_t command_convert(const cmd_row &row)
 {
-    int32_t count = fetch_args(row.spec_count, row.spec, false);
+    int32_t count = fetch_args(row.spec_count, row.spec);
     if (count < 0)
         write_failed_argument();
     else

@@ -127,41 +127,39 @@ static void skip_line(int c, unsigned char *keep)
         piece = src_take_line(SIZE_MAX, keep);
 }
 
-int32_t fetch_args(int32_t spec_count, const uint8_t *spec, bool keep_absent)
+int32_t fetch_args(int32_t spec_count, const uint8_t *spec)
 {
     arg_list list{arg_slots + 1, arg_types, nullptr, nullptr, 0, arg_pool_size};
     arg_text arg{};
-    const uint8_t *const types_end = arg_types + arg_types_size;
-    int32_t p = 0;
-    bool more = spec_count != 0; // the list goes on
-    while (more) {
+    bool more = true; // the list goes on
+    bool gap = false; // an argument was empty: from then on every position takes a slot
+    for (int32_t p = 0; p < spec_count; p += p + 1 < spec_count || !more) { // the last position repeats
         uint8_t position = spec[p];
-        if (list.type == types_end)
+        bool repeats = (position & ARG_REPEAT) != 0;
+        bool given = false;
+        if (list.type == arg_types + arg_types_size)
             return fetch_failed(list, arg, FETCH_TOO_MANY);
-        int32_t fault = fetch_one(&list, position & ARG_TYPE, &arg);
-        if (fault != 0)
-            return fetch_failed(list, arg, fault);
-        more = arg.last == ',' && (p + 1 < spec_count || (position & ARG_REPEAT) != 0);
-        if (arg.size == 0 && !arg.quoted) {
-            // An empty item at the end of a list that repeats is none.
-            if ((position & ARG_REPEAT) != 0 && !more)
+        if (more) {
+            int32_t fault = fetch_one(&list, position & ARG_TYPE, &arg);
+            if (fault != 0)
+                return fetch_failed(list, arg, fault);
+            more = arg.last == ',' && (p + 1 < spec_count || repeats);
+            given = arg.size > 0 || arg.quoted;
+            gap |= !given;
+        } else {
+            *list.slot = slot_cleared;
+            *list.type = position & ARG_TYPE;
+        }
+        if (!given) {
+            // Nothing after the last comma of a list that repeats is no item.
+            if (repeats && !more)
                 break;
             if ((position & (ARG_OPTIONAL | ARG_PRINT)) == 0)
                 return fetch_failed(list, arg, FETCH_MISSING);
-            keep_absent = true;
             *list.type |= ARG_ABSENT;
         }
-        list.slot++;
+        list.slot += given || gap;
         list.type++;
-        p += p + 1 < spec_count || !more; // the last position repeats
-    }
-    // The positions that were left out take slots only after an empty argument.
-    for (; p < spec_count && (spec[p] & ARG_REPEAT) == 0; p++) {
-        if (keep_absent)
-            *list.slot++ = slot_cleared;
-        if ((spec[p] & ARG_OPTIONAL) == 0)
-            return fetch_failed(list, arg, FETCH_MISSING);
-        *list.type++ = (spec[p] & ARG_TYPE) | ARG_ABSENT;
     }
     skip_line(arg.last, list.keep);
     arg_cursor = arg_slots;

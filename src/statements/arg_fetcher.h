@@ -13,9 +13,7 @@
 constexpr int32_t arg_pool_size = 3001;
 
 // Fetches a statement's arguments and reads over its line feed. Entered with arg_cursor on slot 1 and
-// arg_type_cursor on the first arg_types byte. Gives the number of spec positions walked, repetitions
-// included, with both cursors on their first element (slot 0); or a code of the above for an argument that is
-// missing or wrong, with the source right after the place of the fault and the cursors on the position of the
-// fault. keep_absent gives absent positions a slot from the first one on; without it, as the statement loop
-// calls it, they have one only after an empty argument.
-int32_t fetch_args(int32_t spec_count, const uint8_t *spec, bool keep_absent);
+// arg_type_cursor on the first arg_types byte. Returns the number of spec positions walked, repetitions
+// included, with both cursors on their first element (slot 0); or a FETCH_ code for an argument that is
+// missing or wrong, with the source after the character at fault and the cursors on the position at fault.
+int32_t fetch_args(int32_t spec_count, const uint8_t *spec);

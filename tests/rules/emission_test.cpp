@@ -20,7 +20,7 @@ static int32_t fetch(const char *statement, int32_t *count)
     int32_t row = next_statement();
     EXPECT_GE(row, 0) << statement;
     const cmd_row &command = command_row_at(row);
-    *count = fetch_args(command.spec_count, command.spec, false);
+    *count = fetch_args(command.spec_count, command.spec);
     EXPECT_GE(*count, 0) << statement;
     return command.id;
 }

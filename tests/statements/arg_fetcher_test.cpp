@@ -20,12 +20,12 @@ static const std::string nul(1, 0);
 static const spec_bytes optional_longs{0x11, 0x11, 0x11};
 
 // Fetches the arguments of the source's next statement, as the loop does behind a command word.
-static int32_t fetch(script_source *, const spec_bytes &spec, bool keep_absent = false)
+static int32_t fetch(script_source *, const spec_bytes &spec)
 {
     slots_start_statement();
     slot_set_word("WORD", 4);
     arg_cursor++;
-    return fetch_args(static_cast<int32_t>(spec.size()), spec.data(), keep_absent);
+    return fetch_args(static_cast<int32_t>(spec.size()), spec.data());
 }
 
 static std::string text_of(const arg_slot &slot)
@@ -252,14 +252,6 @@ TEST(arg_fetcher, keeps_a_long_text_whole)
     EXPECT_EQ(fetch(&source, {0x00, 0x05}), 2);
     EXPECT_EQ(text_of(arg_slots[1]), "\"" + text + "\"");
     EXPECT_EQ(text_of(arg_slots[2]), text);
-}
-
-TEST(arg_fetcher, gives_absent_positions_a_slot_when_told_to)
-{
-    script_source source("1\n1\n");
-    EXPECT_EQ(fetch(&source, {0x04, 0x11, 0x11}, true), 3);
-    EXPECT_EQ(arg_slots[2].state, slot_mark);
-    EXPECT_EQ(fetch(&source, {0x04, 0x11, 0x11}, false), 3);
 }
 
 TEST(arg_fetcher, tells_an_empty_argument_from_one_left_out)

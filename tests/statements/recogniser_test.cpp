@@ -165,7 +165,7 @@ TEST(recogniser, knows_the_line_of_a_statement)
             for (int32_t result; (result = next_statement(&head)) != STATEMENT_END;) {
                 lines.push_back(head.line);
                 if (result >= 0)
-                    (void)fetch_args(command_row_at(result).spec_count, command_row_at(result).spec, false);
+                    (void)fetch_args(command_row_at(result).spec_count, command_row_at(result).spec);
             }
             EXPECT_EQ(lines, c.lines) << escaped(c.text) << " by " << limit;
         }
