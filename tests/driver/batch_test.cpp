@@ -243,11 +243,13 @@ TEST_F(batch_test, takes_a_read_error_for_the_end)
 
 // ---- The program ----
 
-// Runs the program itself through the shell, with standard error in its output. Gives its exit status.
-static int run_program(const fs::path &folder, const std::string &arguments, std::string *printed)
+// Runs a command of the shell, in which $PROGRAM is the program, with standard error in its output. Returns
+// the exit status. Both paths go in by the environment, as they may have any characters.
+static int run_program(const fs::path &folder, const std::string &command, std::string *printed)
 {
-    std::string command = "cd '" + folder.string() + "' && " + arguments + " 2>&1";
-    FILE *pipe = popen(command.c_str(), "r");
+    setenv("FOLDER", folder.c_str(), 1);
+    setenv("PROGRAM", TEST_PROGRAM, 1);
+    FILE *pipe = popen(("cd \"$FOLDER\" && { " + command + "; } 2>&1").c_str(), "r");
     for (int c; (c = getc(pipe)) != EOF;)
         *printed += static_cast<char>(c);
     int status = pclose(pipe);
@@ -258,11 +260,11 @@ TEST_F(batch_test, ends_with_status_0_whatever_could_not_be_opened)
 {
     write_file(folder / "a.mrl", "REM x\n");
     std::string printed;
-    EXPECT_EQ(run_program(folder, std::string(TEST_PROGRAM) + " nothing.mrl a.mrl", &printed), 0);
+    EXPECT_EQ(run_program(folder, "\"$PROGRAM\" nothing.mrl a.mrl", &printed), 0);
     EXPECT_EQ(printed, "Unable to open nothing.mrl");
     EXPECT_EQ(read_file(folder / "a_conv.mrl"), "REM x\n");
     printed.clear();
-    EXPECT_EQ(run_program(folder, std::string(TEST_PROGRAM) + " </dev/null", &printed), 0) << "a cancel";
+    EXPECT_EQ(run_program(folder, "\"$PROGRAM\" </dev/null", &printed), 0) << "a cancel";
     EXPECT_EQ(printed, "");
 }
 
@@ -276,15 +278,16 @@ TEST_F(batch_test, goes_on_after_an_output_that_failed)
     auto pipe_before = signal(SIGPIPE, SIG_DFL); // the program starts with what we have
     auto size_before = signal(SIGXFSZ, SIG_DFL);
     std::string printed;
-    std::string run = std::string(TEST_PROGRAM) + " a.mrl b.mrl";
-    EXPECT_EQ(run_program(folder, "mkfifo a_conv.mrl && { head -c 100 a_conv.mrl & " + run + "; }", &printed),
+    EXPECT_EQ(run_program(folder,
+                          "mkfifo a_conv.mrl && { head -c 100 a_conv.mrl & \"$PROGRAM\" a.mrl b.mrl; }",
+                          &printed),
               0);
     EXPECT_EQ(printed, script.substr(0, 100));
     EXPECT_EQ(read_file(folder / "b_conv.mrl"), "REM b\n");
     fs::remove(folder / "a_conv.mrl");
     fs::remove(folder / "b_conv.mrl");
     printed.clear();
-    EXPECT_EQ(run_program(folder, "(ulimit -f 150; " + run + ")", &printed), 0);
+    EXPECT_EQ(run_program(folder, "(ulimit -f 150; \"$PROGRAM\" a.mrl b.mrl)", &printed), 0);
     std::string output = read_file(folder / "a_conv.mrl");
     EXPECT_TRUE(!output.empty() && output.size() < script.size() && script.find(output) == 0);
     EXPECT_EQ(read_file(folder / "b_conv.mrl"), "REM b\n");
@@ -327,9 +330,7 @@ TEST_F(batch_test, converts_the_paths_on_standard_input)
     fs::create_directories(folder / "b_conv.mrl");
     write_file(folder / "b.mrl", "REM x\n");
     std::string printed;
-    EXPECT_EQ(run_program(folder, "printf 'nothing.mrl\\nb.mrl\\na.mrl\\n' | " + std::string(TEST_PROGRAM),
-                          &printed),
-              0);
+    EXPECT_EQ(run_program(folder, "printf 'nothing.mrl\\nb.mrl\\na.mrl\\n' | \"$PROGRAM\"", &printed), 0);
     EXPECT_EQ(printed, "Unable to open nothing.mrl\nUnable to open b_conv.mrl\n");
     EXPECT_EQ(read_file(folder / "a_conv.mrl"), "REM x\n");
 }

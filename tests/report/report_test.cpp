@@ -40,8 +40,10 @@ protected:
     // Runs murlreport with arguments as the shell reads them, in the folder.
     report_result run(const std::string &arguments, const std::string &before = "")
     {
-        std::string command = "cd '" + folder.string() + "' && ASAN_OPTIONS=detect_leaks=0 " + before +
-                              " '" TEST_PROGRAM "' " + arguments + " >../out 2>../err </dev/null";
+        setenv("FOLDER", folder.c_str(), 1);
+        setenv("PROGRAM", TEST_PROGRAM, 1);
+        std::string command = "cd \"$FOLDER\" && ASAN_OPTIONS=detect_leaks=0 " + before + " \"$PROGRAM\" " +
+                              arguments + " >../out 2>../err </dev/null";
         int status = system(command.c_str());
         return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read_file(base / "out"),
                 read_file(base / "err")};
