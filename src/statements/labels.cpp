@@ -75,14 +75,19 @@ static void source_name_set(const char *word)
     auto &name = line_directives.source_name;
     constexpr size_t room = sizeof name - 1;
     const char *base = line_directives.source_name_base;
-    size_t size = strlen(word);
-    name[0] = 0;
+    size_t size = strlen(word), used = 0;
+    auto add = [&](const char *text, size_t count) {
+        count = std::min(count, room - used);
+        memcpy(name + used, text, count);
+        used += count;
+    };
     if (word[0] == '<' && word[size - 1] == '>') {
-        strncat(name, word + 1, std::min(size - 2, room));
+        add(word + 1, size - 2);
     } else {
-        strncat(name, base, std::min(static_cast<size_t>(base_name(base) - base), room));
-        strncat(name, base_name(word), room - strlen(name));
+        add(base, static_cast<size_t>(base_name(base) - base));
+        add(base_name(word), strlen(base_name(word)));
     }
+    name[used] = 0;
 }
 
 int32_t line_directive_parse(const char *text)
