@@ -14,7 +14,7 @@ import time
 from pathlib import Path
 
 ROOT = Path.cwd()
-WORK = ROOT / "build/mutation"
+WORK = Path(os.environ["MURL_BUILD"]) / "mutation"
 TREE = WORK / "tree"  # the copy that is broken
 OBJECTS = WORK / "objects"
 RELEASE = WORK / "release"

@@ -1,7 +1,7 @@
 #!/bin/sh
 # The report's page in a real browser: Debian's Chromium, driven by playwright-core.
 set -eu
-cd "$(dirname -- "$0")/.."
+cd "$(dirname -- "$(readlink -f -- "$0")")/.."
 . tools/checks.sh
 work=$MURL_BUILD/browser
 need report 'the page is not tried'

@@ -3,6 +3,10 @@
 #   tools/check_guide.sh PROGRAM GUIDE
 # An example is a block that begins with ```mrl before, and behind it a block ```mrl after.
 set -eu
+script=$(readlink -f -- "$0")
+. "${script%/*}/arguments.sh"
+arguments 2 "$@"
+[ $# = 2 ] || refuse 'a program and a guide are needed'
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 

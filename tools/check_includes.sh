@@ -2,7 +2,10 @@
 # Folders of src build on each other: a file includes from its own folder and from those before it in this list, and
 # no files include each other in a circle, a header and its .cpp taken as one.
 set -eu
-cd "$(dirname -- "$0")/.."
+script=$(readlink -f -- "$0")
+cd "${script%/*}/.."
+. tools/arguments.sh
+arguments 0 "$@"
 order='platform support expressions source statements rules driver report'
 
 # One line an include: the file that has it and the one that it names, as FOLDER/NAME without an extension.

@@ -1,9 +1,25 @@
 #!/bin/sh
 # ./convert and ./check where they are used: in a checkout with an odd path, reached through a link, moved after a
-# build, by a user without a locale, in another user's checkout, without the packages.
+# build, by a user without a locale, where nothing can be written, without the packages. And every script of ours
+# prints its usage if it is asked, or told what it doesn't know.
+#   tools/check_scripts.sh [quick]     quick: not if they have passed as they are
 set -eu
-cd "$(dirname -- "$0")/.."
+cd "$(dirname -- "$(readlink -f -- "$0")")/.."
+most=1
 . tools/checks.sh
+case ${1-quick} in
+quick) ;;
+*) refuse "what is $1?" ;;
+esac
+
+passed=$MURL_BUILD/passed_scripts
+sum=$(find .ci .gitattributes check convert report CMakeLists.txt CMakePresets.json cmake bench/run fuzz/run \
+    tests/CMakeLists.txt tests/coverage tests/hostile tests/mutate tools packaging samples -type f ! -name '*_conv*' -exec sha256sum {} + |
+    sort | sha256sum)
+if [ -n "${1-}" ] && [ "$(cat "$passed" 2>/dev/null)" = "$sum" ]; then
+    leave_out 'scripts, which have passed as they are'
+    exit
+fi
 
 # The copy that is tried is in a place that any user may enter. Its path has what paths on other machines have.
 work=$(mktemp -d)
@@ -12,7 +28,7 @@ trap 'chmod -R u+w "$work"; rm -rf "$work"' EXIT
 trap 'exit 1' HUP INT TERM
 copy="$work/Maßstab 1 & 2/murl conv"
 mkdir -p "$copy" "$work/scripts" "$work/home" "$work/stub"
-for entry in check convert CMakeLists.txt CMakePresets.json LICENSE README.md CHANGELOG.md cmake docs packaging \
+for entry in .gitattributes .ci check convert report bench fuzz CMakeLists.txt CMakePresets.json LICENSE README.md CHANGELOG.md cmake docs packaging \
     samples src tools tests; do
     cp -R "$entry" "$copy"
 done
@@ -28,7 +44,7 @@ run() {
 # What the last run printed (out or err) must be these lines; the words in capitals of the wanted lines stand for
 # what depends on the machine.
 expect() {
-    sed -e "s|$work|WORK|g" -e 's|murlconv/[0-9]*|murlconv/SUM|' "$work/$1" |
+    sed "s|$work|WORK|g" "$work/$1" |
         diff -u --label "wanted ($2)" --label "$1" - "$work/wanted" >"$work/diff" 2>&1 ||
         fail "$2: $(cat "$work/diff" "$work/err")"
 }
@@ -62,8 +78,8 @@ expect_converted() {
     done
 }
 
-# The first use builds and says so; the next, by another list, through links and after that by another user, says
-# nothing. Outputs that lie in the sources change nothing.
+# The first use builds and says so; the next, by another list and through links, says nothing. Outputs that lie in the
+# sources change nothing.
 check_first_use() {
     fresh_scripts
     printf 'no script' >"$copy/src/rules/x_conv.mrl"
@@ -85,33 +101,44 @@ END
     (cd "$work/scripts" && run ../convert 'a plate.mrl' Ä.mrl missing.mrl && expect_run 'names' 0 \
         'Unable to open missing.mrl' </dev/null)
     expect_converted 'names in the current folder'
-    tools/check_guide.sh "$copy/build/release/murlconv" docs/finishing.md
 }
 
-# Another user's checkout, which was moved since his own build: he can use what its owner has built there, and
-# builds in his cache when that is too old.
-check_shared() {
-    mkdir -p "$work/home/.cache"
+# On a terminal the last line tells what was written; the second of two waits for the first, and says so.
+check_terminal() {
+    fresh_scripts
+    run script -qec "'$copy/convert' '$work/scripts/Ä.mrl' missing.mrl" /dev/null </dev/null
+    tr -d '\r' <"$work/out" >"$work/lines"
+    mv "$work/lines" "$work/out"
+    expect_run 'a terminal' 0 "Unable to open missing.mrl
+convert: 1 of 2 files written, X_conv.mrl beside X.mrl; \
+what is left to do: 'WORK/Maßstab 1 & 2/murl conv/report' PATH...
+" </dev/null
+    touch "$copy/src/newer"
+    flock "$copy/build/lock" sleep 3 &
+    sleep 1
+    run "$copy/convert" "$work/scripts/Ä.mrl"
+    [ "$(head -n 1 "$work/err")" = "convert: waiting for another build in $copy/build" ] || fail "two at once: $(cat "$work/err")"
+    wait
+}
+
+# A checkout that was moved since its build, is built anew; one that can't be written says what to do, and so does one
+# in whose path CMake finds what it takes for its own.
+check_moved() {
     mv "$copy" "$work/moved"
     copy=$work/moved
-    other=
-    if [ "$(id -u)" = 0 ]; then
-        other='setpriv --reuid=65534 --regid=65534 --clear-groups'
-    fi
-    cache=$work/home/.cache/murlconv/$(printf %s "$copy" | cksum | cut -d ' ' -f 1)
-    mkdir -p "$cache"
-    cp -R "$copy/build/release" "$cache"
-    [ -z "$other" ] || chown -R 65534:65534 "$work/home"
-    chmod -R a-w "$copy"
-    fresh_scripts
-    # shellcheck disable=SC2086 # several words
-    run $other "$copy/convert" "$work/scripts/a plate.mrl" "$work/scripts/Ä.mrl"
-    expect_run 'moved, and the folder of another user' 0 '' <<END
-convert: building murlconv in WORK/home/.cache/murlconv/SUM/release
-convert: WORK/home/.cache/murlconv/SUM/release was made for another place; it is made anew
+    run "$copy/convert" "$work/scripts/Ä.mrl"
+    expect_run 'moved' 0 '' <<END
+convert: building murlconv in WORK/moved/build/release
+convert: WORK/moved/build/release was made for another place; it is made anew
 END
-    expect_converted 'moved, and the folder of another user'
-    chmod -R u+w "$copy"
+    run MURL_BUILD=/proc/none "$copy/convert" "$work/scripts/Ä.mrl"
+    expect_run 'nothing can be written' 1 '' <<END
+convert: can't write to /proc/none; set MURL_BUILD to a folder of yours
+END
+    run MURL_BUILD="$work/a;b" "$copy/convert" "$work/scripts/Ä.mrl"
+    expect_run 'a semicolon' 1 '' <<END
+convert: can't build where a path has one of [ ] # ; \\: WORK/a;b
+END
 }
 
 # A build that fails shows its own log, not that of an earlier one.
@@ -123,21 +150,22 @@ check_failed_build() {
     expect_run 'failed build' 1 '' <<END
 convert: building murlconv in WORK/own/release
 no compiler
-convert: release could not be built
+convert: WORK/own/release could not be prepared
 END
     rm "$work/stub/cmake"
 }
 
 # The command line of ./check, and its last line.
 check_verdicts() {
-    run "$copy/check" debug nonsense
-    expect_run 'unknown step' 2 '' <<END
-check: there is no step 'nonsense'
-$(sed -n "s/^all_steps='\(.*\)'/steps: \1/p" check)
-options: --allow-skips --help
-END
-    run "$copy/check" --quick
-    [ $status = 2 ] || fail 'unknown option'
+    for script in check .ci/run bench/run fuzz/run tests/coverage tests/hostile tests/mutate tools/*.sh; do
+        if [ ! -x "$script" ] || [ "$script" = tools/release.sh ]; then
+            continue
+        fi
+        run "$copy/$script" --help
+        [ "$status $(head -n 1 "$work/out")" = "0 $(sed -n '2s/^# //p' "$script")" ] || fail "$script --help"
+        run "$copy/$script" nonsense --nonsense
+        [ "$status" = 2 ] || fail "$script --nonsense: $status"
+    done
 
     # Packages that are all there, and a source that isn't as it should be.
     stub dpkg-query 'printf installed'
@@ -174,12 +202,21 @@ check_release() {
     grep -q 'the newest entry of CHANGELOG.md is "9.9, ' "$work/err" || fail "two versions: $(cat "$work/err")"
     [ $status = 1 ] || fail "two versions: status $status"
     [ ! -e "$work/dist" ] || fail 'a release that should have been refused'
+    # A checkout made for Windows is the same.
+    git -C "$copy" add .
+    git -C "$copy" -c user.name=a -c user.email=b commit --quiet -m a
+    git clone --quiet -c core.autocrlf=true "$copy" "$work/clone"
+    git -C "$copy" ls-files | while read -r file; do
+        cmp "$copy/$file" "$work/clone/$file"
+    done
     rm -rf "$copy/.git"
 }
 
 check_first_use
+check_terminal
 check_release
-check_shared
+check_moved
 check_failed_build
 check_verdicts
+echo "$sum" >"$passed"
 echo 'scripts: ./convert and ./check work from odd places, and tell what they do'

@@ -1,8 +1,14 @@
 #!/bin/sh
-# Builds a preset that has tests, debug or sanitize, and runs them.
+# Builds a preset that has tests, and runs them:
+#   tools/check_tests.sh debug | sanitize
 set -eu
-cd "$(dirname -- "$0")/.."
+cd "$(dirname -- "$(readlink -f -- "$0")")/.."
+most=1
 . tools/checks.sh
+case ${1-} in
+debug | sanitize) ;;
+*) refuse 'which preset?' ;;
+esac
 
 need check 'no test is built'
 build_preset "$1"

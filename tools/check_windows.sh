@@ -2,7 +2,7 @@
 # The Windows side: builds murlconv.exe and its tests, and runs them under wine. Every golden pair and sample
 # must give what the POSIX build gives, with CR LF for LF.
 set -eu
-cd "$(dirname -- "$0")/.."
+cd "$(dirname -- "$(readlink -f -- "$0")")/.."
 . tools/checks.sh
 work=$MURL_BUILD/windows_check
 wine_home=$MURL_BUILD/windows_wine

@@ -1,11 +1,16 @@
-# What the steps of ./check share; to be read by a script that has set -eu and stands at the checkout's root.
-# It sets root and MURL_BUILD, so that a step can also be run alone.
+# What the steps of ./check share; to be read by a script in tools that has set -eu and stands at the checkout's root.
+# It sets root and MURL_BUILD, so that a step can also be run alone. The script takes no arguments, or as many as it
+# has set in most.
 # shellcheck shell=sh
 
-name=$(basename -- "$0" .sh)
 root=$(pwd -P)
+script=$root/tools/${0##*/}
+. tools/arguments.sh
 . tools/builds.sh
+arguments "${most:-0}" "$@"
 find_build_folder
+# A warning is an error in the developers' presets; where every change is tried, in all of them.
+configure_options=${CI:+-DCMAKE_COMPILE_WARNING_AS_ERROR=ON}
 # The same messages and the same order of names for everybody; and wine spells file names by it.
 export LC_ALL=C.UTF-8
 
@@ -26,6 +31,11 @@ skip() {
     tell "skipped: $1"
     printf '%s\n' "$1" >"$MURL_BUILD/skip_reason"
     exit 77
+}
+
+# Something that a step hasn't done on purpose. ./check tells it in its last line.
+leave_out() {
+    printf '%s\n' "$1" >>"$MURL_BUILD/left_out"
 }
 
 # A file with its LF as CR LF.

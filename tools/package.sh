@@ -5,6 +5,7 @@
 #     FOLDER/murlconv_VERSION_ARCHITECTURE.deb
 set -eu
 cd "$(dirname -- "$0")/.."
+most=1
 . tools/checks.sh
 dist=${1:-dist}
 # Permissions and the times in a zip are the same wherever it is made.

@@ -2,8 +2,14 @@
 # The one list of Debian packages. Installs what is missing of the groups that are named:
 #   tools/packages.sh build          what ./convert builds with
 #   tools/packages.sh build check    and what the tests need, and so on
-# Installs as root or through sudo; without either it prints the line to run and fails.
+# Says first how many packages that are and how large. Installs as root or through sudo; without either it prints the
+# line to run and fails.
 set -eu
+script=$(readlink -f -- "$0")
+cd "${script%/*}/.."
+. tools/arguments.sh
+arguments 99 "$@"
+[ $# -gt 0 ] || refuse 'no group is named'
 
 group_packages() {
     case $1 in
@@ -23,16 +29,14 @@ group_packages() {
     fuzz) echo clang libclang-rt-dev ;;
     coverage) echo gcovr ;;
     release) echo git ;;
-    *)
-        echo "packages.sh: no group of packages is called $1" >&2
-        exit 2
-        ;;
+    *) refuse "no group of packages is called $1" ;;
     esac
 }
 
 missing=
 for group in "$@"; do
-    for package in $(group_packages "$group"); do
+    packages=$(group_packages "$group")
+    for package in $packages; do
         status=$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null) || status=none
         case " $missing " in
         *" $package "*) ;;
@@ -47,17 +51,28 @@ if [ "$(id -u)" = 0 ]; then
 elif command -v sudo >/dev/null 2>&1; then
     as_root=sudo
 else
-    echo "packages.sh: these packages are needed; please run: apt-get install$missing" >&2
+    tell "these packages are needed; please run: apt-get install$missing"
     exit 1
 fi
-echo "packages.sh: installing$missing" >&2
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
+# What apt takes for an installation of them.
+apt_install() {
+    # shellcheck disable=SC2086 # several words
+    $as_root env DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8 apt-get install --no-install-recommends "$1" $missing
+}
+
 # A source of packages that can't be reached is no reason to give up: another may have them all.
-# shellcheck disable=SC2086 # several words
-if ! { { $as_root apt-get update || true; } && $as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y \
-    --no-install-recommends $missing; } >"$log" 2>&1 </dev/null; then
+$as_root apt-get update >"$log" 2>&1 </dev/null || true
+# It asks, gets no for an answer, and has told by then how much it would be.
+costs=$(apt_install --assume-no 2>/dev/null </dev/null | sed -n '
+    s/.* \([0-9]* newly installed\),.*/\1/p
+    s/^Need to get \([0-9.,]* [kMG]*B\).*/\1 to fetch/p
+    s/^After this operation, \(.*\) of additional disk space.*/\1 on the disk/p' |
+    awk '{ printf "%s%s", NR > 1 ? ", " : "", $0 }') || true
+tell "installing$missing${costs:+ ($costs)}"
+if ! apt_install -y >>"$log" 2>&1 </dev/null; then
     cat "$log" >&2
-    echo "packages.sh: these packages are needed and could not be installed:$missing" >&2
+    tell "these packages are needed and could not be installed:$missing"
     exit 1
 fi
