@@ -1,25 +1,34 @@
-// Journal: the hook by which a companion program follows a conversion, statement by statement.
+// Journal: one record of each statement, for a companion program that follows a conversion.
 //
-// The converter itself sets no hook and keeps no records. While one is called, the slots, line_buf and the
-// source are as the statement left them.
+// It joins what the fetcher, the emission, the evaluator and the statement loop say of a statement; each of
+// their hooks is declared where it is raised. The converter itself sets none of them and keeps no records.
 #pragma once
 
-#include "statements/recogniser.h"
+#include "driver/statement_loop.h"
+#include "rules/slot_writer.h"
 
+#include <stddef.h>
 #include <stdint.h>
 
-// What is known of one statement when it is finished, and of the end of the source when that is met.
-struct statement_record {
-    statement_head head;
-    int32_t result;       // what next_statement gave: a row of the command table, or a statement result code
-    int32_t fetched;      // of a command what fetch_args gave: a count, or a fetch failure code; else 0
-    int32_t failed_at;    // of a failed fetch the spec position of its argument, from 1; else 0
-    uint32_t next_line;   // line of the source on which the next character stands
-    bool line_left;       // the statement's line goes on, and is read as the next statement
-    uint64_t output_end;  // bytes written by then, with one byte for a line end on every platform
-    bool source_complete; // at the end of the source: nothing of the file follows; a byte 26 ends it early
+// A text as it is in the script.
+struct journal_text {
+    const char *text;
+    size_t size;
 };
 
-// Told after each statement, and once more when the reading of the source stops (result is STATEMENT_END or
-// a code that stops). Null: nobody listens.
-extern void (*statement_seen)(const statement_record *record);
+// The record of a statement, or of the end of the reading. All of it is valid while it is handed over.
+struct journal_record {
+    statement_result done;
+    const char *message;       // the evaluator's first one in this statement, or empty
+    const journal_text *typed; // of a command's arguments, by position less 1, quotes and escapes as typed
+    int32_t typed_count;       // positions whose texts were kept whole
+    journal_text surplus;      // of a command: the rest of the line, for which it has no argument
+    const emit_write *writes;  // what was written of which argument, in order
+    int32_t write_count;
+};
+
+// Has take called with the record of each statement from now on.
+void journal_start(void (*take)(const journal_record &record));
+
+// Ends that.
+void journal_stop();

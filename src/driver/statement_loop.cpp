@@ -1,6 +1,5 @@
 #include "driver/statement_loop.h"
 
-#include "driver/journal.h"
 #include "rules/rule_table.h"
 #include "source/src_stream.h"
 #include "statements/arg_fetcher.h"
@@ -10,7 +9,7 @@
 #include "statements/statement_text.h"
 #include "support/output.h"
 
-void (*statement_seen)(const statement_record *record);
+void (*statement_done)(const statement_result &done);
 
 // Writes what a failed fetch has left of its statement; the rest of the line is the next statement.
 static void write_failed_argument()
@@ -30,19 +29,19 @@ static int32_t command_convert(const cmd_row &row)
     return count;
 }
 
-// Tells statement_seen of a finished statement.
-static void journal_tell(const statement_head &head, int32_t result, int32_t fetched)
+// Hands on what came of a statement.
+static void tell_done(const statement_head &head, int32_t result, int32_t fetched)
 {
-    statement_record record{};
-    record.head = head;
-    record.result = result;
-    record.fetched = fetched;
-    record.failed_at = fetched < 0 ? static_cast<int32_t>(arg_type_cursor - arg_types) + 1 : 0;
-    record.next_line = src_line();
-    record.line_left = fetched < 0 && src.pos[-1] != '\n';
-    record.output_end = out_tell();
-    record.source_complete = src_ended();
-    statement_seen(&record);
+    statement_result done{};
+    done.head = head;
+    done.result = result;
+    done.fetched = fetched;
+    done.failed_at = fetched < 0 ? static_cast<int32_t>(arg_type_cursor - arg_types) + 1 : 0;
+    done.next_line = src_line();
+    done.line_left = fetched < 0 && src.pos[-1] != '\n';
+    done.source_complete = src_ended();
+    done.output_end = out_tell();
+    statement_done(done);
 }
 
 void statement_loop()
@@ -50,10 +49,10 @@ void statement_loop()
     int32_t result;
     do {
         statement_head head{};
-        result = next_statement(statement_seen != nullptr ? &head : nullptr);
+        result = next_statement(statement_done != nullptr ? &head : nullptr);
         int32_t fetched = result >= 0 ? command_convert(command_row_at(result)) : 0;
-        if (statement_seen != nullptr)
-            journal_tell(head, result, fetched);
+        if (statement_done != nullptr)
+            tell_done(head, result, fetched);
     } while (!statement_stops(result));
     src_close();
 }

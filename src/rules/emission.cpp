@@ -28,6 +28,19 @@ static char *put_list(char *output, const form_code &form, const form_piece *pie
 }
 
 // Writes a number, or a tail with the cursor on its slot; GETCUR's new line leaves the cursor where the
+// Writes a number made of a slot.
+static void emit_number(const form_piece *piece, const rule_choice &choice, const arg_slot *slot)
+{
+    uint64_t from = out_tell();
+    switch (piece->kind) {
+    case PUT_IVAL: out_format("%d", slot_ival(slot)); break;
+    case PUT_DVAL: out_format("%f", slot_dval(slot)); break;
+    case PUT_NUMBER: out_format("%d", choice.number); break;
+    default: out_format("%d", slot_lval(slot)); break;
+    }
+    emit_tell(slot, true, from, out_tell());
+}
+
 // comment pass left it.
 static void emit_other(const form_piece *piece, const rule_choice &choice)
 {
@@ -37,10 +50,10 @@ static void emit_other(const form_piece *piece, const rule_choice &choice)
         arg_cursor = slot;
     switch (piece->kind) {
     case PUT_IF_SET:
-    case PUT_LVAL: out_format("%d", slot_lval(slot)); break;
-    case PUT_IVAL: out_format("%d", slot_ival(slot)); break;
-    case PUT_DVAL: out_format("%f", slot_dval(slot)); break;
-    case PUT_NUMBER: out_format("%d", choice.number); break;
+    case PUT_LVAL:
+    case PUT_IVAL:
+    case PUT_DVAL:
+    case PUT_NUMBER: emit_number(piece, choice, slot); break;
     case TAIL_ATTR_COMMENT: emit_attr_comment(); break;
     case TAIL_ATTR: emit_attr_tail(); break;
     case TAIL_TEXT_COMMENT: emit_text_comment(); break;

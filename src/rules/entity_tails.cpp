@@ -70,7 +70,10 @@ void emit_text_tail(const uint8_t *types)
     }
     int32_t style = take_bounded_int(types[6], text_style_low, text_style_high);
     // Kept: a style below 0 writes nothing, not even a comma, so that all after it is one position early.
-    if (style >= 0)
+    if (style >= 0) {
+        uint64_t from = out_tell() + 2;
         out_text(text_styles[style]);
+        emit_tell(first + 6, true, from, out_tell());
+    }
     emit_arguments(first + 7, text_span - 7);
 }

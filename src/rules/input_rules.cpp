@@ -45,7 +45,7 @@ static constexpr rule_row input_table[] = {
     {402, "EXIT", "", EFFECT_COPIED, nullptr, form("{W} \n")},
     {403, "ABORT", "", EFFECT_COPIED, nullptr, form("{W} \n")},
     // Kept: any argument but -1 is dropped.
-    {404, "DELENT", "-1", EFFECT_COPIED, nullptr, form("{W} -1\n"), choose_delent, "the value is -1"},
+    {404, "DELENT", "-1", EFFECT_COPIED, nullptr, form("{W} {I1}\n"), choose_delent, "the value is -1"},
     {404, "DELENT", "[n1]", EFFECT_REBUILT, nullptr, form("{W}\n"), nullptr, "the value is another"},
     // Kept: a blank at the end, and two if there is no argument.
     {405, "GETKEY", "[n1]", EFFECT_COPIED, nullptr, form("{W} {A1} \n")},

@@ -56,8 +56,10 @@ void emit_menu_string(const uint8_t *types)
             // Without the character at either end: the quotes, or whatever a raw text has there.
             const arg_slot *entry = menu_entries + i;
             last_empty = entry->text_size <= 2;
-            if (!last_empty)
+            if (!last_empty) {
+                emit_tell(entry, false, out_tell(), out_tell() + entry->text_size - 2);
                 out_bytes(entry->text + 1, entry->text_size - 2);
+            }
         }
         // Kept: a gap counts too if the string before it wasn't empty, so two gaps in a row leave one bar.
         if (i > 0 && !last_empty)

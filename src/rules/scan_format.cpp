@@ -46,6 +46,7 @@ int32_t scan_format_variables(const char *format, uint32_t size)
 static void emit_format_text(const char *format, uint32_t size)
 {
     out_text(" \"");
+    uint64_t from = out_tell();
     for (uint32_t i = 0; i < size && i < scan_format_max; i++) {
         if (format[i] == '\n')
             out_text("\\n");
@@ -54,6 +55,7 @@ static void emit_format_text(const char *format, uint32_t size)
         else
             out_char(static_cast<unsigned char>(format[i]));
     }
+    emit_tell(arg_slots + 1, false, from, out_tell());
     out_char('"');
 }
 

@@ -1,5 +1,7 @@
 #include "rules/slot_writer.h"
 
+void (*emit_wrote)(const emit_write &write);
+
 char *put_long(char *output, const char *text, size_t size)
 {
     out_give_place(output);

@@ -10,6 +10,24 @@
 #include <stdint.h>
 #include <string.h>
 
+// What was written of an argument.
+struct emit_write {
+    int32_t slot;
+    bool value;    // a number or a word made of its value; else its text, or a part of that
+    uint64_t from; // offset of its first byte in the output
+    uint64_t to;   // and of the byte after its last
+};
+
+// The hook that receives each of them; null: nobody listens.
+extern void (*emit_wrote)(const emit_write &write);
+
+// Reports to the hook, if there is one, that the bytes of the output between two offsets are of a slot.
+inline void emit_tell(const arg_slot *slot, bool value, uint64_t from, uint64_t to)
+{
+    if (emit_wrote != nullptr)
+        emit_wrote({static_cast<int32_t>(slot - arg_slots), value, from, to});
+}
+
 // Bytes of the output that put_text has for texts of at most slot_text_slack characters: what a whole form
 // writes of them, with a list of as many slots as there are.
 constexpr size_t put_room = 4096;
@@ -30,6 +48,8 @@ inline char *put_text(char *output, const char *text, size_t size)
 // The text of a slot.
 inline char *put_slot(char *output, const arg_slot *slot)
 {
+    uint64_t from = out_file.start + static_cast<uint64_t>(output - out_file.buffer);
+    emit_tell(slot, false, from, from + slot->text_size);
     return put_text(output, slot->text, slot->text_size);
 }
 
@@ -46,6 +66,7 @@ int32_t take_bounded_int(uint8_t type_byte, int32_t low, int32_t high);
 // The text of a slot.
 inline void emit_text(const arg_slot *slot)
 {
+    emit_tell(slot, false, out_tell(), out_tell() + slot->text_size);
     out_bytes(slot->text, slot->text_size);
 }
 

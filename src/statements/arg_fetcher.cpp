@@ -10,6 +10,8 @@
 
 #include <string.h>
 
+void (*arg_begins)(int32_t position);
+
 // One list of arguments while it is fetched.
 struct arg_list {
     arg_slot *slot;         // the next one to fill
@@ -92,6 +94,8 @@ static int32_t fetch_one(arg_list *list, uint8_t type, arg_text *arg)
 {
     bool numeric = type >= ARG_LONG && type <= ARG_DOUBLE;
     bool item = type == ARG_ITEM;
+    if (arg_begins != nullptr)
+        arg_begins(static_cast<int32_t>(list->slot - arg_slots));
     int32_t fault = arg_text_read(list->keep, item || type == ARG_STR, item || numeric, arg);
     list->keep = arg->text + arg->size;
     list->last_token = nullptr;
@@ -123,8 +127,13 @@ static int32_t fetch_failed(arg_list list, arg_text last, int32_t fault)
 static void skip_line(int c, unsigned char *keep)
 {
     src_piece piece{nullptr, 1, c == '\n' || c == -1};
-    while (piece.size > 0 && !piece.ends_line)
+    if (arg_begins != nullptr)
+        arg_begins(0);
+    while (piece.size > 0 && !piece.ends_line) {
         piece = src_take_line(SIZE_MAX, keep);
+        if (arg_typed != nullptr)
+            arg_typed(piece.text, piece.size);
+    }
 }
 
 int32_t fetch_args(int32_t spec_count, const uint8_t *spec)

@@ -12,6 +12,10 @@
 // length and 1.
 constexpr int32_t arg_pool_size = 3001;
 
+// The hook that is called before the text of a position is read, and with 0 before the rest of the line that
+// the command has no argument for. What follows comes by arg_typed (arg_text.h). Null: nobody listens.
+extern void (*arg_begins)(int32_t position);
+
 // Fetches a statement's arguments and reads over its line feed. Entered with arg_cursor on slot 1 and
 // arg_type_cursor on the first arg_types byte. Returns the number of spec positions walked, repetitions
 // included, with both cursors on their first element (slot 0); or a FETCH_ code for an argument that is

@@ -9,6 +9,8 @@
 
 #include <string.h>
 
+void (*arg_typed)(const unsigned char *text, size_t size);
+
 // The text of an argument while it is read, in the source's window.
 struct text_reader {
     unsigned char *start;
@@ -22,10 +24,18 @@ static text_reader reader_make(unsigned char *start)
     return text_reader{start, start, start, start};
 }
 
+// Hands on what of the script belongs to an argument.
+static void hear_typed(const unsigned char *text, size_t size)
+{
+    if (arg_typed != nullptr)
+        arg_typed(text, size);
+}
+
 // Moves the characters between from and p to the text's end.
 static void close_up(text_reader *text)
 {
     auto size = static_cast<size_t>(text->p - text->from);
+    hear_typed(text->from, size);
     text->to = text->to == text->from ? text->p : src_rewrite(text->to, text->from, size, text->p);
     text->from = text->p;
 }
@@ -121,6 +131,7 @@ static void read_escape(text_reader *text)
         c = static_cast<unsigned char>(escape_decode(reinterpret_cast<const char *>(escape),
                                                      reinterpret_cast<const char *>(src.end), false, &size));
     text->p = text->from = escape + size;
+    hear_typed(src.pos, static_cast<size_t>(text->p - src.pos));
     text->to = src_rewrite(text->to, &c, 1, text->p);
 }
 
@@ -143,9 +154,11 @@ static int32_t read_string(arg_text *arg)
     const unsigned char quote = *src.pos;
     text_reader text = reader_make(src.pos + 1);
     int32_t fault = 0;
+    hear_typed(&quote, 1);
     while (reader_next(&text, &arg->last, [](const unsigned char *p) { return scan_string(p); })) {
         if (*text.p == quote) {
             close_up(&text);
+            hear_typed(&quote, 1);
             src.pos = text.p + 1;
             fault = read_after_quote(text.to + 1, text.to + 1 - text.start, arg);
             break;

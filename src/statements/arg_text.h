@@ -4,6 +4,7 @@
 // a string gets its double quotes there, so a text is one piece of the window and is never copied.
 #pragma once
 
+#include <stddef.h>
 #include <stdint.h>
 
 // What fetch_args returns for a failure, by cause. The converter treats them alike.
@@ -24,6 +25,10 @@ struct arg_text {
     int last;            // the character that ended the argument, which was read; -1: the end of the source
     bool quoted;         // a string in quotes; the character before it and the one after it are free to write
 };
+
+// The hook that receives an argument's text as it is in the script, quotes and escapes as typed, piece by
+// piece. Null: nobody listens. arg_begins (arg_fetcher.h) says whose text it is.
+extern void (*arg_typed)(const unsigned char *text, size_t size);
 
 // Reads over blanks and tabs, and then one argument, up to a comma, a line feed, or the end of the source.
 // With strings, one that begins with a quote is a string, which may run over line ends; anything else is raw
