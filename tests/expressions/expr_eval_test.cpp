@@ -564,15 +564,34 @@ TEST_F(expr_eval_test, nests_as_deep_as_50_unfinished_symbols)
     }
 }
 
-// A finished operand is one symbol, however many it was made of: a chain of them fits at any length.
-TEST_F(expr_eval_test, chains_finished_operands_without_end)
+// A finished operand is one symbol, whatever it was made of: after a chain of them there is room for exactly
+// as much as after a single one.
+TEST_F(expr_eval_test, counts_a_finished_operand_as_one_symbol)
 {
     value_of("INT a[1], b[1][1]");
-    for (const char *link : {"+0", "+(0!=0)", "<<0", "?0:0", "+-0", "+(0)", "+1\"", "*1'", "*1'2\"", "+a[0]",
-                             "+b[0][0]", "+SIZEOF(a)", "+COPSIZE(int)", "+abs(0)", "+hypot(0,0)", "+(x=1)",
-                             "+(a[0]=1)", "+($s=\"t\")", "+($$l[0]=\"t\")"}) {
-        std::string text = "0" + times(45, link);
-        EXPECT_NE(value_of(text).substr(0, 4), "null") << text;
+    for (const char *link : {"",
+                             "+0",
+                             "+(0!=0)",
+                             "<<0",
+                             "?0:0",
+                             "+-0",
+                             "+(0)",
+                             "+1\"",
+                             "*1'",
+                             "*1'2\"",
+                             "+a[0]",
+                             "+b[0][0]",
+                             "+SIZEOF(a)",
+                             "+COPSIZE(int)",
+                             "+abs(0)",
+                             "+hypot(0,0)",
+                             "+(x=1)",
+                             "+(a[0]=1)",
+                             "+($s=\"t\")",
+                             "+($$l[0]=\"t\")"}) {
+        std::string chain = "0" + times(3, link) + "?";
+        EXPECT_NE(value_of(chain + times(47, "-") + "0:0").substr(0, 4), "null") << link;
+        EXPECT_EQ(value_of(chain + times(48, "-") + "0:0"), "null: yacc stack overflow") << link;
     }
 }
 
