@@ -64,7 +64,8 @@ static bool read_all(int file, byte_list *text)
     return true;
 }
 
-// Hands over each path of a text that read_all has read, with a separator between them. An empty one is none.
+// Hands over each path of a text that read_all has read, with a separator between them. Empty paths are
+// skipped.
 static select_result take_paths(byte_list *text, char separator,
                                 void (*take)(const char *path, void *context), void *context)
 {

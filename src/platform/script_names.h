@@ -6,8 +6,8 @@
 // What an output's name has after its input's, in front of the extension.
 inline constexpr char output_suffix[] = "_conv";
 
-// Writes the path of an input's output, X_conv.ext for X.ext, to output, which has room for the path and for
-// sizeof output_suffix more.
+// Writes the path of an input's output, X_conv.ext for X.ext, to output, a buffer of strlen(path) + sizeof
+// output_suffix bytes.
 void output_path_write(char *output, const char *path);
 
 // What the name of a file says of it. A script's extension is .mrl or .mrp, in any case.

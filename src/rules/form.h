@@ -1,4 +1,4 @@
-// Forms: the output of a rule as one literal, with the slots named in place.
+// Forms: the output of a rule as one literal, with a placeholder for each slot.
 //
 // Everything here is done by the compiler. It takes each form apart, and refuses one that is malformed, names
 // a slot that its command lacks, or has a tail without its comment pass; at run time emit_form only copies.
@@ -43,9 +43,7 @@ enum form_kind : uint8_t {
     TAIL_SCAN
 };
 
-// The tails. What each writes stands at its routine, in entity_tails.h, menu_tails.h and scan_format.h. A
-// tail that works from what a comment pass over the same slots has noted names that pass; in GETMENU's form
-// it is getmenu-comment.
+// The tails. Each is described at its routine, in entity_tails.h, menu_tails.h or scan_format.h.
 struct form_tail {
     const char *name;
     form_kind kind;

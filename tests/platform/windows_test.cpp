@@ -2,6 +2,7 @@
 // 1 if there was one. It works in the current directory, which is empty. The open dialog and the message box
 // are tried by windows_dialog.sh.
 #include "platform/platform.h"
+#include "platform/script_names.h"
 #include "platform/windows_paths.h"
 
 #define WIN32_LEAN_AND_MEAN
@@ -100,6 +101,8 @@ static void test_path_splits()
     memset(long_path, 'n', sizeof long_path - 1);
     memcpy(long_path + 50000, "\\x.mrl", 6);
     CHECK(plat_extension_start(long_path) == 50002, "long path");
+    CHECK(name_kind_of("nowhere\\A_CONV.MRL") == NAME_LONE, "an output in capitals");
+    CHECK(name_kind_of("nowhere\\A.MRL") == NAME_SCRIPT, "a script in capitals");
 }
 
 // Collects paths, each in brackets.

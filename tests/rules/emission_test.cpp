@@ -13,7 +13,7 @@
 #include <gtest/gtest.h>
 
 // Slots as the fetcher would leave them for a command, for the helpers that read under the cursor.
-// Gives the id.
+// Returns the id.
 static int32_t fetch(const char *statement, int32_t *count)
 {
     script_source source(statement);
@@ -47,7 +47,7 @@ TEST(emission, bounds_an_integer_and_steps_only_if_it_is_there)
     }
 }
 
-// Behind GETCUR's first three arguments: position 3 to 7, nine menu strings, two integers.
+// After GETCUR's first three arguments: position 3 to 7, nine menu strings, two integers.
 TEST(emission, walks_the_tail_of_getcur_in_two_passes)
 {
     static const struct {
