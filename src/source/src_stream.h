@@ -102,10 +102,12 @@ inline int src_getc()
 // Reads over blanks and tabs. What is before keep stays as it is; null: nothing has to stay.
 inline void src_skip_blanks(unsigned char *keep)
 {
-    do
-        while (*src.pos == ' ' || *src.pos == '\t')
-            src.pos++;
-    while (src.pos == src.end && src_more(keep));
+    do {
+        unsigned char *p = src.pos;
+        while (*p == ' ' || *p == '\t')
+            p++;
+        src.pos = p;
+    } while (src.pos == src.end && src_more(keep));
 }
 
 // Reads over white space, and returns the next character, which was returned to the source.

@@ -110,6 +110,12 @@ static int32_t fetch_one(arg_list *list, uint8_t type, arg_text *arg)
     return 0;
 }
 
+// True if a position can be without an argument: an empty one, or one left out at the list's end.
+static bool may_be_absent(uint8_t position)
+{
+    return (position & (ARG_OPTIONAL | ARG_PRINT)) != 0;
+}
+
 // Leaves in line_buf what the statement loop prints of a statement that failed. last is the text read last.
 static int32_t fetch_failed(arg_list list, arg_text last, int32_t fault)
 {
@@ -140,35 +146,38 @@ int32_t fetch_args(int32_t spec_count, const uint8_t *spec)
 {
     arg_list list{arg_slots + 1, arg_types, nullptr, nullptr, 0, arg_pool_size};
     arg_text arg{};
-    bool more = true; // the list goes on
-    bool gap = false; // an argument was empty: from then on every position takes a slot
-    for (int32_t p = 0; p < spec_count; p += p + 1 < spec_count || !more) { // the last position repeats
+    const uint8_t *const types_end = arg_types + arg_types_size;
+    int32_t p = 0;
+    bool more = spec_count != 0; // the list goes on
+    bool gap = false;            // an argument was empty: from then on every position takes a slot
+    while (more) {
         uint8_t position = spec[p];
-        bool repeats = (position & ARG_REPEAT) != 0;
-        bool given = false;
-        if (list.type == arg_types + arg_types_size)
+        if (list.type == types_end)
             return fetch_failed(list, arg, FETCH_TOO_MANY);
-        if (more) {
-            int32_t fault = fetch_one(&list, position & ARG_TYPE, &arg);
-            if (fault != 0)
-                return fetch_failed(list, arg, fault);
-            more = arg.last == ',' && (p + 1 < spec_count || repeats);
-            given = arg.size > 0 || arg.quoted;
-            gap |= !given;
-        } else {
-            *list.slot = slot_cleared;
-            *list.type = position & ARG_TYPE;
-        }
-        if (!given) {
+        int32_t fault = fetch_one(&list, position & ARG_TYPE, &arg);
+        if (fault != 0)
+            return fetch_failed(list, arg, fault);
+        more = arg.last == ',' && (p + 1 < spec_count || (position & ARG_REPEAT) != 0);
+        if (arg.size == 0 && !arg.quoted) {
             // Nothing after the last comma of a list that repeats is no item.
-            if (repeats && !more)
+            if ((position & ARG_REPEAT) != 0 && !more)
                 break;
-            if ((position & (ARG_OPTIONAL | ARG_PRINT)) == 0)
+            if (!may_be_absent(position))
                 return fetch_failed(list, arg, FETCH_MISSING);
+            gap = true;
             *list.type |= ARG_ABSENT;
         }
-        list.slot += given || gap;
+        list.slot++;
         list.type++;
+        p += p + 1 < spec_count || !more; // the last position repeats
+    }
+    // What is left out at the end; a position that repeats has no more items.
+    for (; p < spec_count && (spec[p] & ARG_REPEAT) == 0; p++) {
+        if (!may_be_absent(spec[p]))
+            return fetch_failed(list, arg, FETCH_MISSING);
+        if (gap)
+            *list.slot++ = slot_cleared;
+        *list.type++ = (spec[p] & ARG_TYPE) | ARG_ABSENT;
     }
     skip_line(arg.last, list.keep);
     arg_cursor = arg_slots;

@@ -2,6 +2,8 @@
 
 #include "support/number.h"
 
+#include <assert.h>
+
 arg_slot arg_slots[arg_slots_size + arg_slots_cleared];
 arg_slot *arg_cursor = arg_slots;
 uint8_t arg_types[arg_types_size];
@@ -41,8 +43,8 @@ const char *slot_str(const arg_slot *slot, uint32_t *size)
 
 void slots_end_list(arg_slot *end)
 {
+    assert(end > arg_slots && end < arg_slots + arg_slots_size);
     arg_slot *slot = end;
-    // How many there are can't be foreseen; as a rule one turn clears more than enough.
     do {
         for (int i = 0; i < arg_slots_cleared; i++)
             *slot++ = slot_cleared;

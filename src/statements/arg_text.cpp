@@ -31,6 +31,12 @@ static void hear_typed(const unsigned char *text, size_t size)
         arg_typed(text, size);
 }
 
+// Characters of the text up to p.
+static ptrdiff_t reader_size(const text_reader &text)
+{
+    return (text.to - text.start) + (text.p - text.from);
+}
+
 // Moves the characters between from and p to the text's end.
 static void close_up(text_reader *text)
 {
@@ -46,28 +52,39 @@ static int take_one(unsigned char *keep)
     return src.pos < src.end || src_more(keep) ? *src.pos++ : -1;
 }
 
-// Moves p to the next character that isn't simply part of the text: what scan stops at. Reads on at the
-// window's end. Returns false where the text ends because the source does, or because it is full; then the
-// character that no longer fits is read, and last is that character or -1.
-template <typename function> static bool reader_next(text_reader *text, int *last, function scan)
+constexpr int reader_on = -2; // no character: the text goes on
+
+// Where a text meets the window's end or is full. Returns reader_on if it goes on after the window's end;
+// else the character that no longer fits, which is read, or -1 at the end of the source. Rare: it stays out
+// of the readers' loops.
+__attribute__((noinline)) static int reader_at_end(text_reader *text)
+{
+    ptrdiff_t excess = reader_size(*text) - line_buf_capacity;
+    if (excess > 0)
+        text->p -= excess;
+    close_up(text);
+    src.pos = text->p;
+    if (excess >= 0)
+        return take_one(text->to);
+    if (!src_more(text->to))
+        return -1;
+    text->p = text->from = src.pos;
+    return reader_on;
+}
+
+// Moves p to the next character that isn't simply part of the text: what scan stops at. Returns reader_on; or
+// what reader_at_end does where the text ends before one.
+template <typename function> static inline int reader_next(text_reader *text, function scan)
 {
     for (;;) {
         text->p += scan(text->p);
-        ptrdiff_t excess = (text->to - text->start) + (text->p - text->from) - line_buf_capacity;
-        if (excess < 0 && text->p < src.end)
-            return true;
-        if (excess > 0)
-            text->p -= excess;
-        close_up(text);
-        src.pos = text->p;
-        if (excess >= 0) {
-            *last = take_one(text->to);
-            return false;
-        }
-        *last = -1;
-        if (!src_more(text->to))
-            return false;
-        text->p = text->from = src.pos;
+        if (reader_size(*text) < line_buf_capacity && text->p < src.end)
+            return reader_on;
+        text_reader here = *text; // the address of *text stays unknown, so that it can be in registers
+        int last = reader_at_end(&here);
+        *text = here;
+        if (last != reader_on)
+            return last;
     }
 }
 
@@ -84,30 +101,34 @@ static int32_t read_raw(bool counted, arg_text *arg)
 {
     text_reader text = reader_make(src.pos);
     int32_t depth = 0;
-    while (reader_next(&text, &arg->last, [](const unsigned char *p) { return scan_raw(p); })) {
-        unsigned char c = *text.p;
+    arg->text = text.start;
+    arg->quoted = false;
+    int last;
+    while ((last = reader_next(&text, [](const unsigned char *p) { return scan_raw(p); })) == reader_on) {
+        const unsigned char c = *text.p;
         if (ends_raw(c, depth)) {
             close_up(&text);
+            last = c;
             src.pos = text.p + 1;
-            arg->last = c;
             break;
         }
-        bool part = c == ',' || c == '(' || c == ')';
-        if (part && counted)
-            depth += (c == '(') - (c == ')');
-        text.p += part;
-        if (!part || depth < 0)
+        if (c == ',' || c == '(' || c == ')') {
+            if (counted)
+                depth += (c == '(') - (c == ')');
+            text.p++;
+            if (depth < 0) {
+                close_up(&text);
+                src.pos = text.p;
+                last = c;
+                break;
+            }
+        } else {
             close_up(&text);
-        if (depth < 0) {
-            src.pos = text.p;
-            break;
-        }
-        if (!part)
             text.from = ++text.p;
+        }
     }
-    arg->text = text.start;
+    arg->last = last;
     arg->size = static_cast<uint32_t>(text.to - text.start);
-    arg->quoted = false;
     return depth != 0 ? FETCH_PARENTHESES : 0;
 }
 
@@ -155,7 +176,8 @@ static int32_t read_string(arg_text *arg)
     text_reader text = reader_make(src.pos + 1);
     int32_t fault = 0;
     hear_typed(&quote, 1);
-    while (reader_next(&text, &arg->last, [](const unsigned char *p) { return scan_string(p); })) {
+    while ((arg->last = reader_next(&text, [](const unsigned char *p) { return scan_string(p); })) ==
+           reader_on) {
         if (*text.p == quote) {
             close_up(&text);
             hear_typed(&quote, 1);
