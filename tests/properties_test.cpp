@@ -1,7 +1,7 @@
 // Properties that hold for every script, tried on all golden scripts and samples.
 #include "common/diff.h"
-#include "common/random_texts.h"
 #include "common/run.h"
+#include "generators/random_texts.h"
 
 #include "source/src_stream.h"
 #include "statements/command_rows.h"

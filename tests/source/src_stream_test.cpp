@@ -2,8 +2,8 @@
 #include "source/src_stream.h"
 
 #include "common/diff.h"
-#include "common/random_texts.h"
 #include "common/run.h"
+#include "generators/random_texts.h"
 #include "support/scan.h"
 #include "support/text.h"
 
