@@ -69,7 +69,7 @@ costs=$(apt_install --assume-no 2>/dev/null </dev/null | sed -n '
     s/.* \([0-9]* newly installed\),.*/\1/p
     s/^Need to get \([0-9.,]* [kMG]*B\).*/\1 to fetch/p
     s/^After this operation, \(.*\) of additional disk space.*/\1 on the disk/p' |
-    awk '{ printf "%s%s", NR > 1 ? ", " : "", $0 }') || true
+    awk '{ printf "%s%s", (NR > 1 ? ", " : ""), $0 }') || true
 tell "installing$missing${costs:+ ($costs)}"
 if ! apt_install -y >>"$log" 2>&1 </dev/null; then
     cat "$log" >&2
