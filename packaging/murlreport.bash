@@ -1,18 +1,25 @@
 # Completion of murlreport for bash.
 _murlreport() {
-    local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
+    local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} kinds
+    # bash takes --opt=value apart: --opt, =, value.
+    if [[ $word == = ]]; then
+        word=
+    elif [[ $before == = ]]; then
+        before=${COMP_WORDS[COMP_CWORD - 2]}
+    fi
     COMPREPLY=()
     case $before in
     --kind)
         local done=
         [[ $word == *,* ]] && done=${word%,*},
-        mapfile -t COMPREPLY < <(compgen -P "$done" -W 'stopped broken guarded frozen lost gone byhand check quiet
-            unknown base dropped' -- "${word##*,}")
+        kinds='stopped broken guarded frozen lost gone byhand check quiet unknown base dropped'
+        mapfile -t COMPREPLY < <(compgen -P "$done" -W "$kinds" -- "${word##*,}")
         return
         ;;
     --command) return ;;
     --csv | --json | --html)
-        mapfile -t COMPREPLY < <(compgen -f -- "$word")
+        # Not a script: the report would replace it.
+        mapfile -t COMPREPLY < <(compgen -f -X '*.[mM][rR][lLpP]' -- "$word")
         return
         ;;
     esac

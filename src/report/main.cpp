@@ -45,7 +45,7 @@ static void define_options(CLI::App *app, command_line *line)
     app->add_flag("--one-run", options.one_run, "carry the SET COLLECT state from script to script");
     app->add_flag("--convert", options.convert, "write each X_conv; one that was edited is kept");
     app->add_flag("--force", options.force, "with --convert: replace those too")->needs("--convert");
-    app->set_version_flag("--version", "murlreport " MURL_VERSION);
+    app->set_version_flag("-V,--version", "murlreport " MURL_VERSION);
     app->footer(statuses);
 }
 
