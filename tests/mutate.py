@@ -363,7 +363,7 @@ def prepare():
     TREE.mkdir(parents=True, exist_ok=True)
     copy_tree()
     configure(OBJECTS, "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DMURL_HEAP_CHECKS=ON")
-    configure(RELEASE, "-DCMAKE_BUILD_TYPE=Release", "-DMURL_TESTS=OFF", "-DCMAKE_EXE_LINKER_FLAGS=-s")
+    configure(RELEASE, "-DCMAKE_BUILD_TYPE=Release", "-DBUILD_TESTING=OFF", "-DCMAKE_EXE_LINKER_FLAGS=-s")
     built, output = build(OBJECTS, "all")
     if not built:
         sys.exit(f"mutate: the unbroken code can't be built\n{output.decode(errors='replace')}")

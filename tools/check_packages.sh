@@ -1,5 +1,5 @@
 #!/bin/sh
-# Builds the packages, unpacks them, and converts with what is inside.
+# Makes the files of a release once, unpacks them, and converts with what is inside.
 set -eu
 cd "$(dirname -- "$0")/.."
 . tools/checks.sh
@@ -49,42 +49,66 @@ check_report() {
     [ "$(sed 1d "$work/report.csv" | cut -d , -f 1 | sort -u | wc -l)" = "$count" ] || fail "the report isn't about $count samples"
 }
 
+# What any package for Linux installs under its prefix.
+installed() {
+    for program in murlconv murlreport; do
+        printf '%s\n' "bin/$program" "share/man/man1/$program.1$1"
+    done
+    echo share/bash-completion/completions/murlreport
+    for document in commands.md finishing.md mcomp.txt report.schema.json; do
+        echo "share/doc/murlconv/$document"
+    done
+}
+
+# Man pages of this version, without a fault, that name the documents where they are installed.
+check_man_pages() { # FOLDER PREFIX
+    for program in murlconv murlreport; do
+        mandoc -Tlint -Wall "$1/share/man/man1/$program.1"* >"$work/page.log" ||
+            fail "man page: $(cat "$work/page.log")"
+        gzip -cdf "$1/share/man/man1/$program.1"* >"$work/page"
+        grep -qi "^\.TH $program 1 \"$day\" \"murlconv $version\"" "$work/page" || fail "head of $program's man page"
+        grep -q "$2/share/doc/murlconv/finishing.md" "$work/page" || fail "documents in $program's man page"
+    done
+}
+
+# Completion in bash, where = is a word of its own.
+check_completion() {
+    mkdir "$work/completion"
+    touch "$work/completion/a.mrl" "$work/completion/a.csv"
+    (
+        cd "$work/completion"
+        # shellcheck disable=SC2016 # bash's own
+        bash -c '. "$0"
+            complete_words() { COMP_WORDS=("$@") COMP_CWORD=$(($# - 1)); _murlreport; echo "${COMPREPLY[*]}"; }
+            complete_words murlreport --convert ""
+            complete_words murlreport --csv a
+            complete_words murlreport --csv = a
+            complete_words murlreport --kind = lost,by
+            complete_words murlreport --kin' "$1"
+    ) >"$work/completed"
+    printf '%s\n' a.mrl a.csv a.csv lost,byhand --kind | diff -u --label wanted --label completed - "$work/completed" ||
+        fail 'completion in bash'
+}
+
 check_deb() {
     dpkg-deb -x "$deb" "$work/deb"
     [ "$(dpkg-deb -f "$deb" Package)" = murlconv ] || fail 'name of the deb'
-    # The C library only: the program must start on a machine without a C++ runtime.
-    depends=$(dpkg-deb -f "$deb" Depends)
-    case $depends in
-    *,* | *'|'*) fail "the deb depends on $depends" ;;
-    libc6*) ;;
-    *) fail "the deb depends on $depends" ;;
-    esac
+    # What is there on every Debian, as apt needs it.
+    depends=$(dpkg-deb -f "$deb" Depends | tr , '\n' | sed 's/^ *//; s/ .*//' | tr '\n' ' ')
+    [ "$depends" = 'libc6 libgcc-s1 libstdc++6 ' ] || fail "the deb depends on $depends"
     doc=usr/share/doc/murlconv
-    expect_files "$work/deb" $doc/examples <<END
-usr/bin/murlconv
-usr/share/man/man1/murlconv.1.gz
-usr/bin/murlreport
-usr/share/bash-completion/completions/murlreport
-usr/share/man/man1/murlreport.1.gz
+    { installed .gz | sed 's|^|usr/|' && cat <<END; } | expect_files "$work/deb" $doc/examples
 usr/share/zsh/vendor-completions/_murlreport
-$doc/report.schema.json
 $doc/changelog.Debian.gz
 $doc/changelog.gz
-$doc/commands.md
 $doc/copyright
-$doc/finishing.md
-$doc/mcomp.txt
 END
-    # What a distribution asks of a package. As root it warns that it is run as root.
-    lintian --allow-root --fail-on error,warning "$deb" >"$work/lintian" 2>&1 ||
-        fail "lintian: $(cat "$work/lintian")"
-    for program in murlconv murlreport; do
-        page=$work/$program.1
-        gzip -dc "$work/deb/usr/share/man/man1/$program.1.gz" >"$page"
-        groff -man -ww -z -Tutf8 "$page" 2>"$work/page.log" || fail "man page of $program"
-        [ ! -s "$work/page.log" ] || fail "man page of $program: $(cat "$work/page.log")"
-        grep -qi "^\.TH $program 1 .*$version\"" "$page" || fail "version in the man page of $program"
-    done
+    # What a distribution asks of a package and its sources. As root it warns that it is run as root.
+    lintian --allow-root --pedantic --fail-on error,warning,info,pedantic "$MURL_BUILD/debian/"*.changes \
+        >"$work/lintian" 2>&1 || fail "lintian: $(cat "$work/lintian")"
+    [ ! -s "$work/lintian" ] || cat "$work/lintian" >&2
+    check_man_pages "$work/deb/usr" /usr
+    check_completion "$work/deb/usr/share/bash-completion/completions/murlreport"
     check_report "$work/deb/$doc/examples" "$work/deb/usr/bin/murlreport"
 
     pairs=0
@@ -112,6 +136,52 @@ END
     echo "packages: the deb's program converts $pairs scripts as wanted"
 }
 
+licences_of_libraries='libcli11-dev libdtl-dev libfmt-dev nlohmann-json3-dev LGPL-2.1 GPL-3'
+
+# The archives and rpms of programs that need no library; those for this processor are run.
+check_linux() { # ARCH NAME_OF_C_LIBRARY'S_PACKAGE
+    doc=share/doc/murlconv
+    cxx=$(echo "$2" | sed "s/libc6/libstdc++-$("$1-linux-gnu-g++" -dumpversion)/")
+    {
+        installed ''
+        echo share/zsh/site-functions/_murlreport
+        for document in CHANGELOG.md COPYRIGHT LICENSE; do
+            echo "$doc/$document"
+        done
+        for licence in $licences_of_libraries "$2" "$cxx"; do
+            echo "$doc/licences/$licence.txt"
+        done
+    } >"$work/list"
+    tar -C "$work" -xzf "$dist/murlconv-$version-linux-$1.tar.gz"
+    folder=$work/murlconv-$version-linux-$1
+    { cat "$work/list" && echo README.txt; } | expect_files "$folder" $doc/examples
+    check_man_pages "$folder" /usr/local
+
+    rpm=$dist/murlconv-$version-1.$1.rpm
+    # No more than what rpm itself has to understand.
+    ! rpm -qp --requires "$rpm" | grep -v '^rpmlib(' || fail "$rpm needs something"
+    mkdir "$work/rpm_$1"
+    as_root=
+    [ "$(id -u)" = 0 ] || as_root='unshare --map-root-user'
+    $as_root rpm --root "$work/rpm_$1" --ignorearch --install "$rpm" >"$work/rpm.log" 2>&1 ||
+        fail "$rpm can't be installed: $(cat "$work/rpm.log")"
+    # Its database is beside it.
+    mv "$work/rpm_$1/usr" "$work/rpm_$1.usr"
+    rm -rf "$work/rpm_$1.usr/lib"
+    expect_files "$work/rpm_$1.usr" $doc/examples <"$work/list"
+    check_man_pages "$work/rpm_$1.usr" /usr
+    for program in murlconv murlreport; do
+        cmp "$folder/bin/$program" "$work/rpm_$1.usr/bin/$program"
+    done
+    [ "$1" = "$(uname -m)" ] || return 0
+    converted=$folder/$doc/examples/plate_conv.mrl
+    mv "$converted" "$converted.packed"
+    "$folder/bin/murlconv" "$folder/$doc/examples/plate.mrl"
+    cmp "$converted" "$converted.packed"
+    rm "$converted.packed"
+    check_report "$folder/$doc/examples" "$folder/bin/murlreport"
+}
+
 check_zip() {
     (cd "$work" && cmake -E tar xf "$zip")
     folder=$work/$(basename "$zip" .zip)
@@ -126,6 +196,7 @@ docs/windows.md
 mcomp.txt
 murlconv.exe
 murlreport.exe
+$(for licence in $licences_of_libraries gcc-mingw-w64-base mingw-w64-common; do echo "licences/$licence.txt"; done)
 END
     # Every text has CR LF at each line end, and is otherwise what it is here.
     for text in CHANGELOG.txt=CHANGELOG.md LICENSE.txt=LICENSE README.txt=packaging/README.txt \
@@ -157,18 +228,29 @@ check_zip_program() {
     echo "packages: the zip's program converts the samples as wanted"
 }
 
-need windows 'the packages are not made'
-need packages 'the packages are not made'
+for group in windows packages linux; do
+    need $group 'the packages are not made'
+done
 rm -rf "$work"
 mkdir -p "$work"
-tools/package.sh "$work/dist" >"$work/packages"
-zip=$(grep '\.zip$' "$work/packages")
-deb=$(grep '\.deb$' "$work/packages")
+dist=$work/dist
 version=$(sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt)
+day=$(sed -n '/^## /{s/.*, //p;q;}' CHANGELOG.md)
 samples=$(cd samples && find . -name '*.mr[lp]' ! -name '*_conv.*' | sed 's|^\./||' | sort)
-[ "$deb" = "$work/dist/murlconv_$version-1_$(dpkg --print-architecture).deb" ] || fail "name of $deb"
-[ "$zip" = "$work/dist/murlconv-$version-windows.zip" ] || fail "name of $zip"
+deb=$dist/murlconv_$version-1_$(dpkg --print-architecture).deb
+zip=$dist/murlconv-$version-windows.zip
+tools/package.sh "$dist" >"$work/packages"
+{
+    printf '%s\n' "$deb" "$zip" "$dist/murlconv-$version.tar.gz" "$dist/SHA256SUMS"
+    for arch in x86_64 aarch64; do
+        printf '%s\n' "$dist/murlconv-$version-linux-$arch.tar.gz" "$dist/murlconv-$version-1.$arch.rpm"
+    done
+} | sort >"$work/wanted"
+sort "$work/packages" | diff -u "$work/wanted" - || fail 'names of the files'
+(cd "$dist" && sha256sum --check --quiet SHA256SUMS)
 check_deb
+check_linux x86_64 libc6-dev
+check_linux aarch64 libc6-dev-arm64-cross
 check_zip
 
 need wine 'the program of the zip was not run'

@@ -23,7 +23,8 @@ group_packages() {
     windows) group_packages report && echo g++-mingw-w64-x86-64-posix ;;
     wine) echo wine wine64 ;;
     dialog) echo xvfb xdotool ;;
-    packages) echo dpkg-dev file gzip groff-base lintian ;;
+    packages) echo dpkg-dev debhelper rpm file gzip mandoc lintian bash ;;
+    linux) group_packages report && echo g++-aarch64-linux-gnu qemu-user-static ;;
     bench) echo libbenchmark-dev hyperfine time ;;
     hostile) echo python3 time ;;
     fuzz) echo clang libclang-rt-dev ;;
