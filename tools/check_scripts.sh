@@ -28,8 +28,8 @@ trap 'chmod -R u+w "$work"; rm -rf "$work"' EXIT
 trap 'exit 1' HUP INT TERM
 copy="$work/Maßstab 1 & 2/murl conv"
 mkdir -p "$copy" "$work/scripts" "$work/home" "$work/stub"
-for entry in .gitattributes .ci check convert report bench fuzz CMakeLists.txt CMakePresets.json LICENSE README.md CHANGELOG.md cmake docs packaging \
-    samples src tools tests; do
+for entry in .gitattributes .ci check convert report bench fuzz CMakeLists.txt CMakePresets.json LICENSE README.md CHANGELOG.md SECURITY.md \
+    cmake debian docs packaging samples src tools tests; do
     cp -R "$entry" "$copy"
 done
 ln -s "$copy" "$work/link"
@@ -101,6 +101,17 @@ END
     (cd "$work/scripts" && run ../convert 'a plate.mrl' Ä.mrl missing.mrl && expect_run 'names' 0 \
         'Unable to open missing.mrl' </dev/null)
     expect_converted 'names in the current folder'
+}
+
+# What ./convert has built can be installed under any prefix, and the man page then names the documents there.
+check_installed() {
+    prefix="$work/installed here"
+    cmake --install "$copy/build/release" --prefix "$prefix" >"$work/installed.log"
+    fresh_scripts
+    "$prefix/bin/murlconv" "$work/scripts"/*.mrl
+    expect_converted 'the installed program'
+    grep -q "^\.I $prefix/share/doc/murlconv/finishing.md" "$prefix/share/man/man1/murlconv.1" ||
+        fail 'the installed man page'
 }
 
 # On a terminal the last line tells what was written; the second of two waits for the first, and says so.
@@ -191,18 +202,40 @@ END
     done
 }
 
-# A release is made of a clean tree, and of one version.
+# A release needs an address, a clean tree, and the same versions everywhere.
 check_release() {
     need release 'no release was tried'
-    run git -C "$copy" init --quiet
-    run "$copy/tools/release.sh" "$work/dist"
-    [ "$status $(head -n 1 "$work/err")" = '1 release: not committed:' ] || fail "a tree with changes: $(cat "$work/err")"
-    sed -i '/^## /s/[0-9.]*,/9.9,/' "$copy/CHANGELOG.md"
-    run "$copy/tools/release.sh" "$work/dist"
-    grep -q 'the newest entry of CHANGELOG.md is "9.9, ' "$work/err" || fail "two versions: $(cat "$work/err")"
-    [ $status = 1 ] || fail "two versions: status $status"
-    [ ! -e "$work/dist" ] || fail 'a release that should have been refused'
+    expect_refused() {
+        run "$copy/tools/release.sh" "$work/dist"
+        [ "$status $(head -n 1 "$work/err")" = "1 release: $1" ] || fail "a release without '$1': $(cat "$work/err")"
+        [ ! -e "$work/dist" ] || fail "a release in spite of '$1'"
+    }
+    mkdir "$work/kept"
+    cp -R packaging/home CHANGELOG.md SECURITY.md debian/control debian/changelog "$work/kept"
+    (
+        cd "$copy"
+        run git init --quiet
+        printf 'address=\ncontact=\n' >packaging/home
+        expect_refused 'packaging/home has no address and contact yet'
+        printf 'address=https://example.org/\ncontact=bugs@example.org\n' >packaging/home
+        expect_refused "SECURITY.md doesn't name the contact bugs@example.org"
+        echo bugs@example.org >>SECURITY.md
+        expect_refused "the maintainer in debian/control isn't bugs@example.org"
+        sed -i 's/^Maintainer: .*/Maintainer: the murlconv authors <bugs@example.org>/' debian/control
+        expect_refused 'not committed:'
+        sed -i '/^ -- /s/2026 /2025 /' debian/changelog
+        expect_refused 'CHANGELOG.md and debian/changelog disagree:'
+        version=$(sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt)
+        sed -i '/^## /s/[0-9.]*,/9.9,/' CHANGELOG.md
+        expect_refused "CMakeLists.txt has version $version, the newest entry of CHANGELOG.md is \"$(
+            sed -n '/^## /{s/^## //p;q;}' CHANGELOG.md)\""
+        mv "$work/kept/control" "$work/kept/changelog" debian
+        mv "$work/kept/home" packaging
+        mv "$work/kept"/* .
+        rm -rf .git
+    )
     # A checkout made for Windows is the same.
+    git -C "$copy" init --quiet
     git -C "$copy" add .
     git -C "$copy" -c user.name=a -c user.email=b commit --quiet -m a
     git clone --quiet -c core.autocrlf=true "$copy" "$work/clone"
@@ -213,6 +246,7 @@ check_release() {
 }
 
 check_first_use
+check_installed
 check_terminal
 check_release
 check_moved
