@@ -169,7 +169,7 @@ END
 # The command line of ./check, and its last line.
 check_verdicts() {
     for script in check .ci/run bench/run fuzz/run tests/coverage tests/hostile tests/mutate tools/*.sh; do
-        if [ ! -x "$script" ] || [ "$script" = tools/release.sh ]; then
+        if [ ! -x "$script" ]; then
             continue
         fi
         run "$copy/$script" --help

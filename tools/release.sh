@@ -8,13 +8,16 @@
 # SECURITY.md and the package name another contact, from a tree with changes or files that aren't committed, or when
 # CMakeLists.txt, CHANGELOG.md and debian/changelog don't have the same versions.
 set -eu
-cd "$(dirname -- "$(readlink -f -- "$0")")/.."
+script=$(readlink -f -- "$0")
+cd "$(dirname -- "$script")/.."
+. tools/arguments.sh
+arguments 1 "$@"
 root=$(pwd -P)
-name=release
 dist=$(readlink -f -- "${1:-dist}")
 
-refuse() {
-    echo "$name: $*" >&2
+# There is no release.
+refuse_release() {
+    tell "$*"
     exit 1
 }
 
@@ -22,26 +25,26 @@ refuse() {
 
 address=$(sed -n 's/^address=//p' packaging/home)
 contact=$(sed -n 's/^contact=//p' packaging/home)
-{ [ -n "$address" ] && [ -n "$contact" ]; } || refuse 'packaging/home has no address and contact yet'
-grep -qF "$contact" SECURITY.md || refuse "SECURITY.md doesn't name the contact $contact"
+{ [ -n "$address" ] && [ -n "$contact" ]; } || refuse_release 'packaging/home has no address and contact yet'
+grep -qF "$contact" SECURITY.md || refuse_release "SECURITY.md doesn't name the contact $contact"
 grep -qxF "Maintainer: the murlconv authors <$contact>" debian/control ||
-    refuse "the maintainer in debian/control isn't $contact"
+    refuse_release "the maintainer in debian/control isn't $contact"
 
 version=$(sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt)
 entry=$(sed -n '/^## /{s/^## //p;q;}' CHANGELOG.md)
 day=${entry#*, }
 [ "$entry" = "$version, $day" ] ||
-    refuse "CMakeLists.txt has version $version, the newest entry of CHANGELOG.md is \"$entry\""
+    refuse_release "CMakeLists.txt has version $version, the newest entry of CHANGELOG.md is \"$entry\""
 # Versions with their days, the newest first. Later packages of a version aren't in CHANGELOG.md.
 versions=$(sed -n 's/^## //p' CHANGELOG.md)
 packaged=$(awk '/^murlconv / { split($2, part, /[(-]/) }
     /^ -- / && part[3] == "1)" { print part[2]; sub(/.*>  /, ""); print }' debian/changelog |
     while read -r released && read -r when; do echo "$released, $(date -u -d "$when" +%F)"; done)
-[ "$versions" = "$packaged" ] || refuse "CHANGELOG.md and debian/changelog disagree:
+[ "$versions" = "$packaged" ] || refuse_release "CHANGELOG.md and debian/changelog disagree:
 $versions
 $packaged"
 changed=$(git status --porcelain)
-[ -z "$changed" ] || refuse "not committed:
+[ -z "$changed" ] || refuse_release "not committed:
 $changed"
 
 # ---- Making it, twice ----
@@ -63,7 +66,7 @@ make_files "$work/first"
     umask 027
     TZ=Asia/Tokyo LC_ALL=C make_files "$work/second place"
 )
-diff -r "$work/first/files" "$work/second place/files" >&2 || refuse 'two builds are not the same'
+diff -r "$work/first/files" "$work/second place/files" >&2 || refuse_release 'two builds are not the same'
 
 # ---- What goes with it ----
 
