@@ -7,8 +7,8 @@
 // are prose for its section, and all others are the statements.
 #include "driver/batch.h"
 #include "platform/platform.h"
-#include "rules/entity_tails.h"
 #include "rules/rule_table.h"
+#include "rules/tails.h"
 #include "support/output.h"
 
 #include <stdio.h>

@@ -1,8 +1,7 @@
 #include "report/slot_use.h"
 
-#include "rules/entity_tails.h"
 #include "rules/rule_table.h"
-#include "rules/scan_format.h"
+#include "rules/tails.h"
 #include "statements/arg_slots.h"
 
 // Slots of a menu: nine strings; GETMENU's two integers after them.

@@ -1,9 +1,7 @@
 #include "rules/emission.h"
 
-#include "rules/entity_tails.h"
-#include "rules/menu_tails.h"
-#include "rules/scan_format.h"
 #include "rules/slot_writer.h"
+#include "rules/tails.h"
 
 #include <assert.h>
 
@@ -27,12 +25,11 @@ static char *put_list(char *output, const form_code &form, const form_piece *pie
     return output;
 }
 
-// Writes a number, or a tail with the cursor on its slot; GETCUR's new line leaves the cursor where the
 // Writes a number made of a slot.
-static void emit_number(const form_piece *piece, const rule_choice &choice, const arg_slot *slot)
+static void emit_number(form_kind kind, const rule_choice &choice, const arg_slot *slot)
 {
     uint64_t from = out_tell();
-    switch (piece->kind) {
+    switch (kind) {
     case PUT_IVAL: out_format("%d", slot_ival(slot)); break;
     case PUT_DVAL: out_format("%f", slot_dval(slot)); break;
     case PUT_NUMBER: out_format("%d", choice.number); break;
@@ -41,36 +38,28 @@ static void emit_number(const form_piece *piece, const rule_choice &choice, cons
     emit_tell(slot, true, from, out_tell());
 }
 
-// comment pass left it.
-static void emit_other(const form_piece *piece, const rule_choice &choice)
+// Writes a number or a tail.
+static void emit_other(form_kind kind, const rule_choice &choice, const arg_slot *slot)
 {
-    arg_slot *slot = arg_slots + piece->slot;
-    const uint8_t *types = arg_types + piece->slot - 1;
-    if (piece->kind != TAIL_GETCUR)
-        arg_cursor = slot;
-    switch (piece->kind) {
+    switch (kind) {
     case PUT_IF_SET:
     case PUT_LVAL:
     case PUT_IVAL:
     case PUT_DVAL:
-    case PUT_NUMBER: emit_number(piece, choice, slot); break;
-    case TAIL_ATTR_COMMENT: emit_attr_comment(); break;
-    case TAIL_ATTR: emit_attr_tail(); break;
-    case TAIL_TEXT_COMMENT: emit_text_comment(); break;
-    case TAIL_TEXT: emit_text_tail(types); break;
-    case TAIL_MENU_COMMENT: emit_menu_comment(); break;
-    case TAIL_MENU_MODE: emit_menu_mode(); break;
-    case TAIL_MENU: emit_menu_string(types); break;
-    case TAIL_GETMENU_COMMENT: emit_getmenu_comment(); break;
-    case TAIL_GETMENU: emit_getmenu_tail(); break;
-    case TAIL_GETCUR_COMMENT: emit_getcur_comment(types); break;
-    case TAIL_GETCUR: emit_getcur_tail(types); break;
-    case TAIL_SCAN: emit_scan_format(choice.last); break;
-    case PUT_LITERAL:
-    case PUT_TEXT:
-    case PUT_IF_ANY:
-    case PUT_LIST:
-    case PUT_ITEMS: assert(!"emit_form writes these"); break;
+    case PUT_NUMBER: emit_number(kind, choice, slot); break;
+    case TAIL_ATTR_COMMENT: emit_attr_comment(slot); break;
+    case TAIL_ATTR: emit_attr_tail(slot); break;
+    case TAIL_TEXT_COMMENT: emit_text_comment(slot); break;
+    case TAIL_TEXT: emit_text_tail(slot); break;
+    case TAIL_MENU_COMMENT: emit_menu_comment(slot); break;
+    case TAIL_MENU_MODE: emit_menu_mode(slot); break;
+    case TAIL_MENU: emit_menu_string(slot); break;
+    case TAIL_GETMENU_COMMENT: emit_getmenu_comment(slot); break;
+    case TAIL_GETMENU: emit_getmenu_tail(slot); break;
+    case TAIL_GETCUR_COMMENT: emit_getcur_comment(slot); break;
+    case TAIL_GETCUR: emit_getcur_tail(slot); break;
+    case TAIL_SCAN: emit_scan_format(slot, choice.last); break;
+    default: assert(!"emit_form writes these"); break;
     }
 }
 
@@ -93,7 +82,7 @@ void emit_form(const form_code &form, const rule_choice &choice)
             if (piece->kind == PUT_IF_SET && slot_lval(slot) == 0)
                 break;
             out_give_place(put_literal(output, form, piece));
-            emit_other(piece, choice);
+            emit_other(piece->kind, choice, slot);
             output = out_take_place(put_room);
             break;
         }

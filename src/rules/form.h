@@ -43,12 +43,20 @@ enum form_kind : uint8_t {
     TAIL_SCAN
 };
 
-// The tails. Each is described at its routine, in entity_tails.h, menu_tails.h or scan_format.h.
-struct form_tail {
+// A placeholder by what it begins with, after its brace and joint.
+struct form_placeholder {
     const char *name;
     form_kind kind;
+    form_kind joined = PUT_LITERAL; // what it is after a joint; PUT_LITERAL: it takes none
 };
-constexpr form_tail form_tails[] = {
+// The tails are described at their routines, in tails.h.
+constexpr form_placeholder form_placeholders[] = {
+    {"W", PUT_TEXT},
+    {"A", PUT_TEXT, PUT_IF_ANY},
+    {"L", PUT_LVAL, PUT_IF_SET},
+    {"I", PUT_IVAL},
+    {"D", PUT_DVAL},
+    {"N", PUT_NUMBER},
     {"attr-comment ", TAIL_ATTR_COMMENT},
     {"attr ", TAIL_ATTR},
     {"text-comment ", TAIL_TEXT_COMMENT},
@@ -90,60 +98,36 @@ void form_is_malformed();
 void form_has_too_many_pieces();
 void form_lacks_comment_pass();
 
-// Reads the number of a slot at text[at] into the piece; returns the index after it.
-constexpr int form_read_slot(const char *text, int at, form_piece *piece)
+// The length of a word that text begins with, or 0.
+constexpr int form_word_size(const char *text, const char *word)
 {
-    int slot = 0;
-    for (; text[at] >= '0' && text[at] <= '9'; at++)
-        slot = slot * 10 + (text[at] - '0');
-    if (slot > form_slot_max)
-        form_is_malformed();
-    piece->slot = static_cast<uint8_t>(slot);
-    return at;
-}
-
-// Reads the name of a tail at text[at] into the piece; returns the index after it, at itself if there is
-// none.
-constexpr int form_read_tail(const char *text, int at, form_piece *piece)
-{
-    for (const form_tail &tail : form_tails) {
-        int size = 0;
-        while (tail.name[size] != '\0' && tail.name[size] == text[at + size])
-            size++;
-        if (tail.name[size] != '\0')
-            continue;
-        piece->kind = tail.kind;
-        return at + size;
-    }
-    return at;
-}
-
-// What the placeholder of a letter writes, with or without a joint in front of it.
-constexpr form_kind form_letter_kind(char letter, bool joint)
-{
-    switch (letter) {
-    case 'W': return joint ? PUT_LITERAL : PUT_TEXT;
-    case 'A': return joint ? PUT_IF_ANY : PUT_TEXT;
-    case 'L': return joint ? PUT_IF_SET : PUT_LVAL;
-    case 'I': return joint ? PUT_LITERAL : PUT_IVAL;
-    case 'D': return joint ? PUT_LITERAL : PUT_DVAL;
-    case 'N': return joint ? PUT_LITERAL : PUT_NUMBER;
-    default: return PUT_LITERAL;
-    }
+    int size = 0;
+    for (; word[size] != '\0'; size++)
+        if (text[size] != word[size])
+            return 0;
+    return size;
 }
 
 // Reads a placeholder at text[at], after its brace and joint, into the piece; returns the index after it.
 constexpr int form_read_placeholder(const char *text, int at, bool joint, form_piece *piece)
 {
-    char letter = text[at];
-    int name = form_read_tail(text, at, piece);
-    if (name == at) {
-        piece->kind = form_letter_kind(letter, joint);
-        name++;
+    bool has_slot = text[at] != 'W';
+    int name_size = 0;
+    for (const form_placeholder &row : form_placeholders) {
+        int size = form_word_size(text + at, row.name);
+        if (size == 0)
+            continue;
+        name_size = size;
+        piece->kind = joint ? row.joined : row.kind;
     }
-    at = form_read_slot(text, name, piece);
-    if (piece->kind == PUT_LITERAL || (at == name) != (letter == 'W'))
+    at += name_size;
+    int slot = 0;
+    int digits = at;
+    for (; text[at] >= '0' && text[at] <= '9'; at++)
+        slot = slot * 10 + (text[at] - '0');
+    if (piece->kind == PUT_LITERAL || (at > digits) != has_slot || slot > form_slot_max)
         form_is_malformed();
+    piece->slot = static_cast<uint8_t>(slot);
     if (piece->kind == PUT_IF_ANY && text[at] == '.' && text[at + 1] == '.') {
         at += 2;
         piece->kind = text[at] == '?' ? PUT_ITEMS : PUT_LIST;
@@ -167,21 +151,17 @@ constexpr form_piece *form_add(form_code *code, int start, int end)
     return piece;
 }
 
-constexpr bool form_is_comment_pass(form_kind comment, form_kind tail)
-{
-    return tail == TAIL_GETCUR ? comment == TAIL_GETCUR_COMMENT
-                               : comment == TAIL_MENU_COMMENT || comment == TAIL_GETMENU_COMMENT;
-}
-
 // Refuses a form whose last piece is a tail that needs a comment pass over the same slots and has none.
 constexpr void form_check_comment_pass(const form_code &code)
 {
     const form_piece &last = code.pieces[code.pieces_used - 1];
     if (last.kind != TAIL_MENU && last.kind != TAIL_GETCUR)
         return;
-    for (const form_piece &piece : code.pieces)
-        if (piece.slot == last.slot && form_is_comment_pass(piece.kind, last.kind))
+    for (const form_piece &piece : code.pieces) {
+        bool menu = piece.kind == TAIL_MENU_COMMENT || piece.kind == TAIL_GETMENU_COMMENT;
+        if (piece.slot == last.slot && (last.kind == TAIL_MENU ? menu : piece.kind == TAIL_GETCUR_COMMENT))
             return;
+    }
     form_lacks_comment_pass();
 }
 

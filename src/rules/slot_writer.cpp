@@ -18,11 +18,3 @@ void emit_arguments(const arg_slot *first, int32_t count)
     }
     out_give_place(output);
 }
-
-int32_t take_bounded_int(uint8_t type_byte, int32_t low, int32_t high)
-{
-    if ((type_byte & ARG_ABSENT) != 0)
-        return 0;
-    int32_t value = slot_lval(take_text());
-    return value >= low && value <= high ? value : 0;
-}

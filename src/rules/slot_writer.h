@@ -1,7 +1,7 @@
 // Slot writer: the texts of slots on their way to the output.
 //
-// A rule reads the slots of the statement and writes text, nothing else. A routine that reads the slots under
-// arg_cursor leaves the cursor after them. Texts are never copied: they stay valid until the next statement.
+// A rule reads the slots of the statement and writes text, nothing else. Texts are never copied: they stay
+// valid until the next statement.
 #pragma once
 
 #include "statements/arg_slots.h"
@@ -53,27 +53,5 @@ inline char *put_slot(char *output, const arg_slot *slot)
     return put_text(output, slot->text, slot->text_size);
 }
 
-// The slot under the cursor, whose text it is; the cursor steps to the next.
-inline const arg_slot *take_text()
-{
-    return arg_cursor++;
-}
-
-// Reads a bounded integer: 0 with no step of the cursor if type_byte has ARG_ABSENT; otherwise the cursor
-// steps over its slot, and the result is that slot's lval, or 0 if it is outside low to high.
-int32_t take_bounded_int(uint8_t type_byte, int32_t low, int32_t high);
-
-// The text of a slot.
-inline void emit_text(const arg_slot *slot)
-{
-    emit_tell(slot, false, out_tell(), out_tell() + slot->text_size);
-    out_bytes(slot->text, slot->text_size);
-}
-
 // The texts of slots, each after ", ": of an empty text that alone is written, as a placeholder.
 void emit_arguments(const arg_slot *first, int32_t count);
-
-inline void emit_argument(const arg_slot *slot)
-{
-    emit_arguments(slot, 1);
-}

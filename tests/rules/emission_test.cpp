@@ -1,54 +1,28 @@
-// Emission helpers one by one, where a whole statement doesn't show which of them did what.
+// Tails one by one, where a whole statement doesn't show which of them did what.
 #include "rules/form.h"
 
 #include "common/diff.h"
 #include "common/run.h"
-#include "rules/menu_tails.h"
 #include "rules/rule_table.h"
-#include "rules/slot_writer.h"
+#include "rules/tails.h"
 #include "statements/arg_fetcher.h"
 #include "statements/command_table.h"
 #include "statements/recogniser.h"
 
 #include <gtest/gtest.h>
 
-// Slots as the fetcher would leave them for a command, for the helpers that read under the cursor.
-// Returns the id.
-static int32_t fetch(const char *statement, int32_t *count)
+// Fills the slots as the fetcher does for a command.
+static void fetch(const char *statement)
 {
     script_source source(statement);
     int32_t row = next_statement();
     EXPECT_GE(row, 0) << statement;
     const cmd_row &command = command_row_at(row);
-    *count = fetch_args(command.spec_count, command.spec);
-    EXPECT_GE(*count, 0) << statement;
-    return command.id;
-}
-
-TEST(emission, bounds_an_integer_and_steps_only_if_it_is_there)
-{
-    static const struct {
-        uint8_t type_byte;
-        int32_t low, high, result;
-        int step;
-    } cases[] = {
-        {ARG_LONG, 1, 10, 7, 1},
-        {ARG_LONG, 7, 7, 7, 1},
-        {ARG_LONG, 8, 10, 0, 1},
-        {ARG_LONG, 1, 6, 0, 1},
-        {ARG_LONG | ARG_ABSENT, 1, 10, 0, 0},
-    };
-    for (const auto &c : cases) {
-        int32_t count = 0;
-        fetch("POINT 1,2,3,7\n", &count);
-        arg_cursor = arg_slots + 4;
-        EXPECT_EQ(take_bounded_int(c.type_byte, c.low, c.high), c.result) << c.low << " " << c.high;
-        EXPECT_EQ(arg_cursor - arg_slots, 4 + c.step) << c.low << " " << c.high;
-    }
+    EXPECT_GE(fetch_args(command.spec_count, command.spec), 0) << statement;
 }
 
 // After GETCUR's first three arguments: position 3 to 7, nine menu strings, two integers.
-TEST(emission, walks_the_tail_of_getcur_in_two_passes)
+TEST(tails, walks_the_tail_of_getcur_in_two_passes)
 {
     static const struct {
         const char *arguments, *comment, *tail;
@@ -62,14 +36,12 @@ TEST(emission, walks_the_tail_of_getcur_in_two_passes)
         {",10,,30", ", 10, ,30", ", 10, ||||||||"},
     };
     for (const auto &c : cases) {
-        int32_t count = 0;
-        fetch(("GETCUR \"p\",1,2" + std::string(c.arguments) + "\n").c_str(), &count);
-        arg_cursor = arg_slots + 4;
+        fetch(("GETCUR \"p\",1,2" + std::string(c.arguments) + "\n").c_str());
         output_capture comment;
-        emit_getcur_comment(arg_types + 3);
+        emit_getcur_comment(arg_slots + 4);
         EXPECT_EQ(comment.text(), c.comment) << c.arguments;
         output_capture tail;
-        emit_getcur_tail(arg_types + 3);
+        emit_getcur_tail(arg_slots + 4);
         EXPECT_EQ(tail.text(), c.tail) << c.arguments;
     }
 }
@@ -105,6 +77,7 @@ TEST(form, refuses_a_bad_text)
         {"{W1}", "malformed "},
         {"{A27}", "malformed "},
         {"{, W}", "malformed "},
+        {"{, attr 4}", "malformed "},
         {"{A1..}", "malformed "},
         {"{menu 4}", "pass "},
         {"{menu-comment 4}{menu 4}", ""},
