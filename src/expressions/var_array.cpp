@@ -87,16 +87,6 @@ void array_drop(var_array *array)
     array->block = nullptr;
 }
 
-// ---- Elements ----
-
-unsigned char *array_element(const var_block *block, int8_t type, int32_t ndims, const int32_t *subscripts)
-{
-    size_t element = 0;
-    for (int32_t i = 0; i < ndims; i++)
-        element = element * static_cast<size_t>(block->dims[i]) + static_cast<size_t>(subscripts[i]);
-    return block->data + element * type_size[type];
-}
-
 // ---- The numbers of a string list ----
 
 static uint32_t table_load(const unsigned char *table, int32_t index)
@@ -243,14 +233,6 @@ static bool list_move(var_array *array, int32_t items, uint64_t more)
     return true;
 }
 
-// Tells whether a list's block has room for so many items and so many bytes more of them.
-static bool list_has_room(const var_array *array, int32_t items, uint64_t more)
-{
-    const var_block *block = array->block;
-    const unsigned char *room_end = reinterpret_cast<const unsigned char *>(block + 1) + array->room;
-    return items <= (block->data - block->table) / 4 && more <= static_cast<uint64_t>(room_end - block->end);
-}
-
 // Changes the size of an item, its bytes zero. The block has room for one that grows.
 static void item_resize(var_block *block, int32_t number, uint32_t size)
 {
@@ -276,7 +258,11 @@ bool list_item_store(var_array *array, int32_t number, uint32_t size)
     uint64_t more = size > old_size ? uint64_t{item_head} + size : 0;
     if (!payload_fits(array, payload))
         return false;
-    if (!list_has_room(array, items, more) && !list_move(array, items, more))
+    const var_block *block = array->block;
+    const unsigned char *block_end = reinterpret_cast<const unsigned char *>(block + 1) + array->room;
+    bool fits =
+        items <= (block->data - block->table) / 4 && more <= static_cast<uint64_t>(block_end - block->end);
+    if (!fits && !list_move(array, items, more))
         return false;
     payload_set(array, payload);
     array->block->dims[0] = items;

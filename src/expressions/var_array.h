@@ -58,19 +58,16 @@ struct list_item {
 // Starts on a file, which has no blocks yet; heap is where the small ones come from.
 void arrays_start(pool_heap *heap);
 
-// Makes an array, or gives it new dimensions, none of them negative; its elements are zero. False if there is
+// Makes an array, or changes its dimensions, none of them negative; its elements are zero. False if there is
 // no memory or the payloads would come to too much; then it is as it was.
 bool array_make(var_array *array, int8_t type, int32_t ndims, const int32_t *dims);
 
-// Gives an array's block back.
+// Frees an array's block.
 void array_drop(var_array *array);
-
-// Points to an element; each subscript is within its dimension.
-unsigned char *array_element(const var_block *block, int8_t type, int32_t ndims, const int32_t *subscripts);
 
 // An item of a string list, which has it.
 list_item list_item_at(const var_block *block, int32_t number);
 
-// Gives an item, not negative, so many bytes, zero if it had another number of them. A list that hasn't as
-// many items gets empty ones up to it. False as array_make.
+// Makes the size of an item so many bytes, zero if it had another number of them. A list that hasn't as many
+// items gets empty ones up to it. False as array_make.
 bool list_item_store(var_array *array, int32_t number, uint32_t size);

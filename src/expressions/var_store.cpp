@@ -9,7 +9,6 @@
 
 var_rec *var_table;
 int32_t var_count;
-int32_t cur_var;
 var_block *cur_block;
 int8_t cur_type;
 double cur_value;
@@ -22,7 +21,6 @@ void vars_start(var_rec *table, pool_heap *heap)
     arrays_start(heap);
     var_table = table;
     var_count = 0;
-    cur_var = -1;
     cur_block = nullptr;
     cur_type = VAR_NONE;
     cur_value = 0;
@@ -106,42 +104,49 @@ static var_rec *var_find(const char *name, size_t size)
     return row < 0 ? nullptr : var_table + row;
 }
 
-// A string list counts as one dimension here: of its dims entries there is only the item count.
-static int32_t dims_stored(const var_rec *rec)
+// Makes a variable the current one. The value of an array has yet to be set.
+static void select(var_rec *rec)
 {
-    return rec->type == VAR_SLIST ? 1 : rec->ndims;
+    cur_type = rec->type;
+    if (rec->ndims == 0) {
+        cur_ptr = rec->value;
+        cur_value = value_load(cur_type, cur_ptr);
+    } else {
+        cur_ptr = nullptr;
+        cur_block = rec->array.block;
+    }
 }
 
-static int32_t element_count(const var_rec *rec)
+// Reads a variable. Returns its record, or null.
+static var_rec *read_record(const char *name, size_t name_size)
 {
-    int32_t count = 1;
-    for (int32_t i = 0; i < dims_stored(rec); i++)
-        count *= rec->array.block->dims[i];
-    return count;
+    var_rec *rec = var_find(name, name_size);
+    if (rec == nullptr)
+        return nullptr;
+    select(rec);
+    if (rec->ndims > 0)
+        cur_value = 0;
+    return rec;
 }
 
 int32_t var_read(const char *name, size_t name_size, int32_t *size_out)
 {
-    var_rec *rec = var_find(name, name_size);
+    const var_rec *rec = read_record(name, name_size);
     if (rec == nullptr)
         return VAR_UNKNOWN;
-    cur_type = rec->type;
-    if (rec->ndims == 0) {
-        cur_value = value_load(rec->type, rec->value);
-        cur_ptr = rec->value;
-    } else {
-        cur_var = static_cast<int32_t>(rec - var_table);
-        cur_block = rec->array.block;
-        cur_value = 0;
-        cur_ptr = nullptr;
+    if (size_out != nullptr) {
+        *size_out = 1;
+        int32_t counted = rec->type == VAR_SLIST ? 1 : rec->ndims; // of a string list its items alone
+        for (int32_t i = 0; i < counted; i++)
+            *size_out *= cur_block->dims[i];
     }
-    if (size_out != nullptr)
-        *size_out = element_count(rec);
     return rec->ndims;
 }
 
 static int32_t read_list_character(int32_t number, int32_t character)
 {
+    if (number < 0 || number >= cur_block->dims[0])
+        return VAR_BAD_SUBSCRIPT;
     list_item item = list_item_at(cur_block, number);
     if (character < 0 || static_cast<uint32_t>(character) + 1 >= item.size)
         return VAR_BAD_SUBSCRIPT;
@@ -159,13 +164,15 @@ int32_t var_read_element(const char *name, size_t name_size, int32_t count, cons
         return VAR_BAD_SUBSCRIPT;
     if (ndims == 0)
         return 0;
-    const var_block *block = cur_block;
-    for (int32_t i = 0; i < dims_stored(var_table + cur_var); i++)
-        if (subscripts[i] < 0 || subscripts[i] >= block->dims[i])
-            return VAR_BAD_SUBSCRIPT;
     if (cur_type == VAR_SLIST)
         return read_list_character(subscripts[0], subscripts[1]);
-    cur_ptr = array_element(block, cur_type, count, subscripts);
+    size_t element = 0;
+    for (int32_t i = 0; i < ndims; i++) {
+        if (subscripts[i] < 0 || subscripts[i] >= cur_block->dims[i])
+            return VAR_BAD_SUBSCRIPT;
+        element = element * static_cast<size_t>(cur_block->dims[i]) + static_cast<size_t>(subscripts[i]);
+    }
+    cur_ptr = cur_block->data + element * type_size[cur_type];
     cur_value = value_load(cur_type, cur_ptr);
     return 0;
 }
@@ -173,7 +180,7 @@ int32_t var_read_element(const char *name, size_t name_size, int32_t count, cons
 // ---- Making ----
 
 // Takes the next record for a name that name_index_find didn't find. Null if all are in use.
-static var_rec *record_take(const char *name, size_t name_size, int8_t type, int32_t ndims)
+static var_rec *record_take(const char *name, size_t name_size, int8_t type)
 {
     if (var_count == var_capacity)
         return nullptr;
@@ -183,43 +190,8 @@ static var_rec *record_take(const char *name, size_t name_size, int8_t type, int
     memcpy(rec->name, name, name_size);
     rec->name[name_size] = 0;
     rec->type = type;
-    rec->ndims = static_cast<int8_t>(ndims);
     name_index_add(&var_names);
     return rec;
-}
-
-static int32_t make_scalar(const char *name, size_t name_size, int8_t type)
-{
-    var_rec *rec = record_take(name, name_size, type, 0);
-    if (rec == nullptr)
-        return VAR_TABLE_FULL;
-    memset(rec->value, 0, sizeof rec->value);
-    cur_type = type;
-    cur_value = 0;
-    cur_ptr = rec->value;
-    return 0;
-}
-
-// Makes the array of a new variable (rec null), or gives a known one its new dimensions.
-static int32_t make_array(var_rec *rec, const char *name, size_t name_size, int8_t type, int32_t ndims,
-                          const int32_t *dims)
-{
-    var_array array{};
-    if (!array_make(rec != nullptr ? &rec->array : &array, type, ndims, dims))
-        return VAR_NO_MEMORY;
-    if (rec == nullptr) {
-        if ((rec = record_take(name, name_size, type, ndims)) == nullptr) {
-            array_drop(&array);
-            return VAR_TABLE_FULL;
-        }
-        rec->array = array;
-    }
-    rec->ndims = static_cast<int8_t>(ndims);
-    cur_var = static_cast<int32_t>(rec - var_table);
-    cur_block = rec->array.block;
-    cur_type = type;
-    cur_ptr = nullptr;
-    return 0;
 }
 
 int32_t var_make(const char *name, size_t name_size, int8_t type, int32_t ndims, const int32_t *dims)
@@ -248,8 +220,19 @@ int32_t var_make(const char *name, size_t name_size, int8_t type, int32_t ndims,
     }
     if ((type == VAR_STRING && ndims != 1) || (type == VAR_SLIST && ndims != 2))
         return VAR_DIMENSIONS;
-    return ndims == 0 ? make_scalar(name, name_size, type)
-                      : make_array(rec, name, name_size, type, ndims, dims);
+    var_array array{}; // of a new variable
+    if (ndims > 0 && !array_make(rec != nullptr ? &rec->array : &array, type, ndims, dims))
+        return VAR_NO_MEMORY;
+    if (rec == nullptr) {
+        if ((rec = record_take(name, name_size, type)) == nullptr) {
+            array_drop(&array);
+            return VAR_TABLE_FULL;
+        }
+        rec->array = array; // all zero for a scalar, its value too
+    }
+    rec->ndims = static_cast<int8_t>(ndims);
+    select(rec);
+    return 0;
 }
 
 void var_fill_start()
@@ -268,54 +251,40 @@ void var_fill_next(double value)
 
 // ---- Strings ----
 
-// Makes the variable of a string assignment to a name that isn't known: the prefix says what it may be.
-static int32_t make_for_string(const char *name, size_t name_size, int32_t subscript, int32_t length)
+// Makes room for an item of length bytes in a string list, which doesn't exist yet if rec is null.
+static int32_t store_item(var_rec *rec, const char *name, size_t name_size, int32_t number, int32_t length)
 {
-    if (subscript == -1) {
-        if (prefix_type(name, name_size) != VAR_STRING)
-            return -1;
-        return var_make(name, name_size, VAR_NONE, 1, &length);
+    if (rec != nullptr && number < 0)
+        return -1;
+    if (number == INT32_MAX) // no dimension can be larger
+        return VAR_NO_MEMORY;
+    if (rec == nullptr) {
+        int32_t dims[2] = {number + 1, 0};
+        int32_t code = var_make(name, name_size, VAR_SLIST, 2, dims);
+        if (code != 0)
+            return code;
+        rec = var_table + var_count - 1;
     }
-    if (prefix_type(name, name_size) != VAR_SLIST)
-        return -1;
-    // The largest subscript can't have an item after it; a negative dimension is refused alike.
-    int32_t dims[2] = {subscript == INT32_MAX ? -1 : subscript + 1, 0};
-    return var_make(name, name_size, VAR_NONE, 2, dims);
-}
-
-static int32_t store_item(var_rec *rec, int32_t subscript, int32_t length)
-{
-    if (subscript < 0)
-        return -1;
-    // The largest subscript can't be one of a list.
-    if (subscript == INT32_MAX || !list_item_store(&rec->array, subscript, static_cast<uint32_t>(length) + 1))
+    if (!list_item_store(&rec->array, number, static_cast<uint32_t>(length) + 1))
         return VAR_NO_MEMORY;
     cur_block = rec->array.block;
-    cur_ptr = list_item_at(cur_block, subscript).start;
-    cur_ptr[length] = 0;
+    cur_ptr = list_item_at(cur_block, number).start;
     return 0;
 }
 
 int32_t var_store_string(const char *name, size_t name_size, int32_t subscript, int32_t length)
 {
-    if (name_size > 0 && name[0] == '@')
+    int8_t type = subscript == -1 ? VAR_STRING : VAR_SLIST;
+    var_rec *rec = read_record(name, name_size);
+    if ((rec != nullptr ? rec->type : prefix_type(name, name_size)) != type)
         return -1;
-    int32_t ndims = var_read(name, name_size, nullptr);
-    if (ndims == VAR_UNKNOWN) {
-        int32_t code = make_for_string(name, name_size, subscript, length);
-        if (code != 0)
-            return code;
-    } else if (ndims == 0 || cur_type != (subscript == -1 ? VAR_STRING : VAR_SLIST)) {
-        return -1;
-    }
-    var_rec *rec = var_table + cur_var;
-    if (subscript != -1)
-        return store_item(rec, subscript, length);
-    if (rec->array.block->dims[0] != length) {
+    if (type == VAR_SLIST)
+        return store_item(rec, name, name_size, subscript, length);
+    if (rec == nullptr || cur_block->dims[0] != length) {
         int32_t code = var_make(name, name_size, VAR_STRING, 1, &length);
         if (code != 0)
             return code;
     }
-    cur_ptr = rec->array.block->data;
+    cur_ptr = cur_block->data;
     return 0;
 }

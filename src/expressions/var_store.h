@@ -2,7 +2,7 @@
 //
 // The store is one flat table for each file; it starts empty and nothing of it is kept. Scalars are in
 // their record, arrays, strings and string lists in a block from the pool heap. Reading a variable selects
-// it: the result stands in the cur_ fields, and the next store goes there. Names compare with case. Names
+// it: the result is in the cur_ fields, and the next store goes there. Names compare with case. Names
 // that start with @ are system variables of the running CAD system: there is none here, so none is ever
 // found.
 #pragma once
@@ -15,7 +15,7 @@
 constexpr int var_name_length = 255;
 constexpr int32_t var_capacity = 1000; // variables of one file
 
-// What var_make gives when it can't; a positive number, told apart in messages only.
+// What var_make returns when it can't; a positive number, told apart in messages only.
 enum : int32_t {
     VAR_TABLE_FULL = 1,
     VAR_NO_MEMORY = 3,   // or beyond var_payload_max, more than 5 dimensions, or a negative one
@@ -25,13 +25,13 @@ enum : int32_t {
     VAR_TYPE = 7         // the type doesn't fit the variable or the name's prefix
 };
 
-// What reading a variable gives when it can't.
+// What reading a variable returns when it can't.
 enum : int32_t {
     VAR_UNKNOWN = -1,
     VAR_BAD_SUBSCRIPT = -2 // wrong count of subscripts, or one out of range
 };
 
-// What is read of most variables stands in front, together with the first characters of the name.
+// The hot fields come first, together with the first characters of the name.
 struct var_rec {
     union {
         unsigned char value[8]; // a scalar, in the width of its type
@@ -46,22 +46,20 @@ extern var_rec *var_table; // var_capacity records from malloc; null before the 
 extern int32_t var_count;  // records in use
 
 // The current variable: the one that was read last, or made.
-extern int32_t cur_var;      // index of the selected array, -1 if none
-extern var_block *cur_block; // its block
-extern int8_t cur_type;      // type code of the last variable read or made
-extern double cur_value; // the value read; it stays when a name isn't found, and storing doesn't change it
-extern unsigned char
-    *cur_ptr; // storage of the scalar or element, the target of the next store; null: whole array
+extern var_block *cur_block;   // of the last array that was current; null: none was
+extern int8_t cur_type;        // type code
+extern double cur_value;       // the value read; storing and making an array don't change it
+extern unsigned char *cur_ptr; // of the scalar or element, where the next store goes; null: a whole array
 
 // Starts on a file without variables, with the records of table and small blocks from heap.
 void vars_start(var_rec *table, pool_heap *heap);
 
-// Forgets the file's variables and gives their blocks back. It comes before the next start.
+// Forgets the file's variables and frees their blocks. It comes before the next start.
 void vars_end();
 
 // A name is so many characters of a text, without a NUL among them; 255 of them count.
 
-// Reads a variable: gives its number of dimensions, or VAR_UNKNOWN. If size_out isn't null it receives the
+// Reads a variable: returns its number of dimensions, or VAR_UNKNOWN. If size_out isn't null it receives the
 // element count: 1 for a scalar, the product of the dimensions, a string's length with its NUL, a string
 // list's items.
 int32_t var_read(const char *name, size_t name_size, int32_t *size_out);
@@ -70,11 +68,11 @@ int32_t var_read(const char *name, size_t name_size, int32_t *size_out);
 // subscripts, item and character.
 int32_t var_read_element(const char *name, size_t name_size, int32_t count, const int32_t *subscripts);
 
-// Makes a variable, or gives an array new dimensions, its elements zero. 0, or one of the codes above; then
-// a known variable is as it was.
+// Makes a variable, or changes the dimensions of an array, its elements zero. 0, or one of the codes above;
+// then a known variable is as it was.
 int32_t var_make(const char *name, size_t name_size, int8_t type, int32_t ndims, const int32_t *dims);
 
-// Stores a value where cur_ptr points, in the width of its type, and gives it as it then stands there.
+// Stores a value where cur_ptr points, in the width of its type, and returns it as it then is there.
 double var_store_value(double value);
 
 // Makes room for a string of length bytes, its NUL included, in a string variable (subscript -1) or in an
