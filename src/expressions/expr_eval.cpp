@@ -2,10 +2,6 @@
 // above the right binding power of the operator in front of the operand. The two differ where the operators
 // are no simple ladder: to its left <= binds as < does, to its right it binds looser than any other.
 //
-//   1 + 2*3
-//     Read at power 0: operand 1. The left power of +, 60, is above 0, so it is taken, and its right side is
-//     read at its right power, 60. There: operand 2; the left power of *, 70, is above 60, so it is taken,
-//     and its right side is 3. The end is no operator: 2*3 is complete, then 1+6.
 //   a = 5' 6" != 2
 //     A name with = after it begins an assignment, whose right side is read at power 5. There: operand 5; the
 //     foot sign (100) makes it feet, and a token that can begin an operand begins the inches: operand 6,
@@ -43,7 +39,7 @@ static struct {
     const char *text_end;   // of the text as the caller passed it
     const char *last_token; // the last position in it at which a token was read; its end, but for an overflow
     int32_t symbols;        // unfinished
-    int32_t pool_used;      // arguments and declaration items
+    int32_t pool_used;      // arguments and declaration items, and the one too many
     double result;          // what eval_expr returns the address of
 } eval;
 
@@ -228,15 +224,6 @@ static expr_value parse_feet(double left, const char *pos)
 
 // ---- Lists ----
 
-// Counts one more argument or item of the text. False if there are too many.
-static bool pool_take()
-{
-    if (eval.pool_used == pool_size)
-        return false;
-    eval.pool_used++;
-    return true;
-}
-
 struct expr_subscripts {
     int32_t count;
     int32_t items[list_max];
@@ -261,18 +248,6 @@ static const char *parse_subscripts(const char *pos, expr_subscripts *list)
     return pos;
 }
 
-// Calls a function; next is the position after the call.
-static expr_value call(lex_piece name, double *arguments, int32_t count, const char *next)
-{
-    const math_func *row = math_find(name.text, name.size);
-    if (row == nullptr)
-        return {0, fail("%.*s is not a function", length_of(name), name.text)};
-    if (row->arguments != count)
-        return {0, fail("%.*s needs %d arguments", length_of(name), name.text, row->arguments)};
-    expr_value value{0, next};
-    return math_call(row, arguments, &value.number) ? value : no_value;
-}
-
 // expr: NAME ( arg_list ), from the parenthesis on.
 static expr_value parse_call(lex_piece name, const char *pos)
 {
@@ -284,7 +259,7 @@ static expr_value parse_call(lex_piece name, const char *pos)
         expr_value value = parse_expr(pos, binding_lowest);
         if (value.next == nullptr)
             return no_value;
-        if (count == list_max || !pool_take())
+        if (count == list_max || eval.pool_used++ == pool_size)
             return {0, fail("Too many functions or arguments")};
         if (count > 0)
             complete(3);                   // arg_list: arg_list , expr
@@ -294,7 +269,13 @@ static expr_value parse_call(lex_piece name, const char *pos)
     if ((pos = take_expected(pos, ')')) == nullptr)
         return no_value;
     complete(4);
-    return call(name, arguments, count, pos);
+    const math_func *row = math_find(name.text, name.size);
+    if (row == nullptr)
+        return {0, fail("%.*s is not a function", length_of(name), name.text)};
+    if (row->arguments != count)
+        return {0, fail("%.*s needs %d arguments", length_of(name), name.text, row->arguments)};
+    expr_value value{0, pos};
+    return math_call(row, arguments, &value.number) ? value : no_value;
 }
 
 // ---- Variables ----
@@ -390,21 +371,6 @@ struct decl_item {
     expr_subscripts subscripts;
 };
 
-// decl: ARRAY NAME subscripts, from NAME on.
-static const char *parse_array(const char *pos)
-{
-    lex_piece name;
-    expr_subscripts list;
-    if ((pos = take_name(pos, &name)) == nullptr)
-        return nullptr;
-    if (lex_code(pos) != '[')
-        return syntax_error();
-    if ((pos = parse_subscripts(pos, &list)) == nullptr)
-        return nullptr;
-    int32_t code = var_make(name.text, name.size, VAR_NONE, list.count, list.items);
-    return code == 0 ? pos : fail("can't make %.*s (%d)", length_of(name), name.text, code);
-}
-
 // decl_item: NAME subscripts; decl_item: NAME
 static const char *parse_decl_item(const char *pos, decl_item *item)
 {
@@ -416,6 +382,23 @@ static const char *parse_decl_item(const char *pos, decl_item *item)
     return pos;
 }
 
+// Makes the variable of an item. Returns pos, or null if the store doesn't take it; verb is for the message.
+static const char *declare(const decl_item &item, int8_t type, const char *verb, const char *pos)
+{
+    int32_t code =
+        var_make(item.name.text, item.name.size, type, item.subscripts.count, item.subscripts.items);
+    return code == 0 ? pos : fail("can't %s %.*s (%d)", verb, length_of(item.name), item.name.text, code);
+}
+
+// decl: ARRAY NAME subscripts, from NAME on.
+static const char *parse_array(const char *pos)
+{
+    decl_item item;
+    if ((pos = parse_decl_item(pos, &item)) == nullptr)
+        return nullptr;
+    return item.subscripts.count > 0 ? declare(item, VAR_NONE, "make", pos) : syntax_error();
+}
+
 // decl: TYPEWORD decl_list, from the list on. The variables are made after the whole list was read.
 static const char *parse_declaration(const char *pos, int8_t type)
 {
@@ -425,7 +408,7 @@ static const char *parse_declaration(const char *pos, int8_t type)
         decl_item item;
         if ((pos = parse_decl_item(pos, &item)) == nullptr)
             return nullptr;
-        if (count == decl_list_max || !pool_take())
+        if (count == decl_list_max || eval.pool_used++ == pool_size)
             return fail("Too many functions or arguments");
         if (count > 0)
             complete(3);       // decl_list: decl_list , decl_item
@@ -435,14 +418,10 @@ static const char *parse_declaration(const char *pos, int8_t type)
         if ((pos = take(pos, pos + 1)) == nullptr)
             return nullptr;
     }
-    for (int32_t i = 0; i < count; i++) {
-        const decl_item &item = items[i];
-        int32_t code =
-            var_make(item.name.text, item.name.size, type, item.subscripts.count, item.subscripts.items);
-        if (code != 0)
-            pos = fail("can't define %.*s (%d)", length_of(item.name), item.name.text, code);
-    }
-    return pos;
+    bool made = true;
+    for (int32_t i = 0; i < count; i++)
+        made &= declare(items[i], type, "define", pos) != nullptr;
+    return made ? pos : nullptr;
 }
 
 // ---- Operands ----

@@ -118,7 +118,7 @@ static void select(var_rec *rec)
 }
 
 // Reads a variable. Returns its record, or null.
-static var_rec *read_record(const char *name, size_t name_size)
+static inline var_rec *read_record(const char *name, size_t name_size)
 {
     var_rec *rec = var_find(name, name_size);
     if (rec == nullptr)
