@@ -27,8 +27,6 @@
 
 void (*expr_error)(const char *message);
 
-constexpr double inch_in_foot = 0.08333333333333333;
-
 constexpr int32_t symbols_max = 50;   // unfinished at a time
 constexpr int32_t list_max = 5;       // subscripts of a variable, arguments of a function
 constexpr int32_t decl_list_max = 23; // items of a declaration
@@ -150,7 +148,7 @@ static expr_value parse_operator(expr_value left, const operator_row &row)
     case OP_FEET: return parse_feet(left.number, pos);
     case OP_INCHES: // expr: inches; inches: expr "
         complete(2);
-        return {drawing_units(left.number * inch_in_foot), pos};
+        return {drawing_units(left.number * feet_per_inch), pos};
     case OP_CONDITION: return parse_condition(left.number, pos);
     default: break;
     }
@@ -280,26 +278,23 @@ static expr_value parse_call(lex_piece name, const char *pos)
 
 // ---- Variables ----
 
-// assignment: NAME = expr
-static expr_value assign(lex_piece name, expr_value value)
+// Selects the scalar that is assigned to, which is made if there is none. Returns pos, or null.
+static const char *select_scalar(lex_piece name, const char *pos)
 {
     int32_t ndims = var_read(name.text, name.size, nullptr);
-    if (ndims == VAR_UNKNOWN) {
-        if (var_make(name.text, name.size, VAR_NONE, 0, nullptr) != 0)
-            return {0, fail("can't make %.*s", length_of(name), name.text)};
-    } else if (ndims != 0) {
-        return {0, syntax_error()};
-    }
-    return {var_store_value(value.number), value.next};
+    if (ndims == VAR_UNKNOWN && var_make(name.text, name.size, VAR_NONE, 0, nullptr) != 0)
+        return fail("can't make %.*s", length_of(name), name.text);
+    return ndims > 0 ? syntax_error() : pos;
 }
 
-// assignment: NAME subscripts = expr
-static expr_value assign_element(lex_piece name, const expr_subscripts *list, expr_value value)
+// Selects an element. Returns pos, or null; bad is the message of subscripts that don't fit.
+static const char *select_element(lex_piece name, const expr_subscripts &list, const char *bad,
+                                  const char *pos)
 {
-    switch (var_read_element(name.text, name.size, list->count, list->items)) {
-    case 0: return {var_store_value(value.number), value.next};
-    case VAR_UNKNOWN: return {0, fail("%.*s not declared", length_of(name), name.text)};
-    default: return {0, fail("bad subscript")};
+    switch (var_read_element(name.text, name.size, list.count, list.items)) {
+    case 0: return pos;
+    case VAR_UNKNOWN: return fail("%.*s not declared", length_of(name), name.text);
+    default: return fail("%s", bad);
     }
 }
 
@@ -339,11 +334,16 @@ static expr_value parse_assignment(lex_piece name, const expr_subscripts *subscr
     if (lex_code(pos) == '"') {
         value = assign_string(name, subscripts == nullptr ? -1 : subscripts->items[0], pos);
     } else {
+        // assignment: NAME = expr; assignment: NAME subscripts = expr
         value = parse_expr(pos, binding_assignment);
         if (value.next != nullptr && name.text[0] == '@') // a system variable isn't a script's to change
             value.next = syntax_error();
         else if (value.next != nullptr)
-            value = subscripts == nullptr ? assign(name, value) : assign_element(name, subscripts, value);
+            value.next = subscripts == nullptr
+                             ? select_scalar(name, value.next)
+                             : select_element(name, *subscripts, "bad subscript", value.next);
+        if (value.next != nullptr)
+            value.number = var_store_value(value.number);
     }
     complete(subscripts == nullptr ? 3 : 4);
     return value;
@@ -358,10 +358,8 @@ static expr_value parse_element(lex_piece name, const char *pos)
     if (lex_code(pos) == '=')
         return parse_assignment(name, &subscripts, pos);
     complete(2); // expr: NAME subscripts
-    int32_t code = var_read_element(name.text, name.size, subscripts.count, subscripts.items);
-    if (code == VAR_UNKNOWN)
-        return {0, fail("%.*s not declared", length_of(name), name.text)};
-    return {cur_value, code == 0 ? pos : syntax_error()};
+    pos = select_element(name, subscripts, "syntax error", pos);
+    return {cur_value, pos};
 }
 
 // ---- Declarations ----
@@ -572,6 +570,12 @@ size_t eval_name_end(const char *text, size_t size, const char *last_token)
     if (size > lex_text_max)
         return size;
     lex_start(text, size);
-    const char *end = lex_first_name_end(text, last_token);
-    return end != nullptr ? static_cast<size_t>(end - text) : size;
+    const char *pos = lex_skip(text);
+    while (pos <= last_token && pos < lex.end) {
+        lex_token token = lex_read(pos);
+        if (token.name.size > 0)
+            return static_cast<size_t>(token.name.text + token.name.size - text);
+        pos = lex_skip(token.end);
+    }
+    return size;
 }

@@ -29,14 +29,12 @@ static_assert(keyword_count == 15, "a row for each keyword");
 static constexpr auto keyword_index = word_index_make<256>(expr_keyword_table);
 
 // The letters that keywords begin with, a bit for each: bit 1 is a. Most names begin with another one.
-static constexpr uint32_t initials_make()
-{
+static constexpr uint32_t keyword_initials = [] {
     uint32_t initials = 0;
     for (const expr_keyword &row : expr_keyword_table)
         initials |= uint32_t{1} << (row.name[0] & 31);
     return initials;
-}
-static constexpr uint32_t keyword_initials = initials_make();
+}();
 
 const expr_keyword *lex_keyword(lex_piece name)
 {
@@ -89,19 +87,6 @@ lex_token lex_read(const char *pos)
         return lex_token{TOKEN_NUMBER, number_scan(pos, lex.end).end, {pos, 0}};
     int16_t code = lex_code(pos);
     return lex_token{code, lex_after(pos, code), {pos, 0}};
-}
-
-const char *lex_first_name_end(const char *pos, const char *limit)
-{
-    for (pos = lex_skip(pos); pos <= limit;) {
-        lex_token token = lex_read(pos);
-        if (token.name.size > 0)
-            return token.name.text + token.name.size;
-        if (token.code == TOKEN_END)
-            break;
-        pos = lex_skip(token.end);
-    }
-    return nullptr;
 }
 
 // ---- Strings ----

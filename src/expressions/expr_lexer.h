@@ -1,9 +1,8 @@
 // Expression lexer: cuts an expression text into tokens.
 //
-// A position in the text is a pointer (pos), and all that a reader has to remember; nothing in the text is
-// changed. The value of a name is a piece of the text. At the start of an operand, lex_is_number and
-// lex_is_word decide how to read it; where an operator or punctuation is expected, lex_code is the token.
-// lex_read reads a token of any kind.
+// A position in the text is a pointer (pos); the text isn't changed. At the start of an operand,
+// lex_is_number and lex_is_word decide how to read it; where an operator or punctuation is expected, lex_code
+// is the token. lex_read reads a token of any kind.
 #pragma once
 
 #include "support/text.h"
@@ -102,10 +101,6 @@ lex_token lex_read(const char *pos);
 
 // The keyword that a name is, in any case, or null.
 const expr_keyword *lex_keyword(lex_piece name);
-
-// The end of the first name or keyword from pos on that begins at limit or before it; null if there is none.
-// No string may come before it.
-const char *lex_first_name_end(const char *pos, const char *limit);
 
 // Reads the raw text of a string or of COPSIZE's operand, from pos to the terminator, " or ): decodes it, and
 // returns the terminator's position. The string is valid until the next one is read. Without a terminator the

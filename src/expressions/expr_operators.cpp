@@ -5,7 +5,6 @@
 
 #include <math.h>
 
-constexpr double feet_per_inch = 1.0 / 12;
 constexpr double drawing_scale = 0.0;
 
 double drawing_units(double feet)
@@ -24,25 +23,17 @@ static int32_t shift_right(int32_t value, int32_t count)
     return value >= 0 ? value >> bits : ~(~value >> bits);
 }
 
-// The operators on integers. False for a division by zero.
-static bool apply_integers(uint8_t op, int32_t a, int32_t b, double *result)
+static bool remainder_of(int32_t a, int32_t b, double *result)
 {
-    switch (op) {
-    case OP_REMAINDER: // operation: expr % expr
-        if (b == 0)
-            return false;
-        *result = b == -1 ? 0 : a % b;
-        return true;
-    case OP_SHIFT_RIGHT: *result = shift_right(a, b); return true; // operation: expr > > expr
-    case OP_SHIFT_LEFT: *result = shift_left(a, b); return true;   // operation: expr < < expr
-    case OP_BIT_AND: *result = a & b; return true;                 // operation: expr & expr
-    case OP_BIT_XOR: *result = a ^ b; return true;                 // operation: expr # expr
-    default: *result = a | b; return true;                         // operation: expr | expr
-    }
+    if (b == 0)
+        return false;
+    *result = b == -1 ? 0 : a % b;
+    return true;
 }
 
 bool operator_apply(uint8_t op, double a, double b, double *result)
 {
+    auto integer = int_from_double;
     switch (op) {
     case OP_POWER: *result = pow(a, b); return true; // operation: expr ^ expr
     case OP_TIMES: *result = a * b; return true;     // operation: expr * expr
@@ -51,17 +42,24 @@ bool operator_apply(uint8_t op, double a, double b, double *result)
             return false;
         *result = a / b;
         return true;
-    case OP_PLUS: *result = a + b; return true;           // operation: expr + expr
-    case OP_MINUS: *result = a - b; return true;          // operation: expr - expr
-    case OP_LESS: *result = a < b; return true;           // operation: expr < expr
-    case OP_GREATER: *result = a > b; return true;        // operation: expr > expr
-    case OP_LESS_EQUAL: *result = a <= b; return true;    // operation: expr < = expr
-    case OP_GREATER_EQUAL: *result = a >= b; return true; // operation: expr > = expr
-    case OP_EQUAL: *result = a == b; return true;         // operation: expr EQEQ expr
-    case OP_UNEQUAL: *result = a != b; return true;       // operation: expr ! = expr
-    case OP_AND: *result = a != 0 && b != 0; return true; // operation: expr & & expr
-    case OP_OR: *result = a != 0 || b != 0; return true;  // operation: expr | | expr
-    default: return apply_integers(op, int_from_double(a), int_from_double(b), result);
+    case OP_REMAINDER: return remainder_of(integer(a), integer(b), result); // operation: expr % expr
+    case OP_PLUS: *result = a + b; return true;                             // operation: expr + expr
+    case OP_MINUS: *result = a - b; return true;                            // operation: expr - expr
+    case OP_SHIFT_RIGHT:
+        *result = shift_right(integer(a), integer(b));
+        return true;                                                               // operation: expr > > expr
+    case OP_SHIFT_LEFT: *result = shift_left(integer(a), integer(b)); return true; // operation: expr < < expr
+    case OP_LESS: *result = a < b; return true;                                    // operation: expr < expr
+    case OP_GREATER: *result = a > b; return true;                                 // operation: expr > expr
+    case OP_LESS_EQUAL: *result = a <= b; return true;                             // operation: expr < = expr
+    case OP_GREATER_EQUAL: *result = a >= b; return true;                          // operation: expr > = expr
+    case OP_EQUAL: *result = a == b; return true;                    // operation: expr EQEQ expr
+    case OP_UNEQUAL: *result = a != b; return true;                  // operation: expr ! = expr
+    case OP_BIT_AND: *result = integer(a) & integer(b); return true; // operation: expr & expr
+    case OP_BIT_XOR: *result = integer(a) ^ integer(b); return true; // operation: expr # expr
+    case OP_BIT_OR: *result = integer(a) | integer(b); return true;  // operation: expr | expr
+    case OP_AND: *result = a != 0 && b != 0; return true;            // operation: expr & & expr
+    default: *result = a != 0 || b != 0; return true;                // operation: expr | | expr
     }
 }
 

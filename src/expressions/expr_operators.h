@@ -81,18 +81,18 @@ struct operator_index {
     operator_row row[TOKEN_EQEQ + 1];
 };
 
-constexpr operator_index operator_rows_make()
-{
+inline constexpr operator_index operator_rows = [] {
     operator_index index{};
     for (const operator_row &row : operator_table)
         index.row[row.token] = row;
     return index;
-}
-inline constexpr operator_index operator_rows = operator_rows_make();
+}();
 
 // Computes an operation on two operands: every one but OP_CONDITION, OP_FEET and OP_INCHES. False for a
 // division by zero.
 bool operator_apply(uint8_t op, double a, double b, double *result);
+
+constexpr double feet_per_inch = 1.0 / 12;
 
 // A length in feet as drawing units. There is no drawing here, and its scale is 0: so is the length, but for
 // NaN where there is no finite number of inches.

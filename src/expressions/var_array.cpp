@@ -49,17 +49,18 @@ static void block_drop(var_block *block, uint64_t room)
         heap_free(block);
 }
 
-// Sets where a block's table and data are; the table has no bytes but in a string list.
-static void block_point(var_block *block, uint64_t table_size, uint64_t data_size)
+// Sets where a block's table and data are; the table has no entries but in a string list.
+static void block_point(var_block *block, uint64_t entries, uint64_t data_size)
 {
-    block->table = reinterpret_cast<unsigned char *>(block + 1);
-    block->data = block->table + table_size;
+    block->table = reinterpret_cast<uint32_t *>(block + 1);
+    block->entries = static_cast<int32_t>(entries);
+    block->data = reinterpret_cast<unsigned char *>(block->table + entries);
     block->end = block->data + data_size;
     block->wasted = 0;
     block->made = 0;
 }
 
-// Puts another block in the place of an array's, which is given back.
+// Replaces an array's block, which is freed.
 static void block_replace(var_array *array, var_block *block, uint64_t room)
 {
     if (array->block != nullptr && array->block != block)
@@ -87,27 +88,12 @@ void array_drop(var_array *array)
     array->block = nullptr;
 }
 
-// ---- The numbers of a string list ----
-
-static uint32_t table_load(const unsigned char *table, int32_t index)
-{
-    uint32_t entry;
-    memcpy(&entry, table + static_cast<size_t>(index) * sizeof entry, sizeof entry);
-    return entry;
-}
-
-static void table_store(unsigned char *table, int32_t index, uint32_t entry)
-{
-    memcpy(table + static_cast<size_t>(index) * sizeof entry, &entry, sizeof entry);
-}
-
 // ---- Making ----
 
-// Bytes of a block's table and data, and what counts toward var_payload_max.
 struct block_sizes {
-    uint64_t table;
-    uint64_t data;
-    uint64_t payload;
+    uint64_t entries; // of the table
+    uint64_t data;    // bytes
+    uint64_t payload; // bytes that count toward var_payload_max
 };
 
 constexpr uint64_t round_up_8(uint64_t size)
@@ -120,7 +106,7 @@ static block_sizes list_measure(uint64_t items, uint64_t characters)
 {
     uint64_t bytes = characters != 0 ? items * (characters + 1) : 0;
     uint64_t heads = characters != 0 ? items * item_head : 0;
-    return {4 * items, bytes + heads, 4 + 4 * items + bytes};
+    return {items, bytes + heads, 4 + 4 * items + bytes};
 }
 
 // The sizes of any other array. No sum or product leaves 64 bits. Besides its elements there count four bytes
@@ -174,7 +160,7 @@ bool array_make(var_array *array, int8_t type, int32_t ndims, const int32_t *dim
                              : elements_measure(type, ndims, dims);
     if (!payload_fits(array, sizes.payload))
         return false;
-    uint64_t size = sizes.table + sizes.data;
+    uint64_t size = 4 * sizes.entries + sizes.data;
     if (list)
         size += list_spare(size);
     uint64_t room;
@@ -183,7 +169,7 @@ bool array_make(var_array *array, int8_t type, int32_t ndims, const int32_t *dim
         return false;
     block_replace(array, block, room);
     payload_set(array, sizes.payload);
-    block_point(block, sizes.table, sizes.data);
+    block_point(block, sizes.entries, sizes.data);
     memcpy(block->dims, dims, static_cast<size_t>(ndims) * sizeof *dims);
     if (list && dims[1] != 0) {
         block->made = dims[0];
@@ -196,9 +182,12 @@ bool array_make(var_array *array, int8_t type, int32_t ndims, const int32_t *dim
 
 list_item list_item_at(const var_block *block, int32_t number)
 {
-    uint32_t offset = table_load(block->table, number);
-    if (offset != 0)
-        return {block->data + offset, table_load(block->data + offset - item_head, 0)};
+    uint32_t offset = block->table[number];
+    if (offset != 0) {
+        uint32_t size;
+        memcpy(&size, block->data + offset - item_head, item_head);
+        return {block->data + offset, size};
+    }
     if (number >= block->made)
         return {block->data, 0};
     size_t first = static_cast<size_t>(number) * (block->made_size + item_head) + item_head;
@@ -210,22 +199,20 @@ list_item list_item_at(const var_block *block, int32_t number)
 static bool list_move(var_array *array, int32_t items, uint64_t more)
 {
     const var_block *old = array->block;
-    uint64_t entries = static_cast<uint64_t>(old->data - old->table) / 4;
-    if (entries < static_cast<uint64_t>(items))
-        entries = static_cast<uint64_t>(items) + static_cast<uint64_t>(items) / 4;
+    uint64_t entries = static_cast<uint64_t>(items <= old->entries ? old->entries : items + items / 4);
     uint64_t room = 4 * entries + static_cast<uint64_t>(old->end - old->data) - old->wasted + more;
     room += list_spare(room);
     var_block *block = block_make(room);
     if (block == nullptr)
         return false;
-    block_point(block, 4 * entries, 0);
+    block_point(block, entries, 0);
     block->dims[0] = old->dims[0];
     for (int32_t number = 0; number < old->dims[0]; number++) {
         list_item item = list_item_at(old, number);
         if (item.size == 0)
             continue;
-        table_store(block->table, number, static_cast<uint32_t>(block->end - block->data) + item_head);
-        table_store(block->end, 0, item.size);
+        block->table[number] = static_cast<uint32_t>(block->end - block->data) + item_head;
+        memcpy(block->end, &item.size, item_head);
         memcpy(block->end + item_head, item.start, item.size);
         block->end += item_head + item.size;
     }
@@ -244,8 +231,8 @@ static void item_resize(var_block *block, int32_t number, uint32_t size)
         item.start = block->end + item_head;
         block->end = item.start + size;
     }
-    table_store(block->table, number, static_cast<uint32_t>(item.start - block->data));
-    table_store(item.start - item_head, 0, size);
+    block->table[number] = static_cast<uint32_t>(item.start - block->data);
+    memcpy(item.start - item_head, &size, item_head);
     memset(item.start, 0, size);
 }
 
@@ -260,8 +247,7 @@ bool list_item_store(var_array *array, int32_t number, uint32_t size)
         return false;
     const var_block *block = array->block;
     const unsigned char *block_end = reinterpret_cast<const unsigned char *>(block + 1) + array->room;
-    bool fits =
-        items <= (block->data - block->table) / 4 && more <= static_cast<uint64_t>(block_end - block->end);
+    bool fits = items <= block->entries && more <= static_cast<uint64_t>(block_end - block->end);
     if (!fits && !list_move(array, items, more))
         return false;
     payload_set(array, payload);

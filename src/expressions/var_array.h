@@ -37,7 +37,8 @@ struct var_block {
     uint32_t wasted;            // bytes of a string list's data that no item uses any more
     uint32_t made_size;         // bytes of an item that a string list was made with
     int32_t made;               // number of these items, or 0
-    unsigned char *table;       // a string list's: where each item is
+    int32_t entries;            // of the table
+    uint32_t *table;            // a string list's: where each item is
     unsigned char *data;        // the elements, row by row
     unsigned char *end;         // the first byte after the elements
 };

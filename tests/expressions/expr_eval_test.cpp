@@ -61,9 +61,12 @@ static std::string value_of(const std::string &text)
 static size_t name_end_of(const std::string &text)
 {
     std::string bytes = text + std::string(lex_slack, '0');
+    const std::string before = bytes;
     const char *last_token = nullptr;
     (void)eval_expr(bytes.data(), text.size(), &last_token);
-    return eval_name_end(bytes.data(), text.size(), last_token);
+    size_t end = eval_name_end(bytes.data(), text.size(), last_token);
+    EXPECT_EQ(bytes, before);
+    return end;
 }
 
 struct expr_case {
@@ -436,9 +439,11 @@ TEST_F(expr_eval_test, reads_what_an_unterminated_string_was_decoded_to)
 TEST_F(expr_eval_test, finds_where_the_first_name_ends)
 {
     static const struct {
-        const char *text;
+        std::string text;
         size_t end;
     } cases[] = {
+        {" f(x)", 2},           {"a$b", 1},          {"@1234567890+", 9},
+        {"@1234567890", 11},    {"$ 1 @_", 6},       {times(300, "n") + " ", 255},
         {"x + 2", 1},           {"1 + x", 5},        {"1 + 2", 5},
         {"1 ) 2", 5},           {"1 ) ab cd", 6},    {"", 0},
         {"INT q, r", 3},        {"2 INT", 5},        {"$s = \"\\101 b\"", 2},

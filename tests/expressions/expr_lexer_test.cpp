@@ -213,35 +213,6 @@ TEST(expr_lexer, gathers_digits_as_a_double_does)
     }
 }
 
-TEST(expr_lexer, finds_where_the_first_name_ends)
-{
-    static const struct {
-        std::string text;
-        size_t end;
-    } cases[] = {
-        {"a+b", 1},
-        {"ab cd", 2},
-        {"1+ab", 4},
-        {"1 + ) ab - cd", 8},
-        {" f(x)", 2},
-        {"2 * INT x", 7},
-        {"a$b", 1},
-        {"1+2", std::string::npos},
-        {"$ 1 @_", std::string::npos},
-        {"@1234567890+", 9},
-        {"@1234567890", 11},
-        {times(300, "n") + " ", 255},
-    };
-    for (const auto &c : cases) {
-        lex_text copy(c.text);
-        std::string before = copy.bytes;
-        const char *end = lex_first_name_end(copy.start(), lex.end);
-        EXPECT_EQ(end != nullptr ? static_cast<size_t>(end - copy.start()) : std::string::npos, c.end)
-            << c.text;
-        EXPECT_EQ(copy.bytes, before);
-    }
-}
-
 // No character after a text's end may become part of its last token.
 TEST(expr_lexer, ends_at_the_end_of_the_text)
 {
