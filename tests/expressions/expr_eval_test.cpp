@@ -1,61 +1,11 @@
 // The evaluator: values, failures with their messages, and effects that stay.
 #include "expressions/expr_eval.h"
 
-#include "common/diff.h"
 #include "common/run.h"
 #include "expressions/expr_lexer.h"
-#include "expressions/expr_operators.h"
-#include "expressions/math_functions.h"
-#include "expressions/var_store.h"
+#include "expressions/expr_values.h"
 
-#include <gtest/gtest.h>
-
-#include <stdlib.h>
-
-static std::vector<std::string> messages;
-
-static void keep_message(const char *message)
-{
-    messages.push_back(message);
-}
-
-class expr_eval_test : public testing::Test {
-protected:
-    void SetUp() override
-    {
-        file_objects();
-        messages.clear();
-        expr_error = keep_message;
-    }
-
-    void TearDown() override
-    {
-        reset_run();
-    }
-};
-
-// The value of a text in the shortest form that keeps it, or "null" and the messages.
-static std::string value_of(const std::string &text)
-{
-    messages.clear();
-    std::string bytes = text + "1\"])" + std::string(lex_slack, '0');
-    const std::string before = bytes;
-    const double *value = eval_expr(bytes.data(), text.size());
-    EXPECT_EQ(bytes, before);
-    if (value != nullptr) {
-        char number[40];
-        for (int digits = 15; digits <= 17; digits++) {
-            snprintf(number, sizeof number, "%.*g", digits, *value);
-            if (strtod(number, nullptr) == *value)
-                break;
-        }
-        return number;
-    }
-    std::string result = "null";
-    for (const std::string &message : messages)
-        result += ": " + message;
-    return result;
-}
+class expr_eval_test : public expr_values_test {};
 
 // How much of a text is printed if its statement fails.
 static size_t name_end_of(const std::string &text)
@@ -459,14 +409,6 @@ TEST_F(expr_eval_test, finds_where_the_first_name_ends)
     EXPECT_EQ(name_end_of(times(50, "-") + "ab cd"), 52u);
 }
 
-TEST_F(expr_eval_test, refuses_a_text_that_is_too_long)
-{
-    EXPECT_EQ(value_of("1" + times(lex_text_max - 1, " ")), "1");
-    EXPECT_EQ(value_of("1" + times(lex_text_max, " ")), "null");
-    EXPECT_EQ(value_of("$s = \"" + times(lex_text_max - 7, "s") + "\""), std::to_string(lex_text_max - 7));
-    EXPECT_EQ(value_of("$s = \"" + times(lex_text_max - 6, "s")), "null: syntax error");
-}
-
 // What was done before a fault stays done.
 TEST_F(expr_eval_test, keeps_the_effects_of_a_text_that_fails)
 {
@@ -509,109 +451,4 @@ TEST_F(expr_eval_test, sizes_types_by_their_word)
     }
     EXPECT_EQ(value_of("COPSIZE( int)"), "0") << "blanks count";
     EXPECT_EQ(value_of("COPSIZE(int"), "null: syntax error");
-}
-
-// The largest count of each kind of nesting that leaves no more than 50 grammar symbols unfinished, as a
-// table-driven LALR(1) parser with a stack of 50 counts them.
-TEST_F(expr_eval_test, nests_as_deep_as_50_unfinished_symbols)
-{
-    static const struct {
-        const char *start, *before, *operand, *after; // before and after: count times around the operand
-        size_t count;
-    } cases[] = {
-        {"", "(", "0", ")", 48},
-        {"", "-", "0", "", 49},
-        {"", "x=", "0", "", 24},
-        {"", "a[0]=", "0", "", 16},
-        {"", "a[", "0", "]", 24},
-        {"", "b[0][", "0", "]", 16},
-        {"", "abs(", "0", ")", 24},
-        {"", "hypot(0,", "0", ")", 12},
-        {"", "1?", "0", ":0", 23},
-        {"", "5'", "0", "\"", 48},
-        {"", "0+(", "0", ")", 16},
-        {"", "0<=", "0", "", 16},
-        {"", "0!=-", "0", "", 12},
-        {"", "-", "SIZEOF(a)", "", 46},
-        {"", "-", "COPSIZE(int)", "", 46},
-        {"", "-", "a[0]", "", 46},
-        {"", "-", "b[0][0]", "", 45},
-        {"", "-", "abs(0)", "", 46},
-        {"", "-", "hypot(0,0)", "", 45},
-        {"", "-", "(1)", "", 47},
-        {"", "-", "1!=2", "", 46},
-        {"", "-", "1'", "", 48},
-        {"", "-", "1'2\"", "", 47},
-        {"", "-", "x=1", "", 47},
-        {"", "-", "a[0]=1", "", 46},
-        {"", "-", "b[0][0]=1", "", 45},
-        {"", "-", "$s=\"t\"", "", 45},
-        {"", "-", "$$l[0]=\"t\"", "", 44},
-        {"INT q[", "-", "0]", "", 46},
-        {"INT q[1][", "-", "0]", "", 45},
-        {"INT q,r[", "-", "0]", "", 44},
-        {"INT q,r[1][", "-", "0]", "", 43},
-        {"INT q[1],r[1][1],s[", "-", "0]", "", 44}, // what was read before the item is one symbol
-        {"ARRAY z[", "-", "0]", "", 46},
-        {"ARRAY z[1][", "-", "0]", "", 45},
-    };
-    for (const auto &c : cases) {
-        auto nested = [&c](size_t count) {
-            return c.start + times(count, c.before) + c.operand + times(count, c.after);
-        };
-        file_objects();
-        value_of("INT a[1], b[1][1]");
-        EXPECT_EQ(value_of(nested(c.count + 1)), "null: yacc stack overflow") << nested(c.count + 1);
-        // A declaration has no value.
-        std::string value = value_of(nested(c.count));
-        EXPECT_EQ(messages, std::vector<std::string>{}) << nested(c.count);
-        EXPECT_EQ(value == "null", *c.start != 0) << nested(c.count);
-    }
-}
-
-// A finished operand is one symbol, whatever it was made of: after a chain of them there is room for exactly
-// as much as after a single one.
-TEST_F(expr_eval_test, counts_a_finished_operand_as_one_symbol)
-{
-    value_of("INT a[1], b[1][1]");
-    for (const char *link : {"",
-                             "+0",
-                             "+(0!=0)",
-                             "<<0",
-                             "?0:0",
-                             "+-0",
-                             "+(0)",
-                             "+1\"",
-                             "*1'",
-                             "*1'2\"",
-                             "+a[0]",
-                             "+b[0][0]",
-                             "+SIZEOF(a)",
-                             "+COPSIZE(int)",
-                             "+abs(0)",
-                             "+hypot(0,0)",
-                             "+(x=1)",
-                             "+(a[0]=1)",
-                             "+($s=\"t\")",
-                             "+($$l[0]=\"t\")"}) {
-        std::string chain = "0" + times(3, link) + "?";
-        EXPECT_NE(value_of(chain + times(47, "-") + "0:0").substr(0, 4), "null") << link;
-        EXPECT_EQ(value_of(chain + times(48, "-") + "0:0"), "null: yacc stack overflow") << link;
-    }
-}
-
-TEST_F(expr_eval_test, limits_lists_and_their_pool)
-{
-    auto items = [](int count, const char *item) {
-        std::string text = item;
-        for (int i = 1; i < count; i++)
-            text += std::string(",") + item;
-        return text;
-    };
-    EXPECT_EQ(value_of("INT " + items(23, "n[2]")), "null");
-    EXPECT_EQ(value_of("SIZEOF(n)"), "2");
-    EXPECT_EQ(value_of("INT " + items(24, "m[2]")), "null: Too many functions or arguments");
-    EXPECT_EQ(value_of("SIZEOF(m)"), "0");
-    EXPECT_EQ(value_of(items(100, "abs(1)").substr(0, 6) + times(99, "+abs(1)")), "100");
-    EXPECT_EQ(value_of("abs(1)" + times(100, "+abs(1)")), "null: Too many functions or arguments");
 }
