@@ -2,8 +2,7 @@
 //
 // There is no expression tree: each production of the grammar acts when it is complete, before the token
 // after it is judged, in the order of the text; what was done before a fault stays done. An assignment
-// changes the variable store, and nothing else is executed. A fault has no output of its own: the caller sees
-// the null.
+// changes the variable store, and nothing else is executed.
 #pragma once
 
 #include <stddef.h>

@@ -24,8 +24,7 @@ static constexpr expr_keyword expr_keyword_table[] = {
     {"USHORT", TOKEN_TYPEWORD, VAR_USHORT},
 };
 
-constexpr int keyword_count = sizeof expr_keyword_table / sizeof expr_keyword_table[0];
-static_assert(keyword_count == 15, "a row for each keyword");
+static_assert(sizeof expr_keyword_table / sizeof expr_keyword_table[0] == 15, "a row for each keyword");
 static constexpr auto keyword_index = word_index_make<256>(expr_keyword_table);
 
 // The letters that keywords begin with, a bit for each: bit 1 is a. Most names begin with another one.

@@ -19,8 +19,7 @@ static int32_t shift_left(int32_t value, int32_t count)
 
 static int32_t shift_right(int32_t value, int32_t count)
 {
-    int32_t bits = count & 31;
-    return value >= 0 ? value >> bits : ~(~value >> bits);
+    return value >= 0 ? value >> (count & 31) : ~(~value >> (count & 31));
 }
 
 static bool remainder_of(int32_t a, int32_t b, double *result)

@@ -38,8 +38,7 @@ static constexpr math_func math_func_table[] = {
     {"tanh", [](const double *a) { return tanh(a[0]); }, 1, MATH_OF_ANGLE},
 };
 
-constexpr int math_func_count = sizeof math_func_table / sizeof math_func_table[0];
-static_assert(math_func_count == 21, "a row for each function");
+static_assert(sizeof math_func_table / sizeof math_func_table[0] == 21, "a row for each function");
 static constexpr auto math_func_index = word_index_make<256>(math_func_table);
 
 const math_func *math_find(const char *name, size_t size)

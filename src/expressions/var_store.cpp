@@ -117,23 +117,14 @@ static void select(var_rec *rec)
     }
 }
 
-// Reads a variable. Returns its record, or null.
-static inline var_rec *read_record(const char *name, size_t name_size)
+int32_t var_read(const char *name, size_t name_size, int32_t *size_out)
 {
     var_rec *rec = var_find(name, name_size);
     if (rec == nullptr)
-        return nullptr;
+        return VAR_UNKNOWN;
     select(rec);
     if (rec->ndims > 0)
         cur_value = 0;
-    return rec;
-}
-
-int32_t var_read(const char *name, size_t name_size, int32_t *size_out)
-{
-    const var_rec *rec = read_record(name, name_size);
-    if (rec == nullptr)
-        return VAR_UNKNOWN;
     if (size_out != nullptr) {
         *size_out = 1;
         int32_t counted = rec->type == VAR_SLIST ? 1 : rec->ndims; // of a string list its items alone
@@ -141,18 +132,6 @@ int32_t var_read(const char *name, size_t name_size, int32_t *size_out)
             *size_out *= cur_block->dims[i];
     }
     return rec->ndims;
-}
-
-static int32_t read_list_character(int32_t number, int32_t character)
-{
-    if (number < 0 || number >= cur_block->dims[0])
-        return VAR_BAD_SUBSCRIPT;
-    list_item item = list_item_at(cur_block, number);
-    if (character < 0 || static_cast<uint32_t>(character) + 1 >= item.size)
-        return VAR_BAD_SUBSCRIPT;
-    cur_ptr = item.start + character;
-    cur_value = value_load(VAR_SLIST, cur_ptr);
-    return 0;
 }
 
 int32_t var_read_element(const char *name, size_t name_size, int32_t count, const int32_t *subscripts)
@@ -164,15 +143,22 @@ int32_t var_read_element(const char *name, size_t name_size, int32_t count, cons
         return VAR_BAD_SUBSCRIPT;
     if (ndims == 0)
         return 0;
-    if (cur_type == VAR_SLIST)
-        return read_list_character(subscripts[0], subscripts[1]);
-    size_t element = 0;
-    for (int32_t i = 0; i < ndims; i++) {
-        if (subscripts[i] < 0 || subscripts[i] >= cur_block->dims[i])
+    if (cur_type == VAR_SLIST) {
+        list_item item{nullptr, 0};
+        if (subscripts[0] >= 0 && subscripts[0] < cur_block->dims[0])
+            item = list_item_at(cur_block, subscripts[0]);
+        if (subscripts[1] < 0 || static_cast<uint32_t>(subscripts[1]) + 1 >= item.size)
             return VAR_BAD_SUBSCRIPT;
-        element = element * static_cast<size_t>(cur_block->dims[i]) + static_cast<size_t>(subscripts[i]);
+        cur_ptr = item.start + subscripts[1];
+    } else {
+        size_t element = 0;
+        for (int32_t i = 0; i < ndims; i++) {
+            if (subscripts[i] < 0 || subscripts[i] >= cur_block->dims[i])
+                return VAR_BAD_SUBSCRIPT;
+            element = element * static_cast<size_t>(cur_block->dims[i]) + static_cast<size_t>(subscripts[i]);
+        }
+        cur_ptr = cur_block->data + element * type_size[cur_type];
     }
-    cur_ptr = cur_block->data + element * type_size[cur_type];
     cur_value = value_load(cur_type, cur_ptr);
     return 0;
 }
@@ -251,9 +237,10 @@ void var_fill_next(double value)
 
 // ---- Strings ----
 
-// Makes room for an item of length bytes in a string list, which doesn't exist yet if rec is null.
-static int32_t store_item(var_rec *rec, const char *name, size_t name_size, int32_t number, int32_t length)
+// Makes room for an item of length bytes in a string list, which is made if there is none.
+static int32_t store_item(const char *name, size_t name_size, int32_t number, int32_t length)
 {
+    var_rec *rec = var_find(name, name_size);
     if (rec != nullptr && number < 0)
         return -1;
     if (number == INT32_MAX) // no dimension can be larger
@@ -275,12 +262,12 @@ static int32_t store_item(var_rec *rec, const char *name, size_t name_size, int3
 int32_t var_store_string(const char *name, size_t name_size, int32_t subscript, int32_t length)
 {
     int8_t type = subscript == -1 ? VAR_STRING : VAR_SLIST;
-    var_rec *rec = read_record(name, name_size);
-    if ((rec != nullptr ? rec->type : prefix_type(name, name_size)) != type)
+    bool known = var_read(name, name_size, nullptr) != VAR_UNKNOWN;
+    if ((known ? cur_type : prefix_type(name, name_size)) != type)
         return -1;
     if (type == VAR_SLIST)
-        return store_item(rec, name, name_size, subscript, length);
-    if (rec == nullptr || cur_block->dims[0] != length) {
+        return store_item(name, name_size, subscript, length);
+    if (!known || cur_block->dims[0] != length) {
         int32_t code = var_make(name, name_size, VAR_STRING, 1, &length);
         if (code != 0)
             return code;

@@ -1,8 +1,7 @@
 // Entity commands: geometry, notes, labels, crosshatch and the view.
 //
-// An entity command ends in a list of attributes, and most rules move these by their position alone. A tail
-// reads a span of a fixed width, whatever number of attributes the command has; what comes after the
-// statement's list reads as empty. The old line's tail and the new line's read the same span.
+// An entity command ends in a list of attributes, and most rules move these by their position alone, in the
+// old line and in the new one by tails that read the same slots.
 #include "rules/rule_table.h"
 #include "statements/arg_slots.h"
 

@@ -37,7 +37,7 @@ enum rule_effect : uint8_t {
 struct rule_row {
     int16_t id;
     const char *command;  // the command word or words of the id
-    const char *old_form; // the old arguments, see below
+    const char *old_form; // the old arguments, see above
     rule_effect effect;
     const form_code *tip; // comment lines in front, or null
     form_code new_form;   // the rest of the output, with its line ends; empty if nothing is left
@@ -130,11 +130,10 @@ constexpr bool rules_fit(const rule_family &family)
         if (i > 0 && row.id < rows[i - 1].id)
             return false;
         bool alone = (i == 0 || rows[i - 1].id != row.id) && (i == last || rows[i + 1].id != row.id);
-        if (alone != (row.when == nullptr) || row.new_form.top_slot > rule_slots(row.id))
+        bool has_tip = row.effect == EFFECT_TIP || row.effect == EFFECT_BY_HAND;
+        if (alone != (row.when == nullptr) || has_tip != (row.tip != nullptr))
             return false;
-        if ((row.tip != nullptr) != (row.effect == EFFECT_TIP || row.effect == EFFECT_BY_HAND))
-            return false;
-        if (row.tip != nullptr && row.tip->top_slot > rule_slots(row.id))
+        if (row.new_form.top_slot > rule_slots(row.id) || (has_tip && row.tip->top_slot > rule_slots(row.id)))
             return false;
     }
     for (const command_source_row &command : command_rows)

@@ -122,9 +122,8 @@ static void choose_set(rule_choice *choice)
 
 static void choose_orddim(rule_choice *choice)
 {
-    if (rules_run.collect_mode == 1)
-        choice->row = rules_run.basedim_count == 0 ? ORDDIM_FIRST : ORDDIM_FOLLOWING;
-    else
+    choice->row = rules_run.basedim_count == 0 ? ORDDIM_FIRST : ORDDIM_FOLLOWING;
+    if (rules_run.collect_mode != 1)
         choice->row = ORDDIM_OUTSIDE;
     // Kept: it counts outside collect mode too. A group after that begins with an ADDBASEDIM, whose handle
     // nothing declares.
