@@ -65,7 +65,7 @@ static void emit_other(form_kind kind, const rule_choice &choice, const arg_slot
 
 void emit_form(const form_code &form, const rule_choice &choice)
 {
-    char *output = out_take_place(put_room);
+    char *output = out_reserve(put_room);
     const form_piece *end = form.pieces + form.pieces_used;
     for (const form_piece *piece = form.pieces; piece < end; piece++) {
         const arg_slot *slot = arg_slots + piece->slot;
@@ -81,11 +81,11 @@ void emit_form(const form_code &form, const rule_choice &choice)
         default:
             if (piece->kind == PUT_IF_SET && slot_lval(slot) == 0)
                 break;
-            out_give_place(put_literal(output, form, piece));
+            out_commit(put_literal(output, form, piece));
             emit_other(piece->kind, choice, slot);
-            output = out_take_place(put_room);
+            output = out_reserve(put_room);
             break;
         }
     }
-    out_give_place(output);
+    out_commit(output);
 }

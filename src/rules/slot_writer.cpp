@@ -4,17 +4,17 @@ void (*emit_wrote)(const emit_write &write);
 
 char *put_long(char *output, const char *text, size_t size)
 {
-    out_give_place(output);
+    out_commit(output);
     out_bytes(text, size);
-    return out_take_place(put_room);
+    return out_reserve(put_room);
 }
 
 void emit_arguments(const arg_slot *first, int32_t count)
 {
-    char *output = out_take_place(put_room);
+    char *output = out_reserve(put_room);
     for (const arg_slot *slot = first; slot < first + count; slot++) {
         memcpy(output, ", ", 2);
         output = put_slot(output + 2, slot);
     }
-    out_give_place(output);
+    out_commit(output);
 }

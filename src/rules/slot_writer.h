@@ -35,7 +35,7 @@ constexpr size_t put_room = 4096;
 // put_text for a longer text, which reserves its own bytes and then put_room again for those after it.
 char *put_long(char *output, const char *text, size_t size);
 
-// Writes a text through a pointer from out_take_place, and returns the pointer after it. slot_text_slack
+// Writes a text through a pointer from out_reserve, and returns the pointer after it. slot_text_slack
 // bytes of the text may be read, since that many are copied whatever its size.
 inline char *put_text(char *output, const char *text, size_t size)
 {

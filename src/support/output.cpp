@@ -51,8 +51,8 @@ void out_bytes_slow(const char *bytes, size_t size)
 static void out_integer(int32_t value)
 {
     constexpr size_t size_max = 11;
-    char *place = out_take_place(size_max);
-    out_give_place(std::to_chars(place, place + size_max, value).ptr);
+    char *place = out_reserve(size_max);
+    out_commit(std::to_chars(place, place + size_max, value).ptr);
 }
 
 static void out_float(double value)

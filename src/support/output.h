@@ -62,14 +62,14 @@ inline void out_bytes(const char *bytes, size_t size)
 
 // Writing many short pieces: reserve room for so many bytes, write through the pointer, then commit with a
 // pointer to where the next byte goes.
-inline char *out_take_place(size_t room)
+inline char *out_reserve(size_t room)
 {
     if (out_buffer_size - out_file.used < room)
         out_flush();
     return out_file.buffer + out_file.used;
 }
 
-inline void out_give_place(const char *place)
+inline void out_commit(const char *place)
 {
     out_file.used = static_cast<size_t>(place - out_file.buffer);
 }
