@@ -9,7 +9,6 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <signal.h>
-#include <spawn.h>
 #include <stdint.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -19,8 +18,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-// NOLINTNEXTLINE(readability-redundant-declaration): only some C libraries declare it.
-extern char **environ;
+#include <charconv>
+
+// Who receives the paths that the user picks.
+struct path_taker {
+    void (*take)(const char *path, void *context);
+    void *context;
+};
 
 // A text that was read.
 struct byte_list {
@@ -42,32 +46,25 @@ static void tell_no_memory()
 
 // Everything up to the end of file, and a NUL. An error while reading ends the text. False without memory.
 // The caller frees the bytes.
-static bool read_all(int file, byte_list *text)
+static bool read_all(int number, byte_list *text)
 {
-    size_t room = 0;
-    for (;;) {
-        if (text->used + 1 >= room) {
-            room = room == 0 ? 8192 : 2 * room;
-            auto *bytes = static_cast<char *>(realloc(text->bytes, room));
-            if (bytes == nullptr)
-                return false;
-            text->bytes = bytes;
-        }
-        ssize_t got = read(file, text->bytes + text->used, room - text->used - 1);
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got <= 0)
-            break;
-        text->used += static_cast<size_t>(got);
-    }
+    const plat_file file{number};
+    size_t room = 4096;
+    do {
+        room *= 2;
+        auto *bytes = static_cast<char *>(realloc(text->bytes, room));
+        if (bytes == nullptr)
+            return false;
+        text->bytes = bytes;
+        text->used += plat_read(&file, bytes + text->used, room - 1 - text->used);
+    } while (text->used == room - 1);
     text->bytes[text->used] = '\0';
     return true;
 }
 
 // Hands over each path of a text that read_all has read, with a separator between them. Empty paths are
 // skipped.
-static select_result take_paths(byte_list *text, char separator,
-                                void (*take)(const char *path, void *context), void *context)
+static select_result take_paths(byte_list *text, char separator, const path_taker &taker)
 {
     select_result result = SELECT_CANCELED;
     char *path = text->bytes;
@@ -78,7 +75,7 @@ static select_result take_paths(byte_list *text, char separator,
             path_end = end;
         *path_end = '\0';
         if (*path != '\0') {
-            take(path, context);
+            taker.take(path, taker.context);
             result = SELECT_TAKEN;
         }
         path = path_end + 1;
@@ -106,48 +103,33 @@ static char find_separator(byte_list *text)
 
 // The paths on standard input. The list is read to its end first: a program that searches folders while we
 // convert would find our own outputs and send them back to us, without end.
-static select_result select_from_pipe(void (*take)(const char *path, void *context), void *context)
+static select_result select_from_pipe(const path_taker &taker)
 {
     byte_list text = {};
     select_result result = SELECT_CANCELED;
     if (read_all(STDIN_FILENO, &text))
-        result = take_paths(&text, find_separator(&text), take, context);
+        result = take_paths(&text, find_separator(&text), taker);
     else
         tell_no_memory();
     free(text.bytes);
     return result;
 }
 
-// Starts a program with its standard output in a file, its warnings dropped, and the signals that plat_start
-// ignores as a program expects them. Gives its process, or -1.
-static pid_t spawn_program(const char *const *arguments, int output)
+// Runs a program of PATH in this process, a child: its standard output in a file, its warnings dropped, and
+// the signals that plat_start ignores as a program expects them. Ends with status 127 if there is none.
+[[noreturn]] static void become_program(const char *const *arguments, int output)
 {
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGPIPE);
-    sigaddset(&signals, SIGXFSZ);
-    posix_spawnattr_t attributes;
-    if (posix_spawnattr_init(&attributes) != 0)
-        return -1;
-    pid_t process = -1;
-    posix_spawn_file_actions_t actions;
-    if (posix_spawn_file_actions_init(&actions) == 0) {
-        // The interface lacks const for history's sake; the arguments are not written.
-        char *const *vector = const_cast<char *const *>(arguments);
-        if (posix_spawnattr_setsigdefault(&attributes, &signals) != 0 ||
-            posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF) != 0 ||
-            posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO) != 0 ||
-            posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0) != 0 ||
-            posix_spawnp(&process, arguments[0], &actions, &attributes, vector, environ) != 0)
-            process = -1;
-        posix_spawn_file_actions_destroy(&actions);
-    }
-    posix_spawnattr_destroy(&attributes);
-    return process;
+    signal(SIGPIPE, SIG_DFL);
+    signal(SIGXFSZ, SIG_DFL);
+    dup2(output, STDOUT_FILENO);
+    dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDERR_FILENO);
+    // The interface lacks const for history's sake; the arguments are not written.
+    execvp(arguments[0], const_cast<char *const *>(arguments));
+    _exit(127);
 }
 
-// Starts a program of PATH with its standard output in a pipe. Gives its process and the pipe's end, or -1 if
-// there is no such program.
+// Starts a program of PATH with its standard output in a pipe. Returns its process and the pipe's end, or -1
+// if that can't be had.
 static pid_t start_program(const char *const *arguments, int *output)
 {
     int ends[2];
@@ -155,7 +137,9 @@ static pid_t start_program(const char *const *arguments, int *output)
         return -1;
     fcntl(ends[0], F_SETFD, FD_CLOEXEC);
     fcntl(ends[1], F_SETFD, FD_CLOEXEC);
-    pid_t process = spawn_program(arguments, ends[1]);
+    pid_t process = fork();
+    if (process == 0)
+        become_program(arguments, ends[1]);
     close(ends[1]);
     if (process == -1)
         close(ends[0]);
@@ -165,8 +149,7 @@ static pid_t start_program(const char *const *arguments, int *output)
 
 // Lets one dialog program run. Status 0 means that its output holds the selection, a line each; 1 that the
 // user cancelled; anything else that it could not show its dialog.
-static select_result select_from_program(const char *const *arguments, void (*take)(const char *, void *),
-                                         void *context)
+static select_result select_from_program(const char *const *arguments, const path_taker &taker)
 {
     int output;
     pid_t process = start_program(arguments, &output);
@@ -184,28 +167,24 @@ static select_result select_from_program(const char *const *arguments, void (*ta
     else if (!WIFEXITED(status) || WEXITSTATUS(status) > 1)
         result = SELECT_MISSING;
     else if (WEXITSTATUS(status) == 0)
-        result = take_paths(&text, '\n', take, context);
+        result = take_paths(&text, '\n', taker);
     free(text.bytes);
     return result;
 }
 
-// The option that lets zenity begin in the current directory, which it must be told as a whole path. Null if
-// that can't be had: then zenity begins where it likes. The caller frees it.
+// The option that lets zenity begin in the current directory, as a whole path. Null if that can't be had:
+// then zenity begins where it likes. The caller frees it.
 static char *zenity_folder_option()
 {
-    static const char option[] = "--filename=";
     char *folder = realpath(".", nullptr);
-    if (folder == nullptr)
-        return nullptr;
-    size_t size = sizeof option + strlen(folder) + 1;
-    char *text = static_cast<char *>(malloc(size));
-    if (text != nullptr)
-        snprintf(text, size, "%s%s/", option, folder);
+    char *option = nullptr;
+    if (folder != nullptr && asprintf(&option, "--filename=%s/", folder) < 0)
+        option = nullptr;
     free(folder);
-    return text;
+    return option;
 }
 
-static select_result select_from_dialog(void (*take)(const char *path, void *context), void *context)
+static select_result select_from_dialog(const path_taker &taker)
 {
     char *folder_option = zenity_folder_option();
     const char *const zenity[] = {"zenity",
@@ -226,10 +205,10 @@ static select_result select_from_dialog(void (*take)(const char *path, void *con
                                           ".",
                                           "MURL Files (*.mrl)\nMURL Files (*.mrp)",
                                           nullptr};
-    select_result result = select_from_program(zenity, take, context);
+    select_result result = select_from_program(zenity, taker);
     free(folder_option);
     if (result == SELECT_MISSING)
-        result = select_from_program(kdialog, take, context);
+        result = select_from_program(kdialog, taker);
     return result;
 }
 
@@ -274,77 +253,56 @@ static void show_scripts(dirent *const *scripts, size_t count)
     fputs("Convert which? Numbers, ranges like 2-5, paths, or all (an empty line cancels): ", stderr);
 }
 
-// Reads a number from 1 to limit and steps after it. 0 if there is none.
-static size_t read_number(const char **text, size_t limit)
+// Reads a number of the list and steps after it. 0 if there is none.
+static size_t read_number(const char **text, size_t count)
 {
     size_t number = 0;
-    while (**text >= '0' && **text <= '9') {
-        number = number * 10 + static_cast<size_t>(**text - '0');
-        if (number > limit)
-            return 0;
-        (*text)++;
-    }
-    return number;
+    *text = std::from_chars(*text, *text + strlen(*text), number).ptr;
+    return number <= count ? number : 0;
 }
 
 // Hands over what one word of the answer stands for. A word that names nothing in the list is a path, so a
 // number out of range is reported as a file that can't be opened.
-static void take_word(const char *word, dirent *const *scripts, size_t count,
-                      void (*take)(const char *path, void *context), void *context)
+static void take_word(const char *word, dirent *const *scripts, size_t count, const path_taker &taker)
 {
-    size_t first = 0;
-    size_t last = 0;
-    if (strcasecmp(word, "all") == 0 && count > 0) {
-        first = 1;
-        last = count;
-    } else {
+    size_t first = 1;
+    size_t last = count;
+    if (strcasecmp(word, "all") != 0) {
         const char *rest = word;
         first = last = read_number(&rest, count);
-        if (first != 0 && *rest == '-') {
-            rest++;
-            last = read_number(&rest, count);
-        }
+        if (first != 0 && *rest == '-')
+            last = read_number(&++rest, count);
         if (*rest != '\0')
             first = 0;
     }
     if (first == 0 || last == 0) {
-        take(word, context);
+        taker.take(word, taker.context);
         return;
     }
     for (; first != last; first < last ? first++ : first--)
-        take(scripts[first - 1]->d_name, context);
-    take(scripts[last - 1]->d_name, context);
-}
-
-static bool is_separator(char c)
-{
-    return c != '\0' && strchr(", \t\n\v\f\r", c) != nullptr;
+        taker.take(scripts[first - 1]->d_name, taker.context);
+    taker.take(scripts[last - 1]->d_name, taker.context);
 }
 
 // Cuts the next word off an answer and steps after it; null at the end. Quotes keep blanks and commas in a
 // word, as a terminal puts them around a path that is dropped on it.
 static char *next_word(char **answer)
 {
-    char *word = *answer;
-    while (is_separator(*word))
-        word++;
+    static const char separators[] = ", \t\n\v\f\r";
+    char *word = *answer + strspn(*answer, separators);
     if (*word == '\0')
         return nullptr;
-    char *end = word;
-    if ((*word == '"' || *word == '\'') && strchr(word + 1, *word) != nullptr) {
-        end = strchr(word + 1, *word);
+    char *end = *word == '"' || *word == '\'' ? strchr(word + 1, *word) : nullptr;
+    if (end != nullptr)
         word++;
-    } else {
-        while (*end != '\0' && !is_separator(*end))
-            end++;
-    }
+    else
+        end = word + strcspn(word, separators);
     *answer = *end == '\0' ? end : end + 1;
     *end = '\0';
     return word;
 }
 
-static select_result take_answer(dirent *const *scripts, size_t count,
-                                 void (*take)(const char *path, void *context), void *context)
+static select_result take_answer(dirent *const *scripts, size_t count, const path_taker &taker)
 {
     char *line = nullptr;
     size_t room = 0;
@@ -352,7 +310,7 @@ static select_result take_answer(dirent *const *scripts, size_t count,
     if (getline(&line, &room, stdin) >= 0) {
         char *rest = line;
         for (const char *word = next_word(&rest); word != nullptr; word = next_word(&rest)) {
-            take_word(word, scripts, count, take, context);
+            take_word(word, scripts, count, taker);
             result = SELECT_TAKEN;
         }
     }
@@ -360,7 +318,7 @@ static select_result take_answer(dirent *const *scripts, size_t count,
     return result;
 }
 
-static select_result select_from_list(void (*take)(const char *path, void *context), void *context)
+static select_result select_from_list(const path_taker &taker)
 {
     dirent **scripts = nullptr;
     int found = scandir(".", &scripts, is_listed, alphasort);
@@ -370,7 +328,7 @@ static select_result select_from_list(void (*take)(const char *path, void *conte
     }
     auto count = static_cast<size_t>(found < 0 ? 0 : found);
     show_scripts(scripts, count);
-    select_result result = take_answer(scripts, count, take, context);
+    select_result result = take_answer(scripts, count, taker);
     for (size_t i = 0; i < count; i++)
         free(scripts[i]);
     free(scripts);
@@ -386,12 +344,13 @@ static bool has_display()
 
 int plat_select_files(void (*take)(const char *path, void *context), void *context)
 {
+    const path_taker taker{take, context};
     select_result result = SELECT_MISSING;
     if (!isatty(STDIN_FILENO))
-        result = select_from_pipe(take, context);
+        result = select_from_pipe(taker);
     else if (has_display())
-        result = select_from_dialog(take, context);
+        result = select_from_dialog(taker);
     if (result == SELECT_MISSING)
-        result = select_from_list(take, context);
+        result = select_from_list(taker);
     return result == SELECT_TAKEN ? 0 : -1;
 }
