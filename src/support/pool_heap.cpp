@@ -3,36 +3,30 @@
 // the addresses too, because areas next to each other on the ring need not be so in memory.
 #include "support/pool_heap.h"
 
+#include "support/number.h"
+
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
-#include "support/number.h"
+#include <algorithm>
 
 pool_heap *heap_list;
 int32_t heap_debug;
 void *(*heap_calloc)(size_t count, size_t size) = calloc;
 
-// The two rings, as list_insert and list_unlink take them.
-static constexpr size_t next_free_at = offsetof(heap_block, next_free);
-static constexpr size_t prev_free_at = offsetof(heap_block, prev_free);
-static constexpr size_t next_item_at = offsetof(heap_block, next_item);
-static constexpr size_t prev_item_at = offsetof(heap_block, prev_item);
+// A ring: the links of a block to the next one on it and to the one before.
+struct heap_ring {
+    heap_block *heap_block::*next;
+    heap_block *heap_block::*prev;
+};
 
-static char *address_of(heap_block *block)
-{
-    return reinterpret_cast<char *>(block);
-}
+static constexpr heap_ring item_ring{&heap_block::next_item, &heap_block::prev_item};
+static constexpr heap_ring free_ring{&heap_block::next_free, &heap_block::prev_free};
 
 static heap_block *block_at(void *address)
 {
     return static_cast<heap_block *>(address);
-}
-
-// The header in front of a user's area.
-static heap_block *block_of(void *pointer)
-{
-    return block_at(static_cast<char *>(pointer) - sizeof(heap_block));
 }
 
 static size_t bytes_of(const heap_block *block)
@@ -46,33 +40,28 @@ static size_t user_bytes_of(const heap_block *block)
 }
 
 // The address after a block, where the next one begins if it touches this one.
-static char *end_of(heap_block *block)
+static heap_block *end_of(heap_block *block)
 {
-    return address_of(block) + bytes_of(block);
+    return block_at(reinterpret_cast<char *>(block) + bytes_of(block));
 }
 
-static heap_block *&link_at(heap_block *block, size_t field)
+// Puts a block on a ring right after anchor.
+static void ring_insert(const heap_ring &ring, heap_block *anchor, heap_block *block)
 {
-    return *reinterpret_cast<heap_block **>(address_of(block) + field);
+    heap_block *after = anchor->*ring.next;
+    block->*ring.next = after;
+    block->*ring.prev = anchor;
+    after->*ring.prev = block;
+    anchor->*ring.next = block;
 }
 
-int list_insert(heap_block *anchor, heap_block *node, size_t next_field, size_t prev_field)
+// Takes a block off a ring. Its own links stay as they are.
+static void ring_unlink(const heap_ring &ring, heap_block *block)
 {
-    heap_block *after = link_at(anchor, next_field);
-    link_at(node, next_field) = after;
-    link_at(node, prev_field) = anchor;
-    link_at(after, prev_field) = node;
-    link_at(anchor, next_field) = node;
-    return 0;
-}
-
-int list_unlink(heap_block *node, size_t next_field, size_t prev_field)
-{
-    heap_block *before = link_at(node, prev_field);
-    heap_block *after = link_at(node, next_field);
-    link_at(before, next_field) = after;
-    link_at(after, prev_field) = before;
-    return 0;
+    heap_block *before = block->*ring.prev;
+    heap_block *after = block->*ring.next;
+    before->*ring.next = after;
+    after->*ring.prev = before;
 }
 
 void heap_abort(pool_heap *, [[maybe_unused]] const char *text)
@@ -104,10 +93,8 @@ static void rover_leave(heap_block *block)
 
 pool_heap *heap_create(const char *name, uint32_t growth)
 {
-    pool_heap *heap = static_cast<pool_heap *>(heap_calloc(1, sizeof(pool_heap)));
-    if (heap == nullptr)
-        return nullptr;
-    heap_block *base = block_at(heap_calloc(1, sizeof(heap_block)));
+    auto *heap = static_cast<pool_heap *>(heap_calloc(1, sizeof(pool_heap)));
+    heap_block *base = heap != nullptr ? block_at(heap_calloc(1, sizeof(heap_block))) : nullptr;
     if (base == nullptr) {
         free(heap);
         return nullptr;
@@ -147,8 +134,8 @@ int heap_add(pool_heap *heap, void *base, uint32_t size, int32_t can_free)
 
     heap_block *block = block_at(base);
     *block = {nullptr, nullptr, nullptr, nullptr, size / heap_granule, "HEAP_ADD", 1, heap_signature, heap};
-    list_insert(heap->items, block, next_item_at, prev_item_at);
-    list_insert(heap->rover, block, next_free_at, prev_free_at);
+    ring_insert(item_ring, heap->items, block);
+    ring_insert(free_ring, heap->rover, block);
     heap->rover = block;
     return 0;
 }
@@ -175,19 +162,12 @@ static bool heap_grow(pool_heap *heap, uint32_t size)
 {
     if (heap->growth == 0)
         return false;
-    uint64_t bytes = uint64_t{size} + sizeof(heap_block) + heap_granule;
-    if (bytes < heap->growth)
-        bytes = heap->growth;
-    if (bytes > UINT32_MAX)
-        return false;
-    void *memory = heap_calloc(1, static_cast<size_t>(bytes));
-    if (memory == nullptr)
-        return false;
-    if (heap_add(heap, memory, static_cast<uint32_t>(bytes), 1) != 0) {
-        free(memory);
-        return false;
-    }
-    return true;
+    uint64_t bytes = std::max<uint64_t>(heap->growth, uint64_t{size} + sizeof(heap_block) + heap_granule);
+    void *memory = bytes <= UINT32_MAX ? heap_calloc(1, static_cast<size_t>(bytes)) : nullptr;
+    if (memory != nullptr && heap_add(heap, memory, static_cast<uint32_t>(bytes), 1) == 0)
+        return true;
+    free(memory);
+    return false;
 }
 
 // Takes a free block for an allocation of need granules, whole or its upper end. Cutting from the upper
@@ -198,16 +178,16 @@ static heap_block *take_block(heap_block *block, uint32_t need)
     // A rest of a header or less could serve nobody.
     if (block->size - need <= heap_header_granules) {
         rover_leave(block);
-        list_unlink(block, next_free_at, prev_free_at);
+        ring_unlink(free_ring, block);
         return block;
     }
     block->heap->rover = block;
     block->size -= need;
-    heap_block *upper = block_at(end_of(block));
+    heap_block *upper = end_of(block);
     upper->next_free = nullptr;
     upper->prev_free = nullptr;
     upper->size = need;
-    list_insert(block, upper, next_item_at, prev_item_at);
+    ring_insert(item_ring, block, upper);
     return upper;
 }
 
@@ -230,9 +210,7 @@ void *heap_alloc(pool_heap *heap, const char *owner, uint32_t size)
     block->owner = owner;
     block->sig = heap_signature;
     block->heap = heap;
-    void *pointer = address_of(block) + sizeof(heap_block);
-    memset(pointer, 0, user_bytes_of(block));
-    return pointer;
+    return memset(block + 1, 0, user_bytes_of(block));
 }
 
 // What a free block looks like. A header that was merged into another one gets it too, so that a late
@@ -247,7 +225,7 @@ int heap_free(void *pointer)
 {
     if (pointer == nullptr)
         return 0;
-    heap_block *block = block_of(pointer);
+    heap_block *block = block_at(pointer) - 1;
     pool_heap *heap = block->heap;
     if (heap_debug != 0)
         heap_check(heap);
@@ -255,22 +233,22 @@ int heap_free(void *pointer)
         return 0;
 
     heap_block *below = block->prev_item;
-    if (below->free != 0 && end_of(below) == address_of(block)) {
-        list_unlink(block, next_item_at, prev_item_at);
+    if (below->free != 0 && end_of(below) == block) {
+        ring_unlink(item_ring, block);
         below->size += block->size;
         mark_free(block);
         block = below;
     }
     heap_block *above = block->next_item;
-    if (above->free != 0 && end_of(block) == address_of(above)) {
+    if (above->free != 0 && end_of(block) == above) {
         block->size += above->size;
         rover_leave(above);
-        list_unlink(above, next_item_at, prev_item_at);
-        list_unlink(above, next_free_at, prev_free_at);
+        ring_unlink(item_ring, above);
+        ring_unlink(free_ring, above);
     }
     // Merged into the block below it is on the free ring already.
     if (block->free == 0) {
-        list_insert(heap->rover, block, next_free_at, prev_free_at);
+        ring_insert(free_ring, heap->rover, block);
         mark_free(block);
     }
     return 0;
@@ -280,7 +258,7 @@ void *heap_realloc(void *pointer, uint32_t size)
 {
     if (pointer == nullptr)
         return nullptr;
-    heap_block *block = block_of(pointer);
+    heap_block *block = block_at(pointer) - 1;
     if (heap_debug != 0)
         heap_check(block->heap);
     if (!expect_allocated(block))
@@ -288,8 +266,7 @@ void *heap_realloc(void *pointer, uint32_t size)
     void *moved = heap_alloc(block->heap, block->owner, size);
     if (moved == nullptr)
         return nullptr;
-    size_t old_bytes = user_bytes_of(block);
-    memcpy(moved, pointer, size < old_bytes ? size : old_bytes);
+    memcpy(moved, pointer, std::min<size_t>(size, user_bytes_of(block)));
     heap_free(pointer);
     return moved;
 }
@@ -329,7 +306,7 @@ int heap_check(pool_heap *heap)
 }
 
 // Two lines for each block of one ring from the rover on, then the sums in bytes.
-static void dump_ring(pool_heap *heap, size_t next_field)
+static void dump_ring(pool_heap *heap, heap_block *heap_block::*next)
 {
     uint64_t allocated = 0;
     uint64_t unused = 0;
@@ -341,7 +318,7 @@ static void dump_ring(pool_heap *heap, size_t next_field)
         printf("  sz = %ld, own = '%s', free = %d, sig = %hx\n", static_cast<long>(bytes_of(block)),
                block->owner, block->free, block->sig);
         (block->free != 0 ? unused : allocated) += bytes_of(block);
-        block = link_at(block, next_field);
+        block = block->*next;
     } while (block != heap->rover);
     printf("balloc = %d, bfree = %d, tot = %d\n", wrap_int32(allocated), wrap_int32(unused),
            wrap_int32(allocated + unused));
@@ -355,9 +332,9 @@ static void dump_one(pool_heap *heap)
         printf("  base %p, size %8lx, can_free = %d\n", area->base, static_cast<unsigned long>(area->size),
                area->can_free);
     printf("\nHEAP %s %p: ALLOC/FREE LIST\n", heap->name, address);
-    dump_ring(heap, next_item_at);
+    dump_ring(heap, &heap_block::next_item);
     printf("\nHEAP %s %p: FREE LIST\n", heap->name, address);
-    dump_ring(heap, next_free_at);
+    dump_ring(heap, &heap_block::next_free);
 }
 
 int heap_dump(pool_heap *heap)

@@ -7,7 +7,7 @@
 //
 // Each heap has two rings of blocks. The item ring holds every block; a split puts the two parts next to
 // each other on it, so the neighbours on the ring are the only candidates for a merge. The free ring
-// holds the free ones. The base block stands on both, is never free and never handed out: the rings are
+// holds the free ones. The base block is on both, is never free and never handed out: the rings are
 // never empty.
 #pragma once
 
@@ -64,7 +64,7 @@ extern void *(*heap_calloc)(size_t count, size_t size);
 // Makes a heap with no area. Null if there is no memory.
 pool_heap *heap_create(const char *name, uint32_t growth);
 
-// Gives a heap and all its blocks back to the system, but for areas with can_free 0, which are the caller's.
+// Returns a heap and all its blocks to the system, but for areas with can_free 0, which are the caller's.
 void heap_destroy(pool_heap *heap);
 
 // Adds size bytes at base as one free block; the heap uses them until it is destroyed. 0, or 1 if they can't
@@ -72,7 +72,7 @@ void heap_destroy(pool_heap *heap);
 // one.
 int heap_add(pool_heap *heap, void *base, uint32_t size, int32_t can_free);
 
-// A block of at least size bytes, all of them zero; 0 bytes give a valid address too. Null if there is
+// A block of at least size bytes, all of them zero; for 0 bytes the address is valid too. Null if there is
 // no memory or the size can't be counted. The block is the caller's until heap_free.
 void *heap_alloc(pool_heap *heap, const char *owner, uint32_t size);
 
@@ -90,16 +90,9 @@ void *heap_realloc(void *pointer, uint32_t size);
 int heap_check(pool_heap *heap);
 
 // Prints areas, blocks and free blocks of a heap, or with null of all heaps, to standard output. Result
-// as of heap_check. Does nothing and gives 0 while heap_debug is 0.
+// as of heap_check. Does nothing and returns 0 while heap_debug is 0.
 int heap_dump(pool_heap *heap);
 
-// Told of each fault that a check finds. It does nothing; in a build with MURL_HEAP_CHECKS it prints the
+// Called with each fault that a check finds. It does nothing; in a build with MURL_HEAP_CHECKS it prints the
 // text to standard error and aborts.
 void heap_abort(pool_heap *heap, const char *text);
-
-// Puts node on a ring right after anchor; always 0. next_field and prev_field say which ring: the
-// offsets of its two links in heap_block.
-int list_insert(heap_block *anchor, heap_block *node, size_t next_field, size_t prev_field);
-
-// Takes node off a ring; always 0. Its own links stay as they are.
-int list_unlink(heap_block *node, size_t next_field, size_t prev_field);
