@@ -1,9 +1,10 @@
 #include "statements/command_table.h"
 
-#include "support/word_index.h"
+#include "support/text.h"
 
 #include <stddef.h>
 
+#include <array>
 #include <string_view>
 
 // ---- The specs as bytes ----
@@ -16,21 +17,18 @@ constexpr size_t spec_bytes_total()
     return total;
 }
 
-struct spec_store {
-    uint8_t bytes[spec_bytes_total()]; // row after row
-};
-
-constexpr spec_store specs_make()
+// Row after row.
+constexpr auto specs_make()
 {
-    spec_store store{};
+    std::array<uint8_t, spec_bytes_total()> bytes{};
     size_t used = 0;
     for (const command_source_row &row : command_rows)
         for (int i = 0; i < spec_length(row.spec); i++)
-            store.bytes[used++] = spec_byte(row.spec, i);
-    return store;
+            bytes[used++] = spec_byte(row.spec, i);
+    return bytes;
 }
 
-static constexpr spec_store command_specs = specs_make();
+static constexpr auto command_specs = specs_make();
 
 // ---- What is claimed ----
 
@@ -39,12 +37,12 @@ static constexpr spec_store command_specs = specs_make();
 constexpr bool rows_well_formed()
 {
     for (const command_source_row &row : command_rows) {
-        size_t length = 0;
-        for (const char *c = row.name; *c != 0; c++, length++)
-            if ((char_classes.bits[static_cast<unsigned char>(*c)] & CHAR_WORD) == 0)
+        std::string_view name = row.name;
+        for (char c : name)
+            if (!text_is(c, CHAR_WORD))
                 return false;
         int count = spec_length(row.spec);
-        if (length == 0 || length >= word_size_max || count < 0)
+        if (name.empty() || name.size() >= word_size_max || count < 0)
             return false;
         for (int i = 0; i < count; i++) {
             int spec = spec_byte(row.spec, i);
@@ -88,30 +86,26 @@ static_assert(ids_in_range(), "an id outside its family's range, or out of order
 
 // ---- The table itself ----
 
-struct command_table {
-    cmd_row row[command_count];
-};
-
-constexpr command_table rows_make()
+constexpr auto rows_make()
 {
-    command_table table{};
-    const uint8_t *spec = command_specs.bytes;
-    for (int i = 0; i < command_count; i++) {
+    std::array<cmd_row, command_count> rows{};
+    const uint8_t *spec = command_specs.data();
+    for (size_t i = 0; i < rows.size(); i++) {
         const command_source_row &source = command_rows[i];
         auto count = static_cast<uint8_t>(spec_length(source.spec));
-        table.row[i] = cmd_row{source.name, source.id, count != 0 ? spec : nullptr, count};
+        rows[i] = cmd_row{source.name, source.id, count != 0 ? spec : nullptr, count};
         spec += count;
     }
-    return table;
+    return rows;
 }
 
-static constexpr command_table table = rows_make();
+static constexpr auto table = rows_make();
 
 static constexpr auto command_index = word_index_make<4096>(command_rows);
 
 const cmd_row &command_row_at(int32_t index)
 {
-    return table.row[index];
+    return table[static_cast<size_t>(index)];
 }
 
 // Index of the row of a name. For constants: a name that no row has doesn't compile.

@@ -27,10 +27,10 @@ void labels_start(label_row *table)
 {
     label_table = table;
     label_count = 0;
-    name_index_start(&label_names, table, sizeof(label_row), label_name_length);
+    name_index_start(&label_names, table->key, sizeof(label_row), label_name_length);
 }
 
-// Tells of a second label of a name and of one label too many alike.
+// Reports a second label of a name, or one label too many, and returns result.
 static int32_t label_report(const char *name, int32_t result)
 {
     if (label_refused != nullptr)
@@ -44,13 +44,15 @@ int32_t label_define(const char *word)
 {
     label_row row{};
     strncpy(row.name, word + 1, label_name_length);
+    for (int i = 0; i < label_name_length; i++)
+        row.key[i] = static_cast<char>(char_lower(row.name[i]));
     (void)rem_copy(word);
     if (row.name[0] == 0)
         return STATEMENT_NO_LABEL;
     row.position = src_tell();
     row.line = src_line();
 
-    int32_t known = name_index_find_nocase(&label_names, row.name, strlen(row.name));
+    int32_t known = name_index_find(&label_names, row.key, strlen(row.key));
     if (known >= 0 && label_table[known].position == row.position && label_table[known].line == row.line)
         return STATEMENT_NO_LABEL;
     if (known >= 0)

@@ -12,6 +12,7 @@ constexpr int label_name_length = 12;    // characters of a label that count
 // One label. Position and line say where the text after the label's line begins.
 struct label_row {
     char name[16]; // as typed, cut to label_name_length characters
+    char key[16];  // the same in small letters: labels are compared without regard to case
     uint32_t line; // of the file
     int64_t position;
 };
@@ -19,7 +20,7 @@ struct label_row {
 extern label_row *label_table; // label_capacity rows from malloc; null before the first file
 extern int32_t label_count;    // rows in use
 
-// The hook that is told the name of a label that stops the reading; null: it goes to standard output.
+// The hook that receives the name of a label that stops the reading; null: it goes to standard output.
 extern void (*label_refused)(const char *name);
 
 // What the last #LINE said. It outlives a file, and nothing in the output depends on it.
@@ -36,14 +37,14 @@ extern line_directive_state line_directives;
 // Forgets the labels of the last file, and starts on the rows of table.
 void labels_start(label_row *table);
 
-// A label line: word holds the colon and the label. Gives STATEMENT_DONE, STATEMENT_NO_LABEL for a lone
+// A label line: word holds the colon and the label. Returns STATEMENT_DONE, STATEMENT_NO_LABEL for a lone
 // colon, or STOP_LABEL_TWICE or STOP_LABELS_FULL, after printing the label's name.
 int32_t label_define(const char *word);
 
-// The statement #LINE. Gives STATEMENT_TEXT, whatever the line holds.
+// The statement #LINE. Returns STATEMENT_TEXT, whatever the line holds.
 int32_t line_directive(const char *word);
 
-// The operands of a #LINE: a number, perhaps with a + after it, and perhaps a name. Gives STATEMENT_TEXT.
+// The operands of a #LINE: a number, perhaps with a + after it, and perhaps a name. Returns STATEMENT_TEXT.
 int32_t line_directive_parse(const char *text);
 
 // Hands the base name of source_name to source_name_slot as a block from malloc. Without memory the run

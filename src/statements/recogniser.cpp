@@ -14,6 +14,7 @@
 #include "support/word_index.h"
 
 #include <string.h>
+#include <strings.h>
 
 #include <algorithm>
 
@@ -50,45 +51,40 @@ static size_t word_length()
     }
 }
 
-// What a statement's first word says about the statement.
-enum first_word : uint8_t {
-    FIRST_WORD, // a plain word, to be looked up, or a label
-    FIRST_TEXT  // the statement is text: it begins with no word, or an operator follows the word
-};
-
-// Reads from the end of a word of length characters to what follows it. After blanks an assignment or a
-// subscript makes the statement text; its word then has one blank.
-static first_word read_after_word(char *word, size_t length)
+// Reads from the end of a word of length characters to what follows it. Returns true if the word is one to
+// look up. After blanks an assignment or a subscript makes the statement text; its word then has one blank.
+static bool read_after_word(char *word, size_t length)
 {
     int next = src_peek();
     // A word that fills its buffer ends there, and the character that doesn't fit is lost.
     if (next != -1 && !char_is(next, CHAR_WHITE) && length < word_size - 1) {
         word[length] = static_cast<char>(*src.pos++);
-        return FIRST_TEXT;
+        return false;
     }
     if (next == '\n' || next == -1)
-        return FIRST_WORD;
+        return true;
     src.pos++;
     src_skip_blanks(nullptr);
     next = src_peek();
     (void)src_lose_nul(src.pos);
     if (next != '[' && next != '=')
-        return FIRST_WORD;
+        return true;
     if (length < word_size - 1)
         word[length] = ' ';
-    return FIRST_TEXT;
+    return false;
 }
 
-// Reads the first word of a statement into word, with a NUL after it. The word of a FIRST_TEXT includes the
-// character that makes it text.
-static first_word read_first_word(char *word)
+// Reads the first word of a statement into word, with a NUL after it. Returns the length of a plain word or a
+// label; 0 if the statement is text, because it begins with no word or an operator follows the word: then the
+// character that makes it text is part of word.
+static size_t read_first_word(char *word)
 {
     bool is_word = char_is(*src.pos, CHAR_LETTER) || *src.pos == '#' || *src.pos == ':';
     size_t length = is_word ? word_length() : 1;
     memcpy(word, src.pos, length);
     memset(word + length, 0, 2);
     src.pos += length;
-    return is_word ? read_after_word(word, length) : FIRST_TEXT;
+    return is_word && read_after_word(word, length) ? length : 0;
 }
 
 // ---- Statements that are text ----
@@ -143,12 +139,20 @@ static int32_t unknown_statement(char *word, statement_kind *kind)
 
 // ---- Statement keywords ----
 
+static bool has_goto(const char *line)
+{
+    for (; *line != 0; line++)
+        if ((*line == ' ' || *line == '\t') && strncasecmp(line + 1, "GOTO", 4) == 0)
+            return true;
+    return false;
+}
+
 // A list of labels after an ON is copied as it is; without a GOTO the reading of the file stops.
 static int32_t on_goto(const char *word)
 {
     if (src_read_line_crlf(line_buf, line_buf_capacity) == 0)
         return STATEMENT_END;
-    if (find_nocase(line_buf, " GOTO") < 0 && find_nocase(line_buf, "\tGOTO") < 0)
+    if (!has_goto(line_buf))
         return STOP_ON_WITHOUT_GOTO;
     out_format("%s %s", word, line_buf);
     return STATEMENT_DONE;
@@ -159,7 +163,6 @@ struct stmt_keyword {
     int32_t (*handler)(const char *word); // returns a statement result code
 };
 
-// Sorted by name.
 static constexpr stmt_keyword stmt_keyword_table[] = {
     {"#LINE", line_directive},  {"ARRAY", array_statement}, {"CHAR", decl_statement},
     {"DOUBLE", decl_statement}, {"FLOAT", decl_statement},  {"INT", decl_statement},
@@ -168,9 +171,6 @@ static constexpr stmt_keyword stmt_keyword_table[] = {
     {"STRING", decl_statement}, {"UCHAR", decl_statement},  {"UINT", decl_statement},
     {"ULONG", decl_statement},  {"USHORT", decl_statement},
 };
-
-constexpr int stmt_keyword_count = sizeof stmt_keyword_table / sizeof stmt_keyword_table[0];
-static_assert(stmt_keyword_count == 17, "a row for each keyword");
 static constexpr auto stmt_keyword_index = word_index_make<256>(stmt_keyword_table);
 
 // ---- SPLINE ----
@@ -203,12 +203,11 @@ static int32_t command_statement(const char *word, size_t length, int32_t row)
     return row == command_spline && spline_is_3d() ? command_spline3 : row;
 }
 
-static int32_t word_statement(char *word, statement_kind *kind)
+static int32_t word_statement(char *word, size_t length, statement_kind *kind)
 {
     *kind = KIND_LABEL;
     if (word[0] == ':')
         return label_define(word);
-    size_t length = strlen(word);
     word_key key = word_key_make(word, length);
     int32_t row = command_find(key);
     *kind = KIND_COMMAND;
@@ -235,8 +234,8 @@ int32_t next_statement(statement_head *head)
         *head = statement_head{KIND_NONE, src_line(), out_tell()};
     slots_start_statement();
     statement_kind kind = KIND_NONE;
-    int32_t result =
-        read_first_word(word) == FIRST_TEXT ? assignment_statement(word, &kind) : word_statement(word, &kind);
+    size_t length = read_first_word(word);
+    int32_t result = length > 0 ? word_statement(word, length, &kind) : assignment_statement(word, &kind);
     if (head != nullptr)
         head->kind = kind;
     return result;

@@ -53,13 +53,13 @@ constexpr char_class_map char_classes_make()
 inline constexpr char_class_map char_classes = char_classes_make();
 
 // True if c, a character from 0 to 255, has one of the classes. -1, the end of a source, has none.
-inline bool char_is(int c, unsigned classes)
+constexpr bool char_is(int c, unsigned classes)
 {
     return c >= 0 && (char_classes.bits[c & 0xFF] & classes) != 0;
 }
 
 // The same for a character of a text.
-inline bool text_is(char c, unsigned classes)
+constexpr bool text_is(char c, unsigned classes)
 {
     return (char_classes.bits[static_cast<unsigned char>(c)] & classes) != 0;
 }
@@ -82,47 +82,10 @@ constexpr int digit_value(char c)
 // takes.
 char escape_decode(const char *text, const char *end, bool hexadecimal, size_t *size);
 
-// Compares two NUL-terminated texts on their lower-case forms: below 0, 0 or above 0.
-int text_compare_nocase(const char *left, const char *right);
-
-// The first characters of a text of size characters, at most eight, as a number: the first one lowest.
-// Nothing after the text is read.
-inline uint64_t characters_load(const char *text, size_t size)
-{
-    uint64_t characters = 0;
-    if (size >= 8) {
-        memcpy(&characters, text, 8);
-    } else if (size >= 4) {
-        uint32_t first;
-        uint32_t last;
-        memcpy(&first, text, 4);
-        memcpy(&last, text + size - 4, 4);
-        characters = first | static_cast<uint64_t>(last) << (8 * size - 32);
-    } else if (size > 0) {
-        // The first, the middle and the last one: with fewer than three some are the same.
-        auto at = [text](size_t i) {
-            return static_cast<uint64_t>(static_cast<unsigned char>(text[i])) << 8 * i;
-        };
-        characters = at(0) | at(size / 2) | at(size - 1);
-    }
-    return characters;
-}
-
-// Eight characters lowered at once, for hashes and for words of letters, digits and underscores: letters are
-// lowered, and these stay apart from each other and from all other characters, but for byte 127, which the
-// underscore becomes.
-constexpr uint64_t characters_lower(uint64_t characters)
-{
-    return characters | (characters & 0x4040404040404040) >> 1;
-}
-
 // Tells whether a text of size characters is a NUL-terminated word without regard to case.
 bool text_is_word(const char *text, size_t size, const char *word);
 
-// Index of the first occurrence of pattern in text without regard to case, or -1. An empty text gives -1.
-int find_nocase(const char *text, const char *pattern);
-
-// First character of a text that is no white space; at the latest the NUL.
+// The first character of a text that is no white space; at the latest the NUL.
 template <typename character> inline character *text_skip_white(character *text)
 {
     while (text_is(*text, CHAR_WHITE))

@@ -1,16 +1,22 @@
-// Word index: finds the row of a word in a constant table, in any case, at one look as a rule.
+// Word index: finds the row of a word in a constant table, in any case, usually with one probe.
 //
 // The words of a table are letters, digits and underscores, perhaps after a #, and so are the words that are
-// looked for. The index is made by the compiler: a place for each row by a hash of its word. A taken place
-// gives way to the next one, which a large index makes rare.
+// looked for. The index is made by the compiler: a hash of its word puts each row in a slot, or in the next
+// free one, which a large index makes rare.
 #pragma once
-
-#include "support/text.h"
 
 #include <stddef.h>
 #include <stdint.h>
+#include <string.h>
 
 constexpr size_t word_size_max = 12; // characters of a table's word; a longer word is in no table
+
+// Eight characters of a word lowered at once: they stay apart from each other, though the underscore becomes
+// byte 127.
+constexpr uint64_t characters_lower(uint64_t characters)
+{
+    return characters | (characters & 0x4040404040404040) >> 1;
+}
 
 // The characters of a word, lowered, as two numbers.
 struct word_key {
@@ -23,9 +29,9 @@ inline word_key word_key_make(const char *word, size_t size)
 {
     if (size > word_size_max)
         return word_key{0, 0};
-    uint64_t rest = size > 8 ? characters_load(word + 8, size - 8) : 0;
-    return word_key{characters_lower(characters_load(word, size)),
-                    static_cast<uint32_t>(characters_lower(rest))};
+    uint64_t characters[2] = {0, 0};
+    memcpy(characters, word, size);
+    return word_key{characters_lower(characters[0]), static_cast<uint32_t>(characters_lower(characters[1]))};
 }
 
 constexpr bool word_key_equals(const word_key &a, const word_key &b)
@@ -39,8 +45,8 @@ constexpr uint32_t word_hash(const word_key &key)
     return static_cast<uint32_t>(mixed >> 48);
 }
 
-template <size_t places, size_t rows> struct word_index {
-    int16_t row[places];    // row number + 1; 0: empty
+template <size_t slots, size_t rows> struct word_index {
+    int16_t row[slots];     // row number + 1; 0: empty
     word_key key[1 + rows]; // by row number + 1
 };
 
@@ -49,10 +55,10 @@ template <size_t places, size_t rows> struct word_index {
 void word_stands_twice();
 
 // The index over rows that have a name.
-template <size_t places, typename table_row, size_t rows>
-constexpr word_index<places, rows> word_index_make(const table_row (&table)[rows])
+template <size_t slots, typename table_row, size_t rows>
+constexpr word_index<slots, rows> word_index_make(const table_row (&table)[rows])
 {
-    word_index<places, rows> index{};
+    word_index<slots, rows> index{};
     int16_t number = 0;
     for (const table_row &row : table) {
         word_key key{0, 0};
@@ -63,29 +69,29 @@ constexpr word_index<places, rows> word_index_make(const table_row (&table)[rows
             else
                 key.rest |= static_cast<uint32_t>(characters_lower(c) << 8 * (i - 8));
         }
-        size_t place = word_hash(key) % places;
-        for (; index.row[place] != 0; place = (place + 1) % places)
-            if (word_key_equals(index.key[index.row[place]], key))
+        size_t slot = word_hash(key) % slots;
+        for (; index.row[slot] != 0; slot = (slot + 1) % slots)
+            if (word_key_equals(index.key[index.row[slot]], key))
                 word_stands_twice();
-        index.row[place] = ++number;
+        index.row[slot] = ++number;
         index.key[number] = key;
     }
     return index;
 }
 
 // Number of the row of a key, or -1.
-template <size_t places, size_t rows>
-inline int32_t word_index_find(const word_index<places, rows> &index, const word_key &key)
+template <size_t slots, size_t rows>
+inline int32_t word_index_find(const word_index<slots, rows> &index, const word_key &key)
 {
-    size_t place = word_hash(key) % places;
-    while (index.row[place] != 0 && !word_key_equals(index.key[index.row[place]], key))
-        place = (place + 1) % places;
-    return index.row[place] - 1;
+    size_t slot = word_hash(key) % slots;
+    while (index.row[slot] != 0 && !word_key_equals(index.key[index.row[slot]], key))
+        slot = (slot + 1) % slots;
+    return index.row[slot] - 1;
 }
 
 // The same for a word.
-template <size_t places, size_t rows>
-inline int32_t word_index_find(const word_index<places, rows> &index, const char *word, size_t size)
+template <size_t slots, size_t rows>
+inline int32_t word_index_find(const word_index<slots, rows> &index, const char *word, size_t size)
 {
     return word_index_find(index, word_key_make(word, size));
 }
