@@ -10,8 +10,10 @@
 #include "support/output.h"
 #include "support/text.h"
 
+#include <stdio.h>
 #include <string.h>
 
+#include <algorithm>
 #include <charconv>
 #include <system_error>
 
@@ -26,26 +28,14 @@ static int8_t decl_type_find(const char *word)
 
 // ---- Lists and references ----
 
-static char *item_bad(char *next_text, char **next)
-{
-    *next = next_text;
-    return nullptr;
-}
-
-static bool is_quote(char c)
-{
-    return c == '"' || c == '`' || c == '\'';
-}
-
 char *next_item(char *text, char **next, int *delimiter)
 {
-    char *from = text_skip_white(text);
-    if (*from == 0)
-        return item_bad(nullptr, next);
-    if (!text_is(*from, CHAR_LETTER) && *from != '$' && *from != '@')
-        return item_bad(from, next);
-    char *item = from;
-    char *to = from;
+    char *const item = text_skip_white(text);
+    *next = *item != 0 ? item : nullptr;
+    if (!text_is(*item, CHAR_NAME))
+        return nullptr;
+    char *from = item;
+    char *to = item;
     int32_t parentheses = 0;
     int32_t brackets = 0;
     bool blank_seen = false; // outside of parentheses and brackets
@@ -61,25 +51,18 @@ char *next_item(char *text, char **next, int *delimiter)
         blank_seen = false;
         parentheses += (c == '(') - (c == ')');
         brackets += (c == '[') - (c == ']');
-        if (parentheses < 0 || brackets < 0 || is_quote(c))
-            return item_bad(from + 1, next);
+        if (parentheses < 0 || brackets < 0 || strchr("\"`'", c) != nullptr) {
+            *next = from + 1;
+            return nullptr;
+        }
         *to++ = c;
     }
-    if (parentheses > 0 || brackets > 0)
-        return item_bad(from, next);
-    *delimiter = *from == ',' ? ITEM_COMMA : *from != 0 ? ITEM_BLANK : ITEM_LAST;
     *next = *from == ',' ? from + 1 : from;
+    if (parentheses > 0 || brackets > 0)
+        return nullptr;
+    *delimiter = *from == ',' ? ITEM_COMMA : *from != 0 ? ITEM_BLANK : ITEM_LAST;
     *to = 0;
     return item;
-}
-
-static void drop_white(char *text)
-{
-    char *to = text;
-    for (; *text != 0; text++)
-        if (!text_is(*text, CHAR_WHITE))
-            *to++ = *text;
-    *to = 0;
 }
 
 // Value of a subscript's text: plain digits are decimal, anything else is evaluated. False if it is no
@@ -101,7 +84,7 @@ static bool subscript_value(const char *text, size_t size, int32_t *value)
 
 int32_t parse_var_ref(char *text, int32_t max_dims, int32_t *dims)
 {
-    drop_white(text);
+    *std::remove_if(text, text + strlen(text), [](char c) { return text_is(c, CHAR_WHITE); }) = 0;
     char *c = text;
     if (*c == '$')
         c += c[1] == '$' ? 2 : 1;
@@ -202,7 +185,7 @@ int32_t decl_statement(const char *word)
 {
     if (src_read_line(stmt_text, line_buf_capacity) == 0)
         return STATEMENT_END;
-    if (text_compare_nocase(word, "LOCAL") == 0) {
+    if (text_is_word(word, strlen(word), "LOCAL")) {
         // Kept: the text brings its own line feed, so an empty line follows a LOCAL.
         out_format("LOCAL %s\n", stmt_text);
         return declare_local(stmt_text);
@@ -213,7 +196,7 @@ int32_t decl_statement(const char *word)
 
 // ---- ARRAY ----
 
-// Reads the head of an ARRAY into line_buf, up to its line's end or the = outside of brackets. Gives what
+// Reads the head of an ARRAY into line_buf, up to its line's end or the = outside of brackets. Returns what
 // ended it.
 static int read_array_head()
 {
@@ -229,46 +212,15 @@ static int read_array_head()
     return c;
 }
 
-// Reads one number as the C library's "%lf" does. Returns what follows it, or null if there is none.
-static char *scan_value(char *text, double *value)
-{
-    char *start = text_skip_white(text);
-    char *c = start;
-    bool minus = *c == '-';
-    if (*c == '-' || *c == '+')
-        c++;
-    // Nearly all values are short plain numbers. Up to 15 digits are exact, and so is the power of ten, so
-    // one division rounds as the library does; without this, a table of values takes four times as long.
-    uint64_t mantissa = 0;
-    int32_t fraction_digits = 0;
-    char *digits = c;
-    for (; text_is(*c, CHAR_DIGIT); c++)
-        mantissa = mantissa * 10 + static_cast<uint64_t>(*c - '0');
-    bool whole = c > digits;
-    if (*c == '.')
-        for (c++; text_is(*c, CHAR_DIGIT); c++, fraction_digits++)
-            mantissa = mantissa * 10 + static_cast<uint64_t>(*c - '0');
-    if ((whole || fraction_digits > 0) && c - digits <= 15 && !text_is(*c, CHAR_WORD)) {
-        double number = static_cast<double>(mantissa) / power_of_ten(fraction_digits);
-        *value = minus ? -number : number;
-        return c;
-    }
-    int used = 0;
-    if (sscanf(start, "%lf%n", value, &used) != 1)
-        return nullptr;
-    return start + used;
-}
-
 // Stores the values of one line in the array that is being filled. What is no number ends the line.
-static void store_values(char *text)
+static void store_values(const char *text)
 {
     double value;
-    while ((text = scan_value(text, &value)) != nullptr) {
+    while (text != nullptr && sscanf(text, "%lf", &value) == 1) {
         var_fill_next(value);
         text = strchr(text, ',');
-        if (text == nullptr)
-            return;
-        text++;
+        if (text != nullptr)
+            text++;
     }
 }
 

@@ -6,11 +6,11 @@
 
 #include <stdint.h>
 
-// The type words and LOCAL. word is the statement's word as typed. Gives STATEMENT_TEXT, or the code that
+// The type words and LOCAL. word is the statement's word as typed. Returns STATEMENT_TEXT, or the code that
 // names the fault.
 int32_t decl_statement(const char *word);
 
-// ARRAY, with initial values that may run over lines. Gives STATEMENT_DONE, or the code that names the
+// ARRAY, with initial values that may run over lines. Returns STATEMENT_DONE, or the code that names the
 // fault.
 int32_t array_statement(const char *word);
 
@@ -21,13 +21,13 @@ enum : int {
     ITEM_LAST = 99 // the text has ended
 };
 
-// Cuts the next item off a list, in place and with the white space inside it dropped. Gives the item, and
+// Cuts the next item off a list, in place and with the white space inside it dropped. Returns the item, and
 // sets *next to where to go on and *delimiter to what ended it. Null with *next null: the list is finished;
 // null with *next set: it is bad.
 char *next_item(char *text, char **next, int *delimiter);
 
 // Reads a reference name[i][j]..., white space anywhere: the text is the bare name afterwards, dims the
-// values of the subscripts. Gives their number, at most max_dims, or -1 for a bad reference. A subscript
+// values of the subscripts. Returns their number, at most max_dims, or -1 for a bad reference. A subscript
 // that no 32-bit integer holds reads as -1, which no variable takes. lex_slack bytes after the text have to
 // be readable.
 int32_t parse_var_ref(char *text, int32_t max_dims, int32_t *dims);

@@ -34,16 +34,6 @@ int32_t int_from_text(const char *text, size_t size)
     return value;
 }
 
-double powers_of_ten[2 * powers_kept + 1];
-
-double power_of_ten_slow(int32_t n)
-{
-    double power = pow(10.0, n);
-    if (n >= -powers_kept && n <= powers_kept)
-        powers_of_ten[n + powers_kept] = power;
-    return power;
-}
-
 // ---- Numbers of expressions ----
 
 // The digits of an octal or hexadecimal number.
@@ -65,7 +55,7 @@ static number_piece scan_digits(number_piece number, const char *end)
 
 static double scaled(double number, uint32_t power)
 {
-    return power != 0 ? number * power_of_ten(wrap_int32(power)) : number;
+    return power != 0 ? number * pow(10.0, wrap_int32(power)) : number;
 }
 
 // A number scaled by a power and by the exponent after it, from its letter on: a sign, or none, and digits,

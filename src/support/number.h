@@ -11,7 +11,7 @@ inline int32_t wrap_int32(uint64_t value)
 }
 
 // A float as a 32-bit integer: truncated toward zero, then the low 32 bits as signed. NaN and anything
-// outside the signed 64-bit range give 0.
+// outside the signed 64-bit range return 0.
 inline int32_t int_from_double(double value)
 {
     // 2^63 itself is outside; the comparison is false for NaN.
@@ -25,7 +25,7 @@ inline int32_t int_from_double(double value)
 float float_from_double(double value);
 
 // A leading decimal integer after white space and one optional sign, as atoi reads it, of a text of size
-// characters; a value outside the 32-bit range gives the nearer end of that range, no number gives 0.
+// characters; a value outside the 32-bit range returns the nearer end of that range, no number 0.
 int32_t int_from_text(const char *text, size_t size);
 
 // Scans a number of an expression, whose first character is a digit or a point: octal after a 0, hexadecimal
@@ -33,19 +33,6 @@ int32_t int_from_text(const char *text, size_t size);
 // exponent after e or d.
 struct number_piece {
     double value;
-    const char *end; // the place after it, at the latest the text's end
+    const char *end; // after it, at the latest the text's end
 };
 number_piece number_scan(const char *text, const char *end);
-
-// The value of 10 to the power n, as pow gives it. The small powers are kept, filled by pow itself on first
-// use, so that a power is the same number from the table and from pow.
-constexpr int32_t powers_kept = 24;
-extern double powers_of_ten[2 * powers_kept + 1]; // from -powers_kept up; 0: not filled yet
-double power_of_ten_slow(int32_t n);
-
-inline double power_of_ten(int32_t n)
-{
-    if (n < -powers_kept || n > powers_kept || powers_of_ten[n + powers_kept] == 0)
-        return power_of_ten_slow(n);
-    return powers_of_ten[n + powers_kept];
-}
