@@ -41,7 +41,7 @@ extern void (*key_load)(const char *name, key_record *key);
 struct src_window {
     unsigned char *pos; // the next character
     unsigned char *end; // after the last character: a line feed that is no part of the text
-    unsigned char *low; // a statement that begins after this place begins with src_more
+    unsigned char *low; // a statement that begins after this begins with src_more
 };
 extern src_window src;
 
@@ -94,9 +94,10 @@ inline int src_peek()
     return src.pos < src.end || src_more(nullptr) ? *src.pos : -1;
 }
 
-inline int src_getc()
+// The same, and reads over it. What is before keep stays as it is.
+inline int src_getc(unsigned char *keep = nullptr)
 {
-    return src.pos < src.end || src_more(nullptr) ? *src.pos++ : -1;
+    return src.pos < src.end || src_more(keep) ? *src.pos++ : -1;
 }
 
 // Reads over blanks and tabs. What is before keep stays as it is; null: nothing has to stay.
@@ -110,7 +111,7 @@ inline void src_skip_blanks(unsigned char *keep)
     } while (src.pos == src.end && src_more(keep));
 }
 
-// Reads over white space, and returns the next character, which was returned to the source.
+// Reads over white space. Returns the next character, which goes back to the source.
 int src_skip_space();
 
 // A piece of the text, which stays in the window until the source is read on.

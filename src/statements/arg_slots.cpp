@@ -4,7 +4,9 @@
 
 #include <assert.h>
 
-arg_slot arg_slots[arg_slots_size + arg_slots_cleared];
+#include <algorithm>
+
+arg_slot arg_slots[arg_slots_size];
 arg_slot *arg_cursor = arg_slots;
 uint8_t arg_types[arg_types_size];
 uint8_t *arg_type_cursor = arg_types;
@@ -44,16 +46,12 @@ const char *slot_str(const arg_slot *slot, uint32_t *size)
 void slots_end_list(arg_slot *end)
 {
     assert(end > arg_slots && end < arg_slots + arg_slots_size);
-    arg_slot *slot = end;
-    do {
-        for (int i = 0; i < arg_slots_cleared; i++)
-            *slot++ = slot_cleared;
-    } while (slot <= slots_last);
+    for (arg_slot *slot = end; slot <= slots_last; slot++)
+        *slot = slot_cleared;
     slots_last = end;
 }
 
 void slots_abandon_list()
 {
-    if (arg_cursor > slots_last)
-        slots_last = arg_cursor;
+    slots_last = std::max(slots_last, arg_cursor);
 }

@@ -46,8 +46,8 @@ struct arg_slot {
     uint8_t holds;
 };
 
-constexpr int arg_slots_cleared = 8; // slots are cleared so many at a time
-extern arg_slot arg_slots[arg_slots_size + arg_slots_cleared];
+// The fetcher fills them; the rules read them by the cursor, which they move.
+extern arg_slot arg_slots[arg_slots_size];
 extern arg_slot *arg_cursor; // the current slot
 extern arg_slot *slots_last; // the last slot of the list: all slots after it are clear
 

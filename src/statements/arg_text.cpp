@@ -19,11 +19,6 @@ struct text_reader {
     unsigned char *p;
 };
 
-static text_reader reader_make(unsigned char *start)
-{
-    return text_reader{start, start, start, start};
-}
-
 // Hands on what of the script belongs to an argument.
 static void hear_typed(const unsigned char *text, size_t size)
 {
@@ -46,18 +41,11 @@ static void close_up(text_reader *text)
     text->from = text->p;
 }
 
-// Reads the next character, whatever it is, with the text before keep kept. -1 at the end of the source.
-static int take_one(unsigned char *keep)
-{
-    return src.pos < src.end || src_more(keep) ? *src.pos++ : -1;
-}
-
 constexpr int reader_on = -2; // no character: the text goes on
 
 // Where a text meets the window's end or is full. Returns reader_on if it goes on after the window's end;
-// else the character that no longer fits, which is read, or -1 at the end of the source. Rare: it stays out
-// of the readers' loops.
-__attribute__((noinline)) static int reader_at_end(text_reader *text)
+// else the character that no longer fits, which is read, or -1 at the end of the source.
+static int reader_at_end(text_reader *text)
 {
     ptrdiff_t excess = reader_size(*text) - line_buf_capacity;
     if (excess > 0)
@@ -65,7 +53,7 @@ __attribute__((noinline)) static int reader_at_end(text_reader *text)
     close_up(text);
     src.pos = text->p;
     if (excess >= 0)
-        return take_one(text->to);
+        return src_getc(text->to);
     if (!src_more(text->to))
         return -1;
     text->p = text->from = src.pos;
@@ -80,9 +68,7 @@ template <typename function> static inline int reader_next(text_reader *text, fu
         text->p += scan(text->p);
         if (reader_size(*text) < line_buf_capacity && text->p < src.end)
             return reader_on;
-        text_reader here = *text; // the address of *text stays unknown, so that it can be in registers
-        int last = reader_at_end(&here);
-        *text = here;
+        int last = reader_at_end(text);
         if (last != reader_on)
             return last;
     }
@@ -90,23 +76,16 @@ template <typename function> static inline int reader_next(text_reader *text, fu
 
 // ---- Raw text ----
 
-// True if a character ends a raw text: a comma outside of parentheses, or a line feed. Without a branch:
-// which of the two it is can't be foreseen.
-static inline bool ends_raw(unsigned char c, int32_t depth)
-{
-    return (c == '\n') | ((c == ',') & (depth <= 0));
-}
-
 static int32_t read_raw(bool counted, arg_text *arg)
 {
-    text_reader text = reader_make(src.pos);
+    text_reader text{src.pos, src.pos, src.pos, src.pos};
     int32_t depth = 0;
     arg->text = text.start;
     arg->quoted = false;
     int last;
     while ((last = reader_next(&text, [](const unsigned char *p) { return scan_raw(p); })) == reader_on) {
         const unsigned char c = *text.p;
-        if (ends_raw(c, depth)) {
+        if (c == '\n' || (c == ',' && depth <= 0)) {
             close_up(&text);
             last = c;
             src.pos = text.p + 1;
@@ -160,7 +139,7 @@ static void read_escape(text_reader *text)
 // string were counted; the blanks count too.
 static int32_t read_after_quote(unsigned char *keep, int64_t stored, arg_text *arg)
 {
-    while ((arg->last = take_one(keep)) != -1) {
+    while ((arg->last = src_getc(keep)) != -1) {
         if (stored >= line_buf_capacity || arg->last == ',' || arg->last == '\n')
             return 0;
         if (char_is(arg->last, CHAR_GRAPH))
@@ -173,7 +152,8 @@ static int32_t read_after_quote(unsigned char *keep, int64_t stored, arg_text *a
 static int32_t read_string(arg_text *arg)
 {
     const unsigned char quote = *src.pos;
-    text_reader text = reader_make(src.pos + 1);
+    unsigned char *start = src.pos + 1;
+    text_reader text{start, start, start, start};
     int32_t fault = 0;
     hear_typed(&quote, 1);
     while ((arg->last = reader_next(&text, [](const unsigned char *p) { return scan_string(p); })) ==
@@ -192,9 +172,9 @@ static int32_t read_string(arg_text *arg)
             text.p++; // a line feed, the other quote, a NUL
         }
     }
-    arg->text = text.start;
-    auto *start = reinterpret_cast<const char *>(text.start);
-    arg->size = static_cast<uint32_t>(strnlen(start, static_cast<size_t>(text.to - text.start)));
+    arg->text = start;
+    auto *decoded = reinterpret_cast<const char *>(start);
+    arg->size = static_cast<uint32_t>(strnlen(decoded, static_cast<size_t>(text.to - start)));
     arg->quoted = true;
     return fault;
 }
