@@ -53,6 +53,13 @@ struct fold_record {
 static fold_record folds[window_size + 1];
 static size_t folds_used;
 
+// The first record at or after an offset; folds + folds_used if there is none.
+static fold_record *fold_lower_bound(size_t offset)
+{
+    auto before = [](const fold_record &fold, size_t wanted) { return fold.offset < wanted; };
+    return std::lower_bound(folds, folds + folds_used, offset, before);
+}
+
 // Lines counted so far.
 static struct {
     uint32_t line;             // at the pointer
@@ -62,7 +69,7 @@ static struct {
 
 // ---- Reading ----
 
-static void key_free()
+void src_close()
 {
     free(src_key.key_bytes);
     src_key.key_bytes = nullptr;
@@ -83,8 +90,7 @@ static void decipher(unsigned char *bytes, size_t size)
 // Reads bytes of the file to a buffer, at most size. Returns their number.
 static size_t read_bytes(unsigned char *buffer, size_t size)
 {
-    if (size > src_read_limit)
-        size = src_read_limit;
+    size = std::min(size, src_read_limit);
     size_t got = plat_read(src_stream, buffer, size);
     file_ended = got < size;
     return got;
@@ -173,9 +179,7 @@ static void fold(const unsigned char *from, const unsigned char *raw_end)
     source_ended |= file_ended;
     src.end = to;
     *src.end = '\n';
-    src.low = source_ended ? src.end : src.end - slide_below;
-    if (!source_ended && src.low > main_end)
-        src.low = main_end;
+    src.low = source_ended ? src.end : std::min(src.end - slide_below, main_end);
 }
 
 void src_open(const char *name, plat_file *stream)
@@ -195,19 +199,14 @@ void src_open(const char *name, plat_file *stream)
         size += read_bytes(window_start + size, main_size - size);
     while (size < src_magic_size && !file_ended);
     unsigned char head[src_magic_size] = "";
-    memcpy(head, window_start, size < src_magic_size ? size : src_magic_size);
+    memcpy(head, window_start, std::min(size, src_magic_size));
     decipher(head, src_magic_size);
     bool magic = size >= src_magic_size && memcmp(head, src_magic, src_magic_size) == 0;
     if (!magic)
-        key_free();
+        src_close();
     unsigned char *text = window_start + (magic ? src_magic_size : 0);
     decipher(text, static_cast<size_t>(window_start + size - text));
     fold(text, window_start + size);
-}
-
-void src_close()
-{
-    key_free();
 }
 
 // Counts the lines before a pointer that aren't counted yet.
@@ -227,16 +226,11 @@ static void move_unread(unsigned char *to)
     count_lines(src.pos);
     auto distance = static_cast<uint32_t>(src.pos - to);
     auto pos_offset = static_cast<uint32_t>(src.pos - window_start);
-    size_t kept = 0;
-    size_t kept_counted = 0;
-    for (size_t i = 0; i < folds_used; i++) {
-        if (folds[i].offset < pos_offset)
-            continue;
-        kept_counted += i < counted.folds;
-        folds[kept] = folds[i];
-        folds[kept++].offset -= distance;
-    }
-    folds_used = kept;
+    auto passed = static_cast<size_t>(fold_lower_bound(pos_offset) - folds);
+    folds_used -= passed;
+    memmove(folds, folds + passed, folds_used * sizeof *folds);
+    for (size_t i = 0; i < folds_used; i++)
+        folds[i].offset -= distance;
     auto size = static_cast<size_t>(src.end - src.pos);
     // The last character that was read goes along: unjoin and the journal look at it.
     if (to == window_start)
@@ -246,7 +240,7 @@ static void move_unread(unsigned char *to)
     src.pos = to;
     src.end = to + size;
     counted.upto = to;
-    counted.folds = kept_counted;
+    counted.folds -= passed;
 }
 
 bool src_more(unsigned char *keep)
@@ -287,12 +281,12 @@ void src_append(unsigned char c)
     *src.end = '\n';
 }
 
-bool src_lose_nul(unsigned char *place)
+bool src_lose_nul(unsigned char *at)
 {
-    assert(place >= src.pos && place <= src.end);
-    if (place == src.end || *place != 0)
+    assert(at >= src.pos && at <= src.end);
+    if (at == src.end || *at != 0)
         return false;
-    memmove(src.pos + 1, src.pos, static_cast<size_t>(place - src.pos));
+    memmove(src.pos + 1, src.pos, static_cast<size_t>(at - src.pos));
     *src.pos++ = 0;
     return true;
 }
@@ -316,13 +310,6 @@ uint32_t src_line()
 int64_t src_tell()
 {
     return window_offset + (src.pos - window_start);
-}
-
-// The first record at or after an offset; folds + folds_used if there is none.
-static fold_record *fold_lower_bound(size_t offset)
-{
-    auto before = [](const fold_record &fold, size_t wanted) { return fold.offset < wanted; };
-    return std::lower_bound(folds, folds + folds_used, offset, before);
 }
 
 // Characters from pos on up to the next one before which a line was joined across a lone line feed; size if
@@ -358,7 +345,7 @@ src_piece src_take_line(size_t size, unsigned char *keep)
     if (src.pos == src.end && !src_more(keep))
         return {src.pos, 0, false};
     auto left = static_cast<size_t>(src.end - src.pos);
-    size_t limit = size < left ? size : left;
+    size_t limit = std::min(size, left);
     size_t line = scan_line(src.pos, limit);
     src_piece piece{src.pos, line + (line < limit), line < limit};
     src.pos += piece.size;

@@ -76,9 +76,10 @@ unsigned char *src_rewrite(unsigned char *to, const void *from, size_t size, con
 // At the end of the source, with nothing left to read: adds a character to the text, as one that was read.
 void src_append(unsigned char c);
 
-// The character at place, at or after pos, was looked at and is returned to the source: if it is a NUL, it is
-// lost. The characters from pos up to it move up by one, and pos with them. Returns true if one was lost.
-bool src_lose_nul(unsigned char *place);
+// The character at a pointer, at or after pos, was looked at and is returned to the source: if it is a NUL,
+// it is lost. The characters from pos up to it move up by one, and pos with them. Returns true if one was
+// lost.
+bool src_lose_nul(unsigned char *at);
 
 // Between two statements: slides the window if little of it is left.
 inline void src_start_statement()
