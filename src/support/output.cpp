@@ -2,6 +2,7 @@
 
 #include <stdarg.h>
 
+#include <algorithm>
 #include <charconv>
 
 out_state out_file;
@@ -12,8 +13,7 @@ void out_open(plat_file file)
     out_file.open = true;
     out_file.failed = false;
     out_file.file = file;
-    out_file.start = 0;
-    out_file.used = 0;
+    out_file.start = out_file.used = 0;
 }
 
 void out_flush()
@@ -39,8 +39,7 @@ void out_bytes_slow(const char *bytes, size_t size)
     while (size > 0) {
         if (out_file.used == out_buffer_size)
             out_flush();
-        size_t room = out_buffer_size - out_file.used;
-        size_t part = size < room ? size : room;
+        size_t part = std::min(size, out_buffer_size - out_file.used);
         memcpy(out_file.buffer + out_file.used, bytes, part);
         out_file.used += part;
         bytes += part;
@@ -51,8 +50,8 @@ void out_bytes_slow(const char *bytes, size_t size)
 static void out_integer(int32_t value)
 {
     constexpr size_t size_max = 11;
-    char *place = out_reserve(size_max);
-    out_commit(std::to_chars(place, place + size_max, value).ptr);
+    char *digits = out_reserve(size_max);
+    out_commit(std::to_chars(digits, digits + size_max, value).ptr);
 }
 
 static void out_float(double value)

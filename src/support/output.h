@@ -69,9 +69,9 @@ inline char *out_reserve(size_t room)
     return out_file.buffer + out_file.used;
 }
 
-inline void out_commit(const char *place)
+inline void out_commit(const char *next)
 {
-    out_file.used = static_cast<size_t>(place - out_file.buffer);
+    out_file.used = static_cast<size_t>(next - out_file.buffer);
 }
 
 // One character, 0 to 255.

@@ -1,13 +1,16 @@
-// The message is composed in a buffer of fixed size, and every step below is told how much room is left.
+// The message is composed in a buffer of fixed size; each step knows how much of it is left.
 #include "support/prompt_report.h"
+
+#include "support/number.h"
+#include "support/output.h"
+#include "support/text.h"
 
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
-#include "support/number.h"
-#include "support/output.h"
-#include "support/text.h"
+#include <algorithm>
+#include <iterator>
 
 const char *prompt_prefix_name;
 
@@ -54,28 +57,17 @@ static void message_char(message_buffer *message, char c)
     message->text[message->used] = '\0';
 }
 
-// Reads digits into value, which stops at the size of the work buffer: more would be cut anyway. Gives
-// the place after them.
+// Reads digits into value, which stops at the size of the work buffer: more would be cut anyway. Returns
+// the pointer after them.
 static const char *read_digits(const char *text, int *value)
 {
-    for (*value = 0; text_is(*text, CHAR_DIGIT); text++) {
-        *value = *value * 10 + (*text - '0');
-        if (*value > prompt_message_size)
-            *value = prompt_message_size;
-    }
+    for (*value = 0; text_is(*text, CHAR_DIGIT); text++)
+        *value = std::min(*value * 10 + (*text - '0'), prompt_message_size);
     return text;
 }
 
-static const conversion_row *find_conversion(char letter)
-{
-    for (const conversion_row &row : conversion_rows)
-        if (row.letter == letter)
-            return &row;
-    return nullptr;
-}
-
 // Reads a conversion from after its percent sign: flags, width, precision, size letters (a value knows
-// its own size, so they say nothing), letter. Gives the place after it, or null if it is none of ours.
+// its own size, so they say nothing), letter. Returns the pointer after it, or null if it is none of ours.
 static const char *read_conversion(const char *text, conversion *result)
 {
     const char *flags = text;
@@ -85,8 +77,9 @@ static const char *read_conversion(const char *text, conversion *result)
     if (*text == '.')
         text = read_digits(text + 1, &result->precision);
     text += strspn(text, "hl");
-    result->row = find_conversion(*text);
-    if (result->row == nullptr)
+    result->row = std::find_if(std::begin(conversion_rows), std::end(conversion_rows),
+                               [=](const conversion_row &row) { return row.letter == *text; });
+    if (result->row == std::end(conversion_rows))
         return nullptr;
 
     char *form = result->printf_form;
@@ -94,13 +87,8 @@ static const char *read_conversion(const char *text, conversion *result)
     for (const char *flag = result->row->flags; *flag != '\0'; flag++)
         if (memchr(flags, *flag, flag_count) != nullptr)
             *form++ = *flag;
-    *form++ = '*';
-    if (result->row->has_precision) {
-        *form++ = '.';
-        *form++ = '*';
-    }
-    *form++ = result->row->letter;
-    *form = '\0';
+    strcpy(form, result->row->has_precision ? "*.*" : "*");
+    strncat(form, text, 1);
     return text + 1;
 }
 
@@ -118,7 +106,7 @@ static void message_value(message_buffer *message, const conversion &how, const 
     else
         length = snprintf(to, room, how.printf_form, how.width, static_cast<int>(value.number));
     if (length > 0)
-        message->used += static_cast<size_t>(length) < room ? static_cast<size_t>(length) : room - 1;
+        message->used += std::min(static_cast<size_t>(length), room - 1);
 }
 
 // Composes a prompt's text with the values. A percent sign that begins no conversion with a fitting value
@@ -134,9 +122,8 @@ static void message_format(message_buffer *message, const char *format, const pr
         }
         conversion how;
         const char *after = read_conversion(format + 1, &how);
-        bool fits = after != nullptr && values != values_end && values->kind == how.row->kind &&
-                    (values->kind != PROMPT_TEXT || values->text != nullptr);
-        if (fits) {
+        if (after != nullptr && values != values_end && values->kind == how.row->kind &&
+            (values->kind != PROMPT_TEXT || values->text != nullptr)) {
             message_value(message, how, *values++);
             format = after;
         } else {
@@ -192,12 +179,8 @@ static void make_prefix(char (&prefix)[prompt_prefix_size], int32_t line)
 
 static bool code_returns(int32_t code)
 {
-    if (code > 0)
-        return true;
-    for (int32_t recoverable : recoverable_codes)
-        if (code == recoverable)
-            return true;
-    return false;
+    const auto *end = std::end(recoverable_codes);
+    return code > 0 || std::find(recoverable_codes, end, code) != end;
 }
 
 void prompt_report(int32_t code, int32_t line, const prompt_value *values, int count)

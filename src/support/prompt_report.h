@@ -29,8 +29,8 @@ constexpr char prompt_file_name[] = "mcomp.txt";
 constexpr int prompt_message_size = 252; // bytes of the work buffer: longer messages are cut
 constexpr int prompt_prefix_size = 128;  // bytes; a longer prefix is cut
 
-// Heads a report in place of "mcomp", with the line if there is one; null, as it rests: none. Set by
-// nothing in this program; it belongs to the process.
+// The name that heads a report instead of "mcomp", with the line if there is one; null: none. Nothing in this
+// program sets it.
 extern const char *prompt_prefix_name;
 
 // Prints prompt |code| to standard output, after a prefix with the line (0: no line; -1: no prefix). A
