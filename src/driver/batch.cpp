@@ -56,16 +56,7 @@ struct batch_run {
     int result;  // BATCH_DONE or BATCH_NO_MEMORY
 };
 
-// Path of the output for an input, from malloc; null if there is no memory.
-static char *output_path_make(const char *input_path)
-{
-    auto *path = static_cast<char *>(malloc(strlen(input_path) + sizeof output_suffix));
-    if (path != nullptr)
-        output_path_write(path, input_path);
-    return path;
-}
-
-// Tells that a file can't be opened. On standard output the message has no line end.
+// Reports that a file can't be opened. On standard output the message has no line end.
 static void report(const batch_run *run, const char *text, const char *path)
 {
     if (!run->dialog) {
@@ -73,12 +64,10 @@ static void report(const batch_run *run, const char *text, const char *path)
         fputs(path, stdout);
         return;
     }
-    size_t length = strlen(text);
-    auto *line = static_cast<char *>(malloc(length + strlen(path) + 1));
+    auto *line = static_cast<char *>(malloc(strlen(text) + strlen(path) + 1));
     if (line == nullptr)
         return;
-    strcpy(line, text);
-    strcpy(line + length, path);
+    strcat(strcpy(line, text), path);
     plat_show_line(line);
     free(line);
 }
@@ -114,8 +103,13 @@ static void convert_path(const char *input_path, void *context)
     auto *run = static_cast<batch_run *>(context);
     if (run->result != BATCH_DONE)
         return;
-    char *output_path = output_path_make(input_path);
-    run->result = output_path != nullptr ? convert_pair(run, input_path, output_path) : BATCH_NO_MEMORY;
+    auto *output_path = static_cast<char *>(malloc(strlen(input_path) + sizeof output_suffix));
+    if (output_path == nullptr) {
+        run->result = BATCH_NO_MEMORY;
+        return;
+    }
+    output_path_write(output_path, input_path);
+    run->result = convert_pair(run, input_path, output_path);
     free(output_path);
 }
 

@@ -11,7 +11,7 @@
 
 struct plat_file;
 
-// Results of the driver. The last is the only one that the process's exit status tells.
+// Results of the driver. The process's exit status shows the last alone.
 enum : int { BATCH_DONE = 0, BATCH_CANCELLED = -1, BATCH_NO_MEMORY = -2 };
 
 extern pool_heap *Vbuf; // blocks of variables, from pools_init to pools_free; null between two files
@@ -23,7 +23,7 @@ int conv_main(int arg_count, char **arg_vector);
 // earlier output outlives a lack of memory. 0, or 1 at the first that can't be had.
 int pools_init();
 
-// Gives the file's heap and the blocks of its variables back.
+// Returns the file's heap and the blocks of its variables to the system.
 void pools_free();
 
 // Converts one opened source, after pools_init, and calls pools_free; the output is open in out_file.

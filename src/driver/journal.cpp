@@ -82,8 +82,11 @@ static void take_done(const statement_result &done)
     start_statement();
 }
 
-static void set_hooks(bool listen)
+void journal_start(void (*take)(const journal_record &record))
 {
+    const bool listen = take != nullptr;
+    now.take = take;
+    start_statement();
     expr_error = listen ? take_message : nullptr;
     arg_begins = listen ? take_begin : nullptr;
     arg_typed = listen ? take_typed : nullptr;
@@ -91,14 +94,7 @@ static void set_hooks(bool listen)
     statement_done = listen ? take_done : nullptr;
 }
 
-void journal_start(void (*take)(const journal_record &record))
-{
-    now.take = take;
-    start_statement();
-    set_hooks(true);
-}
-
 void journal_stop()
 {
-    set_hooks(false);
+    journal_start(nullptr);
 }

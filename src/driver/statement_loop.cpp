@@ -11,21 +11,15 @@
 
 void (*statement_done)(const statement_result &done);
 
-// Writes what a failed fetch has left of its statement; the rest of the line is the next statement.
-static void write_failed_argument()
-{
-    if (line_buf[0] != 0)
-        out_format(" %s\n", line_buf);
-}
-
 // Fetches the arguments of a command and converts it. Returns what fetch_args returned.
 static int32_t command_convert(const cmd_row &row)
 {
     int32_t count = fetch_args(row.spec_count, row.spec);
-    if (count < 0)
-        write_failed_argument();
-    else
+    if (count >= 0)
         rule_run(row.id, count);
+    else if (line_buf[0] != 0)
+        out_format(" %s\n",
+                   line_buf); // what the fetcher has left; the rest of the line is the next statement
     return count;
 }
 
