@@ -1,6 +1,6 @@
 // Platform: the little that the converter asks of the system it runs on.
 //
-// Each side (posix*.cpp, windows*.cpp) stands for itself, and the build takes one of them. Paths
+// Each side (posix*.cpp, windows*.cpp) is whole, and the build takes one of them. Paths
 // are bytes as the system gives them and have no length limit of ours. Only the driver calls these
 // routines, and the two ends of a script: its source and its output.
 #pragma once
@@ -21,7 +21,7 @@ int plat_open_input(const char *path, plat_file *input);
 // or if path leads to the very file that input reads from: then that file is left as it is.
 int plat_open_output(const char *path, const plat_file *input, plat_file *output);
 
-// Reads size bytes, or as many as there are up to the end of the file, and gives their number. An error
+// Reads size bytes, or as many as there are up to the end of the file, and returns their number. An error
 // counts as the end.
 size_t plat_read(const plat_file *file, void *bytes, size_t size);
 
@@ -43,13 +43,13 @@ bool plat_exists(const char *path);
 
 // Lets the user pick scripts. Calls take(path, context) for each path in the order of the selection, the
 // first time when the whole selection is known; the path belongs to the caller of take and is valid during
-// the call only. Gives 0, or -1 if the user picked nothing.
+// the call only. Returns 0, or -1 if the user picked nothing.
 int plat_select_files(void (*take)(const char *path, void *context), void *context);
 
 // Shows the user one line; text has no line end.
 void plat_show_line(const char *text);
 
-// Prepares the program's start. 0, or 1 if the platform can't run the program; it tells the user nothing.
+// Prepares the program's start. 0, or 1 if the platform can't run the program; it shows the user nothing.
 int plat_start();
 
 // 27 if an Escape key event is pending, else -1. The event isn't consumed.

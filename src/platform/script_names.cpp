@@ -4,6 +4,7 @@
 
 #include <stdlib.h>
 #include <string.h>
+#include <strings.h>
 
 void output_path_write(char *output, const char *path)
 {
@@ -13,17 +14,11 @@ void output_path_write(char *output, const char *path)
     strcat(output + stem, path + stem);
 }
 
-static bool is_script_extension(const char *extension)
-{
-    return strlen(extension) == 4 && extension[0] == '.' && (extension[1] | 32) == 'm' &&
-           (extension[2] | 32) == 'r' && ((extension[3] | 32) == 'l' || (extension[3] | 32) == 'p');
-}
-
 name_kind name_kind_of(const char *path)
 {
     constexpr size_t suffix = sizeof output_suffix - 1;
     size_t stem = plat_extension_start(path);
-    if (!is_script_extension(path + stem))
+    if (strcasecmp(path + stem, ".mrl") != 0 && strcasecmp(path + stem, ".mrp") != 0)
         return NAME_OTHER;
     if (stem < suffix || !plat_names_equal(path + stem - suffix, output_suffix, suffix))
         return NAME_SCRIPT;

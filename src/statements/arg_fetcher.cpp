@@ -152,14 +152,13 @@ int32_t fetch_args(int32_t spec_count, const uint8_t *spec)
     bool more = spec_count != 0; // the list goes on
     bool gap = false;            // an argument was empty: from then on every position takes a slot
     while (more) {
-        const uint8_t position = spec[p];
-        const bool last_position = p + 1 == spec_count;
+        uint8_t position = spec[p];
         if (list.type == types_end)
             return fetch_failed(list, arg, FETCH_TOO_MANY);
         int32_t fault = fetch_one(&list, position & ARG_TYPE, &arg);
         if (fault != 0)
             return fetch_failed(list, arg, fault);
-        more = arg.last == ',' && (!last_position || (position & ARG_REPEAT) != 0);
+        more = arg.last == ',' && (p + 1 < spec_count || (position & ARG_REPEAT) != 0);
         if (arg.size == 0 && !arg.quoted) {
             // Nothing after the last comma of a list that repeats is no item.
             if ((position & ARG_REPEAT) != 0 && !more)
@@ -171,7 +170,7 @@ int32_t fetch_args(int32_t spec_count, const uint8_t *spec)
         }
         list.slot++;
         list.type++;
-        p += !last_position || !more; // else it repeats
+        p += p + 1 < spec_count || !more; // the last position repeats
     }
     // What is left out at the end; a position that repeats has no more items.
     for (; p < spec_count && (spec[p] & ARG_REPEAT) == 0; p++) {

@@ -106,5 +106,5 @@ const char *slot_str(const arg_slot *slot, uint32_t *size);
 // Ends the list: the given slot and everything after it read as cleared.
 void slots_end_list(arg_slot *end);
 
-// Gives the list up at the slot under arg_cursor: what was filled is cleared with the next list's end.
+// Abandons the list at the slot under arg_cursor: what was filled is cleared with the next list's end.
 void slots_abandon_list();

@@ -44,8 +44,9 @@ static void close_up(text_reader *text)
 constexpr int reader_on = -2; // no character: the text goes on
 
 // Where a text meets the window's end or is full. Returns reader_on if it goes on after the window's end;
-// else the character that no longer fits, which is read, or -1 at the end of the source.
-static int reader_at_end(text_reader *text)
+// else the character that no longer fits, which is read, or -1 at the end of the source. Out of line, and its
+// callers hand over a copy: then the reader of their loops can be in registers.
+__attribute__((noinline)) static int reader_at_end(text_reader *text)
 {
     ptrdiff_t excess = reader_size(*text) - line_buf_capacity;
     if (excess > 0)
@@ -68,7 +69,9 @@ template <typename function> static inline int reader_next(text_reader *text, fu
         text->p += scan(text->p);
         if (reader_size(*text) < line_buf_capacity && text->p < src.end)
             return reader_on;
-        int last = reader_at_end(text);
+        text_reader here = *text;
+        int last = reader_at_end(&here);
+        *text = here;
         if (last != reader_on)
             return last;
     }

@@ -212,11 +212,33 @@ static int read_array_head()
     return c;
 }
 
+// Reads one number as the C library's "%lf" does. Returns false if there is none.
+static bool value_read(const char *text, double *value)
+{
+    text = text_skip_white(text);
+    const char *digits = text + (*text == '-');
+    const char *c = digits;
+    double number = 0;
+    double scale = 1;
+    for (bool fraction = false; text_is(*c, CHAR_DIGIT) || (*c == '.' && !fraction); c++) {
+        fraction |= *c == '.';
+        if (*c == '.')
+            continue;
+        number = number * 10 + (*c - '0');
+        scale *= fraction ? 10 : 1;
+    }
+    // Up to 15 digits both are exact, so that the division rounds as the library does.
+    if (!text_is(*digits, CHAR_DIGIT) || c - digits > 15 || text_is(*c, CHAR_WORD))
+        return sscanf(text, "%lf", value) == 1;
+    *value = *text == '-' ? -number / scale : number / scale;
+    return true;
+}
+
 // Stores the values of one line in the array that is being filled. What is no number ends the line.
 static void store_values(const char *text)
 {
     double value;
-    while (text != nullptr && sscanf(text, "%lf", &value) == 1) {
+    while (text != nullptr && value_read(text, &value)) {
         var_fill_next(value);
         text = strchr(text, ',');
         if (text != nullptr)

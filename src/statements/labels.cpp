@@ -11,8 +11,6 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include <algorithm>
-
 constexpr int32_t line_operands_size = 79; // characters of a #LINE that are read with it
 constexpr int32_t prompt_no_memory = 203;
 
@@ -71,25 +69,17 @@ int32_t line_directive(const char *)
     return line_directive_parse(operands);
 }
 
-// Sets source_name from a word, cut where its room ends.
+// Sets source_name from a word, cut to its size.
 static void source_name_set(const char *word)
 {
     auto &name = line_directives.source_name;
-    constexpr size_t room = sizeof name - 1;
     const char *base = line_directives.source_name_base;
-    size_t size = strlen(word), used = 0;
-    auto add = [&](const char *text, size_t count) {
-        count = std::min(count, room - used);
-        memcpy(name + used, text, count);
-        used += count;
-    };
-    if (word[0] == '<' && word[size - 1] == '>') {
-        add(word + 1, size - 2);
-    } else {
-        add(base, static_cast<size_t>(base_name(base) - base));
-        add(base_name(word), strlen(base_name(word)));
-    }
-    name[used] = 0;
+    size_t size = strlen(word);
+    if (word[0] == '<' && word[size - 1] == '>')
+        (void)snprintf(name, sizeof name, "%.*s", static_cast<int>(size - 2), word + 1);
+    else
+        (void)snprintf(name, sizeof name, "%.*s%s", static_cast<int>(base_name(base) - base), base,
+                       base_name(word));
 }
 
 int32_t line_directive_parse(const char *text)

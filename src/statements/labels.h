@@ -28,7 +28,7 @@ struct line_directive_state {
     int32_t line_number;
     int32_t line_plus;            // 1 if a + stood after the number
     char source_name[512];        // the file name given
-    const char *source_name_base; // a plain file name takes the place of its last part
+    const char *source_name_base; // a plain file name replaces its last part
     bool source_name_recording;   // switch: each name is handed to source_name_slot
     char **source_name_slot;      // where a recorded name goes; the block is the owner's of the slot
 };

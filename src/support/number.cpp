@@ -36,6 +36,8 @@ int32_t int_from_text(const char *text, size_t size)
 
 // ---- Numbers of expressions ----
 
+constexpr int32_t powers_kept = 24;
+
 // The digits of an octal or hexadecimal number.
 static number_piece scan_based(const char *c, const char *end, unsigned digit_class, uint32_t base)
 {
@@ -53,9 +55,17 @@ static number_piece scan_digits(number_piece number, const char *end)
     return number;
 }
 
-static double scaled(double number, uint32_t power)
+// A number times a power of ten, as pow computes that; the small powers are kept.
+static double scaled(double number, uint32_t exponent)
 {
-    return power != 0 ? number * pow(10.0, wrap_int32(power)) : number;
+    static double kept[2 * powers_kept + 1]; // 0: not computed yet
+    int32_t n = wrap_int32(exponent);
+    if (n < -powers_kept || n > powers_kept)
+        return number * pow(10.0, n);
+    double &power = kept[n + powers_kept];
+    if (power == 0)
+        power = pow(10.0, n);
+    return number * power;
 }
 
 // A number scaled by a power and by the exponent after it, from its letter on: a sign, or none, and digits,

@@ -123,7 +123,7 @@ inline size_t count_line_feeds(const unsigned char *text, const unsigned char *e
 {
     size_t count = 0;
     while (end - text >= 16) {
-        scan_marks counts{}; // by place in a block, negative; they hold 127 blocks
+        scan_marks counts{}; // by offset in a block, negative; they hold 127 blocks
         const ptrdiff_t blocks = (end - text) / 16;
         for (const unsigned char *stop = text + 16 * (blocks < 127 ? blocks : 127); text < stop; text += 16)
             counts += scan_equal(scan_load(text), '\n');
