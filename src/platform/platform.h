@@ -1,7 +1,7 @@
 // Platform: the little that the converter asks of the system it runs on.
 //
 // Each side (posix*.cpp, windows*.cpp) is whole, and the build takes one of them. Paths
-// are bytes as the system gives them and have no length limit of ours. Only the driver calls these
+// are bytes as the system has them and have no length limit of ours. Only the driver calls these
 // routines, and the two ends of a script: its source and its output.
 #pragma once
 

@@ -103,7 +103,7 @@ bool plat_exists(const char *path)
 }
 
 // The folder that the dialog starts in, null without memory: the program's own, when it was started by its
-// quoted whole path as the desktop does. Otherwise the command line gives something shorter or nothing, and
+// quoted whole path as the desktop does. Otherwise the command line has something shorter or nothing, and
 // the system chooses. The caller frees it.
 static char *start_folder()
 {

@@ -1,4 +1,4 @@
-// Windows paths, and the names that the open dialog gives.
+// Windows paths, and the names that the open dialog returns.
 #include "platform/windows_paths.h"
 
 #define WIN32_LEAN_AND_MEAN

@@ -3,7 +3,7 @@
 // A window of the file is read, deciphered and folded in place, once: CR LF becomes a line feed, a backslash
 // at a line's end joins two lines and leaves nothing, byte 26 ends the source. From then on everybody reads
 // characters between src.pos and src.end, one after the other; no reader knows blocks, keys
-// or continuations. After the last one stands a line feed that isn't part of the text, so that a search for
+// or continuations. After the last one is a line feed that isn't part of the text, so that a search for
 // the end of anything stops there.
 //
 // A character that was looked at can be returned to the source, and is then taken as it is; but a NUL can't

@@ -123,7 +123,7 @@ static void read_escape(text_reader *text)
     while (src.end - src.pos < 4 && src_more(text->to)) {
     }
     // Kept: digits that make no octal escape are returned to the source, and so is the character after them.
-    // An old script may have such a NUL, which was no part of its string.
+    // With the NUL in it the user's string would end there, and what follows would be lost.
     const unsigned char *digit = src.pos + 1;
     size_t digits = char_is(digit[0], CHAR_OCTAL) ? 1 + char_is(digit[1], CHAR_OCTAL) : 0;
     bool lost = digits > 0 && src_lose_nul(src.pos + 1 + digits);

@@ -10,7 +10,7 @@
 // What fetch_args returns for a failure, by cause. The converter treats them alike.
 enum : int32_t {
     FETCH_MISSING = -1,     // a required argument is empty or left out
-    FETCH_AFTER_QUOTE = -2, // something stands after a closing quote
+    FETCH_AFTER_QUOTE = -2, // something follows a closing quote
     FETCH_PARENTHESES = -3, // the parentheses don't pair up
     FETCH_EXPRESSION = -4,  // the evaluator refuses the text; the hook expr_error has the reason
     FETCH_TOO_LONG = -5,    // the text of a numeric argument has more than 251 characters

@@ -186,7 +186,8 @@ int32_t decl_statement(const char *word)
     if (src_read_line(stmt_text, line_buf_capacity) == 0)
         return STATEMENT_END;
     if (text_is_word(word, strlen(word), "LOCAL")) {
-        // Kept: the text brings its own line feed, so an empty line follows a LOCAL.
+        // Kept: the text brings its own line feed. Users' converted scripts have an empty line after a LOCAL,
+        // and a new conversion, compared with an old one, must show no change.
         out_format("LOCAL %s\n", stmt_text);
         return declare_local(stmt_text);
     }

@@ -194,14 +194,7 @@ static bool spline_is_3d()
     }
 }
 
-// ---- Commands ----
-
-static int32_t command_statement(const char *word, size_t length, int32_t row)
-{
-    slot_set_word(word, static_cast<uint32_t>(length));
-    arg_cursor++;
-    return row == command_spline && spline_is_3d() ? command_spline3 : row;
-}
+// ---- Words ----
 
 static int32_t word_statement(char *word, size_t length, statement_kind *kind)
 {
@@ -211,8 +204,11 @@ static int32_t word_statement(char *word, size_t length, statement_kind *kind)
     word_key key = word_key_make(word, length);
     int32_t row = command_find(key);
     *kind = KIND_COMMAND;
-    if (row >= 0)
-        return command_statement(word, length, row);
+    if (row >= 0) {
+        slot_set_word(word, static_cast<uint32_t>(length));
+        arg_cursor++;
+        return row == command_spline && spline_is_3d() ? command_spline3 : row;
+    }
     int32_t keyword = word_index_find(stmt_keyword_index, key);
     *kind = KIND_KEYWORD;
     if (keyword >= 0)

@@ -83,7 +83,7 @@ static bool expect_allocated(heap_block *block)
     return false;
 }
 
-// The rover never rests on a block that leaves the free ring. The base block is always on it, so there is
+// The rover is never on a block that leaves the free ring. The base block is always on it, so there is
 // another one to move to.
 static void rover_leave(heap_block *block)
 {
@@ -140,7 +140,7 @@ int heap_add(pool_heap *heap, void *base, uint32_t size, int32_t can_free)
     return 0;
 }
 
-// The first free block of at least need granules from the rover on, or null. A damaged one is passed by.
+// The first free block of at least need granules from the rover on, or null. A damaged one is skipped.
 static heap_block *find_free(pool_heap *heap, uint32_t need)
 {
     heap_block *block = heap->rover;

@@ -34,7 +34,7 @@ struct heap_block {
 struct heap_area {
     void *base;
     uint32_t size;    // bytes
-    int32_t can_free; // 1 if heap_alloc got it from the system: heap_destroy gives it back
+    int32_t can_free; // 1 if heap_alloc got it from the system: heap_destroy returns it
     heap_area *next;  // the one added before
 };
 
@@ -76,7 +76,7 @@ int heap_add(pool_heap *heap, void *base, uint32_t size, int32_t can_free);
 // no memory or the size can't be counted. The block is the caller's until heap_free.
 void *heap_alloc(pool_heap *heap, const char *owner, uint32_t size);
 
-// Takes a block back; always 0. A null pointer is let pass, and so is a block that is free already as far as
+// Takes a block back; always 0. A null pointer is ignored, and so is a block that is free already as far as
 // its header shows it; a build with checks reports that one.
 int heap_free(void *pointer);
 

@@ -1,14 +1,11 @@
 // Prompt reporter: numbered messages to the user, with their texts in a file.
 //
 // A message is a line of mcomp.txt in the current directory, looked up by its number each time. Columns
-// 0 to 3 hold the number, the text starts at column 4 and is a format for the values of the report. The
-// sign of the code tells how grave the report is: above 0 it is only a message, otherwise it ends the
-// process, a few codes excepted.
+// 0 to 3 hold the number, the text starts at column 4 and is a format for the values of the report. A code
+// above 0 is only a message; any other ends the process, a few excepted.
 //
-// The file is not ours once it lies in a user's folder, so its text is never given to printf. The values
-// come as an array that tells the kind of each, not as C variadic arguments, which can't be asked what
-// they are or how many: a conversion takes the next value if that is of its kind, and is printed as it
-// stands if not.
+// The file can be a user's own, so printf never gets its text. The values come as an array with the kind of
+// each: a conversion takes the next value if that is of its kind, and is printed as it is if not.
 #pragma once
 
 #include <stdint.h>
