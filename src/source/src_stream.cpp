@@ -223,6 +223,7 @@ static void count_lines(const unsigned char *upto)
 // Moves the unread text down to a pointer, which becomes pos.
 static void move_unread(unsigned char *to)
 {
+    assert(src.pos > to);
     count_lines(src.pos);
     auto distance = static_cast<uint32_t>(src.pos - to);
     auto pos_offset = static_cast<uint32_t>(src.pos - window_start);
@@ -247,7 +248,10 @@ bool src_more(unsigned char *keep)
 {
     if (source_ended)
         return false;
-    move_unread(keep != nullptr ? keep : window_start);
+    // What unjoin has put back may be before the window: then it stays there.
+    unsigned char *to = keep != nullptr ? keep : window_start;
+    if (src.pos > to)
+        move_unread(to);
     const unsigned char *before = src.end;
     do {
         unsigned char *raw = src.end;

@@ -171,3 +171,12 @@ TEST(recogniser, knows_the_line_of_a_statement)
         }
     reset_run();
 }
+
+// The line of an ON that is full at the backslash of a continuation: the line feed, which is put back, is
+// read next, wherever the window ends.
+TEST(recogniser, reads_on_after_a_full_line_of_on)
+{
+    const std::string on = "ON x GOTO " + std::string(3892, 'a');
+    for (size_t limit : {size_t{1}, size_t{2}, size_t{3}, size_t{7}, SIZE_MAX})
+        EXPECT_EQ(converted(on + "\\\nb\nq=1\n", nullptr, limit), on + "\\\nb \nq=1\n\n") << limit;
+}
