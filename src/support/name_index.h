@@ -5,6 +5,8 @@
 // at least half of the slots stay empty.
 #pragma once
 
+#include "support/text.h"
+
 #include <stddef.h>
 #include <stdint.h>
 #include <string.h>
@@ -15,12 +17,14 @@ constexpr int name_index_bits = 11; // of a hash, the highest: they depend on al
 constexpr uint32_t name_index_slots = 1 << name_index_bits;
 
 struct name_index {
-    const char *names;                // the name of row 0, NUL-terminated
-    size_t stride;                    // bytes from one row's name to the next row's
-    size_t length;                    // characters of a name that count
-    int32_t rows;                     // rows in the index
-    uint32_t free_slot;               // for the last name that wasn't found
-    uint16_t slots[name_index_slots]; // row number + 1; 0: empty
+    const char *names;                     // the name of row 0, NUL-terminated
+    size_t stride;                         // bytes from one row's name to the next row's
+    size_t length;                         // characters of a name that count
+    int32_t rows;                          // rows in the index
+    uint32_t free_slot;                    // for the last name that wasn't found
+    uint64_t hash;                         // of that name
+    uint16_t slots[name_index_slots];      // row number + 1; 0: empty
+    uint64_t hashes[name_index_slots / 2]; // by row
 };
 
 // Empties the index for a new table.
@@ -38,22 +42,25 @@ inline void name_index_start(name_index *index, const void *names, size_t stride
 inline int32_t name_index_find(name_index *index, const char *name, size_t size)
 {
     size = std::min(size, index->length);
-    uint64_t hash = 0;
-    for (size_t i = 0; i < size; i++)
-        hash = (hash + static_cast<unsigned char>(name[i])) * 0x9E3779B97F4A7C15u;
+    uint64_t hash = 0; // of up to eight characters it is one of their own
+    for (size_t at = 0; at < size; at += 8)
+        hash = (hash + characters_load(name + at, size - at)) * 0x9E3779B97F4A7C15u;
     auto slot = static_cast<uint32_t>(hash >> (64 - name_index_bits));
     for (; index->slots[slot] != 0; slot = (slot + 1) % name_index_slots) {
         const int32_t row = index->slots[slot] - 1;
         const char *known = index->names + static_cast<size_t>(row) * index->stride;
-        if (memcmp(known, name, size) == 0 && (size == index->length || known[size] == 0))
+        if (index->hashes[row] == hash && (size == index->length || known[size] == 0) &&
+            (size <= 8 || std::mismatch(name, name + size, known).first == name + size))
             return row;
     }
     index->free_slot = slot;
+    index->hash = hash;
     return -1;
 }
 
 // Adds the next row, of the name that was looked up last and not found.
 inline void name_index_add(name_index *index)
 {
+    index->hashes[index->rows] = index->hash;
     index->slots[index->free_slot] = static_cast<uint16_t>(++index->rows);
 }

@@ -70,6 +70,24 @@ constexpr int char_lower(int c)
     return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c;
 }
 
+// The first characters of a text of size characters, at most eight, as a number: the first one lowest.
+inline uint64_t characters_load(const char *text, size_t size)
+{
+    uint64_t characters = 0;
+    if (size >= 8) {
+        memcpy(&characters, text, 8);
+    } else if (size >= 4) { // the first four and the last four, of which some may be the same
+        uint32_t halves[2];
+        memcpy(halves, text, 4);
+        memcpy(halves + 1, text + size - 4, 4);
+        characters = halves[0] | static_cast<uint64_t>(halves[1]) << 8 * (size - 4);
+    } else {
+        for (size_t i = 0; i < size; i++)
+            characters |= static_cast<uint64_t>(static_cast<unsigned char>(text[i])) << 8 * i;
+    }
+    return characters;
+}
+
 // The value of a digit, hexadecimal ones among them.
 constexpr int digit_value(char c)
 {

@@ -5,9 +5,10 @@
 // free one, which a large index makes rare.
 #pragma once
 
+#include "support/text.h"
+
 #include <stddef.h>
 #include <stdint.h>
-#include <string.h>
 
 constexpr size_t word_size_max = 12; // characters of a table's word; a longer word is in no table
 
@@ -29,9 +30,9 @@ inline word_key word_key_make(const char *word, size_t size)
 {
     if (size > word_size_max)
         return word_key{0, 0};
-    uint64_t characters[2] = {0, 0};
-    memcpy(characters, word, size);
-    return word_key{characters_lower(characters[0]), static_cast<uint32_t>(characters_lower(characters[1]))};
+    uint64_t rest = size > 8 ? characters_load(word + 8, size - 8) : 0;
+    return word_key{characters_lower(characters_load(word, size)),
+                    static_cast<uint32_t>(characters_lower(rest))};
 }
 
 constexpr bool word_key_equals(const word_key &a, const word_key &b)
