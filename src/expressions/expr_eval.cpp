@@ -122,8 +122,11 @@ static expr_value parse_expr(const char *pos, uint8_t binding);
 
 // ---- Operators ----
 
+// A rule that few texts reach isn't inlined: the registers and stack that it needs would be saved for every
+// operand.
+
 // operation: expr ? expr : expr, from the middle operand on. Both the middle and the right one are evaluated.
-static expr_value parse_condition(double left, const char *pos)
+[[gnu::noinline]] static expr_value parse_condition(double left, const char *pos)
 {
     expr_value middle = parse_expr(pos, binding_lowest);
     if (middle.next == nullptr || (pos = take_expected(middle.next, ':')) == nullptr)
@@ -201,7 +204,7 @@ static expr_value parse_inches(const char *pos)
 
 // feet: expr ', of which the foot sign was taken. A token that can begin an operand begins the inches, except
 // for + and -, which are operators here.
-static expr_value parse_feet(double left, const char *pos)
+[[gnu::noinline]] static expr_value parse_feet(double left, const char *pos)
 {
     complete(2);
     double feet = drawing_units(left);
@@ -247,7 +250,7 @@ static const char *parse_subscripts(const char *pos, expr_subscripts *list)
 }
 
 // expr: NAME ( arg_list ), from the parenthesis on.
-static expr_value parse_call(lex_piece name, const char *pos)
+[[gnu::noinline]] static expr_value parse_call(lex_piece name, const char *pos)
 {
     double arguments[list_max];
     int32_t count = 0;
@@ -309,7 +312,7 @@ static const char *parse_raw(const char *pos, char terminator, lex_piece *text)
 
 // assignment: NAME = string; assignment: NAME subscripts = string; subscript is -1 if there is none. pos is
 // that of the first quote of string: " string_text "
-static expr_value assign_string(lex_piece name, int32_t subscript, const char *pos)
+[[gnu::noinline]] static expr_value assign_string(lex_piece name, int32_t subscript, const char *pos)
 {
     lex_piece string;
     if ((pos = parse_raw(pos, '"', &string)) == nullptr)
@@ -350,7 +353,7 @@ static expr_value parse_assignment(lex_piece name, const expr_subscripts *subscr
 }
 
 // Reads an element, or an assignment to one, from its first [ on.
-static expr_value parse_element(lex_piece name, const char *pos)
+[[gnu::noinline]] static expr_value parse_element(lex_piece name, const char *pos)
 {
     expr_subscripts subscripts;
     if ((pos = parse_subscripts(pos, &subscripts)) == nullptr)
@@ -389,7 +392,7 @@ static const char *declare(const decl_item &item, int8_t type, const char *verb,
 }
 
 // decl: ARRAY NAME subscripts, from NAME on.
-static const char *parse_array(const char *pos)
+[[gnu::noinline]] static const char *parse_array(const char *pos)
 {
     decl_item item;
     if ((pos = parse_decl_item(pos, &item)) == nullptr)
@@ -398,7 +401,7 @@ static const char *parse_array(const char *pos)
 }
 
 // decl: TYPEWORD decl_list, from the list on. The variables are made after the whole list was read.
-static const char *parse_declaration(const char *pos, int8_t type)
+[[gnu::noinline]] static const char *parse_declaration(const char *pos, int8_t type)
 {
     decl_item items[decl_list_max];
     int32_t count = 0;
@@ -425,7 +428,7 @@ static const char *parse_declaration(const char *pos, int8_t type)
 // ---- Operands ----
 
 // expr: SIZEOF ( NAME ), from the parenthesis on.
-static expr_value parse_sizeof(const char *pos)
+[[gnu::noinline]] static expr_value parse_sizeof(const char *pos)
 {
     lex_piece name;
     if ((pos = take_expected(pos, '(')) == nullptr || (pos = take_name(pos, &name)) == nullptr ||
@@ -438,7 +441,7 @@ static expr_value parse_sizeof(const char *pos)
 }
 
 // expr: COPSIZE ( raw_text ), from the parenthesis on.
-static expr_value parse_copsize(const char *pos)
+[[gnu::noinline]] static expr_value parse_copsize(const char *pos)
 {
     if (lex_code(pos) != '(')
         return {0, syntax_error()};
@@ -462,7 +465,7 @@ static expr_value parse_parentheses(const char *pos)
 }
 
 // operation: ~ expr; operation: + expr; operation: - expr
-static expr_value parse_signed(const char *pos)
+[[gnu::noinline]] static expr_value parse_signed(const char *pos)
 {
     char sign = *pos;
     if ((pos = take(pos, pos + 1)) == nullptr)
