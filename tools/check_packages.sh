@@ -190,9 +190,9 @@ CHANGELOG.txt
 COPYRIGHT.txt
 LICENSE.txt
 README.txt
-docs/commands.md
-docs/finishing.md
-docs/windows.md
+docs/commands.html
+docs/finishing.html
+docs/windows.html
 mcomp.txt
 murlconv.exe
 murlreport.exe
@@ -200,19 +200,30 @@ $(for licence in $licences_of_libraries gcc-mingw-w64-base mingw-w64-common; do 
 END
     # Every text has CR LF at each line end, and is otherwise what it is here.
     for text in CHANGELOG.txt=CHANGELOG.md LICENSE.txt=LICENSE README.txt=packaging/README.txt \
-        mcomp.txt=packaging/mcomp.txt COPYRIGHT.txt=packaging/copyright docs/windows.md=docs/windows.md \
-        docs/commands.md=docs/commands.md docs/finishing.md=docs/finishing.md; do
+        mcomp.txt=packaging/mcomp.txt COPYRIGHT.txt=packaging/copyright; do
         to_crlf "${text#*=}" | cmp - "$folder/${text%%=*}"
+    done
+    # Each link in the guides leads to a guide and a heading of it.
+    for guide in "$folder"/docs/*.html; do
+        grep -o 'href="[^"]*"' "$guide" | cut -d '"' -f 2 | while read -r link; do
+            target=${link%%#*}
+            target=$folder/docs/${target:-${guide##*/}}
+            [ "${link#*#}" = "$link" ] || grep -q "id=\"${link#*#}\"" "$target" || fail "$guide: $link"
+            [ -e "$target" ] || fail "$guide: $link"
+        done
     done
     for sample in $samples; do
         cmp "samples/$sample" "$folder/examples/$sample"
     done
     # Windows shows the version from a text of 16-bit characters.
-    perl -0777 -e '
-        my ($version, $file) = @ARGV;
-        open my $exe, "<:raw", $file or die;
-        my $text = join "", map { "$_\0" } split //, "FileVersion\0\0$version\0";
-        exit(index(<$exe>, $text) < 0);' "$version" "$folder/murlconv.exe" || fail 'version in murlconv.exe'
+    for program in murlconv murlreport; do
+        perl -0777 -e '
+            my ($version, $file) = @ARGV;
+            open my $exe, "<:raw", $file or die;
+            my $text = join "", map { "$_\0" } split //, "FileVersion\0\0$version\0";
+            exit(index(<$exe>, $text) < 0);' "$version" "$folder/$program.exe" ||
+            fail "version in $program.exe"
+    done
 }
 
 # Needs what check_zip and check_deb have unpacked.
@@ -228,7 +239,7 @@ check_zip_program() {
     echo "packages: the zip's program converts the samples as wanted"
 }
 
-for group in windows packages linux; do
+for group in windows html packages linux; do
     need $group 'the packages are not made'
 done
 rm -rf "$work"

@@ -9,13 +9,17 @@ wine_home=$MURL_BUILD/windows_wine
 
 # ---- The file itself: small, and at home on any Windows ----
 
-check_exe() {
+check_exe() { # PROGRAM GREATEST_SIZE
+    program=$(basename "$1")
     size=$(wc -c <"$1")
-    [ "$size" -lt 1000000 ] || fail "murlconv.exe has $size bytes"
+    [ "$size" -lt "$2" ] || fail "$program has $size bytes"
     strange=$(x86_64-w64-mingw32-objdump -p "$1" | sed -n 's/.*DLL Name: //p' | tr '[:upper:]' '[:lower:]' |
-        grep -v -x -e kernel32.dll -e msvcrt.dll -e user32.dll -e comdlg32.dll) || true
-    [ -z "$strange" ] || fail "murlconv.exe needs $strange"
-    x86_64-w64-mingw32-objdump -h "$1" | grep -q '\.rsrc' || fail 'murlconv.exe has no icon and version'
+        grep -v -x -e kernel32.dll -e msvcrt.dll -e user32.dll -e comdlg32.dll -e shell32.dll -e shlwapi.dll \
+            -e advapi32.dll -e ole32.dll) || true
+    [ -z "$strange" ] || fail "$program needs $strange"
+    iconv -f UTF-16LE -t UTF-8 -c "$1" | grep -qa "OriginalFilename.*$program" || fail "$program has no version"
+    grep -qa longPathAware "$1" || fail "$program has no manifest"
+    grep -qa 'stack smashing detected' "$1" || fail "$program has no guarded stacks"
 }
 
 # ---- The same results as on POSIX ----
@@ -61,19 +65,26 @@ check_paths() {
     long=$(printf '%0300d' 0)
     printf 'LINE 1,2,3,4,5,6' >../line.mrl
     "$MURL_BUILD/release/murlconv" ../line.mrl
-    for script in 'x y/a b.mrl' dir.d/script .mrl up.MRL dots.a.b.mrp drive.mrl 'é.mrl' taken.mrl twice.mrl; do
+    mkdir -p 'wild/Größe 文字'
+    for script in 'x y/a b.mrl' dir.d/script .mrl up.MRL dots.a.b.mrp drive.mrl 'é.mrl' taken.mrl twice.mrl \
+        'Чертёж.mrl' '図面😀.mrl' 'wild/Größe 文字/ä.mrl' 'wild/Größe 文字/я😀.MRL' 'wild/Größe 文字/done.mrl'; do
         cp ../line.mrl "$script"
     done
+    : >'wild/Größe 文字/done_conv.mrl'
     wine_run "$exe" "$drive\\x y\\a b.mrl" 'dir.d\script' missing.mrl ./.mrl 'x y\..\up.MRL' 'dots.a.b.mrp' \
         'folder.mrl' z:drive.mrl 'é.mrl' "$long.mrl" taken.mrl 'Z:\proc\version' twice.mrl twice.mrl \
+        'Чертёж.mrl' '図面😀.mrl' 'fehlt Ä図.mrl' 'wild\Größe 文字\*.mrl' 'wild\*.mrl' \
         >../paths.out || fail 'paths: exit status is not 0'
     {
         printf 'Unable to open %s' missing.mrl folder.mrl "$long.mrl"
         printf 'Unable to Open file %s' taken_conv.mrl 'Z:\proc\version_conv'
+        printf 'Unable to open %s' 'fehlt Ä図.mrl' 'wild\*.mrl'
     } | diff -u --label wanted --label printed - ../paths.out || fail 'paths: messages'
     cd "$root"
+    [ "$(find "$work/paths/wild" -type f | wc -l)" = 6 ] || fail 'paths: outputs were converted'
     for output in 'x y/a b_conv.mrl' dir.d/script_conv _conv.mrl up_conv.MRL dots.a.b_conv.mrp drive_conv.mrl \
-        'é_conv.mrl' twice_conv.mrl; do
+        'é_conv.mrl' twice_conv.mrl 'Чертёж_conv.mrl' '図面😀_conv.mrl' 'wild/Größe 文字/ä_conv.mrl' \
+        'wild/Größe 文字/я😀_conv.MRL' 'wild/Größe 文字/done_conv.mrl'; do
         to_crlf "$work/line_conv.mrl" | diff -u --label wanted --label "$output" - "$work/paths/$output" ||
             fail paths
     done
@@ -101,7 +112,8 @@ build_preset release
 build_preset report
 build_preset windows
 exe=$MURL_BUILD/windows/murlconv.exe
-check_exe "$exe"
+check_exe "$exe" 1000000
+check_exe "$MURL_BUILD/windows/murlreport.exe" 3000000
 
 need wine 'the Windows side was built, but not run'
 . tools/wine.sh

@@ -20,7 +20,7 @@ day=$(sed -n '/^## /{s/.*, //p;q;}' CHANGELOG.md)
 SOURCE_DATE_EPOCH=$(date -u -d "$day" +%s)
 export SOURCE_DATE_EPOCH
 
-tools/packages.sh build report windows packages linux
+tools/packages.sh build report windows html packages linux
 mkdir -p "$dist"
 dist=$(cd -- "$dist" && pwd -P)
 # Not in the checkout: what makes debs and rpms takes no path with a blank.
@@ -81,6 +81,7 @@ make_zip() {
     build_preset windows
     name_of_zip=murlconv-$version-windows
     quietly cmake --install "$MURL_BUILD/windows" --prefix "$work/$name_of_zip"
+    tools/docs_html.sh "$work/$name_of_zip/docs" docs/commands.md docs/finishing.md docs/windows.md
     add_licences "$work/$name_of_zip/licences" mingw-w64-common gcc-mingw-w64-base
     find "$work/$name_of_zip/licences" -type f -exec perl -pi -e 's/\r?\n/\r\n/' {} +
     find "$work/$name_of_zip" -exec touch --date="@$SOURCE_DATE_EPOCH" {} +

@@ -21,6 +21,7 @@ group_packages() {
     style) echo clang-format clang-tidy cppcheck shellcheck ;;
     mutation) echo python3 ;;
     windows) group_packages report && echo g++-mingw-w64-x86-64-posix ;;
+    html) echo cmark-gfm ;;
     wine) echo wine wine64 ;;
     dialog) echo xvfb xdotool ;;
     packages) echo dpkg-dev debhelper rpm file gzip mandoc lintian bash ;;

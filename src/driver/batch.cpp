@@ -60,8 +60,8 @@ struct batch_run {
 static void report(const batch_run *run, const char *text, const char *path)
 {
     if (!run->dialog) {
-        fputs(text, stdout);
-        fputs(path, stdout);
+        plat_print(text);
+        plat_print(path);
         return;
     }
     auto *line = static_cast<char *>(malloc(strlen(text) + strlen(path) + 1));

@@ -5,7 +5,7 @@
 
 int main(int argc, char **argv)
 {
-    if (plat_start() != 0) {
+    if (plat_start(&argc, &argv) != 0) {
         fputs("Fatal Error: MFC initialization failed\n", stderr);
         return 1;
     }

@@ -1,8 +1,8 @@
 // Platform: the little that the converter asks of the system it runs on.
 //
-// Each side (posix*.cpp, windows*.cpp) is whole, and the build takes one of them. Paths
-// are bytes as the system has them and have no length limit of ours. Only the driver calls these
-// routines, and the two ends of a script: its source and its output.
+// Each side (posix*.cpp, windows*.cpp) stands for itself, and the build takes one of them. Paths
+// are bytes as the system gives them, on Windows UTF-8, and have no length limit of ours. Only the driver
+// calls these routines, and the two ends of a script: its source and its output.
 #pragma once
 
 #include <stddef.h>
@@ -31,6 +31,9 @@ int plat_write(const plat_file *file, const char *bytes, size_t size);
 
 void plat_close(const plat_file *file);
 
+// What plat_write writes for a line feed.
+extern const char plat_line_end[];
+
 // Index of the dot with which the extension of a path's file name begins; the path's length if it has none.
 size_t plat_extension_start(const char *path);
 
@@ -49,8 +52,16 @@ int plat_select_files(void (*take)(const char *path, void *context), void *conte
 // Shows the user one line; text has no line end.
 void plat_show_line(const char *text);
 
-// Prepares the program's start. 0, or 1 if the platform can't run the program; it shows the user nothing.
-int plat_start();
+// Writes text to standard output, so that a path in it can be read on a console too.
+void plat_print(const char *text);
+
+// Prepares the program's start, and puts the arguments that the program has to use in place of those of main:
+// paths as the routines here take them. Where the shell leaves wildcards to programs, the scripts that they
+// match are put in. 0, or 1 if the platform can't run the program; it tells the user nothing.
+int plat_start(int *argument_count, char ***arguments);
+
+// Whether the program was started from the desktop: it has a console for itself. plat_start has hidden it.
+bool plat_is_own_console();
 
 // 27 if an Escape key event is pending, else -1. The event isn't consumed.
 int plat_poll_escape();

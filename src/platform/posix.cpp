@@ -102,6 +102,8 @@ int plat_write(const plat_file *file, const char *bytes, size_t size)
     return 0;
 }
 
+const char plat_line_end[] = "\n";
+
 void plat_close(const plat_file *file)
 {
     close(file->number);
@@ -129,11 +131,22 @@ void plat_show_line(const char *text)
     fprintf(stderr, "%s\n", text);
 }
 
+void plat_print(const char *text)
+{
+    fputs(text, stdout);
+}
+
+// What is started from the desktop has a terminal or none, but none of its own.
+bool plat_is_own_console()
+{
+    return false;
+}
+
 // A reader that leaves and a limit on the size of files are failed writes like a full disk, no end of the
 // run. With one of the three standard streams closed, a script would get its number, and messages would go
 // into the script. A large block is mapped by itself, zeroed without work; glibc would raise the limit from
 // which it does so with each of them that is freed.
-int plat_start()
+int plat_start(int *, char ***)
 {
 #ifdef __GLIBC__
     mallopt(M_MMAP_THRESHOLD, 128 * 1024);

@@ -1,7 +1,7 @@
-// The Windows side of the platform layer, on the plain Win32 interface.
+// The Windows side of the platform layer, on the plain Win32 interface: files and messages. The start of a
+// program is in windows_start.cpp, the dialogs are in windows_select.cpp and windows_folder.cpp.
 //
-// Paths and texts are bytes of the system's code page (the A functions), as the command line and the dialog
-// give them, and are never converted.
+// Paths are UTF-8 in the programs, whatever the system's code page, and UTF-16 to the system.
 #include "platform/platform.h"
 
 #include "platform/windows_paths.h"
@@ -9,8 +9,6 @@
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 
-#include <cderr.h>
-#include <commdlg.h>
 #include <fcntl.h>
 #include <io.h>
 #include <stdio.h>
@@ -18,15 +16,21 @@
 #include <string.h>
 #include <sys/stat.h>
 
-// Room for what the dialog selects, in bytes: 3,000 names of the longest kind take less than a fourth.
-static constexpr DWORD selection_size = 4u << 20;
+// ---- Files ----
+
+static int open_file(const char *path, int flags)
+{
+    wchar_t *wide = winpath_wide(path);
+    int file = wide != nullptr ? _wopen(wide, flags | _O_NOINHERIT, _S_IREAD | _S_IWRITE) : -1;
+    free(wide);
+    return file;
+}
 
 int plat_open_input(const char *path, plat_file *input)
 {
-    input->number = _open(path, _O_RDONLY | _O_BINARY | _O_NOINHERIT | _O_SEQUENTIAL);
+    input->number = open_file(path, _O_RDONLY | _O_BINARY | _O_SEQUENTIAL);
     return input->number < 0 ? 1 : 0;
 }
-
 // True if both are files on a disk, and the same one.
 static bool is_same_file(int left, int right)
 {
@@ -43,7 +47,7 @@ static bool is_same_file(int left, int right)
 // known for another one.
 int plat_open_output(const char *path, const plat_file *input, plat_file *output)
 {
-    int file = _open(path, _O_WRONLY | _O_CREAT | _O_TEXT | _O_NOINHERIT, _S_IREAD | _S_IWRITE);
+    int file = open_file(path, _O_WRONLY | _O_CREAT | _O_TEXT);
     if (file < 0)
         return 1;
     // A device or a pipe has nothing to empty.
@@ -80,6 +84,8 @@ int plat_write(const plat_file *file, const char *bytes, size_t size)
     return 0;
 }
 
+const char plat_line_end[] = "\r\n";
+
 void plat_close(const plat_file *file)
 {
     _close(file->number);
@@ -87,7 +93,6 @@ void plat_close(const plat_file *file)
 
 size_t plat_extension_start(const char *path)
 {
-    // No double-byte character has a dot for its second byte.
     const char *dot = strrchr(path + winpath_base_start(path), '.');
     return dot != nullptr ? static_cast<size_t>(dot - path) : strlen(path);
 }
@@ -99,70 +104,33 @@ bool plat_names_equal(const char *left, const char *right, size_t size)
 
 bool plat_exists(const char *path)
 {
-    return _access(path, 0) == 0;
+    wchar_t *wide = winpath_wide(path);
+    bool found = wide != nullptr && _waccess(wide, 0) == 0;
+    free(wide);
+    return found;
 }
 
-// The folder that the dialog starts in, null without memory: the program's own, when it was started by its
-// quoted whole path as the desktop does. Otherwise the command line has something shorter or nothing, and
-// the system chooses. The caller frees it.
-static char *start_folder()
-{
-    const char *command_line = GetCommandLineA();
-    if (*command_line != '\0')
-        command_line++;
-    char *folder = _strdup(command_line);
-    if (folder != nullptr)
-        winpath_cut_name(folder);
-    return folder;
-}
+// ---- The user ----
 
-// Lets the dialog run; true if it has a selection. The current folder stays what it was, as the prompt file
-// is looked for there.
-static bool run_dialog(char *selection, const char *folder)
+void plat_print(const char *text)
 {
-    OPENFILENAMEA dialog = {};
-    dialog.lStructSize = sizeof dialog;
-    dialog.lpstrFilter = "MURL Files (*.mrl)\0*.mrl\0MURL Files (*.mrp)\0*.mrp\0";
-    dialog.nFilterIndex = 1;
-    dialog.lpstrFile = selection;
-    dialog.nMaxFile = selection_size;
-    dialog.lpstrInitialDir = folder;
-    dialog.lpstrDefExt = "mrl";
-    dialog.Flags =
-        OFN_ALLOWMULTISELECT | OFN_HIDEREADONLY | OFN_OVERWRITEPROMPT | OFN_EXPLORER | OFN_NOCHANGEDIR;
-    if (GetOpenFileNameA(&dialog))
-        return true;
-    if (CommDlgExtendedError() == FNERR_BUFFERTOOSMALL)
-        plat_show_line("Too many files selected");
-    return false;
-}
-
-int plat_select_files(void (*take)(const char *path, void *context), void *context)
-{
-    // Zeros: no file name at first.
-    char *selection = static_cast<char *>(calloc(selection_size, 1));
-    char *folder = start_folder();
-    int result = -1;
-    if (selection == nullptr || folder == nullptr)
-        plat_show_line("Out of memory");
-    else if (run_dialog(selection, folder))
-        result = winpath_walk_selection(selection, take, context);
-    free(folder);
-    free(selection);
-    return result;
+    HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
+    DWORD number;
+    wchar_t *wide = GetConsoleMode(output, &number) != 0 ? winpath_wide(text) : nullptr;
+    if (wide == nullptr) {
+        fputs(text, stdout);
+    } else {
+        fflush(stdout);
+        WriteConsoleW(output, wide, static_cast<DWORD>(wcslen(wide)), &number, nullptr);
+    }
+    free(wide);
 }
 
 void plat_show_line(const char *text)
 {
-    MessageBoxA(nullptr, text, "murlconv", MB_OK | MB_ICONEXCLAMATION);
-}
-
-// A path on a drive without a disk then fails like any other; without this the system would ask for the
-// disk.
-int plat_start()
-{
-    SetErrorMode(SEM_FAILCRITICALERRORS);
-    return GetModuleHandleA(nullptr) == nullptr ? 1 : 0;
+    wchar_t *wide = winpath_wide(text);
+    MessageBoxW(nullptr, wide, L"murlconv", MB_OK | MB_ICONEXCLAMATION);
+    free(wide);
 }
 
 int plat_poll_escape()

@@ -1,18 +1,44 @@
-// Windows paths, and the names that the open dialog returns.
+// Windows paths: conversion, cutting, and the names that the open dialog hands over.
 #include "platform/windows_paths.h"
 
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 
 #include <stdlib.h>
-#include <string.h>
+#include <wchar.h>
 
-// The next character; a byte pair counts as one.
-static const char *next_char(const char *c)
+wchar_t *winpath_wide(const char *path)
 {
-    if (IsDBCSLeadByte(static_cast<BYTE>(*c)) && c[1] != '\0')
-        return c + 2;
-    return c + 1;
+    int size = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, nullptr, 0);
+    auto *text =
+        size > 0 ? static_cast<wchar_t *>(calloc(static_cast<size_t>(size), sizeof(wchar_t))) : nullptr;
+    if (text != nullptr)
+        MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, text, size);
+    return text;
+}
+
+// Writes length units as UTF-8. Returns the end of what was written.
+static char *narrow(char *end, const wchar_t *text, size_t length)
+{
+    for (size_t i = 0; i < length;) {
+        int units = i + 1 < length && IS_SURROGATE_PAIR(text[i], text[i + 1]) ? 2 : 1;
+        int size =
+            WideCharToMultiByte(CP_UTF8, WC_ERR_INVALID_CHARS, text + i, units, end, 4, nullptr, nullptr);
+        if (size == 0)
+            *end = '?';
+        end += size > 0 ? size : 1;
+        i += static_cast<size_t>(units);
+    }
+    return end;
+}
+
+char *winpath_narrow(const wchar_t *folder, size_t length, const wchar_t *name)
+{
+    constexpr size_t longest = 3; // bytes for a unit; a pair of them takes 4
+    auto *path = static_cast<char *>(malloc(longest * (length + wcslen(name)) + 1));
+    if (path != nullptr)
+        *narrow(narrow(path, folder, length), name, wcslen(name)) = '\0';
+    return path;
 }
 
 size_t winpath_base_start(const char *path)
@@ -20,72 +46,33 @@ size_t winpath_base_start(const char *path)
     const char *base = path;
     if (path[0] != '\0' && path[1] == ':')
         base = path + 2;
-    for (const char *c = base; *c != '\0'; c = next_char(c)) {
+    for (const char *c = base; *c != '\0'; c++) {
         if (*c == '\\' || *c == '/')
             base = c + 1;
     }
     return static_cast<size_t>(base - path);
 }
 
-void winpath_cut_name(char *path)
+int winpath_walk_selection(wchar_t *selection, void (*take)(const char *path, void *context), void *context)
 {
-    size_t cut = 0;
-    // One or two backslashes in front are a root.
-    while (cut < 2 && path[cut] == '\\')
-        cut++;
-    const char *previous = path;
-    for (const char *c = path + cut; *c != '\0'; previous = c, c = next_char(c)) {
-        bool behind_drive = c != path && *previous == ':';
-        if (*c == ':' || (*c == '\\' && behind_drive))
-            cut = static_cast<size_t>(c - path) + 1;
-        else if (*c == '\\')
-            cut = static_cast<size_t>(c - path);
-    }
-    path[cut] = '\0';
-}
-
-// True if the dialog gave a name that needs no folder in front, as it may for a link's target.
-static bool is_whole_path(const char *name)
-{
-    return name[0] == '\\' || name[0] == '/' || (name[0] != '\0' && name[1] == ':');
-}
-
-static size_t longest_name(const char *names)
-{
-    size_t longest = 0;
-    for (const char *name = names; *name != '\0'; name += strlen(name) + 1) {
-        if (strlen(name) > longest)
-            longest = strlen(name);
-    }
-    return longest;
-}
-
-int winpath_walk_selection(const char *selection, void (*take)(const char *path, void *context),
-                           void *context)
-{
-    size_t folder_length = strlen(selection);
-    const char *names = selection + folder_length + 1;
-    if (folder_length == 0)
+    size_t folder = wcslen(selection);
+    if (folder == 0)
         return -1;
-    if (*names == '\0') {
-        take(selection, context);
-        return 0;
+    wchar_t *name = selection + folder + 1;
+    if (*name == L'\0') {
+        name = selection;
+        folder = 0;
+    } else if (selection[folder - 1] != L'\\') {
+        selection[folder++] = L'\\'; // only the folder of a root comes with one
     }
-    char *path = static_cast<char *>(malloc(folder_length + 1 + longest_name(names) + 1));
-    if (path == nullptr)
-        return -1;
-    memcpy(path, selection, folder_length + 1);
-    // Only the folder of a root comes with a backslash at its end.
-    if (winpath_base_start(path) < folder_length)
-        path[folder_length++] = '\\';
-    for (const char *name = names; *name != '\0'; name += strlen(name) + 1) {
-        if (is_whole_path(name)) {
-            take(name, context);
-            continue;
-        }
-        strcpy(path + folder_length, name);
+    for (; *name != L'\0'; name += wcslen(name) + 1) {
+        // The dialog may put a whole path for a link's target.
+        bool whole = name[0] == L'\\' || name[0] == L'/' || name[1] == L':';
+        char *path = winpath_narrow(selection, whole ? 0 : folder, name);
+        if (path == nullptr)
+            return -1;
         take(path, context);
+        free(path);
     }
-    free(path);
     return 0;
 }

@@ -476,7 +476,7 @@ TEST_F(platform, dialog_programs_get_their_signals_back)
     setenv("DISPLAY", ":0", 1);
     auto pipe_before = signal(SIGPIPE, SIG_DFL);
     auto size_before = signal(SIGXFSZ, SIG_DFL);
-    ASSERT_EQ(plat_start(), 0);
+    ASSERT_EQ(plat_start(nullptr, nullptr), 0);
     write_program("zenity", "kill -PIPE $$; echo lost\n");
     write_program("kdialog", "kill -XFSZ $$; echo lost\n");
     int result;
@@ -504,7 +504,7 @@ TEST_F(platform, closed_standard_streams_are_filled)
         close(STDIN_FILENO);
         close(STDOUT_FILENO);
         close(STDERR_FILENO);
-        bool good = plat_start() == 0;
+        bool good = plat_start(nullptr, nullptr) == 0;
         plat_file input;
         good = good && plat_open_input("/dev/null", &input) == 0;
         _exit(good && input.number > STDERR_FILENO ? 0 : 1);

@@ -8,11 +8,12 @@
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 
-#include <shlwapi.h>
+#include <initializer_list>
 
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <wchar.h>
 
 static int failures;
 
@@ -45,57 +46,38 @@ static bool file_holds(const char *path, const char *bytes)
 
 // Paths of every shape; the system's own routines say what is right.
 static const char *const paths[] = {
-    "",
-    "a",
-    "a.mrl",
-    ".mrl",
-    "a.",
-    "a.b.mrl",
-    "a b.mrl",
-    "x.y\\a",
-    "x.y/a",
-    "x\\y/a.mrl",
-    "x\\",
-    "x/",
-    "\\",
-    "/",
-    "\\a.mrl",
-    "\\\\server\\share\\x\\a.mrl",
-    "\\\\server",
-    "c:",
-    "c:a.mrl",
-    "c:\\",
-    "c:\\a.mrl",
-    "c:\\x y\\a.b.mrl",
-    "c:/x/a",
-    "c:x\\a",
-    "cc:a.mrl",
-    "..\\a.mrl",
-    "..",
-    "\xc4\xd6\\\xdf\xff.mrl",
-    "C:\\Program Files\\murlconv\\murlconv.exe\"",
-    "C:\\murlconv.exe\" ",
-    "urlconv",
+    "",           "a",
+    "a.mrl",      ".mrl",
+    "a.",         "a.b.mrl",
+    "a b.mrl",    "x.y\\a",
+    "x.y/a",      "x\\y/a.mrl",
+    "x\\",        "x/",
+    "\\",         "/",
+    "\\a.mrl",    "\\\\server\\share\\x\\a.mrl",
+    "\\\\server", "c:",
+    "c:a.mrl",    "c:\\",
+    "c:\\a.mrl",  "c:\\x y\\a.b.mrl",
+    "c:/x/a",     "c:x\\a",
+    "cc:a.mrl",   "..\\a.mrl",
+    "..",         "\u00c4\u0434\\\u56fe\U0001f600.mrl",
 };
 
 static void test_path_splits()
 {
     for (const char *path : paths) {
-        char drive[_MAX_DRIVE];
-        char folder[_MAX_DIR];
-        char base[_MAX_FNAME];
-        char extension[_MAX_EXT];
-        _splitpath(path, drive, folder, base, extension);
-        CHECK(winpath_base_start(path) == strlen(drive) + strlen(folder), path);
-        CHECK(strcmp(path + plat_extension_start(path), extension) == 0, path);
-
-        char ours[MAX_PATH];
-        char theirs[MAX_PATH];
-        strcpy(ours, path);
-        strcpy(theirs, path);
-        winpath_cut_name(ours);
-        PathRemoveFileSpecA(theirs);
-        CHECK(strcmp(ours, theirs) == 0, path);
+        wchar_t *wide = winpath_wide(path);
+        wchar_t drive[_MAX_DRIVE];
+        wchar_t folder[_MAX_DIR];
+        wchar_t base[_MAX_FNAME];
+        wchar_t extension[_MAX_EXT];
+        _wsplitpath(wide, drive, folder, base, extension);
+        wchar_t *tail = winpath_wide(path + winpath_base_start(path));
+        CHECK(wcslen(wide) - wcslen(tail) == wcslen(drive) + wcslen(folder), path);
+        free(tail);
+        tail = winpath_wide(path + plat_extension_start(path));
+        CHECK(wcscmp(tail, extension) == 0, path);
+        free(tail);
+        free(wide);
     }
     static char long_path[100000];
     memset(long_path, 'n', sizeof long_path - 1);
@@ -103,6 +85,20 @@ static void test_path_splits()
     CHECK(plat_extension_start(long_path) == 50002, "long path");
     CHECK(name_kind_of("nowhere\\A_CONV.MRL") == NAME_LONE, "an output in capitals");
     CHECK(name_kind_of("nowhere\\A.MRL") == NAME_SCRIPT, "a script in capitals");
+}
+
+// Both forms of a path, and what has only one.
+static void test_conversions()
+{
+    const wchar_t halves[] = L"a\xd83d.\xde00\xd83d\xde00\xd83d";
+    char *path = winpath_narrow(L"\xd83d\\", 2, halves);
+    CHECK(strcmp(path, "?\\a?.?\U0001f600?") == 0, "half pairs");
+    free(path);
+    wchar_t *wide = winpath_wide("\u00e9\u6587\U0001f600");
+    CHECK(wcscmp(wide, L"\u00e9\u6587\xd83d\xde00") == 0, "UTF-8");
+    free(wide);
+    for (const char *bytes : {"\xe9.mrl", "\xed\xa0\xbd", "\xc0\xaf", "\xf0\x9f\x98"})
+        CHECK(winpath_wide(bytes) == nullptr, bytes);
 }
 
 // Collects paths, each in brackets.
@@ -121,20 +117,20 @@ static void add_path(const char *path, void *context)
 
 static void test_selections()
 {
-    static const struct {
-        const char *selection;
+    static struct {
+        wchar_t selection[48];
         const char *taken;
         int result;
     } cases[] = {
-        {"", "", -1},
-        {"C:\\x\\a b.mrl\0", "[C:\\x\\a b.mrl]", 0},
-        {"C:\\x\0a.mrl\0", "[C:\\x\\a.mrl]", 0},
-        {"C:\\x y\0b.mrl\0a.mrp\0c\0", "[C:\\x y\\b.mrl][C:\\x y\\a.mrp][C:\\x y\\c]", 0},
-        {"C:\\\0b.mrl\0a.mrp\0", "[C:\\b.mrl][C:\\a.mrp]", 0},
-        {"\\\\server\\share\0b.mrl\0a.mrp\0", "[\\\\server\\share\\b.mrl][\\\\server\\share\\a.mrp]", 0},
-        {"C:\\x\0b.mrl\0D:\\y\\a.mrp\0\\\\z\\q\0a\0", "[C:\\x\\b.mrl][D:\\y\\a.mrp][\\\\z\\q][C:\\x\\a]", 0},
+        {L"", "", -1},
+        {L"C:\\x\\a b.mrl\0", "[C:\\x\\a b.mrl]", 0},
+        {L"C:\\x\0a.mrl\0", "[C:\\x\\a.mrl]", 0},
+        {L"C:\\x y\0b.mrl\0a.mrp\0c\0", "[C:\\x y\\b.mrl][C:\\x y\\a.mrp][C:\\x y\\c]", 0},
+        {L"C:\\\0b.mrl\0a.mrp\0", "[C:\\b.mrl][C:\\a.mrp]", 0},
+        {L"\\\\server\\share\0b.mrl\0a.mrp\0", "[\\\\server\\share\\b.mrl][\\\\server\\share\\a.mrp]", 0},
+        {L"C:\\x\0b.mrl\0D:\\y\\a.mrp\0\\\\z\\q\0a\0", "[C:\\x\\b.mrl][D:\\y\\a.mrp][\\\\z\\q][C:\\x\\a]", 0},
     };
-    for (const auto &row : cases) {
+    for (auto &row : cases) {
         char text[256] = "";
         path_list list = {text, 0, 0};
         CHECK(winpath_walk_selection(row.selection, add_path, &list) == row.result, row.taken);
@@ -147,13 +143,15 @@ static void test_large_selection()
 {
     const int count = 3000;
     const size_t length = 255;
-    char *selection = static_cast<char *>(calloc(count + 1, length + 1));
+    auto *selection = static_cast<wchar_t *>(calloc(count + 1, (length + 1) * sizeof(wchar_t)));
     char *text = static_cast<char *>(calloc(count, length + 10));
-    strcpy(selection, "C:\\cad");
-    char *name = selection + 7;
+    wcscpy(selection, L"C:\\cad");
+    wchar_t *name = selection + 7;
     for (int i = 0; i < count; i++) {
-        memset(name, 'n', length);
-        sprintf(name + length - 9, "%05d.mrl", i);
+        wmemset(name, L'n', length);
+        for (int digit = 0, rest = i; digit < 5; digit++, rest /= 10)
+            name[length - 5 - digit] = static_cast<wchar_t>(L'0' + rest % 10);
+        wmemcpy(name + length - 4, L".mrl", 4);
         name += length + 1;
     }
     path_list list = {text, 0, 0};
@@ -184,7 +182,8 @@ static void test_input()
 
     static char long_path[100000];
     memset(long_path, 'n', sizeof long_path - 1);
-    const char *const refused[] = {"missing.mrl", "folder", "folder\\", "", "missing\\a.mrl", "?", long_path};
+    const char *const refused[] = {"missing.mrl",    "folder", "folder\\", "",
+                                   "missing\\a.mrl", "?",      "\xe9.mrl", long_path};
     CreateDirectoryA("folder", nullptr);
     for (const char *path : refused)
         CHECK(plat_open_input(path, &input) != 0, path);
@@ -236,10 +235,17 @@ static void test_escape_poll()
     CHECK(plat_poll_escape() == -1, "other key");
 }
 
-int main()
+// With arguments it prints what plat_start makes of them.
+int main(int argc, char **argv)
 {
-    CHECK(plat_start() == 0, "start");
+    CHECK(plat_start(&argc, &argv) == 0, "start");
+    if (argc > 1) {
+        for (int i = 1; i < argc; i++)
+            printf("[%s]", argv[i]);
+        return 0;
+    }
     test_path_splits();
+    test_conversions();
     test_selections();
     test_large_selection();
     test_input();
