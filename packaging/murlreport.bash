@@ -12,20 +12,20 @@ _murlreport() {
     --kind)
         local done=
         [[ $word == *,* ]] && done=${word%,*},
-        kinds='stopped broken guarded frozen lost gone byhand check quiet unknown base dropped'
+        kinds='stopped broken guarded frozen decoded lost gone byhand check form quiet unknown base dropped'
         mapfile -t COMPREPLY < <(compgen -P "$done" -W "$kinds" -- "${word##*,}")
         return
         ;;
-    --command) return ;;
-    --csv | --json | --html)
+    --command | --reason) return ;;
+    --csv | --json | --html | --sarif | --accept-from)
         # Not a script: the report would replace it.
         mapfile -t COMPREPLY < <(compgen -f -X '*.[mM][rR][lLpP]' -- "$word")
         return
         ;;
     esac
     if [[ $word == -* ]]; then
-        mapfile -t COMPREPLY < <(compgen -W '--help --version --csv --json --html --quiet --kind --command --summary
-            --all --one-run --convert --force' -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W '--help --version --convert --open --html --csv --json --sarif --quiet --summary
+            --all --kind --command --accept --reason --accept-from --prune --adopt --one-run --force' -- "$word")
     else
         mapfile -t COMPREPLY < <(compgen -d -- "$word"; compgen -f -X '!*.[mM][rR][lLpP]' -- "$word")
     fi

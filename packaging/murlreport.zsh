@@ -5,12 +5,19 @@ _arguments -s \
   '--csv=[write the items as CSV]:file:_files -g "^(#i)*.mr[lp]"' \
   '--json=[write the report as JSON]:file:_files -g "^(#i)*.mr[lp]"' \
   '--html=[write the report as a page]:file:_files -g "^(#i)*.mr[lp]"' \
+  '--sarif=[write the items as SARIF 2.1.0]:file:_files -g "^(#i)*.mr[lp]"' \
+  '--open[show the report in the browser]' \
   '--quiet[no text on standard output]' \
-  '*--kind=[only items of these kinds]:kind:_values -s , kind stopped broken guarded frozen lost gone byhand check quiet unknown base dropped' \
+  '*--kind=[only items of these kinds]:kind:_values -s , kind stopped broken guarded frozen decoded lost gone byhand check form quiet unknown base dropped' \
   '*--command=[only items of these commands]:command: ' \
   '--summary[leave the items out of the text]' \
-  '--all[list the items that the text sums up by file]' \
+  '--all[list the items that the text sums up]' \
+  '--accept[accept the open items that --kind, --command or FILE:LINE select]' \
+  '--reason=[with --accept: why]:text: ' \
+  '--accept-from=[accept the items that were ticked in the page]:file:_files' \
+  '--prune[forget what is no longer there]' \
+  '--adopt[say that what is written now is in the outputs]' \
   '--one-run[carry the SET COLLECT state from script to script]' \
-  '--convert[write each X_conv; one that was edited is kept]' \
-  '--force[with --convert: replace those too]' \
+  '--convert[convert what has changed; edited outputs are merged]' \
+  '--force[with --convert and --adopt: whatever is there]' \
   '*:script or folder:_files -g "(#i)*.mr[lp]"'

@@ -1,64 +1,49 @@
 #include "report/files.h"
 
-#include <errno.h>
-#include <string.h>
-
-#include <algorithm>
+#include "platform/windows_paths.h"
 
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 
 #include <io.h>
+#include <stdlib.h>
 
-file_kind file_kind_of(const std::string &path, bool links)
+// No file can have a question mark in its path: what isn't UTF-8 leads nowhere.
+std::filesystem::path path_of(const std::string &path)
 {
-    DWORD bits = GetFileAttributesA(path.c_str());
-    if (bits == INVALID_FILE_ATTRIBUTES)
-        return FILE_NONE;
-    if (!links && (bits & FILE_ATTRIBUTE_REPARSE_POINT) != 0)
-        return FILE_OTHER;
-    return (bits & FILE_ATTRIBUTE_DIRECTORY) != 0 ? FILE_FOLDER : FILE_REGULAR;
+    wchar_t *wide = winpath_wide(path.c_str());
+    std::filesystem::path result = wide != nullptr ? wide : L"?";
+    free(wide);
+    return result;
 }
 
-bool folder_names(const std::string &path, std::vector<std::string> *names)
+std::string path_text(const std::filesystem::path &path)
 {
-    WIN32_FIND_DATAA entry;
-    HANDLE search = FindFirstFileA(path_join(path, "*").c_str(), &entry);
-    if (search == INVALID_HANDLE_VALUE)
-        return false;
-    do
-        if (strcmp(entry.cFileName, ".") != 0 && strcmp(entry.cFileName, "..") != 0)
-            names->emplace_back(entry.cFileName);
-    while (FindNextFileA(search, &entry));
-    FindClose(search);
-    std::sort(names->begin(), names->end());
-    return true;
+    char *text = winpath_narrow(L"", 0, path.c_str());
+    std::string result = text != nullptr ? text : "?";
+    free(text);
+    return result;
 }
 
-std::string path_join(const std::string &folder, const std::string &name)
+std::string file_identity(const std::string &path)
 {
-    bool ends = folder.empty() || strchr("\\/:", folder.back()) != nullptr;
-    return ends ? folder + name : folder + "\\" + name;
-}
-
-std::string file_fault()
-{
-    DWORD code = GetLastError();
-    if (code == ERROR_FILE_NOT_FOUND || code == ERROR_PATH_NOT_FOUND)
-        return "No such file or directory";
-    return code == ERROR_ACCESS_DENIED ? "Permission denied" : "system error " + std::to_string(code);
-}
-
-bool file_is_older(const std::string &left, const std::string &right)
-{
-    WIN32_FILE_ATTRIBUTE_DATA left_data;
-    WIN32_FILE_ATTRIBUTE_DATA right_data;
-    return GetFileAttributesExA(left.c_str(), GetFileExInfoStandard, &left_data) &&
-           GetFileAttributesExA(right.c_str(), GetFileExInfoStandard, &right_data) &&
-           CompareFileTime(&left_data.ftLastWriteTime, &right_data.ftLastWriteTime) < 0;
+    HANDLE file =
+        CreateFileW(path_of(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return {};
+    BY_HANDLE_FILE_INFORMATION info;
+    bool known = GetFileInformationByHandle(file, &info) != 0;
+    CloseHandle(file);
+    return known ? std::to_string(info.dwVolumeSerialNumber) + ":" + std::to_string(info.nFileIndexHigh) +
+                       ":" + std::to_string(info.nFileIndexLow)
+                 : std::string();
 }
 
 bool is_terminal(FILE *stream)
 {
-    return _isatty(_fileno(stream)) != 0;
+    HANDLE console = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
+    DWORD mode;
+    return GetConsoleMode(console, &mode) != 0 &&
+           SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }

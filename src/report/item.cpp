@@ -43,3 +43,14 @@ int kind_find(std::string_view word)
         kind++;
     return kind;
 }
+
+std::string item_state_word(const report_item &item)
+{
+    return std::string(state_words[item.state]) + (item.state == STATE_CHANGED && item.doubtful ? "?" : "");
+}
+
+bool is_open(const report_item &item)
+{
+    bool settled = item.state == STATE_ACCEPTED || (item.state == STATE_CHANGED && !item.doubtful);
+    return item.kind != ITEM_DROPPED && !settled;
+}

@@ -3,6 +3,8 @@
 // The kinds' words and the states' words are part of the interface: people and programs select by them.
 #pragma once
 
+#include "report/memory/output_state.h"
+
 #include <stdint.h>
 
 #include <string>
@@ -52,26 +54,41 @@ extern const char *const state_words[];
 struct report_item {
     item_kind kind;
     item_state state;
-    bool summed;           // one of many alike, which the text tells in one line unless all are asked for
-    uint32_t line;         // of the script, where the statement begins
+    bool doubtful; // changed only if the output, of which nothing is remembered, is of what is written now
+    bool summed;   // one of many alike, which the text reports in one line unless all are asked for
+    uint32_t line; // of the script, where the statement begins
     uint32_t last_line;    // of the script, where it ends
     uint64_t output_line;  // of what is written now: where its output begins, or would have begun
     uint64_t output_lines; // lines of its output; 0: nothing is left
-    uint64_t there_line;   // of the output that is there: where its output begins; 0: it isn't there
+    uint64_t there_line;   // of the output that is there: the first of its lines that is; 0: none is
     std::string command;   // as the command table spells it; else the statement's first word
-    std::string statement; // the line of the script
+    std::string statement; // the line of the script, as it is shown
     std::string detail;
+    std::string source; // the line of the script, trimmed, in its own bytes
+    std::string before; // the line of the script before the statement that has a text, and the one after it
+    std::string after;
+    std::vector<uint64_t> own_lines; // of what is written now: those that the item is about, from 1
+    // Texts that decide whether a changed own line counts: of frozen and decoded the written ones, which must
+    // be gone, of lost those of the arguments, which must be there. None: any change counts.
+    std::vector<std::string> own_texts;
+    std::string
+        row; // of accepted.csv in a file of ticks, for the page; in the script's bytes, without a line end
 };
+
+// The state of an item in a word, with a question mark if it is doubtful.
+std::string item_state_word(const report_item &item);
+
+// True if an item counts as left to do.
+bool is_open(const report_item &item);
 
 // What is known of one script's report.
 struct script_report {
     std::string path;
     std::string output_path;
     uint32_t statements = 0;
-    uint32_t converted = 0;    // statements without an item
-    bool output_there = false; // an X_conv stands beside the script
-    bool output_same = false;  // and is what the converter writes
-    bool output_older = false; // and is older than the script
+    uint32_t converted = 0; // statements without an item
+    output_state output = OUTPUT_NONE;
+    bool output_older = false; // the output is older than the script
     std::vector<report_item> items;
 };
 

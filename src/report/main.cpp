@@ -1,16 +1,23 @@
-// murlreport: tells what is left to do after a conversion.
+// murlreport: lists what is left to do after a conversion.
 #include "platform/platform.h"
+#include "report/desktop.h"
+#include "report/messages.h"
 #include "report/report.h"
+#include "report/show.h"
 
 #include <CLI/CLI.hpp>
 
 #include <stdio.h>
 
+#include <algorithm>
+#include <utility>
+
 constexpr const char *description =
-    "Tells what is left to do after the conversion of MURL scripts: by file, line and kind.\n"
+    "Lists what is left to do after the conversion of MURL scripts: by file, line and kind.\n"
     "A path is a script, or a folder that is searched for *.mrl and *.mrp.";
 
-constexpr const char *statuses = "Exit status: 0 nothing left, 1 something left, 2 trouble.";
+constexpr const char *statuses =
+    "Exit status: 0 nothing left, 1 something is left or an output isn't up to date, 2 trouble.";
 
 // What the parser of the command line fills in, and what it can't check by itself.
 struct command_line {
@@ -24,13 +31,20 @@ static void define_options(CLI::App *app, command_line *line)
     std::vector<std::string> words;
     for (const kind_row &row : kind_table)
         words.emplace_back(row.word);
-    app->add_option("paths", options.paths, "scripts and folders")->type_name("PATH");
-    app->add_option("--csv", options.csv, "write the items as CSV; - for standard output")->type_name("FILE");
-    app->add_option("--json", options.json, "write the report as JSON; - for standard output")
-        ->type_name("FILE");
-    app->add_option("--html", options.html, "write the report as a page; - for standard output")
-        ->type_name("FILE");
+    auto file = [app](const char *name, std::string *path, const char *help) {
+        app->add_option(name, *path, help)->type_name("FILE");
+    };
+    app->add_option("paths", options.paths, "scripts and folders; with --accept also FILE:LINE")
+        ->type_name("PATH");
+    app->add_flag("--convert", options.convert, "convert what has changed; edited outputs are merged");
+    app->add_flag("--open", options.open, "show the report in the browser");
+    file("--html", &options.html, "write the report as a page; - for standard output");
+    file("--csv", &options.csv, "write the items as CSV; - for standard output");
+    file("--json", &options.json, "write the report as JSON; - for standard output");
+    file("--sarif", &options.sarif, "write the items as SARIF 2.1.0; - for standard output");
     app->add_flag("--quiet", options.quiet, "no text on standard output");
+    app->add_flag("--summary", options.summary, "leave the items out of the text");
+    app->add_flag("--all", options.all, "list the items that the text sums up");
     app->add_option("--kind", line->kinds, "only items of these kinds")
         ->delimiter(',')
         ->allow_extra_args(false)
@@ -40,13 +54,30 @@ static void define_options(CLI::App *app, command_line *line)
         ->delimiter(',')
         ->allow_extra_args(false)
         ->type_name("W,...");
-    app->add_flag("--summary", options.summary, "leave the items out of the text");
-    app->add_flag("--all", options.all, "list the items that the text sums up by file");
+    app->add_flag("--accept", options.accept,
+                  "accept the open items that --kind, --command or FILE:LINE select");
+    app->add_option("--reason", options.reason, "with --accept: why")->needs("--accept")->type_name("TEXT");
+    file("--accept-from", &options.accept_from, "accept the items that were ticked in the page and saved");
+    app->add_flag("--prune", options.prune, "forget what was accepted or remembered and is no longer there");
+    app->add_flag("--adopt", options.adopt, "say that what is written now is in the outputs");
     app->add_flag("--one-run", options.one_run, "carry the SET COLLECT state from script to script");
-    app->add_flag("--convert", options.convert, "write each X_conv; one that was edited is kept");
-    app->add_flag("--force", options.force, "with --convert: replace those too")->needs("--convert");
+    app->add_flag("--force", options.force,
+                  "with --convert and --adopt: whatever is there; read named outputs too");
     app->set_version_flag("-V,--version", "murlreport " MURL_VERSION);
     app->footer(statuses);
+}
+
+// True if --accept says which items are meant.
+static bool accept_is_narrow(const command_line &line)
+{
+    const std::vector<std::string> &paths = line.options.paths;
+    auto has_line = [](const std::string &path) {
+        size_t colon = path.rfind(':');
+        return colon != std::string::npos && colon + 1 < path.size() &&
+               path.find_first_not_of("0123456789", colon + 1) == std::string::npos;
+    };
+    bool lines = !paths.empty() && std::all_of(paths.begin(), paths.end(), has_line);
+    return !line.kinds.empty() || !line.options.commands.empty() || lines;
 }
 
 static bool settle(command_line *line)
@@ -56,18 +87,35 @@ static bool settle(command_line *line)
         options.kinds.set(static_cast<size_t>(kind_find(kind)));
     if (line->kinds.empty())
         options.kinds.set();
+    options.filtered = (!line->kinds.empty() || !options.commands.empty()) && !options.accept;
     for (std::string &command : options.commands)
-        for (char &c : command)
-            c = static_cast<char>(toupper(static_cast<unsigned char>(c)));
+        command = text_upper(command);
+    const char *fault = nullptr;
     if (options.paths.empty())
-        report_trouble("a path is missing (murlreport --help tells more)");
-    int taken = (options.csv == "-") + (options.json == "-") + (options.html == "-");
-    if (taken > 1)
-        report_trouble("only one of --csv, --json and --html can go to standard output");
-    return taken <= 1 && !options.paths.empty();
+        fault = "a path is missing";
+    else if ((options.csv == "-") + (options.json == "-") + (options.html == "-") + (options.sarif == "-") >
+             1)
+        fault = "only one of --csv, --json, --html and --sarif can go to standard output";
+    else if (options.accept && !accept_is_narrow(*line))
+        fault = "--accept needs --kind, --command or FILE:LINE";
+    else if (options.convert && options.adopt)
+        fault = "--convert and --adopt exclude each other";
+    if (fault != nullptr)
+        report_trouble(std::string(fault) + " (murlreport --help lists the options)");
+    return fault == nullptr;
 }
 
-static int run(int argc, char **argv)
+// A start from the desktop: what was dropped, or a folder that the user picks, is converted and the page
+// shown. False if nothing was picked.
+static bool take_desktop(report_options *options)
+{
+    options->convert = options->open = options->quiet = true;
+    if (options->paths.empty())
+        options->paths = {desktop_pick_folder()};
+    return !options->paths.front().empty();
+}
+
+static int run(int argc, char **argv, bool desktop)
 {
     CLI::App app(description, "murlreport");
     app.allow_windows_style_options(false); // a path may begin with a slash there too
@@ -78,20 +126,37 @@ static int run(int argc, char **argv)
     } catch (const CLI::Success &success) {
         return app.exit(success);
     } catch (const CLI::ParseError &error) {
-        report_trouble(std::string(error.what()) + " (murlreport --help tells more)");
+        report_trouble(std::string(error.what()) + " (murlreport --help lists the options)");
         return REPORT_TROUBLE;
     }
-    return settle(&line) ? report_run(line.options) : REPORT_TROUBLE;
+    if (line.options.paths == std::vector<std::string>{"/?"}) {
+        fputs(app.help().c_str(), stdout);
+        return REPORT_DONE;
+    }
+    if (desktop && !take_desktop(&line.options))
+        return REPORT_DONE;
+    return settle(&line) ? report_run(std::move(line.options)) : REPORT_TROUBLE;
 }
 
-int main(int argc, char **argv)
+static int run_guarded(int argc, char **argv, bool desktop)
 {
-    if (plat_start() != 0)
-        return REPORT_TROUBLE;
     try {
-        return run(argc, argv);
+        return run(argc, argv, desktop);
     } catch (const std::exception &error) {
         report_trouble(error.what());
         return REPORT_TROUBLE;
     }
+}
+
+int main(int argc, char **argv)
+{
+    if (plat_start(&argc, &argv) != 0)
+        return REPORT_TROUBLE;
+    // The desktop has paths for a program, no options.
+    bool desktop = plat_is_own_console() &&
+                   std::none_of(argv + 1, argv + argc, [](const char *word) { return word[0] == '-'; });
+    int status = run_guarded(argc, argv, desktop);
+    if (desktop && status == REPORT_TROUBLE)
+        desktop_show_console();
+    return status;
 }

@@ -1,362 +1,337 @@
 #include "report/report.h"
 
-#include "driver/batch.h"
-#include "platform/platform.h"
-#include "report/edits.h"
 #include "report/files.h"
-#include "report/journal.h"
-#include "report/judge.h"
-#include "report/lines.h"
-#include "report/scripts.h"
+#include "report/memory/edits.h"
+#include "report/memory/renew.h"
+#include "report/messages.h"
+#include "report/open_page.h"
+#include "report/outputs.h"
+#include "report/script_run.h"
 #include "report/show.h"
-#include "report/source_lines.h"
-#include "report/writers.h"
-#include "rules/rule_table.h"
-#include "support/output.h"
+#include "statements/command_table.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
-#include <chrono>
+#include <map>
+#include <set>
 #include <unordered_map>
 
-static bool in_trouble; // something could not be done
-
-void report_trouble(const std::string &line)
-{
-    fmt::print(stderr, "murlreport: {}\n", line);
-    in_trouble = true;
-}
-
-// ---- Outputs ----
-
-// An output of the report: standard output, a file, or none.
-struct report_output {
-    FILE *file = nullptr;
-    std::string path;
+// The memory of one folder, and how the run has dealt with it.
+struct folder_run {
+    folder_memory memory;
+    accepted_rows accepted;
+    std::set<std::string> scripts; // that were looked at
+    bool writable = true;          // it can be written to, as far as that was tried
+    bool tried = false;
 };
 
-struct report_outputs {
-    report_output text;
-    report_output csv;
-    report_output json;
-    report_output html;
-    bool color = false;
+struct report_state {
+    const report_options *options;
+    report_outputs outputs;
+    report_totals totals;
+    std::unordered_map<std::string, uint64_t> commands;
+    std::map<std::string, uint64_t> forms;
+    std::map<std::string, folder_run> folders;        // by identity
+    std::map<std::string, folder_run *> folder_names; // the same by the paths that scripts come with
+    rules_run_state carried{};
+    accepted_rows ticks; // of --accept-from
 };
 
-static bool output_open(report_output *output, const std::string &path)
+// ---- Totals ----
+
+static bool is_done(const report_options &options, const script_report &report, uint64_t open)
 {
-    output->path = path;
-    if (path.empty())
-        return true;
-    output->file = path == "-" ? stdout : fopen(path.c_str(), "wb");
-    if (output->file == nullptr)
-        report_trouble("can't write " + shown(path) + ": " + file_fault());
-    return output->file != nullptr;
+    bool written = report.output == OUTPUT_SAME || report.output == OUTPUT_EDITED;
+    return options.filtered ? report.items.empty() : written && open == 0;
 }
 
-static void output_close(report_output *output)
+static void totals_add(report_state *state, const script_report &report, bool conflict)
 {
-    if (output->file == nullptr)
-        return;
-    bool failed = ferror(output->file) != 0;
-    failed |= (output->file == stdout ? fflush(stdout) : fclose(output->file)) != 0;
-    if (failed)
-        report_trouble("can't write " + (output->path == "-" ? "standard output" : shown(output->path)));
+    report_totals &totals = state->totals;
+    uint64_t open = 0;
+    for (const report_item &item : report.items) {
+        totals.by_kind[item.kind]++;
+        state->commands[item.command]++;
+        open += is_open(item) ? 1 : 0;
+        if (item.kind == ITEM_FORM)
+            state->forms[item.command + ": " + item.detail.substr(0, item.detail.find(": "))]++;
+    }
+    totals.scripts++;
+    totals.statements += report.statements;
+    totals.open += open;
+    totals.by_output[report.output]++;
+    totals.conflicts += conflict ? 1 : 0;
+    totals.done += is_done(*state->options, report, open) ? 1 : 0;
 }
 
-// Standard output carries the text unless something else goes there.
-static bool outputs_open(const report_options &options, report_outputs *outputs)
+static void totals_settle(report_state *state)
 {
-    bool taken = options.csv == "-" || options.json == "-" || options.html == "-";
-    bool opened = output_open(&outputs->text, options.quiet || taken ? "" : "-");
-    opened &= output_open(&outputs->csv, options.csv);
-    opened &= output_open(&outputs->json, options.json);
-    opened &= output_open(&outputs->html, options.html);
-    const char *no_color = getenv("NO_COLOR");
-    outputs->color = is_terminal(stdout) && (no_color == nullptr || *no_color == 0);
-    return opened;
-}
-
-static void outputs_start(const report_outputs &outputs)
-{
-    if (outputs.csv.file != nullptr)
-        csv_start(outputs.csv.file);
-    if (outputs.json.file != nullptr)
-        json_start(outputs.json.file);
-    if (outputs.html.file != nullptr)
-        page_start(outputs.html.file);
-}
-
-static void outputs_script(const report_outputs &outputs, const report_options &options,
-                           const script_report &script, const script_bodies &bodies, bool first)
-{
-    if (outputs.text.file != nullptr)
-        text_script(outputs.text.file, script, options, outputs.color);
-    if (outputs.csv.file != nullptr)
-        csv_script(outputs.csv.file, script);
-    if (outputs.json.file != nullptr)
-        json_script(outputs.json.file, script, first);
-    if (outputs.html.file != nullptr)
-        page_script(outputs.html.file, script, bodies);
-}
-
-static void outputs_end(report_outputs *outputs, const report_totals &totals)
-{
-    if (outputs->text.file != nullptr)
-        text_totals(outputs->text.file, totals);
-    if (outputs->json.file != nullptr)
-        json_end(outputs->json.file, totals);
-    if (outputs->html.file != nullptr)
-        page_end(outputs->html.file, totals);
-    for (report_output *output : {&outputs->text, &outputs->csv, &outputs->json, &outputs->html})
-        output_close(output);
-}
-
-// ---- Progress ----
-
-// A line on standard error that tells how far a long run has come.
-struct progress_line {
-    bool wanted;
-    std::chrono::steady_clock::time_point next;
-    bool there = false;
-};
-
-static void progress_clear(progress_line *progress)
-{
-    if (progress->there)
-        fputs("\r\033[K", stderr);
-    progress->there = false;
-}
-
-static void progress_tell(progress_line *progress, size_t done, size_t scripts)
-{
-    if (!progress->wanted || std::chrono::steady_clock::now() < progress->next)
-        return;
-    fmt::print(stderr, "\r{} of {} scripts\033[K", done, scripts);
-    fflush(stderr);
-    progress->there = true;
-    progress->next = std::chrono::steady_clock::now() + std::chrono::milliseconds(200);
+    auto &commands = state->totals.by_command;
+    commands.assign(state->commands.begin(), state->commands.end());
+    std::sort(commands.begin(), commands.end(), [](const auto &a, const auto &b) {
+        return a.second != b.second ? a.second > b.second : a.first < b.first;
+    });
+    state->totals.by_form.assign(state->forms.begin(), state->forms.end());
+    state->totals.filtered = state->options->filtered;
 }
 
 // ---- One script ----
 
-// What follows a conversion.
-struct script_run {
-    script_report report;
-    script_bodies bodies;
-    judge_state judge;
-    line_prints written; // lines of the output
-    bool keeps_body;
+static folder_run *folder_of(report_state *state, const std::string &path)
+{
+    std::string folder = path_folder(path);
+    folder_run *&known = state->folder_names[folder];
+    if (known != nullptr)
+        return known;
+    auto [entry, is_new] = state->folders.emplace(file_identity(folder.empty() ? "." : folder), folder_run{});
+    known = &entry->second;
+    if (is_new) {
+        known->memory = memory_load(folder);
+        known->accepted = accepted_load(known->memory);
+    }
+    return known;
+}
+
+// Tries once whether a folder's memory can be written to.
+static bool can_write(folder_run *folder)
+{
+    if (!folder->tried)
+        folder->writable = memory_prepare(folder->memory);
+    folder->tried = true;
+    return folder->writable;
+}
+
+// What --accept selects: open items of the kinds and commands that were named, or of the lines.
+struct accept_choice {
+    const report_options *options;
+    const script_path *script;
 };
 
-static void take_statement(const journal_statement &statement, void *context)
+static bool is_accepted_now(const report_item &item, const void *context)
 {
-    auto *run = static_cast<script_run *>(context);
-    judge_statement(&run->judge, statement);
-    if (run->keeps_body)
-        run->bodies.pairs.push_back({statement.line, statement.output_line});
+    const auto &choice = *static_cast<const accept_choice *>(context);
+    const std::vector<uint32_t> &lines = choice.script->lines;
+    bool grave = item.kind <= ITEM_GUARDED;
+    bool named = lines.empty() || std::find(lines.begin(), lines.end(), item.line) != lines.end();
+    bool kind_named = choice.options->kinds.count() < item_kind_count;
+    return item.kind != ITEM_DROPPED && named && is_selected(*choice.options, item) && (!grave || kind_named);
 }
 
-static void take_output(std::string_view bytes, void *context)
+static void accept_items(report_state *state, const script_path &script, folder_run *folder, script_run *run)
 {
-    auto *run = static_cast<script_run *>(context);
-    if (run->keeps_body)
-        run->bodies.output += bytes.substr(0, body_kept - run->bodies.output.size());
-    if (run->report.output_there)
-        prints_add(&run->written, bytes);
-}
-
-// Opens a script and makes what its conversion needs.
-static bool script_open(const std::string &path, plat_file *source)
-{
-    if (plat_open_input(path.c_str(), source) != 0) {
-        report_trouble("can't read " + shown(path) + ": " + file_fault());
-        return false;
-    }
-    if (pools_init() != 0)
-        throw std::bad_alloc();
-    return true;
-}
-
-// Converts the script in memory and judges it. False if it can't be read.
-static bool script_judge(script_run *run)
-{
-    plat_file source;
-    if (!script_open(run->report.path, &source))
-        return false;
-    run->judge.report = &run->report;
-    bool taken = run->keeps_body || run->report.output_there;
-    journal_listener listener{take_statement, taken ? take_output : nullptr, run};
-    journal_convert(run->report.path.c_str(), &source, listener);
-    prints_end(&run->written);
-    source_lines_add(&run->report, run->judge.end);
-    return true;
-}
-
-// Converts the script once more, for the lines of the output.
-static line_prints script_lines(const script_report &report, const rules_run_state &before)
-{
-    line_prints lines;
-    lines.kept = true;
-    plat_file source;
-    if (!script_open(report.path, &source))
-        return lines;
-    rules_run_state after = rules_run;
-    rules_run = before;
-    auto ignore = [](const journal_statement &, void *) {};
-    auto take = [](std::string_view bytes, void *context) {
-        prints_add(static_cast<line_prints *>(context), bytes);
-    };
-    journal_convert(report.path.c_str(), &source, {ignore, take, &lines});
-    prints_end(&lines);
-    rules_run = after;
-    return lines;
-}
-
-// Compares the output that stands beside the script with what was written. Only where they differ do lines
-// count, and have to be remembered.
-static void script_compare(script_run *run, const rules_run_state &before)
-{
-    script_report &report = run->report;
-    line_prints there;
-    if (!report.output_there || !prints_of_file(report.output_path, &there))
-        return;
-    report.output_older = file_is_older(report.output_path, report.path);
-    report.output_same = there.sum == run->written.sum;
-    for (report_item &item : report.items)
-        item.state = STATE_OPEN;
-    if (report.output_same || report.items.empty())
-        return;
-    there = line_prints{};
-    there.kept = true;
-    if (prints_of_file(report.output_path, &there))
-        edits_find(&report, script_lines(report, before), there);
-}
-
-// Writes the output beside the script, as the converter does.
-static void script_convert(const script_report &report)
-{
-    plat_file source;
-    plat_file output;
-    if (!script_open(report.path, &source))
-        return;
-    if (plat_open_output(report.output_path.c_str(), &source, &output) == 0) {
-        out_open(output);
-        convert_file(report.path.c_str(), &source);
-        out_close();
-    } else {
-        report_trouble("can't write " + shown(report.output_path) + ": " + file_fault());
-    }
-    plat_close(&source);
-}
-
-// An output that was edited by hand is kept.
-static void script_convert_safely(const report_options &options, script_report *report,
-                                  const rules_run_state &before)
-{
-    if (report->output_there && !report->output_same && !options.force) {
-        fmt::print(stderr, "murlreport: kept {}, which is not what murlconv writes (--force replaces it)\n",
-                   shown(report->output_path));
-        return;
-    }
-    rules_run_state after = rules_run;
-    rules_run = before;
-    script_convert(*report);
-    rules_run = after;
-    for (report_item &item : report->items)
-        item.state = STATE_OPEN;
-    report->output_there = report->output_same = true;
-    report->output_older = false;
-}
-
-static bool is_selected(const report_options &options, const report_item &item)
-{
-    const std::vector<std::string> &commands = options.commands;
-    std::string command = item.command;
-    std::transform(command.begin(), command.end(), command.begin(),
-                   [](unsigned char c) { return toupper(c); });
-    return options.kinds[item.kind] &&
-           (commands.empty() || std::find(commands.begin(), commands.end(), command) != commands.end());
+    const report_options &options = *state->options;
+    uint64_t added = 0;
+    if (!options.accept_from.empty())
+        added += accepted_add_ticked(&folder->accepted, &state->ticks, &run->report);
+    accept_choice choice{&options, &script};
+    if (options.accept)
+        added += accepted_add(&folder->accepted, &run->report, is_accepted_now, &choice, options.reason);
+    if (added > 0)
+        report_note(fmt::format("accepted {} of {}", added == 1 ? "1 item" : fmt::format("{} items", added),
+                                shown(run->report.path)));
 }
 
 // Gravest first, then by line.
 static void items_settle(const report_options &options, std::vector<report_item> *items)
 {
     auto is_left_out = [&options](const report_item &item) { return !is_selected(options, item); };
-    items->erase(std::remove_if(items->begin(), items->end(), is_left_out), items->end());
+    if (options.filtered)
+        items->erase(std::remove_if(items->begin(), items->end(), is_left_out), items->end());
     auto before = [](const report_item &a, const report_item &b) {
         return a.kind != b.kind ? a.kind < b.kind : a.line < b.line;
     };
     std::stable_sort(items->begin(), items->end(), before);
 }
 
+// The texts and rows of the page, for which the run gives up its own.
+static script_bodies take_bodies(script_run *run)
+{
+    script_bodies bodies;
+    bodies.there = run->there.value_or("");
+    bodies.there_of = lines_there(run->now, bodies.there);
+    bodies.script = std::move(run->script);
+    bodies.written = std::move(run->now);
+    for (std::string *body : {&bodies.script, &bodies.there, &bodies.written})
+        if (body->size() > body_kept)
+            body->clear();
+    std::string path = path_text(path_of(run->report.path).lexically_normal());
+    for (report_item &item : run->report.items) {
+        item.row = accepted_row_of(path, item);
+        item.row.pop_back();
+    }
+    return bodies;
+}
+
+static void take_script(report_state *state, const script_path &script)
+{
+    const report_options &options = *state->options;
+    folder_run *folder = folder_of(state, script.path);
+    script_run run;
+    if (!script_examine(options, script.path, folder->memory, &state->carried, &run))
+        return;
+    folder->scripts.insert(path_name(script.path));
+    if (options.convert && can_write(folder))
+        output_renew(&run, &folder->memory, options.force);
+    if (options.adopt && can_write(folder))
+        output_adopt(&run, &folder->memory, options.force);
+    accepted_apply(&folder->accepted, &run.report);
+    bool accepts = options.accept || !options.accept_from.empty();
+    if (accepts && !folder->accepted.unusable && can_write(folder))
+        accept_items(state, script, folder, &run);
+    items_settle(options, &run.report.items);
+    bool conflict = run.conflict;
+    script_bodies bodies = state->outputs.html.file != nullptr ? take_bodies(&run) : script_bodies{};
+    progress_clear();
+    outputs_script(state->outputs, options, run.report, bodies, state->totals.scripts == 0);
+    totals_add(state, run.report, conflict);
+}
+
 // ---- The run ----
 
-using command_counts = std::unordered_map<std::string, uint64_t>;
-
-static void totals_add(report_totals *totals, command_counts *commands, const script_report &report)
+// Commands of a filter that are neither commands of the language nor words of items.
+static void check_commands(const report_state &state)
 {
-    uint64_t open = 0;
-    for (const report_item &item : report.items) {
-        totals->by_kind[item.kind]++;
-        (*commands)[item.command]++;
-        open += item.state != STATE_CHANGED ? 1 : 0;
+    for (const std::string &word : state.options->commands) {
+        bool seen = std::any_of(state.commands.begin(), state.commands.end(),
+                                [&](const auto &command) { return text_upper(command.first) == word; });
+        if (!seen && command_find(word_key_make(word.data(), word.size())) < 0)
+            report_trouble("there is no command " + shown(word));
     }
-    totals->scripts++;
-    totals->statements += report.statements;
-    totals->open += open;
-    totals->done += open == 0 ? 1 : 0;
 }
 
-static void totals_settle(report_totals *totals, const command_counts &commands)
+// Rows that accept what isn't there any more, of scripts that were looked at in whole or are gone.
+static void report_unmatched(report_state *state, folder_run *folder)
 {
-    totals->by_command.assign(commands.begin(), commands.end());
-    std::sort(totals->by_command.begin(), totals->by_command.end(), [](const auto &a, const auto &b) {
-        return a.second != b.second ? a.second > b.second : a.first < b.first;
-    });
+    const report_options &options = *state->options;
+    auto &rows = folder->accepted.rows;
+    for (auto row = rows.begin(); row != rows.end();) {
+        std::string script = accepted_script_of(row->first);
+        bool gone = file_kind_of(path_join(folder->memory.folder, script), true) == FILE_NONE;
+        if (row->second.matched > 0 || (folder->scripts.count(script) == 0 && !gone)) {
+            ++row;
+            continue;
+        }
+        report_note(fmt::format("{}: what was accepted of {} matches nothing any more: {}{}",
+                                shown(memory_path(folder->memory, accepted_name)), shown(script),
+                                accepted_row_shown(row->first),
+                                options.prune ? " (removed)" : " (--prune removes it)"));
+        folder->accepted.changed |= options.prune;
+        row = options.prune ? rows.erase(row) : std::next(row);
+    }
 }
 
-// False if the script can't be read.
-static bool script_report_make(const report_options &options, const std::string &path, script_run *run)
+static void report_unmatched_ticks(const accepted_rows &ticks)
 {
-    rules_run_state before = rules_run;
-    if (!options.one_run)
-        before = rules_run = rules_run_state{};
-    run->report.path = path;
-    run->report.output_path = output_path_of(path);
-    run->report.output_there = file_kind_of(run->report.output_path, true) == FILE_REGULAR;
-    run->keeps_body = !options.html.empty();
-    if (!script_judge(run))
+    for (const auto &[row, count] : ticks.rows)
+        if (count.matched == 0)
+            report_note(fmt::format("a tick of {} matches nothing that is open: {}",
+                                    shown(accepted_script_of(row)), accepted_row_shown(row)));
+}
+
+static void folders_settle(report_state *state)
+{
+    for (auto &[path, folder] : state->folders) {
+        if (!folder.accepted.unusable)
+            report_unmatched(state, &folder);
+        if (state->options->prune)
+            memory_prune(&folder.memory);
+        (void)memory_save(&folder.memory);
+        if (!folder.accepted.unusable)
+            (void)accepted_save(folder.memory, &folder.accepted);
+    }
+}
+
+// Outputs without a script that a walk has met.
+static void report_lone(report_state *state, const std::vector<std::string> &lone)
+{
+    for (const std::string &path : lone) {
+        bool known = memory_knows(folder_of(state, path)->memory, path_name(path));
+        report_note(shown(path) + (known ? " is an output whose script is gone"
+                                         : " looks like an output; name it to have it read"));
+    }
+    state->totals.lone = lone.size();
+}
+
+// What tells the folders of a run apart from others without saying what they are called.
+static std::string folder_key_of(const std::vector<std::string> &paths)
+{
+    std::string real;
+    for (const std::string &path : paths)
+        real += path_real(path) + "\n";
+    return script_hash_of(real);
+}
+
+static int status_of(const report_totals &totals)
+{
+    if (report_in_trouble())
+        return REPORT_TROUBLE;
+    uint64_t written = totals.by_output[OUTPUT_SAME] + totals.by_output[OUTPUT_EDITED];
+    return totals.open > 0 || totals.conflicts > 0 || totals.lone > 0 || written < totals.scripts
+               ? REPORT_LEFT
+               : REPORT_DONE;
+}
+
+// Where --open has the page if no file was named.
+static bool choose_page(report_options *options, const std::string &folder_key)
+{
+    if (options->open && options->html.empty())
+        options->html = open_page_path(folder_key);
+    if (options->open && options->html.empty())
+        report_trouble("there is no place for the page that is the user's alone; name one by --html");
+    return !options->open || !options->html.empty();
+}
+
+static void take_scripts(report_state *state, const scripts_found &found)
+{
+    for (size_t i = 0; i < found.scripts.size(); i++) {
+        take_script(state, found.scripts[i]);
+        progress_show(i + 1, found.scripts.size());
+    }
+    progress_clear();
+    report_lone(state, found.lone);
+    for (const std::string &folder : found.folders)
+        (void)folder_of(state, path_join(folder, memory_folder_name));
+    report_unmatched_ticks(state->ticks);
+    folders_settle(state);
+    check_commands(*state);
+    totals_settle(state);
+}
+
+// Finds the scripts before anything is opened, and opens the outputs.
+static bool run_start(report_state *state, report_options *options, scripts_found *found)
+{
+    std::string folder_key = folder_key_of(options->paths);
+    *found = scripts_find(options->paths, options->accept, options->force);
+    if (found->scripts.empty() && found->lone.empty()) {
+        if (!report_in_trouble())
+            report_trouble("there is no script to read");
+        if (found->folders.empty())
+            return false;
+    }
+    if ((!options->accept_from.empty() && !accepted_read(options->accept_from, &state->ticks)) ||
+        !choose_page(options, folder_key) || !outputs_open(*options, found->scripts, &state->outputs))
         return false;
-    script_compare(run, before);
-    if (options.convert)
-        script_convert_safely(options, &run->report, before);
-    items_settle(options, &run->report.items);
+    outputs_start(state->outputs, folder_key);
     return true;
 }
 
-int report_run(const report_options &options)
+int report_run(report_options options)
 {
-    report_outputs outputs;
-    if (!outputs_open(options, &outputs))
-        return REPORT_TROUBLE;
-    std::vector<std::string> scripts = scripts_find(options.paths, report_trouble);
-    progress_line progress{is_terminal(stderr), std::chrono::steady_clock::now() + std::chrono::seconds(1)};
-    report_totals totals;
-    command_counts commands;
-    outputs_start(outputs);
-    for (size_t i = 0; i < scripts.size(); i++) {
-        script_run run{};
-        if (!script_report_make(options, scripts[i], &run))
-            continue;
-        progress_clear(&progress);
-        outputs_script(outputs, options, run.report, run.bodies, totals.scripts == 0);
-        totals_add(&totals, &commands, run.report);
-        progress_tell(&progress, i + 1, scripts.size());
+    report_state state{};
+    state.options = &options;
+    scripts_found found;
+    bool started = run_start(&state, &options, &found);
+    try {
+        if (started)
+            take_scripts(&state, found);
+    } catch (...) {
+        outputs_abandon(&state.outputs);
+        throw;
     }
-    progress_clear(&progress);
-    totals_settle(&totals, commands);
-    outputs_end(&outputs, totals);
-    return in_trouble ? REPORT_TROUBLE : totals.open > 0 ? REPORT_LEFT : REPORT_DONE;
+    if (started)
+        outputs_end(&state.outputs, state.totals);
+    if (started && options.open && !open_page(options.html))
+        report_trouble("can't start a browser; the page is " + shown(options.html));
+    return status_of(state.totals);
 }

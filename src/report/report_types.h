@@ -1,4 +1,4 @@
-// What the parts of the report hand each other: options, counts, and the bodies that the page shows.
+// What the parts of the report hand each other: options, counts, and the texts that the page shows.
 #pragma once
 
 #include "report/item.h"
@@ -17,12 +17,20 @@ struct report_options {
     bool all = false;
     bool quiet = false;
     bool convert = false;
+    bool adopt = false;
     bool force = false;
-    std::string csv; // path of an output; - for standard output, empty for none
+    bool accept = false;
+    bool prune = false;
+    bool open = false;
+    std::string reason;      // for what is accepted
+    std::string accept_from; // path of a file of ticks; empty: none
+    std::string csv;         // path of an output; - for standard output, empty for none
     std::string json;
     std::string html;
+    std::string sarif;
     std::bitset<item_kind_count> kinds; // that are selected
     std::vector<std::string> commands;  // that are selected, in capitals; none: all
+    bool filtered = false;              // not all items are selected
 };
 
 // The counts of a whole report.
@@ -30,18 +38,21 @@ struct report_totals {
     uint64_t scripts = 0;
     uint64_t done = 0; // scripts with nothing left to do
     uint64_t statements = 0;
-    uint64_t open = 0; // items that nobody has worked on
+    uint64_t open = 0;      // items that are left to do
+    uint64_t conflicts = 0; // outputs that could not be merged
+    uint64_t lone = 0;      // outputs without a script, which were not read
+    uint64_t by_output[output_state_count]{};
     kind_counts by_kind{};
     std::vector<std::pair<std::string, uint64_t>> by_command; // most first
+    std::vector<std::pair<std::string, uint64_t>> by_form;    // COMMAND: reason, of the kind form
+    bool filtered = false;
 };
 
-// What the converter writes for a script, and where its statements stand, for the page.
+// The texts of a script that the page shows lines of. Each is empty if it is longer than body_kept.
 struct script_bodies {
-    struct pair {
-        uint32_t line;        // of the script, where a statement begins
-        uint64_t output_line; // where its output begins
-    };
-    std::string output; // no more than body_kept bytes
-    std::vector<pair> pairs;
+    std::string script;
+    std::string there;              // the output that is there
+    std::string written;            // what is written now
+    std::vector<uint64_t> there_of; // for each line written the one of there, from 1; 0: it isn't there
 };
-constexpr size_t body_kept = 4u << 20; // a script or output beyond this isn't shown
+constexpr size_t body_kept = 4u << 20; // bytes

@@ -2,24 +2,47 @@
 
 #include "platform/script_names.h"
 #include "report/files.h"
+#include "report/memory/memory.h"
+#include "report/messages.h"
 #include "report/show.h"
+#include "support/text.h"
+
+#include <algorithm>
+#include <charconv>
+#include <unordered_map>
 
 std::string output_path_of(const std::string &path)
 {
     std::string output(path.size() + sizeof output_suffix, '\0');
     output_path_write(output.data(), path.c_str());
-    output.resize(path.size() + sizeof output_suffix - 1);
+    output.pop_back();
     return output;
 }
 
 struct script_walk {
-    std::vector<std::string> scripts;
-    void (*trouble)(const std::string &line);
+    scripts_found found;
+    std::unordered_map<std::string, size_t> known; // index in found.scripts by the file's identity
+    bool all;
+    size_t met = 0; // scripts and lone outputs, those among them that were met before
 };
 
-static void tell_unreadable(const script_walk *walk, const std::string &path)
+static void report_unreadable(const std::string &path)
 {
-    walk->trouble("can't read " + shown(path) + ": " + file_fault());
+    report_trouble("can't read " + shown(path) + ": " + file_fault());
+}
+
+// Adds a script, unless it was named before; lines that are named add up.
+static void add_script(script_walk *walk, const std::string &path, uint32_t line)
+{
+    walk->met++;
+    auto [known, is_new] = walk->known.emplace(file_identity(path), walk->found.scripts.size());
+    if (is_new)
+        walk->found.scripts.push_back({path, {}});
+    std::vector<uint32_t> &lines = walk->found.scripts[known->second].lines;
+    if (line == 0)
+        lines.clear();
+    else if (is_new || !lines.empty())
+        lines.push_back(line);
 }
 
 // Folders below a folder are searched after its files; links to folders aren't followed, so that a walk ends.
@@ -27,34 +50,71 @@ static void walk_folder(script_walk *walk, const std::string &folder)
 {
     std::vector<std::string> names;
     if (!folder_names(folder, &names)) {
-        tell_unreadable(walk, folder);
+        report_unreadable(folder);
         return;
     }
     std::vector<std::string> folders;
     for (const std::string &name : names) {
         std::string path = path_join(folder, name);
-        if (file_kind_of(path, false) == FILE_FOLDER) {
-            folders.push_back(path);
+        file_kind kind = file_kind_of(path, false);
+        if (kind == FILE_LINK && file_kind_of(path, true) != FILE_REGULAR)
             continue;
+        if (kind == FILE_FOLDER)
+            (name == memory_folder_name ? walk->found.folders : folders)
+                .push_back(name == memory_folder_name ? folder : path);
+        if (kind == FILE_FOLDER || kind == FILE_OTHER)
+            continue;
+        switch (name_kind_of(path.c_str())) {
+        case NAME_SCRIPT: add_script(walk, path, 0); break;
+        case NAME_LONE:
+            walk->met++;
+            walk->found.lone.push_back(path);
+            break;
+        default: break;
         }
-        name_kind kind = name_kind_of(path.c_str());
-        if ((kind == NAME_SCRIPT || kind == NAME_LONE) && file_kind_of(path, true) == FILE_REGULAR)
-            walk->scripts.push_back(path);
     }
     for (const std::string &path : folders)
         walk_folder(walk, path);
 }
 
-std::vector<std::string> scripts_find(const std::vector<std::string> &paths,
-                                      void (*trouble)(const std::string &line))
+// FILE:LINE as its file, if it is one.
+static std::string line_taken(const std::string &path, uint32_t *line)
 {
-    script_walk walk{{}, trouble};
-    for (const std::string &path : paths)
-        switch (file_kind_of(path, true)) {
-        case FILE_NONE: tell_unreadable(&walk, path); break;
-        case FILE_REGULAR: walk.scripts.push_back(path); break;
-        case FILE_FOLDER: walk_folder(&walk, path); break;
-        default: trouble(shown(path) + " is neither a script nor a folder"); break;
-        }
-    return walk.scripts;
+    size_t colon = path.rfind(':');
+    if (colon == std::string::npos || file_kind_of(path, true) != FILE_NONE)
+        return path;
+    const char *end = path.data() + path.size();
+    auto result = std::from_chars(path.data() + colon + 1, end, *line);
+    return result.ptr == end && result.ec == std::errc() && *line > 0 ? path.substr(0, colon) : path;
+}
+
+static void take_path(script_walk *walk, const std::string &path, uint32_t line)
+{
+    size_t before = walk->met;
+    switch (file_kind_of(path, true)) {
+    case FILE_NONE: report_unreadable(path); break;
+    case FILE_REGULAR:
+        if (!walk->all && name_kind_of(path.c_str()) == NAME_OUTPUT)
+            report_note("skipped " + shown(path) + ", the output of a script beside it (--force reads it)");
+        else
+            add_script(walk, path, line);
+        break;
+    case FILE_FOLDER:
+        walk_folder(walk, path);
+        if (walk->met == before)
+            report_trouble("no script in " + shown(path));
+        break;
+    default: report_trouble(shown(path) + " is neither a script nor a folder"); break;
+    }
+}
+
+scripts_found scripts_find(const std::vector<std::string> &paths, bool lines, bool all)
+{
+    script_walk walk{{}, {}, all};
+    for (const std::string &path : paths) {
+        uint32_t line = 0;
+        std::string file = lines ? line_taken(path, &line) : path;
+        take_path(&walk, file, line);
+    }
+    return std::move(walk.found);
 }

@@ -1,14 +1,27 @@
-// Scripts: which files a report is about, from the paths on the command line.
+// Scripts: which files of the paths that were given are read.
 #pragma once
+
+#include <stdint.h>
 
 #include <string>
 #include <vector>
 
-// Walks the paths in their order: a file is a script whatever its name, a folder is searched for *.mrl and
-// *.mrp in any case. An output that is beside its script is left out; a lone one is a script. What can't be
-// read is reported to trouble, and the walk goes on.
-std::vector<std::string> scripts_find(const std::vector<std::string> &paths,
-                                      void (*trouble)(const std::string &line));
+struct script_path {
+    std::string path;
+    std::vector<uint32_t> lines; // that were named by FILE:LINE; none: all
+};
 
-// The path of a script's output.
+struct scripts_found {
+    std::vector<script_path> scripts; // in the order of the report, each file once
+    std::vector<std::string> lone;    // outputs without a script that a walk has met and passed over
+    std::vector<std::string> folders; // that a walk has met and that have a memory
+};
+
+// Finds the scripts of paths: a script, a folder that is searched for *.mrl and *.mrp in any case, or with
+// lines FILE:LINE. A walk passes over outputs beside their scripts, and over .murlreport. A named output of a
+// script that is there is skipped, and reported, unless all are wanted. What can't be read or has no script
+// is reported.
+scripts_found scripts_find(const std::vector<std::string> &paths, bool lines, bool all);
+
+// Where a script's output belongs.
 std::string output_path_of(const std::string &path);

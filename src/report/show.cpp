@@ -1,6 +1,6 @@
 #include "report/show.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 
@@ -89,8 +89,34 @@ std::string_view text_trimmed(std::string_view text)
     return text.substr(0, text.find_last_not_of(white) + 1);
 }
 
+std::string_view text_begin(std::string_view text, size_t size)
+{
+    if (text.size() <= size)
+        return text;
+    size_t begin = size;
+    while (begin > 0 && size - begin < 4 && (static_cast<unsigned char>(text[begin]) & 0xC0) == 0x80)
+        begin--;
+    return text.substr(0, size - begin < 4 ? begin : size);
+}
+
 std::string text_cut(std::string_view text, size_t size)
 {
     std::string_view line = text.substr(0, text.find('\n'));
-    return line.size() <= size ? std::string(line) : std::string(line.substr(0, size)) + "...";
+    return std::string(text_begin(line, size)) + (line.size() <= size ? "" : "...");
+}
+
+std::string text_upper(std::string text)
+{
+    for (char &c : text)
+        c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+    return text;
+}
+
+std::string shown_cut(std::string_view text, size_t size)
+{
+    if (text.size() <= size)
+        return shown(text);
+    while (size > 0 && (static_cast<unsigned char>(text[size]) & 0xC0) == 0x80)
+        size--;
+    return shown(text.substr(0, size)) + "...";
 }

@@ -14,5 +14,14 @@ std::string shown_whole(std::string_view text);
 // A text without white space at both ends.
 std::string_view text_trimmed(std::string_view text);
 
+// At most size bytes from the beginning of a text; no UTF-8 character is cut in two.
+std::string_view text_begin(std::string_view text, size_t size);
+
 // The first characters of a text up to a line end, at most size of them.
 std::string text_cut(std::string_view text, size_t size);
+
+// A text in capitals, as far as ASCII goes.
+std::string text_upper(std::string text);
+
+// A text cut off after a number of bytes, never inside a character of UTF-8, and shown.
+std::string shown_cut(std::string_view text, size_t size);

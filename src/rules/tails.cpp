@@ -63,10 +63,12 @@ void emit_text_comment(const arg_slot *first)
 
 void emit_text_tail(const arg_slot *first)
 {
-    if (first[3].text_size > 0)
+    if (first[3].text_size > 0) {
         emit_arguments(first + 3, 1);
-    else
+    } else {
         out_text(", 0");
+        emit_tell(first + 3, true, out_tell() - 1, out_tell());
+    }
     emit_arguments(first, 3);
     emit_arguments(first + 4, 2);
     int32_t style = slot_lval(first + 6);

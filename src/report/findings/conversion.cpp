@@ -1,0 +1,91 @@
+#include "report/findings/conversion.h"
+
+#include "driver/batch.h"
+#include "platform/platform.h"
+#include "report/files.h"
+#include "statements/labels.h"
+#include "support/output.h"
+#include "support/text.h"
+
+#include <algorithm>
+#include <new>
+
+// The conversion that runs.
+static struct {
+    std::string *output;
+    uint64_t counted; // bytes of the output whose lines are counted
+    uint64_t line;    // of the output, where the next byte goes
+    take_statement take;
+    void *context;
+    std::string label; // that was refused
+} run;
+
+static void take_output(const char *bytes, size_t size)
+{
+    run.output->append(bytes, size);
+}
+
+static void take_label(const char *name)
+{
+    run.label = name;
+}
+
+// Counts the lines of the output up to an offset.
+static void count_to(uint64_t offset)
+{
+    auto begin = run.output->begin();
+    run.line += static_cast<uint64_t>(
+        std::count(begin + static_cast<long>(run.counted), begin + static_cast<long>(offset), '\n'));
+    run.counted = offset;
+}
+
+static void take_record(const journal_record &record)
+{
+    out_flush();
+    uint64_t start = record.done.head.output_start;
+    count_to(start);
+    std::string_view output = std::string_view(*run.output).substr(start);
+    run.take(statement_view_of(record, output, start, run.line), run.context);
+}
+
+bool script_convert(const std::string &path, rules_run_state *state, std::string *output, take_statement take,
+                    void *context)
+{
+    plat_file source;
+    output->clear();
+    if (plat_open_input(path.c_str(), &source) != 0) {
+        (void)file_read(path, output); // says why
+        return false;
+    }
+    if (pools_init() != 0)
+        throw std::bad_alloc();
+    run = {output, 0, 1, take, context, {}};
+    rules_run = *state;
+    label_refused = take_label;
+    out_sink = take_output;
+    out_open(plat_file{});
+    if (take != nullptr)
+        journal_start(take_record);
+    convert_file(path.c_str(), &source);
+    journal_stop();
+    out_close();
+    out_sink = nullptr;
+    label_refused = nullptr;
+    plat_close(&source);
+    *state = rules_run;
+    return true;
+}
+
+const std::string &refused_label()
+{
+    return run.label;
+}
+
+// A row has the line after its label's.
+uint32_t label_line(const std::string &name)
+{
+    for (const label_row *row = label_table; row < label_table + label_count; row++)
+        if (text_is_word(name.data(), name.size(), row->name))
+            return row->line - 1;
+    return 0;
+}

@@ -1,0 +1,216 @@
+#include "report/findings/judge.h"
+
+#include "expressions/var_store.h"
+#include "report/findings/conversion.h"
+#include "report/findings/judge_command.h"
+#include "report/findings/judge_text.h"
+#include "report/show.h"
+#include "statements/statement_text.h"
+
+#include <fmt/core.h>
+
+#include <utility>
+
+// ---- The end of the reading ----
+
+// Why a declaration's variable isn't taken.
+static std::string store_fault(int32_t code)
+{
+    switch (code) {
+    case VAR_TABLE_FULL: return "a script has at most 1,000 variables";
+    case VAR_NO_MEMORY:
+        return "the variable has too many dimensions, a negative one, or is too large, or a STRING has no "
+               "size";
+    case VAR_SYSTEM_NAME: return "a name that starts with @ can't be declared";
+    case VAR_SCALAR: return "the variable exists already, and one of the two is no array";
+    case VAR_DIMENSIONS: return "a STRING needs a size, and an SLIST two";
+    case VAR_TYPE: return "the type doesn't fit the variable or the prefix of its name";
+    default: return fmt::format("the variable can't be declared ({})", code);
+    }
+}
+
+static std::string second_label()
+{
+    const std::string &name = refused_label();
+    return fmt::format("second label {} (12 characters of a label count), first in line {}", shown(name),
+                       label_line(name));
+}
+
+static std::string stop_reason(int32_t result)
+{
+    switch (result) {
+    case STATEMENT_END: return "byte 26, which ends a script";
+    case STOP_LABEL_TWICE: return second_label();
+    case STOP_LABELS_FULL: return "label 1,001: a script has at most 1,000";
+    case STOP_ON_WITHOUT_GOTO: return "ON without GOTO";
+    case STOP_DECL_EMPTY: return "a declaration without an item";
+    case STOP_DECL_ITEM:
+        return "an item of the declaration begins with no name, or has a quote or unpaired brackets";
+    case STOP_DECL_COMMA: return "two words of the declaration have no comma between them";
+    case STOP_DECL_REFERENCE: return "an item of the declaration is no name with subscripts";
+    case STOP_ARRAY_VALUES: return "the initial values lack one of their braces, or belong to a string list";
+    default: return store_fault(STOP_STORE - result);
+    }
+}
+
+// How many lines were not read is added when the script's lines are looked at.
+static void judge_end(judge_state *state, const statement_view &statement)
+{
+    const statement_result &done = statement.record->done;
+    if (done.result == STATEMENT_END && done.source_complete && done.head.kind == KIND_NONE)
+        return;
+    statement_view end = statement;
+    bool by_byte = done.head.kind == KIND_NONE;
+    if (by_byte)
+        end.line = end.last_line = done.next_line;
+    state->end = {done.next_line, by_byte};
+    add_item(state, end, ITEM_STOPPED,
+             by_byte || done.result != STATEMENT_END ? stop_reason(done.result)
+                                                     : "the script ends inside this statement",
+             {});
+}
+
+// ---- What an IF guards ----
+
+static bool is_text(const statement_view &statement)
+{
+    statement_kind kind = statement.record->done.head.kind;
+    return kind == KIND_TEXT || kind == KIND_KEYWORD;
+}
+
+static bool is_comment_statement(const statement_view &statement)
+{
+    return is_text(statement) && (statement.output.empty() || is_comment(statement.output));
+}
+
+// Statements that the output has in place of one. What isn't a command went through as it is.
+static int statements_left(const statement_view &statement)
+{
+    size_t at = 0;
+    bool rest;
+    int count = 0;
+    while (!next_live(statement, &at, &rest).empty())
+        count++;
+    return statement.row == nullptr && count > 1 ? 1 : count;
+}
+
+// How a statement is called in a detail: by its command or its first characters.
+static std::string statement_name(const statement_view &statement)
+{
+    return statement.row != nullptr ? statement.row->name : shown_cut(text_cut(statement.output, 400), 40);
+}
+
+static void own_first_live(report_item *item, const statement_view &statement)
+{
+    std::vector<uint64_t> live = lines_of(statement, true);
+    if (!live.empty())
+        item->own_lines.push_back(live.front());
+}
+
+// The statement under an IF. The guarded item belongs to the IF.
+static void judge_guarded(judge_state *state, const statement_view &statement)
+{
+    uint32_t line = std::exchange(state->if_line, 0);
+    int lines = line != 0 ? statements_left(statement) : 1;
+    if (lines == 1)
+        return;
+    std::string name = statement_name(statement);
+    std::string detail;
+    if (lines > 1)
+        detail = fmt::format("{} in line {} has become several statements; the IF guards only the first",
+                             name, statement.line);
+    else
+        detail = fmt::format("{} in line {} has {}", name, statement.line,
+                             lines_of(statement, false).empty() ? "left nothing" : "become only comments");
+    report_item *item = add_item(state, statement, ITEM_GUARDED, std::move(detail), {state->if_output_line});
+    item->line = line;
+    item->output_line = state->if_output_line;
+    item->output_lines += statement.output_line - state->if_output_line;
+    item->command = "IF";
+    if (lines == 0)
+        state->open_guard = state->report->items.size() - 1;
+    else
+        own_first_live(item, statement);
+}
+
+// The first statement after a guarded one that has gone is what its IF guards now.
+static void judge_next_live(judge_state *state, const statement_view &statement)
+{
+    if (state->open_guard == SIZE_MAX || statements_left(statement) == 0)
+        return;
+    report_item &item = state->report->items[std::exchange(state->open_guard, SIZE_MAX)];
+    item.detail += fmt::format("; the IF guards line {} now: {}", statement.line, statement_name(statement));
+    own_first_live(&item, statement);
+}
+
+static void note_if(judge_state *state, const statement_view &statement)
+{
+    if (statement.row == nullptr || statement.record->done.fetched < 0 ||
+        std::string_view(statement.row->name) != "IF")
+        return;
+    state->if_line = statement.line;
+    state->if_output_line = statement.output_line;
+}
+
+// ---- Statements ----
+
+static void judge_broken(judge_state *state, const statement_view &statement)
+{
+    state->line_left = statement.record->done.line_left;
+    state->broken_item = state->report->items.size();
+    add_item(state, statement, ITEM_BROKEN, broken_detail(statement), lines_of(statement, true));
+}
+
+// True if no line end came between a statement and the one before it, whose arguments failed: white space is
+// copied to the output.
+static bool is_rest(judge_state *state, const statement_view &statement)
+{
+    if (!std::exchange(state->line_left, false))
+        return false;
+    const report_item &broken = state->report->items[state->broken_item];
+    return statement.output_line == broken.output_line + broken.output_lines;
+}
+
+// A rest of a line whose command has failed is read as a statement of its own, but nobody meant it as one.
+static void judge_rest(judge_state *state, const statement_view &statement)
+{
+    report_item &broken = state->report->items[state->broken_item];
+    broken.last_line = std::max(broken.last_line, statement.last_line);
+    broken.output_lines = statement.output_line + statement.output_lines - broken.output_line;
+    for (uint64_t line : lines_of(statement, true))
+        broken.own_lines.push_back(line);
+    state->line_left = statement.record->done.line_left;
+}
+
+static void judge_kind(judge_state *state, const statement_view &statement)
+{
+    if (statement.row != nullptr && statement.record->done.fetched < 0) {
+        judge_broken(state, statement);
+    } else if (statement.row != nullptr) {
+        judge_command(state, statement);
+    } else if (std::string detail = unknown_detail(statement); !detail.empty()) {
+        add_item(state, statement, ITEM_UNKNOWN, std::move(detail), lines_of(statement, true));
+    }
+}
+
+void judge_statement(judge_state *state, const statement_view &statement)
+{
+    if (statement_stops(statement.record->done.result)) {
+        judge_end(state, statement);
+        return;
+    }
+    state->report->statements++;
+    if (is_rest(state, statement)) {
+        judge_rest(state, statement);
+        return;
+    }
+    size_t items = state->report->items.size();
+    judge_kind(state, statement);
+    if (state->report->items.size() == items)
+        state->report->converted++;
+    if (!is_comment_statement(statement)) {
+        judge_guarded(state, statement);
+        judge_next_live(state, statement);
+    }
+    note_if(state, statement);
+}

@@ -1,0 +1,310 @@
+#include "report/findings/judge_arguments.h"
+
+#include "expressions/math_functions.h"
+#include "report/show.h"
+#include "rules/rule_table.h"
+#include "support/text.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <utility>
+
+constexpr size_t text_shown = 60; // characters of an argument in a detail
+
+bool expression_is_constant(std::string_view text)
+{
+    for (size_t at = 0; at < text.size();) {
+        size_t end = at;
+        while (end < text.size() && (text_is(text[end], CHAR_WORD) || text[end] == '$' || text[end] == '@'))
+            end++;
+        std::string_view word = text.substr(at, end - at);
+        bool number = !word.empty() && text_is(word[0], CHAR_DIGIT);
+        bool exponent =
+            at > 0 && text[at - 1] == '.' && (word.substr(0, 1) == "e" || word.substr(0, 1) == "E");
+        size_t next = text.find_first_not_of(" \t", end);
+        bool call =
+            next != std::string_view::npos && text[next] == '(' && math_find(word.data(), word.size());
+        if (!word.empty() && !number && !exponent && !call)
+            return false;
+        at = std::max(end, at + 1);
+    }
+    return true;
+}
+
+// ---- Names ----
+
+// Takes the next name off an old form, such as "x, y [, a1..a5]".
+static std::string_view take_name(std::string_view *form)
+{
+    auto parts = [](char c) { return c == ' ' || c == ',' || c == '[' || c == ']'; };
+    auto begin = std::find_if_not(form->begin(), form->end(), parts);
+    auto end = std::find_if(begin, form->end(), parts);
+    auto at = static_cast<size_t>(begin - form->begin());
+    std::string_view name = form->substr(at, static_cast<size_t>(end - begin));
+    form->remove_prefix(at + name.size());
+    return name;
+}
+
+// The name of an argument in the old form of its command; "..." repeats the last one. Empty if it has none.
+static std::string argument_name(const rule_row *row, int32_t position)
+{
+    std::string_view form = row != nullptr ? row->old_form : "";
+    std::string_view last_name;
+    for (int32_t at = 1; !form.empty();) {
+        std::string_view name = take_name(&form);
+        if (name == "...")
+            return std::string(last_name);
+        last_name = name;
+        size_t range = name.find("..");
+        if (range == std::string_view::npos) {
+            if (at++ == position)
+                return std::string(name);
+            continue;
+        }
+        // a1..a5 stands for five names.
+        size_t digits = std::min(name.find_first_of("0123456789"), range);
+        int first = std::atoi(name.data() + digits);
+        int last = std::atoi(name.data() + range + 2 + digits);
+        if (position <= at + last - first)
+            return fmt::format("{}{}", name.substr(0, digits), first + position - at);
+        at += last - first + 1;
+    }
+    return {};
+}
+
+// A letter and a number: it says no more than the position, but that a is an attribute.
+static bool is_numbered(const std::string &name)
+{
+    return name.size() >= 2 && text_is(name[0], CHAR_LETTER) &&
+           std::all_of(name.begin() + 1, name.end(), [](char c) { return text_is(c, CHAR_DIGIT); }) &&
+           name[0] != 'x' && name[0] != 'y' && name[0] != 'z';
+}
+
+static bool is_attribute(const std::string &name)
+{
+    return is_numbered(name) && name[0] == 'a';
+}
+
+// An argument in a detail: its number, its name if that says something, and its text as typed.
+static std::string argument_shown(const statement_view &statement, int32_t position, const std::string &name)
+{
+    std::string text = shown_cut(argument_typed(statement, position), text_shown);
+    if (is_attribute(name))
+        return fmt::format("{} (attribute): {}", position, text);
+    bool plain = name.empty() || is_numbered(name) || !text_is(name[0], CHAR_LETTER);
+    return plain ? fmt::format("{}: {}", position, text) : fmt::format("{} ({}): {}", position, name, text);
+}
+
+static void add_detail(std::string *detail, const std::string &text)
+{
+    *detail += detail->empty() ? "" : ", ";
+    *detail += text;
+}
+
+// What the line has after the last argument that the command takes, without commas that nothing follows.
+static std::string_view surplus_of(const statement_view &statement)
+{
+    std::string_view text(statement.record->surplus.text, statement.record->surplus.size);
+    size_t end = text.find_last_not_of(", \t\r\n\v\f");
+    return end == text.npos ? std::string_view() : text_trimmed(text.substr(0, end + 1));
+}
+
+static std::string surplus_shown(const statement_view &statement)
+{
+    return shown_cut(surplus_of(statement), text_shown);
+}
+
+// ---- Statements that have become comments ----
+
+std::string arguments_in_detail(const statement_view &statement)
+{
+    const rule_row *row = rule_find(statement.row->id)->effect == EFFECT_SYSTEM ? nullptr : rule_last.row;
+    bool comment = !lines_of(statement, false).empty();
+    std::string there;
+    std::string lacking;
+    for (int32_t position = 1; position <= statement.record->done.fetched; position++) {
+        if (argument_text(position).empty())
+            continue;
+        argument_use use = argument_use_of(statement, position, false);
+        bool value = use.value && expression_is_constant(argument_text(position));
+        if (!comment || use.text || value)
+            add_detail(&there, shown_cut(argument_typed(statement, position), text_shown));
+        else
+            add_detail(&lacking, argument_shown(statement, position, argument_name(row, position)) +
+                                     (use.value ? " (it has " + shown(use.written) + ")" : ""));
+    }
+    std::string detail = there.empty() ? "" : ": " + there;
+    if (!lacking.empty())
+        detail += "; the comment lacks argument " + lacking;
+    if (std::string surplus = surplus_shown(statement); !surplus.empty())
+        detail += "; not an argument of this command: " + surplus;
+    return detail;
+}
+
+// ---- Statements that are carried out ----
+
+// A constant 0 where nothing could be as well.
+static bool is_default(const statement_view &statement, int32_t position, const std::string &name)
+{
+    int32_t at = std::min<int32_t>(position, statement.row->spec_count) - 1;
+    uint8_t spec = statement.row->spec[at];
+    uint8_t type = spec & ARG_TYPE;
+    return ((spec & ARG_OPTIONAL) != 0 || is_attribute(name)) && type >= ARG_LONG && type <= ARG_DOUBLE &&
+           expression_is_constant(argument_text(position)) && argument_value(position) == 0;
+}
+
+// True of a string that goes on to the end of the script.
+static bool is_unclosed(std::string_view typed)
+{
+    return typed.size() < 2 || typed.back() != typed.front();
+}
+
+// True if a string can't be read back as it was typed.
+static bool is_decoded(const statement_view &statement, int32_t position, std::string_view written)
+{
+    constexpr const char *line_ends = "\n\r";
+    if (!argument_is_string(position))
+        return false;
+    std::string_view content = without_quotes(written);
+    std::string_view typed = argument_typed(statement, position);
+    if (is_unclosed(typed) || content.find('"') != content.npos)
+        return true;
+    typed = typed.substr(1, typed.size() - 2);
+    bool new_line =
+        content.find_first_of(line_ends) != content.npos && typed.find_first_of(line_ends) == typed.npos;
+    return new_line || escapes_decoded(content) != escapes_decoded(typed);
+}
+
+// The findings of one statement's arguments, by kind.
+struct argument_findings {
+    std::string detail;
+    std::vector<std::string> texts; // that decide whether an edit counts
+    std::vector<uint64_t> lines;
+    bool attributes_only = true;
+};
+
+static void add_finding(argument_findings *findings, const std::string &detail, std::string_view text,
+                        const std::vector<uint64_t> &lines)
+{
+    add_detail(&findings->detail, detail);
+    findings->texts.emplace_back(text);
+    for (uint64_t line : lines)
+        if (std::find(findings->lines.begin(), findings->lines.end(), line) == findings->lines.end())
+            findings->lines.push_back(line);
+}
+
+static void add_decoded(const statement_view &statement, int32_t position, const argument_use &use,
+                        const std::string &name, argument_findings *findings)
+{
+    std::string_view typed = argument_typed(statement, position);
+    std::string fault = is_unclosed(typed)
+                            ? "no closing quote"
+                            : fmt::format("become {}; write it as {}", shown_cut(use.written, text_shown),
+                                          shown_cut(typed, text_shown));
+    std::vector<uint64_t> lines = {use.line};
+    for (char c : use.written)
+        if (c == '\n')
+            lines.push_back(lines.back() + 1);
+    add_finding(findings, argument_shown(statement, position, name) + " has " + fault,
+                text_cut(use.written, SIZE_MAX), lines);
+}
+
+static void take_findings(judge_state *state, const statement_view &statement, item_kind kind,
+                          const char *start, argument_findings *findings)
+{
+    if (findings->detail.empty())
+        return;
+    report_item *item =
+        add_item(state, statement, kind, start + findings->detail, std::move(findings->lines));
+    item->own_texts = std::move(findings->texts);
+    item->summed = kind == ITEM_LOST && findings->attributes_only;
+}
+
+// What is lost beside arguments that no live line has.
+static void add_clause(argument_findings *lost, const std::string &clause, std::vector<uint64_t> lines)
+{
+    lost->attributes_only = false;
+    lost->detail += (lost->detail.empty() ? "" : "; ") + clause;
+    lost->lines = std::move(lines);
+}
+
+static void add_surplus(const statement_view &statement, argument_findings *lost)
+{
+    std::string surplus = surplus_shown(statement);
+    if (surplus.empty())
+        return;
+    add_clause(lost, "not an argument of this command: " + surplus, lines_of(statement, true));
+    lost->texts.emplace_back(surplus_of(statement));
+}
+
+// True if the arguments between two that a live line has one after the other are empty, and have no comma in
+// it.
+static bool has_moved_up(const statement_view &statement, const emit_write &before, const emit_write &write)
+{
+    if (before.slot == 0 || write.slot < before.slot + 2 || write.from < before.to || write.from == write.to)
+        return false;
+    std::string_view output = statement.output.substr(before.to - statement.lines.front().start);
+    std::string_view between = output.substr(0, write.from - before.to);
+    if (between.find_first_not_of(", ") != std::string_view::npos ||
+        std::count(between.begin(), between.end(), ',') >= write.slot - before.slot)
+        return false;
+    for (int32_t position = before.slot + 1; position < write.slot; position++)
+        if (!argument_text(position).empty() || argument_use_of(statement, position, true).line != 0)
+            return false;
+    return argument_use_of(statement, write.slot, true).line != 0;
+}
+
+static void add_moved(const statement_view &statement, argument_findings *lost)
+{
+    for (int32_t i = 1; i < statement.record->write_count; i++) {
+        const emit_write &write = statement.record->writes[i];
+        if (!has_moved_up(statement, statement.record->writes[i - 1], write))
+            continue;
+        add_clause(lost,
+                   fmt::format("argument {} has moved up: the empty one before it has no comma", write.slot),
+                   lines_of(statement, true));
+        return;
+    }
+}
+
+void judge_arguments(judge_state *state, const statement_view &statement, bool carried_out)
+{
+    argument_findings frozen;
+    argument_findings decoded;
+    argument_findings lost;
+    for (int32_t position = 1; position <= statement.record->done.fetched; position++) {
+        std::string_view text = argument_text(position);
+        std::string name = argument_name(rule_last.row, position);
+        // A word that its row stands for is in the row's form.
+        if (text.empty() || text_is_word(text.data(), text.size(), name.c_str()))
+            continue;
+        argument_use comment = argument_use_of(statement, position, false);
+        bool broken_comment = comment.text && comment.written.find('\n') != std::string_view::npos;
+        argument_use use = carried_out ? argument_use_of(statement, position, true) : argument_use{};
+        if (use.text && is_decoded(statement, position, use.written))
+            add_decoded(statement, position, use, name, &decoded);
+        else if (broken_comment && is_decoded(statement, position, comment.written))
+            add_decoded(statement, position, comment, name, &decoded);
+        if (!carried_out || use.text || (use.value && expression_is_constant(text)))
+            continue;
+        if (use.value) {
+            add_finding(&frozen,
+                        fmt::format("{} is written as its value {}",
+                                    argument_shown(statement, position, name),
+                                    shown(text_trimmed(use.written))),
+                        text_trimmed(use.written), {use.line});
+        } else if (!is_default(statement, position, name)) {
+            lost.attributes_only &= is_attribute(name);
+            add_finding(&lost, argument_shown(statement, position, name), text, lines_of(statement, true));
+        }
+    }
+    take_findings(state, statement, ITEM_FROZEN, "argument ", &frozen);
+    bool arguments_lost = !lost.detail.empty();
+    if (carried_out) {
+        add_moved(statement, &lost);
+        add_surplus(statement, &lost);
+    }
+    take_findings(state, statement, ITEM_LOST, arguments_lost ? "no live line has argument " : "", &lost);
+    take_findings(state, statement, ITEM_DECODED, "argument ", &decoded);
+}

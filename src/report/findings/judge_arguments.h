@@ -1,0 +1,15 @@
+// What has become of the arguments of a command that was converted.
+#pragma once
+
+#include "report/findings/judge_state.h"
+
+// Adds the items of a statement's arguments: of one that is carried out frozen, lost and decoded, in this
+// order; of one that has become a comment decoded alone, where a string leaves a line outside of it.
+void judge_arguments(judge_state *state, const statement_view &statement, bool carried_out);
+
+// Of a statement that isn't carried out: its arguments as typed, and what its comment lacks of them, to be
+// added to a detail.
+std::string arguments_in_detail(const statement_view &statement);
+
+// True if an expression has the same value wherever it is: it names no variable.
+bool expression_is_constant(std::string_view text);

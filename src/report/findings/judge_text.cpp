@@ -1,0 +1,142 @@
+#include "report/findings/judge_text.h"
+
+#include "report/show.h"
+#include "statements/arg_text.h"
+#include "support/text.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+
+// ---- Arguments that failed ----
+
+static std::string fetch_fault(const statement_result &done, std::string_view message)
+{
+    if (!message.empty())
+        return fmt::format("argument {}: {}", done.failed_at, shown(message));
+    switch (done.fetched) {
+    case FETCH_MISSING: return fmt::format("argument {} is missing", done.failed_at);
+    case FETCH_AFTER_QUOTE:
+        return fmt::format("argument {}: something follows the closing quote", done.failed_at);
+    case FETCH_PARENTHESES: return fmt::format("argument {}: the parentheses don't pair up", done.failed_at);
+    case FETCH_TOO_LONG: return fmt::format("argument {} has more than 251 characters", done.failed_at);
+    case FETCH_NO_ROOM: return fmt::format("argument {}: the statement is too long", done.failed_at);
+    case FETCH_TOO_MANY: return "the statement has more than 100 arguments";
+    default: return fmt::format("argument {}: syntax error", done.failed_at);
+    }
+}
+
+std::string broken_detail(const statement_view &statement)
+{
+    std::string fault = fetch_fault(statement.record->done, statement.record->message);
+    std::string_view left = text_trimmed(statement.output);
+    return left.empty() ? fault + "; nothing is left"
+                        : fmt::format("{}; left: {}", fault, shown_cut(left.substr(0, left.find('\n')), 60));
+}
+
+static bool is_command(std::string_view word)
+{
+    return !word.empty() && command_find(word_key_make(word.data(), word.size())) >= 0;
+}
+
+static std::string_view word_at(std::string_view text, size_t at)
+{
+    size_t end = at;
+    while (end < text.size() && text_is(text[end], CHAR_WORD))
+        end++;
+    return text.substr(at, end - at);
+}
+
+// The first word of a text that is a command, empty if there is none.
+static std::string_view command_in(std::string_view text)
+{
+    for (size_t at = 0; at < text.size();) {
+        std::string_view word = word_at(text, at);
+        if (is_command(word))
+            return word;
+        at += word.size() + 1;
+    }
+    return {};
+}
+
+// Where a comment begins in a line, outside of strings.
+static size_t comment_in(std::string_view line)
+{
+    char quote = 0;
+    for (size_t at = 0; at < line.size(); at++) {
+        char c = line[at];
+        if (quote != 0)
+            quote = c == quote ? '\0' : quote;
+        else if (c == '"' || c == '`')
+            quote = c;
+        else if (line.substr(at, 2) == "//")
+            return at;
+    }
+    return std::string_view::npos;
+}
+
+std::string broken_hint(std::string_view command, std::string_view source)
+{
+    if (comment_in(source) != std::string_view::npos)
+        return "a comment on the command's line: give it a line of its own";
+    std::string_view text = text_trimmed(source);
+    text.remove_prefix(std::min(command.size(), text.size()));
+    std::string_view word = command == "IF" ? command_in(text) : std::string_view();
+    if (!word.empty())
+        return fmt::format("{} on the line of an IF: give it a line of its own", word);
+    return {};
+}
+
+// ---- Lines that weren't recognised ----
+
+// True if a text has an equals sign that assigns.
+static bool has_assignment(std::string_view text)
+{
+    for (size_t at = text.find('='); at != std::string_view::npos; at = text.find('=', at + 1)) {
+        bool doubled = at + 1 < text.size() && text[at + 1] == '=';
+        bool compares =
+            doubled || (at > 0 && std::string_view("=<>!").find(text[at - 1]) != std::string_view::npos);
+        if (!compares)
+            return true;
+        at += doubled;
+    }
+    return false;
+}
+
+static std::string unknown_reason(std::string_view text, std::string_view message, bool evaluated)
+{
+    if (text.substr(0, 3) == "\xEF\xBB\xBF")
+        return "a byte order mark begins the line";
+    std::string_view word = word_at(text, 0);
+    char next = word.size() < text.size() ? text[word.size()] : '\0';
+    if (!word.empty() && text_is(word[0], CHAR_DIGIT) && !command_in(text.substr(word.size())).empty())
+        return fmt::format("a number precedes {}", command_in(text.substr(word.size())));
+    if (is_command(word) && next == '(')
+        return fmt::format("a parenthesis directly after {}", word);
+    if (has_assignment(text)) {
+        bool comment = comment_in(text) != std::string_view::npos;
+        return comment ? "the value wasn't taken: // on the line"
+                       : fmt::format("the value wasn't taken: {}",
+                                     message.empty() ? "syntax error" : shown(message));
+    }
+    if (evaluated)
+        return "an expression that no variable gets";
+    return word.empty() || text_is(word[0], CHAR_DIGIT)
+               ? "it begins with no word"
+               : fmt::format("{} is no command",
+                             shown_cut(text.substr(0, text.find_first_of(" \t\r\n=(,")), 40));
+}
+
+std::string unknown_detail(const statement_view &statement)
+{
+    statement_kind kind = statement.record->done.head.kind;
+    std::string_view text = text_trimmed(statement.output);
+    bool evaluated = kind == KIND_EXPRESSION;
+    if ((!evaluated && kind != KIND_TEXT && kind != KIND_UNKNOWN) || text.empty() || is_comment(text))
+        return {};
+    bool one_word = word_at(text, 0).size() == text.size() && text_is(text[0], CHAR_LETTER);
+    if (evaluated && has_assignment(text))
+        return {};
+    return unknown_reason(text, statement.record->message, evaluated && !one_word) +
+           "; it went through unchanged";
+}

@@ -1,0 +1,207 @@
+#include "report/findings/live_form.h"
+
+#include "expressions/expr_lexer.h"
+#include "report/show.h"
+#include "support/text.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+
+// ---- One item of a list ----
+
+static bool is_sign(int16_t code)
+{
+    return code == '+' || code == '-' || code == '~';
+}
+
+static bool is_binary(int16_t code)
+{
+    return code == TOKEN_EQEQ || (code < 128 && strchr("+-*/%^<>=!#&|?:,", code) != nullptr);
+}
+
+// An operator of two characters.
+static bool is_pair(char first, char second)
+{
+    return second == '=' ? strchr("<>!=", first) != nullptr
+                         : first == second && strchr("<>&|", first) != nullptr;
+}
+
+static constexpr const char *no_character = "a character that no expression has";
+
+// Walks the tokens of a text as operand, operator, operand. Why it is no expression; null if it is one.
+static const char *expression_fault(std::string_view item)
+{
+    constexpr const char *no_operand = "an operator lacks its operand";
+    if (item.find('\0') != item.npos)
+        return no_character;
+    const std::string text = std::string(item.substr(0, lex_text_max)) + std::string(lex_slack, '\0');
+    lex_start(text.data(), text.size() - lex_slack);
+    bool operand = false; // the token before can end one
+    int open = 0;
+    for (const char *at = lex_skip(text.data());;) {
+        lex_token token = lex_read(at);
+        if (token.code == TOKEN_END)
+            break;
+        bool opens = token.code == '(' || token.code == '[';
+        bool closes = token.code == ')' || token.code == ']';
+        bool marks = token.code == '\'' || token.code == '"';
+        if (token.code == TOKEN_NUMBER || token.name.size > 0) {
+            if (operand && at[-1] != '\'' && (at - 2 < text.data() || at[-2] != '\''))
+                return "a blank between two values where a comma is expected";
+            operand = true;
+        } else if (opens) {
+            open++;
+            operand = false;
+        } else if (closes || marks) {
+            if (!operand && token.code != ')')
+                return no_operand;
+            open -= closes ? 1 : 0;
+            operand = true;
+        } else if (!operand && !is_sign(token.code)) {
+            return is_binary(token.code) ? no_operand : no_character;
+        } else if (is_binary(token.code)) {
+            operand = false;
+            if (token.end < lex.end && is_pair(*at, *token.end))
+                token.end++;
+        }
+        if (open < 0)
+            break;
+        at = lex_skip(token.end);
+    }
+    if (open != 0)
+        return "a parenthesis without its pair";
+    return operand ? nullptr : no_operand;
+}
+
+// ---- Lists ----
+
+// Takes the next item off a list: up to a comma outside of quotes and parentheses.
+static std::string_view take_item(std::string_view *list, bool *more)
+{
+    bool quoted = false;
+    int open = 0;
+    size_t at = 0;
+    for (; at < list->size(); at++) {
+        char c = (*list)[at];
+        quoted ^= c == '"';
+        open += quoted ? 0 : (c == '(' || c == '[') - (c == ')' || c == ']');
+        if (c == ',' && !quoted && open <= 0)
+            break;
+    }
+    std::string_view item = list->substr(0, at);
+    *more = at < list->size();
+    list->remove_prefix(std::min(at + 1, list->size()));
+    return text_trimmed(item);
+}
+
+static bool is_string(std::string_view item)
+{
+    return item.size() >= 2 && item.front() == '"' && item.find('"', 1) == item.size() - 1;
+}
+
+// Options are between bars: an empty one is a bar at either end, or after another.
+static std::string menu_fault(std::string_view menu, const menu_gaps &gaps)
+{
+    int all = menu.front() == '|';
+    int inside = 0;
+    for (size_t at = 0; at < menu.size(); at++) {
+        bool empty = menu[at] == '|' && (at + 1 == menu.size() || menu[at + 1] == '|');
+        all += empty;
+        inside += empty && at > 0 && menu.find_first_not_of('|', at) != menu.npos &&
+                  menu.find_first_not_of('|') < at;
+    }
+    if (all > gaps.all)
+        return "an empty menu option that the script didn't have";
+    return inside < gaps.inside ? "an empty menu option of the script is missing" : std::string();
+}
+
+// An item as it is shown; empty if it is well formed.
+static std::string item_fault(std::string_view item, const std::vector<std::string_view> &arguments,
+                              const menu_gaps &gaps)
+{
+    if (item.empty() || std::find(arguments.begin(), arguments.end(), item) != arguments.end())
+        return {};
+    bool bars = item.find('|') != item.npos;
+    if (is_string(item) || (bars && item.find_first_not_of('|') == item.npos))
+        return bars ? menu_fault(without_quotes(item), gaps) : std::string();
+    if (std::count(item.begin(), item.end(), '"') % 2 != 0 && item.front() == '"')
+        return "an open quote";
+    const char *fault = expression_fault(item);
+    return fault != nullptr ? fault : std::string();
+}
+
+std::string live_form_fault(std::string_view line, const std::vector<std::string_view> &arguments,
+                            const menu_gaps &gaps)
+{
+    line = text_trimmed(line);
+    size_t word = 0;
+    while (word < line.size() && text_is(line[word], CHAR_WORD))
+        word++;
+    if (word == line.size())
+        return {};
+    if (line[word] == ',')
+        return "a comma directly after the word";
+    std::string_view list = line.substr(word);
+    if (line[word] != ' ') {
+        std::string_view value = text_trimmed(line.substr(std::min(line.find('='), line.size() - 1) + 1));
+        return value.empty() ? "an assignment lacks its value" : item_fault(value, arguments, gaps);
+    }
+    if (std::find(arguments.begin(), arguments.end(), text_trimmed(list)) != arguments.end())
+        return {};
+    for (bool more = true; more;) {
+        std::string fault = item_fault(take_item(&list, &more), arguments, gaps);
+        if (!fault.empty())
+            return fault;
+    }
+    return {};
+}
+
+// ---- Statements ----
+
+// The strings of a menu are those that were written without their quotes.
+static menu_gaps menu_gaps_of(const statement_view &statement)
+{
+    int32_t first = 0;
+    int32_t last = 0;
+    for (int32_t i = 0; i < statement.record->write_count; i++) {
+        const emit_write &write = statement.record->writes[i];
+        if (!argument_is_string(write.slot) || write.to - write.from + 2 != argument_text(write.slot).size())
+            continue;
+        first = first == 0 ? write.slot : first;
+        last = write.slot;
+    }
+    menu_gaps gaps{};
+    for (int32_t position = 1; position <= statement.record->done.fetched; position++) {
+        bool empty = without_quotes(argument_text(position)).empty();
+        gaps.all += empty && (position < last || !argument_typed(statement, position).empty());
+        gaps.inside += empty && position > first && position < last;
+    }
+    return gaps;
+}
+
+void judge_live_form(judge_state *state, const statement_view &statement)
+{
+    std::vector<std::string_view> arguments;
+    for (int32_t position = 1; position <= statement.record->done.fetched; position++)
+        arguments.push_back(text_trimmed(argument_text(position)));
+    const menu_gaps gaps = menu_gaps_of(statement);
+    size_t at = 0;
+    bool rest;
+    for (auto lines = next_live(statement, &at, &rest); !lines.empty();
+         lines = next_live(statement, &at, &rest)) {
+        std::string whole;
+        std::vector<uint64_t> own;
+        for (const written_line *line : lines) {
+            whole.append(whole.empty() ? "" : "\n").append(line->text);
+            own.push_back(line->number);
+        }
+        std::string fault = rest ? "the rest of a text that began in the comment before it"
+                                 : live_form_fault(whole, arguments, gaps);
+        if (!fault.empty()) {
+            std::string detail = fault + ": " + shown_cut(text_trimmed(whole), 80);
+            add_item(state, statement, ITEM_FORM, detail, own)->summed = true;
+            return;
+        }
+    }
+}

@@ -1,0 +1,101 @@
+#include "report/findings/source_lines.h"
+
+#include "report/findings/judge_text.h"
+#include "report/memory/text_lines.h"
+#include "report/show.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+
+constexpr uint32_t hint_lines = 8;     // lines of a statement that are searched for a hint
+constexpr size_t statement_kept = 300; // characters of a line that an item holds
+constexpr std::string_view magic("Murivo\0", 7);
+
+// A line of the script by its number from 1, trimmed; empty before the first and after the last one.
+static std::string_view line_of(const text_lines &script, uint64_t number)
+{
+    if (number == 0 || number > line_count(script))
+        return {};
+    std::string_view line = line_core(lines_between(script, number - 1, number));
+    if (number == 1 && line.substr(0, magic.size()) == magic)
+        line = line_core(line.substr(magic.size()));
+    return text_begin(line, statement_kept);
+}
+
+// The nearest line with a text, in steps of 1 or -1.
+static std::string_view near_line(const text_lines &script, uint64_t number, int step)
+{
+    std::string_view line;
+    do {
+        number += static_cast<uint64_t>(step);
+        line = line_of(script, number);
+    } while (line.empty() && number > 0 && number <= line_count(script));
+    return line;
+}
+
+static std::string first_word(std::string_view text)
+{
+    return shown_cut(text.substr(0, text.find_first_of(" \t\r\n=(,")), 40);
+}
+
+static void add_hint(report_item *item, const text_lines &script)
+{
+    std::string source;
+    for (uint32_t line = item->line; line <= std::min(item->last_line, item->line + hint_lines); line++)
+        source.append(line_of(script, line)).append(" ");
+    std::string hint = broken_hint(item->command, source);
+    if (!hint.empty())
+        item->detail += "; " + hint;
+}
+
+// Lines from the end of the reading on that hold more than white space; all of them where a statement ended
+// it.
+static uint64_t unread_lines(const text_lines &script, const source_end &end, bool *text_left)
+{
+    constexpr std::string_view empty(" \t\r\n\v\f\0\x1a", 8);
+    uint64_t count = 0;
+    *text_left = false;
+    for (uint64_t number = end.line; number <= line_count(script); number++) {
+        std::string_view line = lines_between(script, number - 1, number);
+        if (end.by_byte && number == end.line)
+            line.remove_prefix(std::min(line.find('\x1a'), line.size()));
+        bool text = line.find_first_not_of(empty) != std::string_view::npos;
+        *text_left |= text;
+        count += text || number > end.line || !end.by_byte ? 1 : 0;
+    }
+    return count;
+}
+
+static void add_unread(script_report *report, const text_lines &script, const source_end &end)
+{
+    bool text_left;
+    uint64_t unread = unread_lines(script, end, &text_left);
+    if (end.by_byte && !text_left) {
+        report->items.pop_back();
+        return;
+    }
+    for (report_item &item : report->items)
+        if (item.kind == ITEM_STOPPED)
+            item.detail +=
+                unread == 1 ? "; 1 line was not read" : fmt::format("; {} lines were not read", unread);
+}
+
+void source_lines_add(script_report *report, std::string_view text, const source_end &end)
+{
+    if (report->items.empty())
+        return;
+    text_lines script = text_split(text);
+    if (end.line != 0)
+        add_unread(report, script, end);
+    for (report_item &item : report->items) {
+        item.source = line_of(script, item.line);
+        item.statement = shown_cut(item.source, statement_kept);
+        item.before = near_line(script, item.line, -1);
+        item.after = near_line(script, item.last_line, 1);
+        if (item.command.empty() && !(item.kind == ITEM_STOPPED && end.by_byte))
+            item.command = first_word(item.source);
+        if (item.kind == ITEM_BROKEN)
+            add_hint(&item, script);
+    }
+}

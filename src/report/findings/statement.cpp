@@ -1,0 +1,183 @@
+#include "report/findings/statement.h"
+
+#include "statements/arg_slots.h"
+#include "support/text.h"
+
+#include <algorithm>
+
+bool is_comment(std::string_view line)
+{
+    if (line.substr(0, 2) == "//")
+        return true;
+    return line.size() >= 3 && char_lower(line[0]) == 'r' && char_lower(line[1]) == 'e' &&
+           char_lower(line[2]) == 'm' && (line.size() == 3 || !text_is(line[3], CHAR_WORD));
+}
+
+static void split_lines(statement_view *statement, uint64_t start)
+{
+    std::string_view rest = statement->output;
+    for (uint64_t number = statement->output_line; !rest.empty(); number++) {
+        size_t end = std::min(rest.find('\n'), rest.size());
+        std::string_view text = rest.substr(0, end);
+        size_t white = std::min(text.find_first_not_of(" \t\r\v\f"), text.size());
+        bool live = white < text.size() && !is_comment(text.substr(white));
+        statement->lines.push_back({start, number, text, live, false});
+        size_t taken = std::min(end + 1, rest.size());
+        start += taken;
+        rest.remove_prefix(taken);
+    }
+}
+
+// The line that an offset of the output is in; null if it is in none.
+static const written_line *line_at(const std::vector<written_line> &lines, uint64_t offset)
+{
+    auto after = std::upper_bound(lines.begin(), lines.end(), offset,
+                                  [](uint64_t at, const written_line &line) { return at < line.start; });
+    return after == lines.begin() ? nullptr : &after[-1];
+}
+
+static void mark_lines_inside(statement_view *statement)
+{
+    std::vector<written_line> &lines = statement->lines;
+    for (int32_t i = 0; i < statement->record->write_count; i++) {
+        const emit_write &write = statement->record->writes[i];
+        const written_line *line = line_at(lines, write.from);
+        if (line == nullptr)
+            continue;
+        for (size_t at = static_cast<size_t>(line - lines.data()) + 1; at < lines.size(); at++) {
+            if (lines[at].start > write.to)
+                break;
+            lines[at].inside = true;
+        }
+    }
+}
+
+statement_view statement_view_of(const journal_record &record, std::string_view output, uint64_t start,
+                                 uint64_t output_line)
+{
+    statement_view statement{};
+    statement.record = &record;
+    statement.row = record.done.result >= 0 ? &command_row_at(record.done.result) : nullptr;
+    statement.line = record.done.head.line;
+    statement.last_line = std::max(record.done.head.line, record.done.next_line - 1);
+    statement.output = output;
+    statement.output_line = output_line;
+    split_lines(&statement, start);
+    mark_lines_inside(&statement);
+    statement.output_lines = statement.lines.size();
+    return statement;
+}
+
+std::vector<const written_line *> next_live(const statement_view &statement, size_t *at, bool *rest)
+{
+    const std::vector<written_line> &lines = statement.lines;
+    std::vector<const written_line *> found;
+    while (*at < lines.size() && !lines[*at].live)
+        ++*at;
+    *rest = *at < lines.size() && lines[*at].inside;
+    do {
+        if (*at < lines.size())
+            found.push_back(&lines[(*at)++]);
+    } while (*at < lines.size() && lines[*at].inside);
+    return found;
+}
+
+std::vector<uint64_t> lines_of(const statement_view &statement, bool live)
+{
+    std::vector<uint64_t> numbers;
+    for (const written_line &line : statement.lines)
+        if (line.live == live && line.text.find_first_not_of(" \t\r") != std::string_view::npos)
+            numbers.push_back(line.number);
+    return numbers;
+}
+
+// ---- Arguments ----
+
+// The slot of a position; null if the list ended before it.
+static const arg_slot *slot_of(int32_t position)
+{
+    const arg_slot *slot = arg_slots + position;
+    return slot <= slots_last ? slot : nullptr;
+}
+
+std::string_view argument_text(int32_t position)
+{
+    const arg_slot *slot = slot_of(position);
+    return slot != nullptr ? std::string_view(slot->text, slot->text_size) : std::string_view();
+}
+
+bool argument_is_string(int32_t position)
+{
+    const arg_slot *slot = slot_of(position);
+    return slot != nullptr && slot->holds == HOLDS_STRING;
+}
+
+double argument_value(int32_t position)
+{
+    const arg_slot *slot = slot_of(position);
+    if (slot == nullptr)
+        return 0;
+    switch (slot->holds & ~HOLDS_PLAIN) {
+    case HOLDS_LONG: return slot_lval(slot);
+    case HOLDS_INT: return slot_ival(slot);
+    case HOLDS_FLOAT: return slot_fval(slot);
+    case HOLDS_DOUBLE: return slot_dval(slot);
+    default: return 0;
+    }
+}
+
+std::string_view argument_typed(const statement_view &statement, int32_t position)
+{
+    if (position > statement.record->typed_count)
+        return argument_text(position);
+    const journal_text &typed = statement.record->typed[position - 1];
+    return {typed.text, typed.size};
+}
+
+std::string_view without_quotes(std::string_view text)
+{
+    bool quoted = text.size() >= 2 && text.front() == '"' && text.back() == '"';
+    return quoted ? text.substr(1, text.size() - 2) : text;
+}
+
+std::string escapes_decoded(std::string_view text)
+{
+    std::string decoded;
+    for (size_t at = 0; at < text.size(); at++) {
+        size_t size = 0;
+        char c = text[at];
+        if (c == '\\' && at + 1 < text.size())
+            c = escape_decode(text.data() + at + 1, text.data() + text.size(), false, &size);
+        decoded += c;
+        at += size;
+    }
+    return decoded;
+}
+
+// True if what is written is an argument's text, quotes apart: as it is, or with its escapes written again.
+static bool is_text_of(std::string_view written, std::string_view text)
+{
+    std::string_view content = without_quotes(text);
+    return without_quotes(written) == content || escapes_decoded(written) == content;
+}
+
+argument_use argument_use_of(const statement_view &statement, int32_t position, bool live)
+{
+    argument_use use;
+    uint64_t start = statement.lines.empty() ? 0 : statement.lines.front().start;
+    for (int32_t i = 0; i < statement.record->write_count; i++) {
+        const emit_write &write = statement.record->writes[i];
+        const written_line *line = write.slot == position ? line_at(statement.lines, write.from) : nullptr;
+        if (line == nullptr || line->live != live)
+            continue;
+        std::string_view written = statement.output.substr(write.from - start, write.to - write.from);
+        bool text = !write.value && is_text_of(written, argument_text(position));
+        use.text |= text;
+        use.value |= write.value;
+        if (use.line == 0 && (text || write.value)) {
+            use.line = line->number;
+            use.written = written;
+        }
+    }
+    return use;
+}

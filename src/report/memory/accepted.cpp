@@ -1,0 +1,182 @@
+#include "report/memory/accepted.h"
+
+#include "report/csv.h"
+#include "report/files.h"
+#include "report/messages.h"
+#include "report/show.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <charconv>
+#include <utility>
+#include <vector>
+
+static const csv_row &accepted_head()
+{
+    static const csv_row head = {"script", "kind",  "command", "statement", "detail",
+                                 "before", "after", "count",   "reason"};
+    return head;
+}
+constexpr size_t row_columns = 7; // that tell items apart
+
+std::string accepted_row_of(const std::string &script, const report_item &item)
+{
+    return csv_text({script, kind_table[item.kind].word, item.command, item.source, item.detail, item.before,
+                     item.after});
+}
+
+std::string accepted_header()
+{
+    std::string line = csv_text(accepted_head());
+    line.pop_back();
+    return line;
+}
+
+std::string accepted_script_of(const std::string &row)
+{
+    return csv_rows(row)[0][0];
+}
+
+std::string accepted_row_shown(const std::string &row)
+{
+    csv_row fields = csv_rows(row)[0];
+    return fmt::format("{} {}: {}", shown(fields[1]), shown(fields[2]), shown(fields[4]));
+}
+
+static uint64_t number_of(const std::string &text)
+{
+    uint64_t number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
+bool accepted_read(const std::string &path, accepted_rows *rows)
+{
+    std::string text;
+    if (!file_read(path, &text)) {
+        report_trouble("can't read " + shown(path) + ": " + file_fault());
+        return false;
+    }
+    std::vector<csv_row> table = csv_rows(text);
+    if (has_conflict_markers(text) || table.empty() || table[0] != accepted_head()) {
+        report_trouble(shown(path) + " isn't used: " +
+                       (has_conflict_markers(text) ? "it has conflict markers; resolve them"
+                                                   : "its first line isn't that of an accepted.csv"));
+        return false;
+    }
+    for (size_t i = 1; i < table.size(); i++) {
+        if (table[i].size() != accepted_head().size()) {
+            report_trouble(fmt::format("{} isn't used: its row {} has not {} columns", shown(path), i + 1,
+                                       accepted_head().size()));
+            rows->rows.clear();
+            return false;
+        }
+        csv_row key(table[i].begin(), table[i].begin() + row_columns);
+        accepted_count &count = rows->rows[csv_text(key)];
+        count.count += number_of(table[i][row_columns]);
+        count.reason = std::move(table[i][row_columns + 1]);
+        rows->changed = true;
+    }
+    return true;
+}
+
+accepted_rows accepted_load(const folder_memory &memory)
+{
+    accepted_rows rows;
+    std::string path = memory_path(memory, accepted_name);
+    if (!memory.refused && file_kind_of(path, true) != FILE_NONE)
+        rows.unusable = !accepted_read(path, &rows);
+    rows.changed = false;
+    return rows;
+}
+
+// The items of a script by their rows.
+static std::map<std::string, std::vector<report_item *>> items_by_row(script_report *report)
+{
+    std::map<std::string, std::vector<report_item *>> items;
+    for (report_item &item : report->items)
+        items[accepted_row_of(path_name(report->path), item)].push_back(&item);
+    return items;
+}
+
+uint64_t accepted_apply(accepted_rows *rows, script_report *report)
+{
+    uint64_t settled = 0;
+    if (rows->rows.empty())
+        return settled;
+    for (auto &[row, items] : items_by_row(report)) {
+        auto accepted = rows->rows.find(row);
+        if (accepted == rows->rows.end())
+            continue;
+        accepted->second.matched = items.size();
+        if (items.size() > accepted->second.count)
+            continue;
+        for (report_item *item : items) {
+            settled += is_open(*item) ? 1 : 0;
+            item->state = STATE_ACCEPTED;
+        }
+    }
+    return settled;
+}
+
+uint64_t accepted_add(accepted_rows *rows, script_report *report,
+                      bool (*chosen)(const report_item &, const void *), const void *context,
+                      const std::string &reason)
+{
+    for (auto &[row, items] : items_by_row(report)) {
+        auto is_chosen = [&](const report_item *item) { return is_open(*item) && chosen(*item, context); };
+        if (std::none_of(items.begin(), items.end(), is_chosen))
+            continue;
+        rows->rows[row] = {items.size(), 0, reason};
+        rows->changed = true;
+    }
+    return accepted_apply(rows, report);
+}
+
+// The row of an item in a file of ticks, by as much of the script's path as the file has; null if it has
+// none.
+static accepted_count *tick_of(accepted_rows *ticks, const script_report &report, const report_item &item)
+{
+    std::filesystem::path path = path_of(report.path).lexically_normal();
+    for (auto part = path.begin(); part != path.end(); ++part) {
+        std::filesystem::path script;
+        for (auto rest = part; rest != path.end(); ++rest)
+            script /= *rest;
+        auto tick = ticks->rows.find(accepted_row_of(path_text(script), item));
+        if (tick != ticks->rows.end())
+            return &tick->second;
+    }
+    return nullptr;
+}
+
+uint64_t accepted_add_ticked(accepted_rows *rows, accepted_rows *ticks, script_report *report)
+{
+    for (auto &[row, items] : items_by_row(report)) {
+        accepted_count *tick = tick_of(ticks, *report, *items.front());
+        if (tick == nullptr)
+            continue;
+        tick->matched += items.size();
+        accepted_count &count = rows->rows[row];
+        if (items.front()->kind == ITEM_DROPPED || count.count >= tick->count)
+            continue;
+        count.count = tick->count;
+        count.reason = tick->reason;
+        rows->changed = true;
+    }
+    return accepted_apply(rows, report);
+}
+
+bool accepted_save(const folder_memory &memory, accepted_rows *rows)
+{
+    if (!std::exchange(rows->changed, false))
+        return true;
+    std::string text = csv_text(accepted_head());
+    for (const auto &[row, count] : rows->rows) {
+        csv_row fields = csv_rows(row)[0];
+        fields.push_back(std::to_string(count.count));
+        fields.push_back(count.reason);
+        text += csv_text(fields);
+    }
+    return memory_write(memory, accepted_name, text);
+}

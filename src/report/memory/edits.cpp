@@ -1,0 +1,149 @@
+#include "report/memory/edits.h"
+
+#include "report/memory/text_lines.h"
+#include "support/text.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+// Two texts with their lines as numbers, and the changes that make one out of the other.
+struct compared_texts {
+    text_lines now;
+    text_lines there;
+    std::vector<line_change> changes;
+};
+
+static std::vector<uint32_t> line_numbers(const text_lines &text,
+                                          std::unordered_map<std::string_view, uint32_t> *known)
+{
+    std::vector<uint32_t> numbers;
+    for (size_t i = 0; i < line_count(text); i++)
+        numbers.push_back(
+            known->emplace(line_core(lines_between(text, i, i + 1)), known->size()).first->second);
+    return numbers;
+}
+
+static compared_texts compare(std::string_view now, std::string_view there)
+{
+    compared_texts texts{text_split(now), text_split(there), {}};
+    std::unordered_map<std::string_view, uint32_t> known;
+    std::vector<uint32_t> before = line_numbers(texts.now, &known);
+    texts.changes = line_diff(before, line_numbers(texts.there, &known));
+    return texts;
+}
+
+static std::vector<uint64_t> lines_there(const compared_texts &texts)
+{
+    std::vector<uint64_t> there(line_count(texts.now));
+    size_t at = 0;
+    uint64_t line = 1;
+    auto match_up_to = [&](size_t end) {
+        while (at < end)
+            there[at++] = line++;
+    };
+    for (const line_change &change : texts.changes) {
+        match_up_to(change.before_at);
+        at += change.before_count;
+        line += change.after_count;
+    }
+    match_up_to(there.size());
+    return there;
+}
+
+std::vector<line_change> text_changes(std::string_view before, std::string_view after, size_t *lines)
+{
+    compared_texts texts = compare(before, after);
+    *lines = line_count(texts.now);
+    return std::move(texts.changes);
+}
+
+std::vector<uint64_t> lines_there(std::string_view now, std::string_view there)
+{
+    return lines_there(compare(now, there));
+}
+
+static std::string_view first_word(std::string_view line)
+{
+    return line.substr(0, line.find_first_of(" \t,=([/"));
+}
+
+// The lines of the output that may be there in the place of a line that isn't: the one in the same position
+// where a change has as many lines on both sides, else those of the change that begin with the same word.
+static std::vector<std::string_view> lines_instead(const compared_texts &texts, size_t index)
+{
+    auto after = [index](const line_change &change) {
+        return change.before_at + change.before_count <= index;
+    };
+    auto change = std::find_if_not(texts.changes.begin(), texts.changes.end(), after);
+    std::vector<std::string_view> lines;
+    if (change == texts.changes.end())
+        return lines;
+    auto there = [&](size_t line) { return line_core(lines_between(texts.there, line, line + 1)); };
+    std::string_view word = first_word(line_core(lines_between(texts.now, index, index + 1)));
+    for (size_t i = 0; i < change->after_count; i++) {
+        bool same_position = change->before_count == change->after_count && i == index - change->before_at;
+        if (same_position ||
+            (change->before_count != change->after_count && first_word(there(change->after_at + i)) == word))
+            lines.push_back(there(change->after_at + i));
+    }
+    return lines;
+}
+
+// A text without blanks beside its commas, which people write as they like.
+static std::string without_blanks(std::string_view text)
+{
+    std::string result;
+    for (size_t i = 0; i < text.size(); i++) {
+        size_t next = text.find_first_not_of(" \t", i);
+        bool before_comma = next != std::string_view::npos && text[next] == ',';
+        if (next == i || !(before_comma || (!result.empty() && result.back() == ',')))
+            result += text[i];
+    }
+    return result;
+}
+
+// True if a text is in a line, and no part of a longer name or number.
+static bool has_text(std::string_view there, std::string_view wanted)
+{
+    std::string line = without_blanks(there), text = without_blanks(line_core(wanted));
+    auto joins = [](char c) { return text_is(c, CHAR_WORD) || c == '.' || c == '$' || c == '@'; };
+    for (size_t at = line.find(text); !text.empty() && at != std::string_view::npos;
+         at = line.find(text, at + 1)) {
+        size_t end = at + text.size();
+        bool begins = at == 0 || !joins(line[at - 1]) || !joins(text.front());
+        if (begins && (end == line.size() || !joins(line[end]) || !joins(text.back())))
+            return true;
+    }
+    return false;
+}
+
+static bool has_changed(const report_item &item, const compared_texts &texts, size_t index)
+{
+    std::vector<std::string_view> lines = lines_instead(texts, index);
+    if (item.own_texts.empty() || lines.empty())
+        return true;
+    bool must_be_there = item.kind == ITEM_LOST;
+    auto is_in = [&lines](const std::string &text) {
+        return std::any_of(lines.begin(), lines.end(),
+                           [&](std::string_view line) { return has_text(line, text); });
+    };
+    return must_be_there ? std::all_of(item.own_texts.begin(), item.own_texts.end(), is_in)
+                         : std::none_of(item.own_texts.begin(), item.own_texts.end(), is_in);
+}
+
+void edits_find(script_report *report, std::string_view now, std::string_view there)
+{
+    compared_texts texts = compare(now, there);
+    std::vector<uint64_t> matched = lines_there(texts);
+    for (report_item &item : report->items) {
+        auto changed = [&](uint64_t line) {
+            return line > 0 && line <= matched.size() && matched[line - 1] == 0 &&
+                   has_changed(item, texts, line - 1);
+        };
+        item.state =
+            std::any_of(item.own_lines.begin(), item.own_lines.end(), changed) ? STATE_CHANGED : STATE_OPEN;
+        for (uint64_t line = item.output_line; line < item.output_line + item.output_lines; line++)
+            if (item.there_line == 0 && line <= matched.size())
+                item.there_line = matched[line - 1];
+    }
+}

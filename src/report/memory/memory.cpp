@@ -1,0 +1,209 @@
+#include "report/memory/memory.h"
+
+#include "report/csv.h"
+#include "report/files.h"
+#include "report/messages.h"
+#include "report/show.h"
+
+#include <fmt/core.h>
+
+#include <string.h>
+
+#include <charconv>
+#include <set>
+#include <utility>
+#include <vector>
+
+static constexpr char written_name[] = "written.csv";
+static constexpr char last_ending[] = ".last"; // no name here may end as a script's does
+static constexpr char new_ending[] = ".new";
+static const csv_row &written_head()
+{
+    static const csv_row head = {"output", "script_hash", "version", "collect_mode", "basedim_count"};
+    return head;
+}
+
+static std::string folder_of(const folder_memory &memory)
+{
+    return path_join(memory.folder, memory_folder_name);
+}
+
+std::string memory_path(const folder_memory &memory, const std::string &name)
+{
+    return path_join(folder_of(memory), name);
+}
+
+std::string memory_new_name(const std::string &output)
+{
+    return output + new_ending;
+}
+
+std::string script_hash_of(std::string_view bytes)
+{
+    uint64_t hash = 0xCBF29CE484222325; // FNV-1a
+    for (unsigned char c : bytes)
+        hash = (hash ^ c) * 0x100000001B3;
+    return fmt::format("{:016x}", hash);
+}
+
+bool has_conflict_markers(std::string_view text)
+{
+    auto begins_line = [text](std::string_view marker) {
+        size_t at = text.find(marker);
+        while (at != std::string_view::npos && at > 0 && text[at - 1] != '\n')
+            at = text.find(marker, at + 1);
+        return at != std::string_view::npos;
+    };
+    return begins_line("<<<<<<< ") && begins_line(">>>>>>> ");
+}
+
+static int32_t number_of(const std::string &text)
+{
+    int32_t number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
+// Reads a file of a memory. False, and reported, if it can't be used.
+static bool read_part(const std::string &path, std::string *text)
+{
+    bool read = file_read(path, text);
+    if (read && !has_conflict_markers(*text))
+        return true;
+    report_trouble(read ? shown(path) + " has conflict markers and isn't used; resolve them"
+                        : "can't read " + shown(path) + ": " + file_fault());
+    text->clear();
+    return false;
+}
+
+static void read_written(folder_memory *memory)
+{
+    std::string path = memory_path(*memory, written_name);
+    std::string text;
+    if (file_kind_of(path, true) == FILE_NONE)
+        return;
+    memory->refused = !read_part(path, &text);
+    for (csv_row &row : csv_rows(text))
+        if (row.size() == written_head().size() && row != written_head())
+            memory->written[row[0]] = {row[1], row[2], {number_of(row[3]), number_of(row[4])}};
+}
+
+folder_memory memory_load(const std::string &folder)
+{
+    folder_memory memory{folder, false, false, {}};
+    switch (file_kind_of(folder_of(memory), false)) {
+    case FILE_NONE: break;
+    case FILE_FOLDER: read_written(&memory); break;
+    default:
+        memory.refused = true;
+        report_trouble(shown(folder_of(memory)) + " is a link or no folder and isn't used");
+    }
+    return memory;
+}
+
+std::optional<std::string> memory_last(const folder_memory &memory, const std::string &output)
+{
+    std::string path = memory_path(memory, output + last_ending);
+    std::string text;
+    if (memory.refused || file_kind_of(path, false) != FILE_REGULAR)
+        return {};
+    if (!read_part(path, &text))
+        return {};
+    return text;
+}
+
+bool memory_knows(const folder_memory &memory, const std::string &output)
+{
+    return memory.written.count(output) != 0 ||
+           (!memory.refused && file_kind_of(memory_path(memory, output + last_ending), false) != FILE_NONE);
+}
+
+std::optional<rules_run_state> memory_start(const folder_memory &memory, const std::string &output)
+{
+    auto row = memory.written.find(output);
+    if (row == memory.written.end())
+        return {};
+    return row->second.started;
+}
+
+bool memory_prepare(const folder_memory &memory)
+{
+    std::string probe = file_beside(memory_path(memory, "probe"), "");
+    if (!memory.refused && folder_make(folder_of(memory)) && file_replace(probe, "", "") &&
+        file_remove(probe))
+        return true;
+    report_trouble("nothing is converted or remembered in " +
+                   (memory.folder.empty() ? "this folder" : shown(memory.folder)) + ": " +
+                   (memory.refused ? "its .murlreport isn't used"
+                                   : "can't write to " + shown(folder_of(memory)) + ": " + file_fault()));
+    return false;
+}
+
+bool memory_write(const folder_memory &memory, const std::string &name, std::string_view text)
+{
+    std::string path = memory_path(memory, name);
+    bool is_link = file_kind_of(path, false) == FILE_LINK;
+    if (!is_link && file_replace(path, text, ""))
+        return true;
+    report_trouble("can't write " + shown(path) + ": " + (is_link ? "it is a link" : file_fault()));
+    return false;
+}
+
+bool memory_remember(folder_memory *memory, const std::string &output, std::string_view text, written_row row)
+{
+    if (!memory_write(*memory, output + last_ending, text))
+        return false;
+    memory->written[output] = std::move(row);
+    memory->changed = true;
+    return true;
+}
+
+bool memory_save(folder_memory *memory)
+{
+    if (!std::exchange(memory->changed, false))
+        return true;
+    std::string text = csv_text(written_head());
+    for (const auto &[output, row] : memory->written)
+        text += csv_text({output, row.script_hash, row.version, std::to_string(row.started.collect_mode),
+                          std::to_string(row.started.basedim_count)});
+    return memory_write(*memory, written_name, text);
+}
+
+// The script of an output's name.
+static std::string script_name_of(const std::string &output)
+{
+    std::string name = output;
+    size_t suffix = name.rfind("_conv");
+    return suffix == std::string::npos ? name : name.erase(suffix, 5);
+}
+
+// The outputs of which a memory has something.
+static std::set<std::string> outputs_known(const folder_memory &memory)
+{
+    std::set<std::string> outputs;
+    for (const auto &[output, row] : memory.written)
+        outputs.insert(output);
+    std::vector<std::string> names;
+    if (file_kind_of(folder_of(memory), false) == FILE_FOLDER)
+        (void)folder_names(folder_of(memory), &names);
+    for (const std::string &name : names)
+        for (const char *ending : {last_ending, new_ending})
+            if (size_t at = name.rfind(ending); at != std::string::npos && at + strlen(ending) == name.size())
+                outputs.insert(name.substr(0, at));
+    return outputs;
+}
+
+void memory_prune(folder_memory *memory)
+{
+    if (memory->refused)
+        return;
+    for (const std::string &output : outputs_known(*memory)) {
+        if (file_kind_of(path_join(memory->folder, script_name_of(output)), true) != FILE_NONE)
+            continue;
+        memory->changed |= memory->written.erase(output) > 0;
+        for (const char *ending : {last_ending, new_ending})
+            if (std::string path = memory_path(*memory, output + ending); !file_remove(path))
+                report_trouble("can't remove " + shown(path) + ": " + file_fault());
+        report_note("forgot " + shown(path_join(memory->folder, output)) + ", whose script is gone");
+    }
+}

@@ -1,0 +1,203 @@
+#include "report/memory/renew.h"
+
+#include "platform/platform.h"
+#include "report/files.h"
+#include "report/memory/edits.h"
+#include "report/memory/merge.h"
+#include "report/memory/text_lines.h"
+#include "report/messages.h"
+#include "report/show.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <utility>
+
+constexpr size_t block_lines_shown = 20;
+
+static std::string new_name_of(const script_run &run)
+{
+    return memory_new_name(path_name(run.report.output_path));
+}
+
+// A text with the platform's line ends.
+static std::string platform_text(std::string_view text)
+{
+    if (plat_line_end[1] == '\0')
+        return std::string(text);
+    std::string result;
+    for (char c : text)
+        if (c == '\n')
+            result += plat_line_end;
+        else
+            result += c;
+    return result;
+}
+
+// ---- Writing ----
+
+// Keeps a copy of the output that is there, unless it is remembered byte for byte. False, and reported, if it
+// can't.
+static bool keep_copy(const script_run &run)
+{
+    if (!run.there || (run.last && *run.there == *run.last))
+        return true;
+    std::string path = file_beside(run.report.output_path, ".bak");
+    if (file_replace(path, *run.there, run.report.output_path)) {
+        report_note(fmt::format("kept what was there as {}", shown(path)));
+        return true;
+    }
+    report_trouble("can't write " + shown(path) + ": " + file_fault());
+    return false;
+}
+
+static bool remember(script_run *run, folder_memory *memory)
+{
+    std::string text = platform_text(run->now);
+    if (!memory_remember(memory, path_name(run->report.output_path), text,
+                         {script_hash_of(run->script), MURL_VERSION, run->started}))
+        return false;
+    run->last = std::move(text);
+    (void)file_remove(memory_path(*memory, new_name_of(*run)));
+    return true;
+}
+
+// Replaces the output, and then remembers what is written now.
+static bool write_output(script_run *run, folder_memory *memory, std::string text)
+{
+    if (!keep_copy(*run))
+        return false;
+    if (!file_replace(run->report.output_path, text, "")) {
+        report_trouble("can't write " + shown(run->report.output_path) + ": " + file_fault());
+        return false;
+    }
+    run->there = std::move(text);
+    run->report.output_older = false;
+    return remember(run, memory);
+}
+
+// ---- Merging ----
+
+static std::string lines_shown(std::string_view text, const char *start)
+{
+    std::string result;
+    std::string_view line;
+    for (size_t i = 0; line_take(&text, &line); i++) {
+        if (i == block_lines_shown)
+            return result + fmt::format("\n{}...", start);
+        result += fmt::format("\n{}{}", start, shown_cut(line_core(line), 200));
+    }
+    return result;
+}
+
+static void report_conflict(const script_run &run, const merge_result &merged)
+{
+    std::string path = shown(run.report.output_path);
+    for (const merge_block &block : merged.conflicts)
+        report_note(fmt::format("{}:{}: conflict{}{}", path, block.line, lines_shown(block.mine, "  yours: "),
+                                lines_shown(block.fresh, "  now:   ")));
+}
+
+static void merge_output(script_run *run, folder_memory *memory)
+{
+    merge_result merged = merge_texts(*run->last, *run->there, run->now);
+    std::string path = shown(run->report.output_path);
+    if (merged.conflicts.empty()) {
+        for (const merge_block &block : merged.kept)
+            report_note(
+                fmt::format("{}:{}: kept your edit{}", path, block.line, lines_shown(block.mine, "  ")));
+        if (write_output(run, memory, std::move(merged.text)))
+            report_note(fmt::format("merged {} into {}",
+                                    merged.taken == 1 ? "1 change" : fmt::format("{} changes", merged.taken),
+                                    path));
+        return;
+    }
+    run->conflict = true;
+    report_conflict(*run, merged);
+    (void)memory_write(*memory, new_name_of(*run), platform_text(run->now));
+    report_note(fmt::format(
+        "kept {}: your edits and what has changed are in the same lines; bring in what is new from "
+        "{}, then run with --adopt",
+        path, shown(memory_path(*memory, new_name_of(*run)))));
+}
+
+void output_renew(script_run *run, folder_memory *memory, bool force)
+{
+    if (run->unreadable)
+        return;
+    std::string path = shown(run->report.output_path);
+    output_state state = run->report.output;
+    if (force && state != OUTPUT_SAME)
+        state = OUTPUT_OLD;
+    switch (state) {
+    case OUTPUT_NONE:
+    case OUTPUT_OLD:
+    case OUTPUT_CUT: (void)write_output(run, memory, platform_text(run->now)); break;
+    case OUTPUT_SAME:
+        if (!run->last || !same_text(*run->last, run->now) ||
+            !memory_start(*memory, path_name(run->report.output_path)))
+            (void)remember(run, memory);
+        break;
+    case OUTPUT_BEHIND: merge_output(run, memory); break;
+    case OUTPUT_UNKNOWN:
+        report_note(
+            fmt::format("kept {}: it isn't known what murlconv wrote there; --adopt takes it as an edited "
+                        "conversion, --force replaces it",
+                        path));
+        break;
+    default: break;
+    }
+    script_compare(run);
+}
+
+// ---- Adopting ----
+
+// Lines of what is written now that the output lacks at its end, and how many lines differ in all.
+struct adopt_difference {
+    size_t at_end = 0;
+    size_t lines = 0;
+};
+
+static std::string lines_counted(size_t lines)
+{
+    return lines == 1 ? "1 line" : fmt::format("{} lines", lines);
+}
+
+static adopt_difference difference_of(const script_run &run)
+{
+    adopt_difference difference;
+    size_t lines = 0;
+    for (const line_change &change : text_changes(run.now, *run.there, &lines)) {
+        difference.lines += std::max(change.before_count, change.after_count);
+        if (change.before_at + change.before_count == lines && change.after_count == 0)
+            difference.at_end = change.before_count;
+    }
+    return difference;
+}
+
+void output_adopt(script_run *run, folder_memory *memory, bool force)
+{
+    std::string path = shown(run->report.output_path);
+    if (!run->there) {
+        report_note("there is no " + path + " to adopt");
+        return;
+    }
+    adopt_difference difference = difference_of(*run);
+    std::string refusal;
+    if (run->report.output == OUTPUT_CUT)
+        refusal = "it is cut off";
+    else if (run->report.output != OUTPUT_SAME && run->report.output_older)
+        refusal = "it is older than its script";
+    else if (difference.at_end > 0)
+        refusal =
+            fmt::format("it lacks {} of what is written now at its end", lines_counted(difference.at_end));
+    if (!refusal.empty() && !force) {
+        report_trouble(fmt::format("{} isn't adopted: {} (--force overrides)", path, refusal));
+        return;
+    }
+    if (!remember(run, memory))
+        return;
+    report_note(fmt::format("adopted {}, of which {} differ from what is written now", path,
+                            lines_counted(difference.lines)));
+    script_compare(run);
+}

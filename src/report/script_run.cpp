@@ -1,0 +1,110 @@
+#include "report/script_run.h"
+
+#include "report/files.h"
+#include "report/findings/conversion.h"
+#include "report/findings/judge.h"
+#include "report/memory/edits.h"
+#include "report/memory/text_lines.h"
+#include "report/messages.h"
+#include "report/show.h"
+
+#include <algorithm>
+#include <utility>
+
+static void take_statement_of(const statement_view &statement, void *context)
+{
+    judge_statement(static_cast<judge_state *>(context), statement);
+}
+
+// Converts the script from run->started and judges it. *after is the state after it.
+static bool script_judge(script_run *run, rules_run_state *after)
+{
+    judge_state judge{};
+    judge.report = &run->report;
+    run->report.items.clear();
+    run->report.statements = run->report.converted = 0;
+    *after = run->started;
+    if (!file_read(run->report.path, &run->script) ||
+        !script_convert(run->report.path, after, &run->now, take_statement_of, &judge)) {
+        report_trouble("can't read " + shown(run->report.path) + ": " + file_fault());
+        return false;
+    }
+    source_lines_add(&run->report, run->script, judge.end);
+    return true;
+}
+
+static void read_output(script_run *run, const folder_memory &memory)
+{
+    run->last = memory_last(memory, path_name(run->report.output_path));
+    file_kind kind = file_kind_of(run->report.output_path, true);
+    if (kind != FILE_REGULAR && kind != FILE_FOLDER)
+        return;
+    std::string text;
+    run->unreadable = !file_read(run->report.output_path, &text);
+    if (run->unreadable)
+        report_trouble("can't read " + shown(run->report.output_path) + ": " + file_fault());
+    else
+        run->there = std::move(text);
+    run->report.output_older = file_is_older(run->report.output_path, run->report.path);
+}
+
+static bool same_state(const rules_run_state &a, const rules_run_state &b)
+{
+    return a.collect_mode == b.collect_mode && a.basedim_count == b.basedim_count;
+}
+
+// Moves *carried on to the state after the script, for one that started from another state. True if the
+// output, of which nothing is remembered, was written from *carried.
+static bool carry_on(const script_run &run, rules_run_state *carried)
+{
+    std::string written;
+    return script_convert(run.report.path, carried, &written, nullptr, nullptr) && run.there && !run.last &&
+           !same_text(*run.there, run.now) && same_text(*run.there, written);
+}
+
+bool script_examine(const report_options &options, const std::string &path, const folder_memory &memory,
+                    rules_run_state *carried, script_run *run)
+{
+    run->report.path = path;
+    run->report.output_path = output_path_of(path);
+    std::string output = path_name(run->report.output_path);
+    run->started = options.one_run ? *carried : memory_start(memory, output).value_or(rules_run_state{});
+    rules_run_state after;
+    if (!script_judge(run, &after))
+        return false;
+    read_output(run, memory);
+    rules_run_state before = *carried;
+    if (same_state(run->started, before)) {
+        *carried = after;
+    } else if (carry_on(*run, carried)) {
+        run->started = before;
+        if (!script_judge(run, &after))
+            return false;
+    }
+    script_compare(run);
+    return true;
+}
+
+void script_compare(script_run *run)
+{
+    script_report &report = run->report;
+    report.output = output_state_of(run->there, run->now, run->last);
+    bool compared = report.output == OUTPUT_EDITED || report.output == OUTPUT_UNKNOWN;
+    if (run->there && report.output != OUTPUT_SAME)
+        edits_find(&report, run->now, *run->there);
+    for (report_item &item : report.items) {
+        if (report.output == OUTPUT_SAME)
+            item.there_line = item.output_lines > 0 ? item.output_line : 0;
+        item.doubtful = report.output == OUTPUT_UNKNOWN && item.state == STATE_CHANGED;
+        if (!compared)
+            item.state = report.output == OUTPUT_NONE ? STATE_NONE : STATE_OPEN;
+    }
+}
+
+bool is_selected(const report_options &options, const report_item &item)
+{
+    const std::vector<std::string> &commands = options.commands;
+    return options.kinds[item.kind] &&
+           (commands.empty() ||
+            std::find(commands.begin(), commands.end(), text_upper(item.command)) != commands.end());
+}

@@ -1,0 +1,32 @@
+// One script: its conversion in memory, the output that is there, and its items.
+#pragma once
+
+#include "report/memory/accepted.h"
+#include "report/memory/memory.h"
+#include "report/report_types.h"
+#include "report/scripts.h"
+
+#include <optional>
+#include <string>
+
+struct script_run {
+    script_report report;
+    std::string script;
+    std::string now;                  // what is written now, with line feeds
+    std::optional<std::string> there; // the output that is there
+    std::optional<std::string> last;  // what was written last, if it is remembered
+    rules_run_state started{};        // the run state before the script
+    bool conflict = false;            // the output could not be merged
+    bool unreadable = false;          // there is an output that can't be read
+};
+
+// Converts and judges a script. *carried is the run's state, which its memory goes before, unless the whole
+// is one run. False, and reported, if it can't be read.
+bool script_examine(const report_options &options, const std::string &path, const folder_memory &memory,
+                    rules_run_state *carried, script_run *run);
+
+// Compares the output that is there, and settles the state of each item.
+void script_compare(script_run *run);
+
+// True if an item is one of those that the options select.
+bool is_selected(const report_options &options, const report_item &item);

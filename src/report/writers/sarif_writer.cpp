@@ -1,0 +1,130 @@
+// SARIF 2.1.0: the kinds as rules, the items as results, for tools that show findings of many programs.
+#include "report/files.h"
+#include "report/memory/accepted.h"
+#include "report/memory/memory.h"
+#include "report/show.h"
+#include "report/writers/guide.h"
+#include "report/writers/page_parts.h"
+#include "report/writers/writers.h"
+
+#include <fmt/core.h>
+#include <nlohmann/json.hpp>
+
+#include <string.h>
+
+#include <algorithm>
+#include <map>
+
+using json = nlohmann::ordered_json;
+
+static bool first_result;
+static std::map<std::string, uint64_t> prints; // of the script's results, how many alike
+
+static void put_json(FILE *file, const json &value)
+{
+    std::string text = value.dump(-1, ' ', false, json::error_handler_t::replace);
+    fwrite(text.data(), 1, text.size(), file);
+}
+
+static const char *level_of(item_kind kind)
+{
+    switch (kind) {
+    case ITEM_STOPPED:
+    case ITEM_BROKEN:
+    case ITEM_GUARDED: return "error";
+    case ITEM_FROZEN:
+    case ITEM_DECODED:
+    case ITEM_LOST:
+    case ITEM_GONE:
+    case ITEM_UNKNOWN:
+    case ITEM_BASE: return "warning";
+    default: return "note";
+    }
+}
+
+static json rules()
+{
+    json rules = json::array();
+    std::set<std::string> words;
+    for (const kind_row &row : kind_table)
+        words.insert(row.word);
+    std::map<std::string, std::string> sections = guide_sections(finishing_md, "## ", words);
+    for (int kind = 0; kind < item_kind_count; kind++) {
+        const kind_row &row = kind_table[kind];
+        std::string whole = fmt::format("{}. {}", row.title, row.to_do);
+        const std::string &section = sections[row.word].empty() ? whole : sections[row.word];
+        rules.push_back({{"id", row.word},
+                         {"name", row.label},
+                         {"shortDescription", {{"text", row.title}}},
+                         {"fullDescription", {{"text", whole}}},
+                         {"help", {{"text", section}, {"markdown", section}}},
+                         {"defaultConfiguration", {{"level", level_of(static_cast<item_kind>(kind))}}}});
+    }
+    return rules;
+}
+
+// A path as a relative reference or, if it is absolute, as a file: address.
+static std::string uri_of(const std::string &path)
+{
+    std::filesystem::path normal = path_of(path).lexically_normal();
+    std::string uri = normal.is_absolute() ? "file://" : "";
+    std::string text = path_text(normal);
+    if (normal.is_absolute() && text[0] != '/' && text[0] != '\\')
+        uri += '/';
+    for (char c : text) {
+        bool plain = isalnum(static_cast<unsigned char>(c)) != 0 || strchr("-._~/", c) != nullptr;
+        if (c == '\\' && std::filesystem::path::preferred_separator == '\\')
+            uri += '/';
+        else if (plain || (c == ':' && normal.is_absolute()))
+            uri += c;
+        else
+            uri += fmt::format("%{:02X}", static_cast<unsigned char>(c));
+    }
+    return uri;
+}
+
+void sarif_start(FILE *file)
+{
+    first_result = true;
+    fputs(
+        "{\"version\":\"2.1.0\",\"$schema\":"
+        "\"https://docs.oasis-open.org/sarif/sarif/v2.1.0/errata01/os/schemas/sarif-schema-2.1.0.json\","
+        "\"runs\":[{\"tool\":{\"driver\":",
+        file);
+    put_json(file, {{"name", "murlreport"}, {"version", MURL_VERSION}, {"rules", rules()}});
+    fputs("},\"columnKind\":\"utf16CodeUnits\",\"results\":[", file);
+}
+
+void sarif_script(FILE *file, const script_report &script)
+{
+    std::string uri = uri_of(script.path);
+    std::string name = path_name(script.path);
+    prints.clear();
+    for (const report_item &item : script.items) {
+        json suppressions = json::array();
+        if (item.state == STATE_ACCEPTED)
+            suppressions.push_back({{"kind", "external"}, {"status", "accepted"}});
+        std::string print = script_hash_of(accepted_row_of(name, item));
+        uint64_t alike = ++prints[print];
+        json region = {{"startLine", item.line}, {"endLine", std::max(item.line, item.last_line)}};
+        fputs(first_result ? "\n" : ",\n", file);
+        first_result = false;
+        put_json(
+            file,
+            {{"ruleId", kind_table[item.kind].word},
+             {"ruleIndex", static_cast<int>(item.kind)},
+             {"level", level_of(item.kind)},
+             {"message",
+              {{"text", fmt::format("{}{}{}", item.command, item.command.empty() ? "" : ": ", item.detail)}}},
+             {"locations",
+              {{{"physicalLocation",
+                 {{"artifactLocation", {{"uri", uri}}}, {"region", std::move(region)}}}}}},
+             {"partialFingerprints", {{"item/v1", fmt::format("{}:{}", print, alike)}}},
+             {"suppressions", std::move(suppressions)}});
+    }
+}
+
+void sarif_end(FILE *file)
+{
+    fputs("\n]}]}\n", file);
+}

@@ -1,0 +1,63 @@
+#include "report/judged.h"
+
+#include "common/run.h"
+#include "report/findings/conversion.h"
+#include "report/findings/judge.h"
+
+#include <gtest/gtest.h>
+
+#include <ctype.h>
+#include <strings.h>
+
+#include <algorithm>
+
+struct judged_run {
+    judge_state state;
+    judged_script *result;
+};
+
+// A line that the new system reads over.
+static bool is_skipped(const std::string &line)
+{
+    size_t at = line.find_first_not_of(" \t\r");
+    if (at == std::string::npos || line.compare(at, 2, "//") == 0)
+        return true;
+    bool word = at + 3 >= line.size() || isalnum(static_cast<unsigned char>(line[at + 3])) == 0;
+    return word && strncasecmp(line.c_str() + at, "REM", 3) == 0;
+}
+
+static void take_statement_of(const statement_view &statement, void *context)
+{
+    auto *run = static_cast<judged_run *>(context);
+    std::string output(statement.output);
+    for (size_t start = 0; start < output.size();) {
+        size_t end = std::min(output.find('\n', start), output.size());
+        std::string line = output.substr(start, end - start);
+        if (!is_skipped(line))
+            run->result->live[statement.line].push_back(line);
+        start = end + 1;
+    }
+    judge_statement(&run->state, statement);
+}
+
+judged_script judged(const std::string &script, rules_run_state state)
+{
+    static const std::filesystem::path path = fresh_folder("judged") / "a.mrl";
+    judged_script result;
+    judged_run run{{}, &result};
+    run.state.report = &result.report;
+    reset_run();
+    write_file(path, script);
+    EXPECT_TRUE(script_convert(path, &state, &result.output, take_statement_of, &run));
+    source_lines_add(&result.report, script, run.state.end);
+    return result;
+}
+
+std::string items_of(const std::string &script, rules_run_state state)
+{
+    std::string items;
+    for (const report_item &item : judged(script, state).report.items)
+        items += std::to_string(item.line) + ": " + kind_table[item.kind].word + " " + item.command + ": " +
+                 item.detail + "\n";
+    return items;
+}

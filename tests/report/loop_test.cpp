@@ -1,0 +1,645 @@
+// What --convert, --adopt and --accept do to files: the loop of mending, converting and finishing by hand.
+#include "run_report.h"
+
+#include "common/diff.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+
+namespace fs = std::filesystem;
+using json = nlohmann::json;
+
+// Each line of it leaves an item.
+static const std::string script =
+    "REM a\nSETTEXT\nLINDIM 0,0,0,w,5,1,2\nREM b\nCLS\niREDRAW\nCODE \"x\"\nGROUP \"A\",1,0\nEXIT\n";
+
+// ---- States of outputs ----
+
+TEST_F(report_test, mending_a_script_makes_its_output_old)
+{
+    write("a.mrl", ":a\nLINE 0,0,0,1,1,0\n:A\nLEVELS 1,4\nLINDIM 0,0,0,w,5,1,2\nDELENT 5\nCLS\n");
+    EXPECT_EQ(run("--convert .").status, 1);
+    edit("a.mrl", ":A", ":b");
+    report_result mended = run(".");
+    EXPECT_EQ(mended.status, 1);
+    EXPECT_TRUE(has(mended.out, "0 have nothing left to do")) << mended.out;
+    EXPECT_TRUE(has(mended.out, "a_conv.mrl: output old: ")) << mended.out;
+    EXPECT_FALSE(has(mended.out, "[changed]")) << mended.out;
+    report_result converted_again = run("--convert .");
+    EXPECT_EQ(converted_again.err, "") << "nobody has edited it";
+    EXPECT_EQ(read("a_conv.mrl"), converted(read("a.mrl")));
+    EXPECT_EQ(names(), ".murlreport a.mrl a_conv.mrl") << "what is remembered needs no copy";
+}
+
+TEST_F(report_test, knows_what_became_of_an_output)
+{
+    write("a.mrl", script);
+    EXPECT_EQ(output_state(), "none");
+    EXPECT_EQ(run("--convert .").status, 1);
+    const std::string was = read("a_conv.mrl");
+    EXPECT_EQ(output_state(), "same");
+    std::string crlf = "\xEF\xBB\xBF";
+    for (char c : was)
+        crlf += c == '\n' ? "\t \r\n" : std::string(1, c);
+    write("a_conv.mrl", crlf);
+    EXPECT_EQ(output_state(), "same") << "the habits of editors are no edit";
+    for (const std::string &cut : {std::string(), was.substr(0, was.size() / 2), was.substr(0, 3)}) {
+        write("a_conv.mrl", cut);
+        EXPECT_EQ(output_state(), "cut");
+        EXPECT_FALSE(has(states(), "changed"));
+        EXPECT_EQ(run(".").status, 1);
+    }
+    write("a_conv.mrl", was.substr(0, was.find("REM b")));
+    EXPECT_EQ(output_state(), "edited") << "lines deleted at the end are an edit";
+    write("a_conv.mrl", "mine\n" + was);
+    EXPECT_EQ(output_state(), "edited");
+    json report = report_of("a.mrl");
+    EXPECT_TRUE(report["edited"]);
+    EXPECT_TRUE(report["current"]);
+    edit("a.mrl", "EXIT\n", "EXIT\nREM end\n");
+    EXPECT_EQ(output_state(), "behind");
+    report = report_of("a.mrl");
+    EXPECT_TRUE(report["edited"]);
+    EXPECT_FALSE(report["current"]);
+    write("a_conv.mrl", "mine\n" + was + "REM end\n");
+    EXPECT_EQ(output_state(), "edited") << "it has what a merge would bring";
+    write("a_conv.mrl", was);
+    EXPECT_EQ(output_state(), "old");
+    fs::remove(folder / ".murlreport/a_conv.mrl.last");
+    EXPECT_EQ(output_state(), "unknown");
+}
+
+TEST_F(report_test, a_report_alone_writes_nothing)
+{
+    write("a.mrl", script);
+    run("--convert .");
+    edit("a_conv.mrl", "REM b", "REM mine");
+    edit("a.mrl", "REM a", "REM c");
+    auto all = [&] {
+        std::string text = names() + names(".murlreport");
+        for (const char *name : {"a_conv.mrl", ".murlreport/written.csv", ".murlreport/a_conv.mrl.last"})
+            text += read(name);
+        return text;
+    };
+    const std::string before = all();
+    run(".");
+    run("--all --json - a.mrl");
+    EXPECT_EQ(all(), before);
+    EXPECT_EQ(read(".murlreport/written.csv").find("output,script_hash,version,"), 0u);
+    EXPECT_EQ(names(".murlreport"), "a_conv.mrl.last written.csv");
+}
+
+// ---- States of items ----
+
+TEST_F(report_test, follows_the_edits_of_a_converted_script)
+{
+    write("a.mrl", script);
+    auto wanted = [](const char *settext, const char *lindim, const char *cls) {
+        return std::string("2 lost ") + settext + "\n7 lost open\n5 gone " + cls + "\n3 byhand " + lindim +
+               "\n8 quiet open\n6 dropped open\n";
+    };
+    EXPECT_TRUE(has(states(), "3 byhand none"));
+    EXPECT_EQ(run("--convert a.mrl").status, 1);
+    EXPECT_EQ(states(), wanted("open", "open", "open"));
+
+    edit("a_conv.mrl", "REM b", "LINDIM 1, 2, 3\nREM b");
+    EXPECT_EQ(states(), wanted("open", "open", "open")) << "a line put beside is no work on an item";
+    edit("a_conv.mrl", "REM b", "REM mine");
+    EXPECT_EQ(states(), wanted("open", "open", "open")) << "nor is one replaced beside";
+
+    std::string edited = read("a_conv.mrl");
+    size_t tip = edited.find("// CONVERSION TIP");
+    write("a_conv.mrl", edited.replace(tip, edited.find('\n', tip) + 1 - tip, ""));
+    EXPECT_EQ(states(), wanted("open", "changed", "open")) << "any of its own lines";
+    edit("a_conv.mrl", "REM **** WARNING: CLS", "VIEWCLEAR // CLS");
+    EXPECT_EQ(states(), wanted("open", "changed", "changed"));
+}
+
+// What the line that stands in place of the written one has decides.
+TEST_F(report_test, looks_at_what_an_edit_has_brought)
+{
+    write("a.mrl", "e = -1\nDELENT e\nPRINT \"a\\\"b\"\nREM x\nLINE 0,0,0,1,1,0,0,2,3,4,5,6,7,8,extra\n");
+    run("--convert a.mrl");
+    const std::string was = read("a_conv.mrl");
+    ASSERT_TRUE(has(states(), "2 frozen open")) << states() << was;
+    edit("a_conv.mrl", "DELENT -1", "DELENT -1 // e is -1");
+    EXPECT_TRUE(has(states(), "2 frozen open")) << "the value is still there";
+    edit("a_conv.mrl", "DELENT -1 // e is -1", "DELENT e");
+    EXPECT_TRUE(has(states(), "2 frozen changed"));
+    ASSERT_TRUE(has(states(), "3 decoded open")) << states() << was;
+    edit("a_conv.mrl", "PRINT \"a\"b\"", "PRINT  \"a\"b\"");
+    EXPECT_TRUE(has(states(), "3 decoded open")) << "the string is still the decoded one";
+    edit("a_conv.mrl", "PRINT  \"a\"b\"", "PRINT 'a\"b'");
+    EXPECT_TRUE(has(states(), "3 decoded changed"));
+    ASSERT_TRUE(has(states(), "5 lost open")) << states() << was;
+    std::string edited = read("a_conv.mrl");
+    size_t line = edited.rfind("LINE");
+    write("a_conv.mrl", edited.insert(edited.find('\n', line), " // looked at"));
+    EXPECT_TRUE(has(states(), "5 lost open")) << "the argument isn't there";
+    edit("a_conv.mrl", " // looked at", ", 8, extra");
+    EXPECT_TRUE(has(states(), "5 lost changed")) << states() << read("a_conv.mrl");
+    write("a_conv.mrl", was);
+    EXPECT_FALSE(has(states(), "changed"));
+}
+
+TEST_F(report_test, counts_no_item_as_done_that_is_compared_with_the_wrong_text)
+{
+    write("a.mrl", "CLS\n");
+    write("a_conv.mrl", "VIEWCLEAR\n");
+    EXPECT_EQ(states(), "1 gone changed?\n");
+    report_result unknown = run("a.mrl");
+    EXPECT_EQ(unknown.status, 1);
+    EXPECT_TRUE(has(unknown.out, "[changed?]")) << unknown.out;
+    EXPECT_TRUE(has(unknown.out, "0 have nothing left to do"));
+    EXPECT_EQ(run("--adopt a.mrl").status, 0);
+    EXPECT_EQ(states(), "1 gone changed\n");
+    report_result done = run("a.mrl");
+    EXPECT_EQ(done.status, 0);
+    EXPECT_TRUE(has(done.out, "1 script: 1 gone; 1 has nothing left to do")) << done.out;
+    edit("a.mrl", "CLS\n", "CLS\nREM x\n");
+    EXPECT_EQ(states(), "1 gone open\n") << "behind";
+}
+
+// ---- Converting ----
+
+TEST_F(report_test, converts_by_state)
+{
+    write("a.mrl", script);
+    run("--convert .");
+    const std::string was = read("a_conv.mrl");
+    // cut: written again, and what was there is kept.
+    write("a_conv.mrl", was.substr(0, 9));
+    report_result result = run("--convert --quiet .");
+    EXPECT_EQ(result.err, "murlreport: kept what was there as ./a_conv.mrl.bak\n");
+    EXPECT_EQ(read("a_conv.mrl"), was);
+    EXPECT_EQ(read("a_conv.mrl.bak"), was.substr(0, 9));
+    // same, but for blanks: left alone.
+    const std::string blanks = "  " + was;
+    write("a_conv.mrl", blanks);
+    EXPECT_EQ(run("--convert --quiet .").err, "");
+    EXPECT_EQ(read("a_conv.mrl"), blanks);
+    // old, but not byte for byte.
+    edit("a.mrl", "REM a", "REM c");
+    EXPECT_EQ(output_state(), "old");
+    EXPECT_EQ(run("--convert --quiet .").err, "murlreport: kept what was there as ./a_conv.mrl.bak2\n");
+    EXPECT_EQ(read("a_conv.mrl.bak2"), blanks);
+    EXPECT_EQ(read("a_conv.mrl"), converted(read("a.mrl")));
+    // edited: left alone, unless forced.
+    edit("a_conv.mrl", "REM b", "REM mine");
+    const std::string edited = read("a_conv.mrl");
+    EXPECT_EQ(run("--convert --quiet .").err, "");
+    EXPECT_EQ(read("a_conv.mrl"), edited);
+    EXPECT_EQ(run("--convert --force --quiet .").err,
+              "murlreport: kept what was there as ./a_conv.mrl.bak3\n");
+    EXPECT_EQ(read("a_conv.mrl.bak3"), edited);
+    EXPECT_EQ(output_state(), "same");
+    // unknown: kept and reported; same without a memory: remembered.
+    fs::remove_all(folder / ".murlreport");
+    EXPECT_EQ(run("--convert --quiet .").err, "");
+    EXPECT_EQ(read(".murlreport/a_conv.mrl.last"), read("a_conv.mrl"));
+    fs::remove_all(folder / ".murlreport");
+    write("a_conv.mrl", edited);
+    result = run("--convert --quiet .");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(has(result.err, "kept ./a_conv.mrl: ")) << result.err;
+    EXPECT_TRUE(has(result.err, "--adopt"));
+    EXPECT_EQ(read("a_conv.mrl"), edited);
+    EXPECT_EQ(names(".murlreport"), "");
+}
+
+TEST_F(report_test, converts_as_murlconv_does)
+{
+    fs::copy(fs::path(TEST_SOURCE_DIR) / "tests/report/tree", folder, fs::copy_options::recursive);
+    EXPECT_EQ(run("--convert --quiet .").err, "");
+    size_t outputs = 0;
+    for (const fs::directory_entry &entry : fs::recursive_directory_iterator(folder)) {
+        if (!is_script(entry.path()))
+            continue;
+        fs::path output = entry.path();
+        output.replace_filename(output.stem().string() + "_conv.mrl");
+        EXPECT_EQ(unified_diff(converted(read_file(entry.path())), read_file(output)), "") << output;
+        outputs++;
+    }
+    EXPECT_GT(outputs, 18u);
+    EXPECT_EQ(run("--convert --quiet .").err, "");
+    json report = json::parse(run("--json - .").out);
+    EXPECT_EQ(report["totals"]["outputs"]["same"], report["totals"]["scripts"]);
+}
+
+TEST_F(report_test, merges_what_was_edited_and_what_has_changed)
+{
+    write("a.mrl", script);
+    run("--convert .");
+    const std::string was = read("a_conv.mrl");
+    edit("a_conv.mrl", "REM **** WARNING: CLS", "VIEWCLEAR // CLS");
+    edit("a.mrl", "REM a", "REM c");
+    report_result merged = run("--convert --quiet .");
+    EXPECT_EQ(merged.err,
+              "murlreport: ./a_conv.mrl:19: kept your edit\n"
+              "  VIEWCLEAR // CLS has NOT been implemented\n"
+              "murlreport: kept what was there as ./a_conv.mrl.bak\n"
+              "murlreport: merged 1 change into ./a_conv.mrl\n");
+    EXPECT_EQ(output_state(), "edited");
+    EXPECT_TRUE(has(read("a_conv.mrl"), "REM c\n")) << read("a_conv.mrl");
+    EXPECT_TRUE(has(read("a_conv.mrl"), "VIEWCLEAR"));
+    EXPECT_TRUE(has(read("a_conv.mrl.bak"), "REM a\n"));
+    EXPECT_EQ(read(".murlreport/a_conv.mrl.last"), converted(read("a.mrl")));
+    EXPECT_TRUE(has(states(), "5 gone changed")) << states();
+
+    edit("a_conv.mrl", "REM c", "REM mine");
+    edit("a.mrl", "REM c", "REM theirs");
+    const std::string edited = read("a_conv.mrl");
+    report_result conflict = run("--convert --quiet --kind stopped .");
+    EXPECT_EQ(conflict.status, 1);
+    EXPECT_EQ(conflict.err,
+              "murlreport: ./a_conv.mrl:1: conflict\n  yours: REM mine\n  now:   REM theirs\n"
+              "murlreport: kept ./a_conv.mrl: your edits and what has changed are in the same "
+              "lines; bring in what is new from ./.murlreport/a_conv.mrl.new, then run with "
+              "--adopt\n");
+    EXPECT_EQ(read("a_conv.mrl"), edited);
+    EXPECT_EQ(read(".murlreport/a_conv.mrl.new"), converted(read("a.mrl")));
+    EXPECT_EQ(output_state(), "behind");
+    write("a_conv.mrl", edited + "\n");
+    EXPECT_TRUE(has(run("--adopt --quiet .").err, "adopted ./a_conv.mrl, of which ")) << "a line is mine";
+    EXPECT_EQ(output_state(), "edited");
+    EXPECT_EQ(names(".murlreport"), "a_conv.mrl.last written.csv");
+}
+
+TEST_F(report_test, adopts_no_output_that_lacks_something)
+{
+    write("a.mrl", script);
+    run("--convert .");
+    const std::string was = read("a_conv.mrl");
+    fs::remove_all(folder / ".murlreport");
+    auto refused = [&](const std::string &why) {
+        report_result result = run("--adopt --quiet .");
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.err, "murlreport: ./a_conv.mrl isn't adopted: " + why + " (--force overrides)\n");
+        EXPECT_FALSE(fs::exists(folder / ".murlreport/a_conv.mrl.last"));
+    };
+    write("a_conv.mrl", was.substr(0, was.size() - 3));
+    refused("it is cut off");
+    write("a_conv.mrl", was.substr(0, was.find("EXIT")));
+    refused("it lacks 1 line of what is written now at its end");
+    write("a_conv.mrl", "mine\n" + was);
+    fs::last_write_time(folder / "a_conv.mrl", fs::last_write_time(folder / "a.mrl") - std::chrono::hours(1));
+    refused("it is older than its script");
+    EXPECT_TRUE(has(run("--adopt --force --quiet .").err,
+                    "adopted ./a_conv.mrl, of which 1 line differ from what is written now"));
+    EXPECT_EQ(output_state(), "edited");
+    EXPECT_EQ(read("a_conv.mrl"), "mine\n" + was);
+    fs::remove(folder / "a_conv.mrl");
+    report_result none = run("--adopt --quiet .");
+    EXPECT_EQ(none.status, 1);
+    EXPECT_EQ(none.err, "murlreport: there is no ./a_conv.mrl to adopt\n");
+}
+
+// ---- The run's state ----
+
+TEST_F(report_test, starts_from_the_state_that_an_output_was_written_from)
+{
+    write("a.mrl", "SET COLLECT, 1\n");
+    write("b.mrl", "ORDDIM 0, 0, 0, w, 5, 1, 2\n");
+    run("--convert --one-run a.mrl b.mrl");
+    EXPECT_TRUE(has(read(".murlreport/written.csv"), "a_conv.mrl,"));
+    const std::string joined = read("b_conv.mrl");
+    EXPECT_NE(joined, converted("ORDDIM 0, 0, 0, w, 5, 1, 2\n"));
+    EXPECT_EQ(report_of("b.mrl")["output"], "same") << "the memory has the state";
+    EXPECT_EQ(report_of("--one-run b.mrl")["output"], "old") << "--one-run replaces it";
+    fs::remove_all(folder / ".murlreport");
+    EXPECT_EQ(report_of("b.mrl")["output"], "unknown");
+    EXPECT_EQ(json::parse(run("--json - a.mrl b.mrl").out)["files"][1]["output"], "same")
+        << "tried with the run's state";
+    run("--convert b.mrl a.mrl");
+    EXPECT_EQ(read("b_conv.mrl"), joined);
+}
+
+// One folder's memory is one, however its scripts are named.
+TEST_F(report_test, remembers_scripts_of_a_folder_by_any_path)
+{
+    fs::create_directories(folder / "sub");
+    write("a.mrl", "REM a\n");
+    write("b.mrl", "REM b\n");
+    write("c.mrl", "REM c\n");
+    EXPECT_EQ(run("--convert a.mrl ./b.mrl sub/../c.mrl").status, 0);
+    for (const char *name : {"a_conv.mrl,", "b_conv.mrl,", "c_conv.mrl,"})
+        EXPECT_TRUE(has(read(".murlreport/written.csv"), name)) << name;
+}
+
+// ---- Memories that can't be used ----
+
+TEST_F(report_test, uses_no_memory_with_conflict_markers)
+{
+    const std::string markers = "<<<<<<< ours\nx\n=======\ny\n>>>>>>> theirs\n";
+    write("a.mrl", "CLS\nREM x\n");
+    run("--convert .");
+    run("--accept --kind gone .");
+    for (const char *name : {"a_conv.mrl.last", "written.csv", "accepted.csv"}) {
+        const std::string path = std::string(".murlreport/") + name;
+        const std::string was = read(path), output = read("a_conv.mrl");
+        write(path, was + markers);
+        write("a_conv.mrl", output + "REM mine\n");
+        report_result result = run("--convert --accept --kind gone .");
+        EXPECT_EQ(result.status, 2);
+        EXPECT_TRUE(has(result.err, std::string("/") + name)) << result.err;
+        EXPECT_TRUE(has(result.err, "conflict markers"));
+        EXPECT_EQ(read(path), was + markers) << "it is left as it is";
+        EXPECT_EQ(read("a_conv.mrl"), output + "REM mine\n");
+        write(path, was);
+        write("a_conv.mrl", output);
+    }
+    write(".murlreport/accepted.csv", read(".murlreport/accepted.csv") + "a,b\n");
+    report_result odd = run("--accept --kind gone .");
+    EXPECT_EQ(odd.status, 2);
+    EXPECT_TRUE(has(odd.err, "its row 3 has not 9 columns")) << odd.err;
+    EXPECT_TRUE(has(read(".murlreport/accepted.csv"), "\na,b\n"));
+}
+
+TEST_F(report_test, refuses_a_memory_that_is_a_link_or_no_folder)
+{
+    write("a.mrl", "CLS\n");
+    fs::create_directories(base / "elsewhere");
+    auto refused = [&](const std::string &why) {
+        report_result result = run("--convert --quiet .");
+        EXPECT_EQ(result.status, 2);
+        EXPECT_TRUE(has(result.err, why)) << result.err;
+        EXPECT_FALSE(fs::exists(folder / "a_conv.mrl")) << "nothing is converted";
+        EXPECT_EQ(run(".").status, 2);
+    };
+    fs::create_directory_symlink(base / "elsewhere", folder / ".murlreport");
+    refused("is a link or no folder and isn't used");
+    EXPECT_TRUE(fs::is_empty(base / "elsewhere"));
+    fs::remove(folder / ".murlreport");
+    write(".murlreport", "mine");
+    refused("is a link or no folder and isn't used");
+    fs::remove(folder / ".murlreport");
+    if (geteuid() == 0)
+        return; // nothing is closed to root
+    fs::create_directories(folder / ".murlreport");
+    chmod((folder / ".murlreport").c_str(), 0500);
+    report_result closed = run("--convert --quiet .");
+    EXPECT_EQ(closed.status, 2);
+    EXPECT_TRUE(has(closed.err, "nothing is converted")) << closed.err;
+    EXPECT_FALSE(fs::exists(folder / "a_conv.mrl"));
+    chmod((folder / ".murlreport").c_str(), 0700);
+    // A file of the memory that leads elsewhere isn't followed.
+    write_file(base / "elsewhere/x", "mine");
+    fs::create_symlink(base / "elsewhere/x", folder / ".murlreport/a_conv.mrl.last");
+    EXPECT_EQ(run("--convert --quiet .").status, 2);
+    EXPECT_EQ(read_file(base / "elsewhere/x"), "mine");
+}
+
+// ---- Writing ----
+
+TEST_F(report_test, writes_to_where_an_output_is)
+{
+    write("a.mrl", "CLS\n");
+    fs::create_directories(base / "outputs");
+    fs::create_symlink("../outputs/there", folder / "a_conv.mrl");
+    EXPECT_EQ(run("--convert --quiet .").status, 1) << "the link leads to no file yet";
+    EXPECT_TRUE(fs::is_symlink(folder / "a_conv.mrl"));
+    EXPECT_EQ(read_file(base / "outputs/there"), converted("CLS\n"));
+    chmod((base / "outputs/there").c_str(), 0640);
+    edit("a.mrl", "CLS", "CLS\nCLS");
+    run("--convert --quiet .");
+    EXPECT_EQ(read_file(base / "outputs/there"), converted("CLS\nCLS\n"));
+    EXPECT_EQ(fs::status(base / "outputs/there").permissions(), static_cast<fs::perms>(0640));
+    EXPECT_TRUE(fs::is_symlink(folder / "a_conv.mrl"));
+    EXPECT_EQ(names(), ".murlreport a.mrl a_conv.mrl");
+    fs::remove(folder / "a_conv.mrl");
+    fs::create_symlink("/dev/null", folder / "a_conv.mrl");
+    EXPECT_EQ(run("--convert --quiet .").status, 1);
+    EXPECT_TRUE(fs::is_symlink(folder / "a_conv.mrl")) << "what is no file is written directly";
+    fs::remove(folder / "a_conv.mrl");
+    fs::create_directories(folder / "a_conv.mrl/x");
+    EXPECT_EQ(run("--convert --force --quiet .").status, 2) << "a folder can't be written";
+}
+
+TEST_F(report_test, leaves_what_was_there_when_a_write_fails)
+{
+    write("a.mrl", times(5000, "CLS\n"));
+    run("--convert .");
+    const std::string was = read("a_conv.mrl");
+    edit("a.mrl", "CLS", "REM x");
+    write("a_conv.mrl.tmp", "mine");
+    report_result full = run("--convert --quiet .", "trap '' XFSZ; ulimit -f 16;");
+    EXPECT_EQ(full.status, 2);
+    EXPECT_EQ(full.err, "murlreport: can't write ./a_conv.mrl: File too large\n");
+    EXPECT_EQ(read("a_conv.mrl"), was);
+    EXPECT_EQ(output_state(), "old");
+    EXPECT_EQ(names(), ".murlreport a.mrl a_conv.mrl a_conv.mrl.tmp");
+    EXPECT_EQ(read("a_conv.mrl.tmp"), "mine");
+    if (geteuid() == 0)
+        return;
+    chmod((folder / "a_conv.mrl").c_str(), 0);
+    report_result closed = run("--convert --force --quiet .");
+    EXPECT_EQ(closed.status, 2);
+    chmod((folder / "a_conv.mrl").c_str(), 0600);
+    EXPECT_EQ(read("a_conv.mrl"), was) << "what can't be read isn't replaced";
+}
+
+// Ended before and after each of its renames, a conversion is never taken for done, and the next one ends it.
+TEST_F(report_test, a_conversion_that_is_ended_anywhere_is_never_taken_for_done)
+{
+    int ended = 0;
+    for (int kill_at = 1; kill_at <= 8; kill_at++)
+        for (bool merge : {false, true}) {
+            fs::remove_all(folder);
+            fs::create_directories(folder);
+            write("a.mrl", "REM x\nLINEE 1\nREM y\nCLS\n");
+            write("b.mrl", "CLS\n");
+            run("--convert .");
+            if (merge)
+                edit("a_conv.mrl", "LINEE 1", "LINE 1");
+            edit("a.mrl", "REM y\nCLS\n", "REM y\nREM z\nREM z\nCLS\nCLS\n");
+            edit("b.mrl", "CLS\n", "CLS\nCLS\n");
+            report_result result =
+                run("--convert --quiet .", "LD_PRELOAD=\"$KILLER\" KILL_AT=" + std::to_string(kill_at));
+            ended += result.status == 137 ? 1 : 0;
+            report_result after = run(".");
+            EXPECT_EQ(after.status, 1) << kill_at << merge << after.out;
+            EXPECT_TRUE(has(after.out, "0 have nothing left to do")) << kill_at << merge << after.out;
+            EXPECT_FALSE(has(after.out, "gone CLS: the new dialect has no such command [")) << after.out;
+            EXPECT_EQ(run("--convert --quiet .").status, 1);
+            EXPECT_EQ(output_state(), merge ? "edited" : "same") << kill_at;
+            std::string want = converted(read("a.mrl"));
+            if (merge)
+                want.replace(want.find("LINEE 1"), 7, "LINE 1");
+            EXPECT_EQ(read("a_conv.mrl"), want) << kill_at;
+            if (!merge) {
+                EXPECT_EQ(read(".murlreport/a_conv.mrl.last"), want) << kill_at;
+            }
+        }
+    EXPECT_GE(ended, 2 * 6) << "the renames of a run: a probe, two outputs, two texts, a table";
+}
+
+// ---- Accepting ----
+
+TEST_F(report_test, accepts_what_is_selected)
+{
+    write("a.mrl", ":a\nCLS\n//\nGROUP \"A\",1,0\nLINEE 1\niREDRAW\nLINE 0,0,0,1,1,0)\n");
+    run("--convert .");
+    EXPECT_EQ(run("--accept .").status, 2) << "never all at once";
+    EXPECT_EQ(run("--accept a.mrl a.mrl:2").status, 2);
+    report_result result = run("--accept --command cls --reason 'not needed, \"really\"' .");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "murlreport: accepted 1 item of ./a.mrl\n");
+    EXPECT_TRUE(has(result.out, "gone CLS: the new dialect has no such command [accepted]")) << result.out;
+    EXPECT_TRUE(has(result.out, "0 have nothing left to do")) << "the others are open, though not selected";
+    std::string rows = read(".murlreport/accepted.csv");
+    EXPECT_EQ(
+        rows.find("script,kind,command,statement,detail,before,after,count,reason\na.mrl,gone,CLS,CLS,"), 0u)
+        << rows;
+    EXPECT_TRUE(has(rows, ",1,\"not needed, \"\"really\"\"\"\n")) << rows;
+    EXPECT_EQ(run("--accept a.mrl:4 a.mrl:6").err, "murlreport: accepted 1 item of a.mrl\n")
+        << "a system command is never open";
+    EXPECT_EQ(run("--accept --command line .").err, "") << "broken by its name alone";
+    EXPECT_EQ(run("--accept a.mrl:7").err, "");
+    EXPECT_EQ(run("--accept --kind broken .").err, "murlreport: accepted 1 item of ./a.mrl\n");
+    EXPECT_EQ(run("--accept --kind unknown .").status, 0);
+    report_result done = run(".");
+    EXPECT_EQ(done.status, 0);
+    EXPECT_TRUE(has(done.out, "1 has nothing left to do")) << done.out;
+    json sarif = json::parse(run("--sarif - .").out);
+    for (const json &item : sarif["runs"][0]["results"])
+        EXPECT_EQ(item["suppressions"].size(), item["ruleId"] == "dropped" ? 0u : 1u);
+}
+
+TEST_F(report_test, accepts_as_many_alike_as_were_accepted)
+{
+    write("a.mrl", "REM x\nCLS\nREM x\nCLS\nREM x\n");
+    run("--convert .");
+    EXPECT_EQ(run("--accept a.mrl:2").status, 0) << "they can't be told from each other";
+    EXPECT_TRUE(has(read(".murlreport/accepted.csv"), ",2,\n"));
+    write("a.mrl", "REM y\nREM x\nCLS\nREM x\n");
+    run("--convert --quiet .");
+    EXPECT_EQ(states(), "3 gone accepted\n") << "fewer, on other lines";
+    write("a.mrl", "REM x\nCLS\nREM x\nCLS\nREM x\nCLS\nREM x\n");
+    run("--convert --quiet .");
+    EXPECT_EQ(states(), "2 gone open\n4 gone open\n6 gone open\n") << "more";
+    write("a.mrl", "REM other\nCLS\n");
+    report_result gone = run("--convert .");
+    EXPECT_EQ(gone.status, 1);
+    EXPECT_TRUE(has(gone.err, "accepted.csv: what was accepted of a.mrl matches nothing any more: gone CLS"))
+        << gone.err;
+    EXPECT_TRUE(has(run("--prune .").err, "(removed)"));
+    EXPECT_FALSE(has(read(".murlreport/accepted.csv"), "a.mrl"));
+    EXPECT_EQ(run(".").err, "");
+}
+
+TEST_F(report_test, accepts_ticks_of_the_page)
+{
+    fs::create_directories(folder / "sub");
+    write("sub/a.mrl", "REM \xe6\nCLS\nREM \xff\n");
+    run("--convert .");
+    run("--accept --kind gone sub/a.mrl");
+    std::string ticks = read("sub/.murlreport/accepted.csv");
+    fs::remove(folder / "sub/.murlreport/accepted.csv");
+    ticks.replace(ticks.find("\na.mrl"), 6, "\nsub/a.mrl");
+    EXPECT_TRUE(has(ticks, "REM \xe6"));
+    write("ticks.csv", ticks + "sub/a.mrl,gone,OTHER,OTHER,x,,,1,\n");
+    report_result result = run("--accept-from ticks.csv .");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_TRUE(has(result.err, "accepted 1 item of ./sub/a.mrl\n")) << result.err;
+    EXPECT_TRUE(has(result.err, "a tick of sub/a.mrl matches nothing that is open: gone OTHER: x\n"))
+        << result.err;
+    write("ticks.csv", "no,such,head\n");
+    EXPECT_EQ(run("--accept-from ticks.csv .").status, 2);
+}
+
+TEST_F(report_test, prunes_what_is_remembered_of_scripts_that_are_gone)
+{
+    write("a.mrl", "CLS\n");
+    write("b.mrl", "REM x\n");
+    run("--convert .");
+    run("--accept --kind gone .");
+    fs::remove(folder / "a.mrl");
+    fs::remove(folder / "a_conv.mrl");
+    EXPECT_TRUE(has(run(".").err, "what was accepted of a.mrl matches nothing"));
+    EXPECT_EQ(names(".murlreport"), "a_conv.mrl.last accepted.csv b_conv.mrl.last written.csv");
+    report_result pruned = run("--prune .");
+    EXPECT_EQ(pruned.status, 0);
+    EXPECT_TRUE(has(pruned.err, "forgot ./a_conv.mrl, whose script is gone")) << pruned.err;
+    EXPECT_EQ(names(".murlreport"), "accepted.csv b_conv.mrl.last written.csv");
+    EXPECT_FALSE(has(read(".murlreport/written.csv"), "a_conv"));
+    fs::remove(folder / "b.mrl");
+    EXPECT_TRUE(has(run("--prune .").err, "./b_conv.mrl is an output whose script is gone"));
+}
+
+// ---- SARIF ----
+
+TEST_F(report_test, writes_sarif)
+{
+    fs::create_directories(folder / "a b");
+    write("a b/\xc3\xa9 #%.mrl", "CLS\nREM x\nLINE 0,0,0,1,1,0)\nCLS\nREM x\nGROUP \"A\",1,0\nREM x\n");
+    auto results = [&] { return json::parse(run("--sarif - .").out)["runs"][0]; };
+    json sarif = results();
+    const json &rules = sarif["tool"]["driver"]["rules"];
+    EXPECT_EQ(rules.size(), 14u) << "all kinds";
+    for (const json &rule : rules) {
+        EXPECT_FALSE(rule["shortDescription"]["text"].get<std::string>().empty());
+        EXPECT_GT(rule["help"]["text"].get<std::string>().size(), 40u)
+            << rule["id"] << " has the guide's words";
+    }
+    std::set<std::string> prints;
+    for (const json &item : sarif["results"]) {
+        const json &rule = rules[item["ruleIndex"].get<size_t>()];
+        EXPECT_EQ(item["ruleId"], rule["id"]);
+        EXPECT_EQ(item["level"], rule["defaultConfiguration"]["level"]);
+        const json &place = item["locations"][0]["physicalLocation"];
+        EXPECT_EQ(place["artifactLocation"]["uri"], "a%20b/%C3%A9%20%23%25.mrl");
+        EXPECT_GE(place["region"]["startLine"], 1);
+        EXPECT_TRUE(item["suppressions"].is_array());
+        EXPECT_FALSE(item["message"]["text"].get<std::string>().empty());
+        EXPECT_TRUE(prints.insert(item["partialFingerprints"].dump()).second) << item;
+    }
+    std::map<std::string, std::string> levels;
+    for (const json &rule : rules)
+        levels[rule["id"]] = rule["defaultConfiguration"]["level"];
+    EXPECT_EQ(levels["stopped"] + levels["broken"] + levels["guarded"], "errorerrorerror");
+    EXPECT_EQ(levels["lost"] + levels["unknown"] + levels["base"], "warningwarningwarning");
+    EXPECT_EQ(levels["byhand"] + levels["form"] + levels["dropped"], "notenotenote");
+    // Other lines above change no fingerprint.
+    edit("a b/\xc3\xa9 #%.mrl", "CLS", "REM first\nREM second\nREM x\nCLS");
+    std::set<std::string> later;
+    const json moved = results();
+    for (const json &item : moved["results"])
+        later.insert(item["partialFingerprints"].dump());
+    size_t kept = 0;
+    for (const std::string &print : prints)
+        kept += later.count(print);
+    EXPECT_GE(kept + 1, prints.size()) << "the first one has another statement before it";
+}
+
+// ---- The JSON's form ----
+
+// Every object has the members of docs/report.schema.json, all and no others.
+TEST_F(report_test, writes_json_by_its_schema)
+{
+    write("a.mrl", script);
+    run("--convert .");
+    const json schema = json::parse(read_file(fs::path(TEST_SOURCE_DIR) / "docs/report.schema.json"));
+    const json report = json::parse(run("--json - .").out);
+    auto compare = [](const json &value, const json &form) {
+        std::set<std::string> members, required(form["required"].begin(), form["required"].end()), known;
+        for (const auto &member : value.items())
+            members.insert(member.key());
+        for (const auto &member : form["properties"].items())
+            known.insert(member.key());
+        EXPECT_EQ(members, required);
+        EXPECT_EQ(members, known);
+    };
+    compare(report, schema);
+    EXPECT_EQ(report["version"], schema["properties"]["version"]["const"]);
+    const json &file = schema["properties"]["files"]["items"];
+    compare(report["files"][0], file);
+    compare(report["totals"], schema["properties"]["totals"]);
+    compare(report["files"][0]["items"][0], schema["$defs"]["item"]);
+    const json &states = file["properties"]["output"]["enum"];
+    EXPECT_EQ(states.size(), report["totals"]["outputs"].size());
+    for (const json &state : states)
+        EXPECT_TRUE(report["totals"]["outputs"].contains(state.get<std::string>())) << state;
+    EXPECT_EQ(schema["$defs"]["kind"]["enum"].size(), report["totals"]["kinds"].size());
+}
