@@ -75,7 +75,7 @@ static int32_t fetch_line(const cmd_row &row)
     slots_start_statement();
     slot_set_word("LINE", 4);
     arg_cursor++;
-    return fetch_args(row.spec_count, row.spec, false);
+    return fetch_args(row.spec_count, row.spec);
 }
 
 static void getc_block(benchmark::State &state)

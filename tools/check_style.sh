@@ -49,7 +49,7 @@ run_tidy() {
 
 tell clang-format
 # shellcheck disable=SC2046 # no name of ours has a blank
-clang-format --dry-run -Werror $(find src tests bench fuzz -name '*.cpp' -o -name '*.h')
+clang-format --dry-run -Werror $(find src tests tools bench fuzz -name '*.cpp' -o -name '*.h')
 
 tools/check_includes.sh
 
