@@ -352,7 +352,7 @@ TEST_F(var_store_test, takes_no_more_memory_than_its_variables)
         ASSERT_EQ(make("c", VAR_CHAR, {50000000 + i}), 0);
         file_objects();
     }
-    EXPECT_LT(resident_bytes() - before, 800000000u);
+    EXPECT_LT(resident_bytes(), before + 800000000u);
 }
 
 // Elements are zero in a block that is used again, in a new one and in one from memory that was freed.
@@ -366,8 +366,14 @@ TEST_F(var_store_test, starts_elements_at_zero_without_clearing_large_blocks)
             var_store_value(255);
         }
     }
+    // The address sanitizer's own library clears what it hands out.
+#ifdef __SANITIZE_ADDRESS__
+    constexpr int rounds = 3;
+#else
+    constexpr int rounds = 300;
+#endif
     clock_t start = clock();
-    for (int i = 0; i < 300; i++) {
+    for (int i = 0; i < rounds; i++) {
         ASSERT_EQ(make("c", VAR_CHAR, {260000000}), 0);
         ASSERT_EQ(make("c", VAR_CHAR, {i % 2 == 0 ? 1 : 200000000}), 0);
     }

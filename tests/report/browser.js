@@ -82,7 +82,7 @@ async function filters(page) {
   await page.click('#clear');
   await page.fill('#text', 'menu.mrl:1');
   assert.deepEqual(await rowsOf(page), [], 'line 1 is not line 15');
-  for (const [text, count] of [['menu.mrl:15', 1], ['no such text anywhere', 0], ['If Guards Another', 6]]) {
+  for (const [text, count] of [['polygons.mrl:9', 1], ['no such text anywhere', 0], ['If Guards Another', 6]]) {
     await page.fill('#text', text);
     await page.click('#open-all');
     assert.equal(new Set(await rowsOf(page)).size, count, text);
@@ -109,16 +109,16 @@ async function opensTheHostileFile(page) {
 }
 
 async function opensARowInPlace(page) {
-  await page.fill('#text', 'menu.mrl:15');
+  await page.fill('#text', 'polygons.mrl:9');
   await page.click('#open-all');
   await page.click('#close-all');
   await page.click('#list .toggle');
-  const row = '#list .item:has(code:text-matches("^GETENV"))';
-  assert.deepEqual(await texts(page, row + ' .line-head .kind'), ['argument lost', 'no such command'], 'one row for a statement, its kinds as labels');
+  const row = '#list .item:has(code:text-matches("^VPOLYGON"))';
+  assert.deepEqual(await texts(page, row + ' .line-head .kind'), ['argument lost', 'look at it'], 'one row for a statement, its kinds as labels');
   assert.equal(await page.$$eval(row + ' .tick', (boxes) => boxes.length), 1, 'and one tick');
   await page.click(row + ' .what');
-  assert.ok((await texts(page, row + ' .old .text')).some((text) => text.startsWith('GETENV')), 'the old line');
-  assert.equal((await texts(page, row + ' figcaption'))[0], 'Script, line 15');
+  assert.ok((await texts(page, row + ' .old .text')).some((text) => text.startsWith('VPOLYGON')), 'the old line');
+  assert.equal((await texts(page, row + ' figcaption'))[0], 'Script, line 9');
   assert.match((await texts(page, row + ' .right figcaption'))[0], /^(Output|What would be written)/);
   assert.ok((await page.textContent(row + ' .guide')).length > 40, 'the guide is in it');
   await page.click(row + ' .toggle');
@@ -141,7 +141,7 @@ async function keysFollowWhatIsShown(page) {
   const box = await page.$eval('#list .at', (element) => element.getBoundingClientRect().top);
   assert.ok(box >= 0 && box < 900, 'what the cursor is at is in the window: ' + box);
   await page.waitForTimeout(200);
-  const place = [await page.evaluate(() => scrollY), await cursor()];
+  const place = await cursor();
   const names = await texts(page, '#matrix tbody th a');
   for (const name of names) {
     await page.keyboard.press('n');
@@ -153,8 +153,10 @@ async function keysFollowWhatIsShown(page) {
   await page.keyboard.press('j');
   await page.keyboard.press('Escape');
   await page.waitForTimeout(200);
-  assert.equal(await cursor(), place[1]);
-  assert.ok(Math.abs(await page.evaluate(() => scrollY) - place[0]) < 200, 'back where one was');
+  assert.equal(await cursor(), place);
+  // Rows that were never shown have an estimated height, so that the page may scroll a little.
+  const back = await page.$eval('#list .at', (element) => element.getBoundingClientRect().top);
+  assert.ok(back >= 0 && back < 900, 'back where one was: ' + back);
   await page.goBack();
   assert.ok(await page.isVisible('#file-head'), 'and the browser goes back to the file');
   await page.keyboard.press('Escape');
@@ -163,7 +165,7 @@ async function keysFollowWhatIsShown(page) {
 
 async function ticksAreKeptAndSaved(page, context) {
   await page.evaluate(() => { groupsOpen.clear(); showList(false); setAt(null); scrollTo(0, 0); });
-  const card = await page.evaluate(() => { const entry = list.entries.find((other) => other.group && other.group.card); setAt(entry, true); return entry.group.rows.length; });
+  const card = await page.evaluate(() => { const entry = list.entries.find((other) => other.group && other.group.card && other.group.card.items[0].kind !== informs); setAt(entry, true); return entry.group.rows.length; });
   await page.keyboard.press('x');
   const rows = await page.evaluate(() => allItems.filter(isTicked).length);
   assert.ok(rows >= card && card >= 5, 'a card ticks all of its items');

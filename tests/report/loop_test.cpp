@@ -643,3 +643,13 @@ TEST_F(report_test, writes_json_by_its_schema)
         EXPECT_TRUE(report["totals"]["outputs"].contains(state.get<std::string>())) << state;
     EXPECT_EQ(schema["$defs"]["kind"]["enum"].size(), report["totals"]["kinds"].size());
 }
+
+TEST_F(report_test, writes_no_script_through_a_link)
+{
+    write("a.mrl", "CLS\n");
+    fs::create_symlink("a.mrl", folder / "a_conv.mrl");
+    report_result result = run("--convert --force a.mrl");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_TRUE(has(result.err, "it leads to its script")) << result.err;
+    EXPECT_EQ(read("a.mrl"), "CLS\n");
+}

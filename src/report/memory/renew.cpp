@@ -121,8 +121,19 @@ static void merge_output(script_run *run, folder_memory *memory)
         path, shown(memory_path(*memory, new_name_of(*run)))));
 }
 
+// True, and reported, if the output's path is a link that leads to the script.
+static bool leads_to_script(const script_run &run)
+{
+    bool leads = run.there && file_identity(run.report.output_path) == file_identity(run.report.path);
+    if (leads)
+        report_trouble("won't write " + shown(run.report.output_path) + ": it leads to its script");
+    return leads;
+}
+
 void output_renew(script_run *run, folder_memory *memory, bool force)
 {
+    if (leads_to_script(*run))
+        return;
     if (run->unreadable)
         return;
     std::string path = shown(run->report.output_path);
