@@ -3,6 +3,10 @@
 #   tools/docs_html.sh FOLDER FILE.md...    writes FOLDER/FILE.html for each
 # A link to another document leads to its HTML. Needs cmark-gfm (tools/packages.sh html).
 set -eu
+script=$(readlink -f -- "$0")
+. "${script%/*}/arguments.sh"
+arguments 99 "$@"
+[ $# -ge 2 ] || refuse 'a folder and documents are needed'
 folder=$1
 shift
 mkdir -p "$folder"

@@ -8,8 +8,8 @@
 
 using timer = std::chrono::steady_clock;
 
-static bool in_trouble;                 // something could not be done
-static bool progress_shown;             // the progress line is on the terminal
+static bool in_trouble;     // something could not be done
+static bool progress_shown; // the progress line is on the terminal
 
 void progress_clear()
 {

@@ -169,9 +169,7 @@ static void append_fresh(merged_text *merged, std::string_view lines)
     while (line_take(&lines, &line)) {
         line_close(merged);
         if (line.back() == '\n' && !merged->line_end.empty()) {
-            line.remove_suffix(1);
-            if (!line.empty() && line.back() == '\r')
-                line.remove_suffix(1);
+            line.remove_suffix(line.size() > 1 && line[line.size() - 2] == '\r' ? 2 : 1);
             merged->text->append(line).append(merged->line_end);
         } else {
             merged->text->append(line);
