@@ -59,7 +59,7 @@ static void emit_other(form_kind kind, const rule_choice &choice, const arg_slot
     case TAIL_GETCUR_COMMENT: emit_getcur_comment(slot); break;
     case TAIL_GETCUR: emit_getcur_tail(slot); break;
     case TAIL_SCAN: emit_scan_format(slot, choice.last); break;
-    default: assert(!"emit_form writes these"); break;
+    default: assert(false && "emit_form writes these"); break;
     }
 }
 
