@@ -52,6 +52,8 @@ run_all() { # ROOT WORD...
 
 compare() {
     rm -f "$work/$1/murlconv" "$work/$1/murlreport"
+    # The page keeps its ticks by a number made of the folder, which is another in each root.
+    find "$work" -maxdepth 2 -name tree.html -exec sed -i 's/"folder":"[0-9a-f]*"/"folder":""/' {} +
     diff -r "$work/native" "$work/$1" || fail "the programs for $1 differ from the native ones"
     echo "linux: $(wc -l <"$work/runs") runs and the report of a tree for $1 are those of the native programs"
 }
