@@ -26,7 +26,6 @@ report_result report_test::run(const std::string &arguments, const std::string &
     setenv("FOLDER", folder.c_str(), 1);
     setenv("PROGRAM", TEST_PROGRAM, 1);
     setenv("CONVERTER", TEST_CONVERTER, 1);
-    setenv("KILLER", TEST_KILLER, 1);
     std::string command = "cd \"$FOLDER\" && ASAN_OPTIONS=detect_leaks=0:verify_asan_link_order=0 " + before +
                           " \"$PROGRAM\" " + arguments + " >../out 2>../err </dev/null";
     int status = system(command.c_str());
