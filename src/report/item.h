@@ -71,6 +71,7 @@ struct report_item {
     // Texts that decide whether a changed own line counts: of frozen and decoded the written ones, which must
     // be gone, of lost those of the arguments, which must be there. None: any change counts.
     std::vector<std::string> own_texts;
+    std::vector<size_t> own_items; // of frozen: which item of its line's list each text is; SIZE_MAX: none
     std::string
         row; // of accepted.csv in a file of ticks, for the page; in the script's bytes, without a line end
 };

@@ -67,6 +67,11 @@ TEST(findings, arguments_that_no_live_line_has_are_lost)
         {"LINE 1,2,3,4,5,6,0\nLINE 1,2,3,4,5,6,1-1\nCIRCLE 1,2,3,4\n", ""},
         {"DELENT 5\nDELENT e\nDELENT 1 - 2\n",
          "1: lost DELENT: no live line has argument 1: 5\n2: lost DELENT: no live line has argument 1: e\n"},
+        {"GOTO gr\xF6\xDF"
+         "e\nPRINT \"gr\xF6\xDF"
+         "e\"\n",
+         "1: lost GOTO: argument 1: gr\xC3\xB6\xC3\x9F"
+         "e is written as gre: characters that aren't ASCII were dropped\n"},
         {"CALL dotprod,1,2,3,4,5,6,r\n", "1: check CALL: the new command stands under a tip\n"},
     };
     expect_items(cases);
@@ -100,6 +105,12 @@ TEST(findings, values_that_were_fixed_are_frozen)
         {"s = 1\nGENDIM 0,0,0,0,v,0,0,0,\"s\",,,,,,,s\n",
          "2: frozen GENDIM: argument 16 (style): s is written as its value Bold\n"
          "2: lost GENDIM: no live line has argument 1: 0\n"},
+        {"INPUT $fmt\nINPUT \"fmt\"\n",
+         "1: frozen INPUT: argument 1 (format): $fmt is written as the text \"$fmt\"\n"},
+        {"TEXT 1,(2),\"t\",,,,,,,99\n",
+         "1: frozen TEXT: argument 10 (style): 99 is written as its value DEFAULT\n"
+         "1: form TEXT: a blank between two values where a comma is expected: "
+         "TEXT \"t\", 1 (2), 0.0, 0, 0, 0, 0, , , , , , DEFAULT, , , , , , , ,\n"},
         {"e = -1\nDELENT e\n", "2: frozen DELENT: argument 1: e is written as its value -1\n"},
         {"PRANGE 1,m,0,0,0,10,10,0\n",
          "1: quiet PRANGE: commented out: 1, 0, 0, 0, 10, 10, 0; the comment lacks "
@@ -135,6 +146,8 @@ TEST(findings, strings_that_cannot_be_read_back_are_decoded)
          "1: decoded PRINT: argument 1: \"a\\000b\" has become \"a\"; write it as \"a\\000b\"\n"},
         {"PRINT `plain`, \"a\\tb\", \"100%\"\n", ""},
         {"INPUT \"%d\\n%s\\r\", a, b\n", ""},
+        {"PRINT \"C:\\\\\"\n",
+         "1: decoded PRINT: argument 1: \"C:\\\\\" has become \"C:\\\"; write it as \"C:\\\\\"\n"},
     };
     expect_items(cases);
     std::string note = items_of("NOTE 10,10,\"first\\nsecond\"\n");
@@ -165,6 +178,10 @@ TEST(findings, kept_oddities_of_live_lines_are_reported)
          "no live line has argument 21 "
          "(attribute): 11"},
         {"VPOLYGON 1,2,3,p,4,5,6,7,8,9,10,11", "lost", "12 (attribute): 11"},
+        {"FTEXT 1 - 2,-3,\"x\"", "form", "a blank between two values where a comma is expected"},
+        {"TEXT 1,2,\"say \\\"hi\\\"\"", "form", "a blank between two values where a comma is expected"},
+        {"GETMENU \"p\",\"a|b\"", "form", "an option of the script has a bar, which divides options"},
+        {"PROMPT \"a\", q // b, c", "form", "a comment inside the line"},
         {"SET COLOR,,2", "lost", "no live line has argument 3: 2"},
         {"PRINT \"a\",,b", "lost", "no live line has argument 3: b"},
         {"INPUT \"%*d%d\",a,b", "lost", "no live line has argument 2: a, 3: b"},
@@ -233,6 +250,10 @@ TEST(findings, failed_and_unknown_statements)
          "1: broken LINE: argument 6: the parentheses don't pair up; left: 0)\n"
          "4: broken LINE: argument 2 is missing; left: 1\n"
          "5: unknown RETRUN: RETRUN is no command; it went through unchanged\n"},
+        {"PRINT \"a\nEXIT\nPRINT \"b\"\nEXIT\n",
+         "1: broken PRINT: argument 1: something follows the closing quote; the string goes on over the next "
+         "2 lines; left: a\n"},
+        {"LINE )\nEXIT\n", "1: broken LINE: argument 1: the parentheses don't pair up; left: )\n"},
         {"PRINT \"a\" // b\nEXIT\n",
          "1: broken PRINT: argument 1: something follows the closing quote; left: a; a "
          "comment on the command's line: give it a line of its own\n"},
@@ -272,14 +293,13 @@ TEST(findings, what_an_if_guards)
         {"IF x\nARRAY a[2] = { 1,\n2 }\n", ""},
         {"IF a\niREDRAW\n",
          "2: dropped iREDRAW: a system command\n"
-         "1: guarded IF: iREDRAW in line 2 has left nothing\n"},
+         "1: guarded IF: iREDRAW under it has become nothing\n"},
         {"IF a\nCALL dotprod,1,2,3,4,5,6,r\n",
          "2: check CALL: the new command stands under a tip\n"
-         "1: guarded IF: CALL in line 2 has become several statements; the IF guards only the first\n"},
+         "1: guarded IF: CALL under it has become several statements; it guards only the first\n"},
         {"IF a\nCLS\nGOTO b\n",
          "2: gone CLS: the new dialect has no such command\n"
-         "1: guarded IF: CLS in line 2 has become only comments; the IF guards line 3 now: "
-         "GOTO\n"},
+         "1: guarded IF: CLS under it has become comments alone; it guards GOTO now\n"},
     };
     for (const finding_case &c : cases) {
         std::string items = items_of(c.script);

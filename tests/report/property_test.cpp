@@ -199,7 +199,9 @@ static void check_statement(const typed_statement &statement, const statement_fi
         counts->told += told;
         counts->lost += lost;
         counts->zeros += !live && !told && argument.zero;
-        all_live &= text || (live && argument.value != "0");
+        // A variable between quotes is a text, and no variable any more.
+        bool quoted = argument.text[0] == '$' && is_in(live_lines, "\"" + argument.text + "\"");
+        all_live &= text ? !quoted : live && argument.value != "0" && argument.value != ", ";
         EXPECT_TRUE(live || told || argument.zero) << argument.text << " is nowhere: " << about;
         EXPECT_FALSE(text && lost) << argument.text << " isn't lost: " << about;
     }

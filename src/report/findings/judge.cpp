@@ -114,14 +114,11 @@ static void judge_guarded(judge_state *state, const statement_view &statement)
     int lines = line != 0 ? statements_left(statement) : 1;
     if (lines == 1)
         return;
-    std::string name = statement_name(statement);
-    std::string detail;
-    if (lines > 1)
-        detail = fmt::format("{} in line {} has become several statements; the IF guards only the first",
-                             name, statement.line);
-    else
-        detail = fmt::format("{} in line {} has {}", name, statement.line,
-                             lines_of(statement, false).empty() ? "left nothing" : "become only comments");
+    // No line numbers: what was accepted stays so where lines are added above.
+    const char *become = lines > 1                            ? "several statements; it guards only the first"
+                         : lines_of(statement, false).empty() ? "nothing"
+                                                              : "comments alone";
+    std::string detail = fmt::format("{} under it has become {}", statement_name(statement), become);
     report_item *item = add_item(state, statement, ITEM_GUARDED, std::move(detail), {state->if_output_line});
     item->line = line;
     item->output_line = state->if_output_line;
@@ -139,7 +136,7 @@ static void judge_next_live(judge_state *state, const statement_view &statement)
     if (state->open_guard == SIZE_MAX || statements_left(statement) == 0)
         return;
     report_item &item = state->report->items[std::exchange(state->open_guard, SIZE_MAX)];
-    item.detail += fmt::format("; the IF guards line {} now: {}", statement.line, statement_name(statement));
+    item.detail += "; it guards " + statement_name(statement) + " now";
     own_first_live(&item, statement);
 }
 
@@ -158,7 +155,8 @@ static void judge_broken(judge_state *state, const statement_view &statement)
 {
     state->line_left = statement.record->done.line_left;
     state->broken_item = state->report->items.size();
-    add_item(state, statement, ITEM_BROKEN, broken_detail(statement), lines_of(statement, true));
+    std::string detail = broken_detail(statement) + broken_left(statement.output);
+    add_item(state, statement, ITEM_BROKEN, std::move(detail), lines_of(statement, true));
 }
 
 // True if no line end came between a statement and the one before it, whose arguments failed: white space is
@@ -175,6 +173,10 @@ static bool is_rest(judge_state *state, const statement_view &statement)
 static void judge_rest(judge_state *state, const statement_view &statement)
 {
     report_item &broken = state->report->items[state->broken_item];
+    std::string nothing = broken_left("");
+    size_t kept = broken.detail.size() - std::min(nothing.size(), broken.detail.size());
+    if (broken.detail.substr(kept) == nothing)
+        broken.detail.replace(kept, std::string::npos, broken_left(statement.output));
     broken.last_line = std::max(broken.last_line, statement.last_line);
     broken.output_lines = statement.output_line + statement.output_lines - broken.output_line;
     for (uint64_t line : lines_of(statement, true))

@@ -1,6 +1,7 @@
 #include "report/findings/judge_arguments.h"
 
 #include "expressions/math_functions.h"
+#include "report/findings/live_form.h"
 #include "report/show.h"
 #include "rules/rule_table.h"
 #include "support/text.h"
@@ -168,8 +169,9 @@ static bool is_decoded(const statement_view &statement, int32_t position, std::s
         return false;
     std::string_view content = without_quotes(written);
     std::string_view typed = argument_typed(statement, position);
-    if (is_unclosed(typed) || content.find('"') != content.npos)
-        return true;
+    size_t backslashes = content.size() - (content.find_last_not_of('\\') + 1);
+    if (is_unclosed(typed) || content.find('"') != content.npos || backslashes % 2 != 0)
+        return true; // a backslash at the end would take the closing quote
     typed = typed.substr(1, typed.size() - 2);
     bool new_line =
         content.find_first_of(line_ends) != content.npos && typed.find_first_of(line_ends) == typed.npos;
@@ -180,6 +182,7 @@ static bool is_decoded(const statement_view &statement, int32_t position, std::s
 struct argument_findings {
     std::string detail;
     std::vector<std::string> texts; // that decide whether an edit counts
+    std::vector<size_t> items;
     std::vector<uint64_t> lines;
     bool attributes_only = true;
 };
@@ -218,6 +221,7 @@ static void take_findings(judge_state *state, const statement_view &statement, i
     report_item *item =
         add_item(state, statement, kind, start + findings->detail, std::move(findings->lines));
     item->own_texts = std::move(findings->texts);
+    item->own_items = std::move(findings->items);
     item->summed = kind == ITEM_LOST && findings->attributes_only;
 }
 
@@ -229,6 +233,45 @@ static void add_clause(argument_findings *lost, const std::string &clause, std::
     lost->lines = std::move(lines);
 }
 
+// True if the fetcher has dropped characters: outside of strings it keeps printable ASCII alone.
+static bool has_dropped(const statement_view &statement, int32_t position)
+{
+    auto is_other = [](char c) { return !text_is(c, CHAR_GRAPH) && !text_is(c, CHAR_WHITE); };
+    std::string_view typed = argument_typed(statement, position);
+    std::string_view text = argument_text(position);
+    return std::count_if(typed.begin(), typed.end(), is_other) >
+           std::count_if(text.begin(), text.end(), is_other);
+}
+
+// True if what was written of an argument that is no string stands in quotes, and so is a string now.
+static bool is_quoted(const statement_view &statement, int32_t position, const argument_use &use)
+{
+    const char *first = statement.output.data();
+    const char *end = use.written.data() + use.written.size();
+    return !argument_is_string(position) && use.written.data() > first && use.written.data()[-1] == '"' &&
+           end < first + statement.output.size() && *end == '"';
+}
+
+// Which item of its line's list a use is; SIZE_MAX if it is none.
+static size_t item_of(const statement_view &statement, const argument_use &use)
+{
+    size_t number = use.line - statement.lines.front().number;
+    std::vector<std::string_view> items = list_items(statement.lines[number].text);
+    auto holds = [&use](std::string_view item) {
+        return item.data() <= use.written.data() && use.written.data() < item.data() + item.size();
+    };
+    auto item = std::find_if(items.begin(), items.end(), holds);
+    return item != items.end() ? static_cast<size_t>(item - items.begin()) : SIZE_MAX;
+}
+
+// True of the value of a constant that stands there as the command takes it. The word DEFAULT also stands for
+// numbers that the new form has no word for.
+static bool is_whole_value(int32_t position, const argument_use &use)
+{
+    return expression_is_constant(argument_text(position)) &&
+           (argument_value(position) == 0 || text_trimmed(use.written) != "DEFAULT");
+}
+
 static void add_surplus(const statement_view &statement, argument_findings *lost)
 {
     std::string surplus = surplus_shown(statement);
@@ -236,6 +279,21 @@ static void add_surplus(const statement_view &statement, argument_findings *lost
         return;
     add_clause(lost, "not an argument of this command: " + surplus, lines_of(statement, true));
     lost->texts.emplace_back(surplus_of(statement));
+}
+
+static void add_dropped(const statement_view &statement, argument_findings *lost)
+{
+    for (int32_t position = 1; position <= statement.record->done.fetched; position++) {
+        argument_use use = argument_use_of(statement, position, true);
+        if (!use.text || !has_dropped(statement, position))
+            continue;
+        add_clause(lost,
+                   fmt::format("argument {}: {} is written as {}: characters that aren't ASCII were dropped",
+                               position, shown_cut(argument_typed(statement, position), text_shown),
+                               shown_cut(use.written, text_shown)),
+                   {use.line});
+        lost->texts.emplace_back(argument_typed(statement, position));
+    }
 }
 
 // True if the arguments between two that a live line has one after the other are empty, and have no comma in
@@ -286,7 +344,16 @@ void judge_arguments(judge_state *state, const statement_view &statement, bool c
             add_decoded(statement, position, use, name, &decoded);
         else if (broken_comment && is_decoded(statement, position, comment.written))
             add_decoded(statement, position, comment, name, &decoded);
-        if (!carried_out || use.text || (use.value && expression_is_constant(text)))
+        if (use.text && is_quoted(statement, position, use)) {
+
+            add_finding(&frozen,
+                        fmt::format("{} is written as the text \"{}\"",
+                                    argument_shown(statement, position, name),
+                                    shown_cut(use.written, text_shown)),
+                        fmt::format("\"{}\"", use.written), {use.line});
+            frozen.items.push_back(SIZE_MAX);
+        }
+        if (!carried_out || use.text || (use.value && is_whole_value(position, use)))
             continue;
         if (use.value) {
             add_finding(&frozen,
@@ -294,6 +361,7 @@ void judge_arguments(judge_state *state, const statement_view &statement, bool c
                                     argument_shown(statement, position, name),
                                     shown(text_trimmed(use.written))),
                         text_trimmed(use.written), {use.line});
+            frozen.items.push_back(item_of(statement, use));
         } else if (!is_default(statement, position, name)) {
             lost.attributes_only &= is_attribute(name);
             add_finding(&lost, argument_shown(statement, position, name), text, lines_of(statement, true));
@@ -303,6 +371,7 @@ void judge_arguments(judge_state *state, const statement_view &statement, bool c
     bool arguments_lost = !lost.detail.empty();
     if (carried_out) {
         add_moved(statement, &lost);
+        add_dropped(statement, &lost);
         add_surplus(statement, &lost);
     }
     take_findings(state, statement, ITEM_LOST, arguments_lost ? "no live line has argument " : "", &lost);

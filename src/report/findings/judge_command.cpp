@@ -61,8 +61,7 @@ void judge_command(judge_state *state, const statement_view &statement)
     size_t items = state->report->items.size();
     judge_arguments(state, statement, carried_out);
     bool decoded = state->report->items.size() > items && state->report->items.back().kind == ITEM_DECODED;
-    if (!decoded)
-        judge_live_form(state, statement);
+    judge_live_form(state, statement, decoded);
     if (std::string_view(statement.row->name) == "ORDDIM")
         judge_base(state, statement);
 }

@@ -29,9 +29,19 @@ static std::string fetch_fault(const statement_result &done, std::string_view me
 std::string broken_detail(const statement_view &statement)
 {
     std::string fault = fetch_fault(statement.record->done, statement.record->message);
-    std::string_view left = text_trimmed(statement.output);
-    return left.empty() ? fault + "; nothing is left"
-                        : fmt::format("{}; left: {}", fault, shown_cut(left.substr(0, left.find('\n')), 60));
+    // A quote that nobody closed takes all lines up to the next one.
+    const statement_result &done = statement.record->done;
+    uint32_t more = done.next_line - (done.line_left ? 0 : 1) - statement.line;
+    if (done.fetched == FETCH_AFTER_QUOTE && more > 0)
+        fault += fmt::format("; the string goes on over {}",
+                             more == 1 ? "the next line" : fmt::format("the next {} lines", more));
+    return fault;
+}
+
+std::string broken_left(std::string_view output)
+{
+    std::string_view left = text_trimmed(output);
+    return left.empty() ? "; nothing is left" : "; left: " + shown_cut(left.substr(0, left.find('\n')), 60);
 }
 
 static bool is_command(std::string_view word)
@@ -59,8 +69,7 @@ static std::string_view command_in(std::string_view text)
     return {};
 }
 
-// Where a comment begins in a line, outside of strings.
-static size_t comment_in(std::string_view line)
+size_t comment_in(std::string_view line)
 {
     char quote = 0;
     for (size_t at = 0; at < line.size(); at++) {

@@ -7,12 +7,18 @@
 #include <string>
 #include <string_view>
 
-// Why the arguments of a command failed and what is left of it.
+// Why the arguments of a command failed.
 std::string broken_detail(const statement_view &statement);
+
+// What is left of it, for the end of the detail.
+std::string broken_left(std::string_view output);
 
 // The hint for a statement whose arguments failed, from its lines of the script; empty if the cause isn't
 // plain.
 std::string broken_hint(std::string_view command, std::string_view source);
+
+// Where a comment begins in a line, outside of strings; npos if there is none.
+size_t comment_in(std::string_view line);
 
 // Why a line that is no command, no keyword and no evaluated assignment goes through; empty if it is one of
 // these.

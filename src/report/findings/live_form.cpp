@@ -1,6 +1,7 @@
 #include "report/findings/live_form.h"
 
 #include "expressions/expr_lexer.h"
+#include "report/findings/judge_text.h"
 #include "report/show.h"
 #include "support/text.h"
 
@@ -27,6 +28,7 @@ static bool is_pair(char first, char second)
                          : first == second && strchr("<>&|", first) != nullptr;
 }
 
+static constexpr const char *values_without_comma = "a blank between two values where a comma is expected";
 static constexpr const char *no_character = "a character that no expression has";
 
 // Walks the tokens of a text as operand, operator, operand. Why it is no expression; null if it is one.
@@ -48,7 +50,7 @@ static const char *expression_fault(std::string_view item)
         bool marks = token.code == '\'' || token.code == '"';
         if (token.code == TOKEN_NUMBER || token.name.size > 0) {
             if (operand && at[-1] != '\'' && (at - 2 < text.data() || at[-2] != '\''))
-                return "a blank between two values where a comma is expected";
+                return values_without_comma;
             operand = true;
         } else if (opens) {
             open++;
@@ -95,6 +97,16 @@ static std::string_view take_item(std::string_view *list, bool *more)
     return text_trimmed(item);
 }
 
+std::vector<std::string_view> list_items(std::string_view line)
+{
+    std::vector<std::string_view> items;
+    for (bool more = true; more;)
+        items.push_back(take_item(&line, &more));
+    items[0].remove_prefix(std::min(items[0].find_first_of(" \t"), items[0].size()));
+    items[0] = text_trimmed(items[0]);
+    return items;
+}
+
 static bool is_string(std::string_view item)
 {
     return item.size() >= 2 && item.front() == '"' && item.find('"', 1) == item.size() - 1;
@@ -120,6 +132,8 @@ static std::string menu_fault(std::string_view menu, const menu_gaps &gaps)
 static std::string item_fault(std::string_view item, const std::vector<std::string_view> &arguments,
                               const menu_gaps &gaps)
 {
+    if (gaps.bars && is_string(item) && item.find('|') != item.npos)
+        return "an option of the script has a bar, which divides options";
     if (item.empty() || std::find(arguments.begin(), arguments.end(), item) != arguments.end())
         return {};
     bool bars = item.find('|') != item.npos;
@@ -135,6 +149,8 @@ std::string live_form_fault(std::string_view line, const std::vector<std::string
                             const menu_gaps &gaps)
 {
     line = text_trimmed(line);
+    if (comment_in(line) != line.npos)
+        return "a comment inside the line";
     size_t word = 0;
     while (word < line.size() && text_is(line[word], CHAR_WORD))
         word++;
@@ -162,6 +178,7 @@ std::string live_form_fault(std::string_view line, const std::vector<std::string
 // The strings of a menu are those that were written without their quotes.
 static menu_gaps menu_gaps_of(const statement_view &statement)
 {
+    menu_gaps gaps{};
     int32_t first = 0;
     int32_t last = 0;
     for (int32_t i = 0; i < statement.record->write_count; i++) {
@@ -170,8 +187,8 @@ static menu_gaps menu_gaps_of(const statement_view &statement)
             continue;
         first = first == 0 ? write.slot : first;
         last = write.slot;
+        gaps.bars |= argument_text(write.slot).find('|') != std::string_view::npos;
     }
-    menu_gaps gaps{};
     for (int32_t position = 1; position <= statement.record->done.fetched; position++) {
         bool empty = without_quotes(argument_text(position)).empty();
         gaps.all += empty && (position < last || !argument_typed(statement, position).empty());
@@ -180,28 +197,66 @@ static menu_gaps menu_gaps_of(const statement_view &statement)
     return gaps;
 }
 
-void judge_live_form(judge_state *state, const statement_view &statement)
+// The line in which two arguments have only a blank between them: read again, they could be one expression.
+static const written_line *blank_between(const statement_view &statement)
+{
+    const journal_record &record = *statement.record;
+    for (int32_t i = 1; i < record.write_count; i++) {
+        const emit_write &before = record.writes[i - 1];
+        const emit_write &write = record.writes[i];
+        const written_line *line = line_at(statement.lines, before.from);
+        if (line == nullptr || !line->live || before.slot == 0 || write.slot == before.slot ||
+            before.from == before.to || write.from == write.to || write.from <= before.to)
+            continue;
+        std::string_view between = statement.output.substr(before.to - statement.lines.front().start);
+        if (between.find_first_not_of(' ') == write.from - before.to)
+            return line;
+    }
+    return nullptr;
+}
+
+// A live line, with those that a text of it goes on into.
+struct live_line {
+    std::string text;
+    std::vector<uint64_t> own;
+};
+
+static live_line live_line_of(const std::vector<const written_line *> &lines)
+{
+    live_line whole;
+    for (const written_line *line : lines) {
+        whole.text.append(whole.text.empty() ? "" : "\n").append(line->text);
+        whole.own.push_back(line->number);
+    }
+    return whole;
+}
+
+void judge_live_form(judge_state *state, const statement_view &statement, bool decoded)
 {
     std::vector<std::string_view> arguments;
     for (int32_t position = 1; position <= statement.record->done.fetched; position++)
         arguments.push_back(text_trimmed(argument_text(position)));
     const menu_gaps gaps = menu_gaps_of(statement);
+    const written_line *blank = blank_between(statement);
     size_t at = 0;
     bool rest;
     for (auto lines = next_live(statement, &at, &rest); !lines.empty();
          lines = next_live(statement, &at, &rest)) {
-        std::string whole;
-        std::vector<uint64_t> own;
-        for (const written_line *line : lines) {
-            whole.append(whole.empty() ? "" : "\n").append(line->text);
-            own.push_back(line->number);
-        }
-        std::string fault = rest ? "the rest of a text that began in the comment before it"
-                                 : live_form_fault(whole, arguments, gaps);
-        if (!fault.empty()) {
-            std::string detail = fault + ": " + shown_cut(text_trimmed(whole), 80);
-            add_item(state, statement, ITEM_FORM, detail, own)->summed = true;
-            return;
-        }
+        live_line line = live_line_of(lines);
+        std::string fault;
+        if (lines.front() == blank)
+            fault = values_without_comma;
+        else if (!decoded && rest)
+            fault = "the rest of a text that began in the comment before it";
+        else if (!decoded)
+            fault = live_form_fault(line.text, arguments, gaps);
+        if (fault.empty())
+            continue;
+        report_item *item =
+            add_item(state, statement, ITEM_FORM, fault + ": " + shown_cut(text_trimmed(line.text), 80),
+                     std::move(line.own));
+        item->summed = true;
+        item->own_texts.push_back(std::move(fault));
+        return;
     }
 }

@@ -6,14 +6,20 @@
 
 #include "report/findings/judge_state.h"
 
-// Adds an item of the kind form if a live line of a command is no well-formed list.
-void judge_live_form(judge_state *state, const statement_view &statement);
+// Adds an item of the kind form if a live line of a command is no well-formed list. Where a string of it was
+// decoded, its quotes may be any, and only what was written side by side counts.
+void judge_live_form(judge_state *state, const statement_view &statement, bool decoded);
 
 // Menu options that the script left empty.
 struct menu_gaps {
-    int all;    // at most
-    int inside; // between two others
+    int all = 0;       // at most
+    int inside = 0;    // between two others
+    bool bars = false; // an option has a bar in its text
 };
+
+// The items of a line's list: what is between commas outside of quotes and parentheses, trimmed. The first
+// one begins after the line's word.
+std::vector<std::string_view> list_items(std::string_view line);
 
 // Why a line is none, given the texts of the statement's arguments, which are right as they are; empty if it
 // is one.

@@ -28,8 +28,7 @@ static void split_lines(statement_view *statement, uint64_t start)
     }
 }
 
-// The line that an offset of the output is in; null if it is in none.
-static const written_line *line_at(const std::vector<written_line> &lines, uint64_t offset)
+const written_line *line_at(const std::vector<written_line> &lines, uint64_t offset)
 {
     auto after = std::upper_bound(lines.begin(), lines.end(), offset,
                                   [](uint64_t at, const written_line &line) { return at < line.start; });

@@ -44,6 +44,9 @@ bool is_comment(std::string_view line);
 // index after them. *rest is set if it is the rest of a text that began in a comment. Empty if there is none.
 std::vector<const written_line *> next_live(const statement_view &statement, size_t *at, bool *rest);
 
+// The line that an offset of the output is in; null if it is in none.
+const written_line *line_at(const std::vector<written_line> &lines, uint64_t offset);
+
 // The lines that are live, or comments; numbers of the whole output.
 std::vector<uint64_t> lines_of(const statement_view &statement, bool live);
 
