@@ -54,7 +54,7 @@ static void totals_add(report_state *state, const script_report &report, bool co
         totals.by_kind[item.kind]++;
         state->commands[item.command]++;
         open += is_open(item) ? 1 : 0;
-        if (item.kind == ITEM_FORM)
+        if (item.kind == ITEM_FORM && is_open(item))
             state->forms[item.command + ": " + item.detail.substr(0, item.detail.find(": "))]++;
     }
     totals.scripts++;
@@ -118,6 +118,13 @@ static bool is_accepted_now(const report_item &item, const void *context)
     return item.kind != ITEM_DROPPED && named && is_selected(*choice.options, item) && (!grave || kind_named);
 }
 
+static bool has_accepted(const script_report &report, uint32_t line)
+{
+    return std::any_of(report.items.begin(), report.items.end(), [line](const report_item &item) {
+        return item.line == line && item.state == STATE_ACCEPTED;
+    });
+}
+
 static void accept_items(report_state *state, const script_path &script, folder_run *folder, script_run *run)
 {
     const report_options &options = *state->options;
@@ -127,6 +134,11 @@ static void accept_items(report_state *state, const script_path &script, folder_
     accept_choice choice{&options, &script};
     if (options.accept)
         added += accepted_add(&folder->accepted, &run->report, is_accepted_now, &choice, options.reason);
+    for (uint32_t line : script.lines)
+        if (!has_accepted(run->report, line))
+            report_note(
+                fmt::format("nothing is accepted in {}:{}: no item that can be, without its kind named",
+                            shown(run->report.path), line));
     if (added > 0)
         report_note(fmt::format("accepted {} of {}", added == 1 ? "1 item" : fmt::format("{} items", added),
                                 shown(run->report.path)));

@@ -38,6 +38,8 @@ static void add_script(script_walk *walk, const std::string &path, uint32_t line
     auto [known, is_new] = walk->known.emplace(file_identity(path), walk->found.scripts.size());
     if (is_new)
         walk->found.scripts.push_back({path, {}});
+    else if (std::string first = walk->found.scripts[known->second].path; path_name(first) != path_name(path))
+        report_note("skipped " + shown(path) + ", which is the same file as " + shown(first));
     std::vector<uint32_t> &lines = walk->found.scripts[known->second].lines;
     if (line == 0)
         lines.clear();

@@ -45,7 +45,8 @@ TEST_F(report_test, knows_what_became_of_an_output)
         crlf += c == '\n' ? "\t \r\n" : std::string(1, c);
     write("a_conv.mrl", crlf);
     EXPECT_EQ(output_state(), "same") << "the habits of editors are no edit";
-    for (const std::string &cut : {std::string(), was.substr(0, was.size() / 2), was.substr(0, 3)}) {
+    for (const std::string &cut : {std::string(), std::string(9, '\0'), std::string("\n \r\n"),
+                                   was.substr(0, was.size() / 2), was.substr(0, 3)}) {
         write("a_conv.mrl", cut);
         EXPECT_EQ(output_state(), "cut");
         EXPECT_FALSE(has(states(), "changed"));
@@ -142,6 +143,31 @@ TEST_F(report_test, looks_at_what_an_edit_has_brought)
     EXPECT_TRUE(has(states(), "5 lost changed")) << states() << read("a_conv.mrl");
     write("a_conv.mrl", was);
     EXPECT_FALSE(has(states(), "changed"));
+}
+
+// The values and texts of an item may also stand elsewhere in its line.
+TEST_F(report_test, tells_edits_of_one_argument_from_those_of_another)
+{
+    write("a.mrl",
+          "m = 2\nSCALE 2,0,0,m\nREM x\nGOTO a, 1\nREM y\nFTEXT 1,2,f1\nREM z\n"
+          "IF a\nCLS\nGOTO b\nREM end\n");
+    run("--convert a.mrl");
+    auto expect = [this](const char *from, const char *to, const char *state) {
+        edit("a_conv.mrl", from, to);
+        EXPECT_TRUE(has(states(), state)) << states() << read("a_conv.mrl");
+    };
+    expect("SCALE 2, 2, 0, 0", "SCALE 2, n, 0, 0", "2 frozen open");
+    expect("SCALE 2, n, 0, 0", "SCALE m, 2, 0, 0", "2 frozen changed");
+    expect("GOTO a", "GOTO a1", "4 lost open");
+    expect("GOTO a1", "GOTO a, 1", "4 lost changed");
+    expect("FTEXT f1, 1 2, 0.0, 0", "FTEXT f1, 1 2, 0.0, 90", "6 form open");
+    expect("FTEXT f1, 1 2, 0.0, 90", "FTEXT f1, 1, 2, 0.0, 90", "6 form changed");
+    expect("GOTO b", "GOTO c", "8 guarded open");
+    expect("GOTO c", "CLEAR", "8 guarded changed");
+    expect("CLEAR", "GOTO b", "8 guarded open");
+    expect("IF a\n", "IF a\nREM mine\n", "8 guarded open");
+    expect("IF a\n", "IF a\nGOTO d\n", "8 guarded changed");
+    expect("IF a\nGOTO d\n", "IF a == 0\n", "8 guarded changed");
 }
 
 TEST_F(report_test, counts_no_item_as_done_that_is_compared_with_the_wrong_text)
@@ -495,10 +521,14 @@ TEST_F(report_test, accepts_what_is_selected)
         rows.find("script,kind,command,statement,detail,before,after,count,reason\na.mrl,gone,CLS,CLS,"), 0u)
         << rows;
     EXPECT_TRUE(has(rows, ",1,\"not needed, \"\"really\"\"\"\n")) << rows;
-    EXPECT_EQ(run("--accept a.mrl:4 a.mrl:6").err, "murlreport: accepted 1 item of a.mrl\n")
+    EXPECT_EQ(run("--accept a.mrl:4 a.mrl:6").err,
+              "murlreport: nothing is accepted in a.mrl:6: no item that can be, without its kind named\n"
+              "murlreport: accepted 1 item of a.mrl\n")
         << "a system command is never open";
     EXPECT_EQ(run("--accept --command line .").err, "") << "broken by its name alone";
-    EXPECT_EQ(run("--accept a.mrl:7").err, "");
+    EXPECT_EQ(run("--accept a.mrl:7 a.mrl:99").err,
+              "murlreport: nothing is accepted in a.mrl:7: no item that can be, without its kind named\n"
+              "murlreport: nothing is accepted in a.mrl:99: no item that can be, without its kind named\n");
     EXPECT_EQ(run("--accept --kind broken .").err, "murlreport: accepted 1 item of ./a.mrl\n");
     EXPECT_EQ(run("--accept --kind unknown .").status, 0);
     report_result done = run(".");

@@ -1,5 +1,6 @@
 #include "report/memory/edits.h"
 
+#include "report/findings/live_form.h"
 #include "report/memory/text_lines.h"
 #include "support/text.h"
 
@@ -102,33 +103,91 @@ static std::string without_blanks(std::string_view text)
     return result;
 }
 
-// True if a text is in a line, and no part of a longer name or number.
-static bool has_text(std::string_view there, std::string_view wanted)
+// How often a text is in a line, and no part of a longer name or number.
+static size_t count_in(std::string_view there, std::string_view wanted)
 {
     std::string line = without_blanks(there), text = without_blanks(line_core(wanted));
     auto joins = [](char c) { return text_is(c, CHAR_WORD) || c == '.' || c == '$' || c == '@'; };
+    size_t count = 0;
     for (size_t at = line.find(text); !text.empty() && at != std::string_view::npos;
          at = line.find(text, at + 1)) {
         size_t end = at + text.size();
         bool begins = at == 0 || !joins(line[at - 1]) || !joins(text.front());
-        if (begins && (end == line.size() || !joins(line[end]) || !joins(text.back())))
-            return true;
+        count += begins && (end == line.size() || !joins(line[end]) || !joins(text.back())) ? 1 : 0;
     }
-    return false;
+    return count;
 }
 
+// True if a line no longer has a value that was written in it, as an item of its list or elsewhere.
+static bool has_lost_value(const report_item &item, size_t number, std::string_view was,
+                           std::string_view there)
+{
+    const std::string &text = item.own_texts[number];
+    size_t at = number < item.own_items.size() ? item.own_items[number] : SIZE_MAX;
+    std::vector<std::string_view> before = list_items(was);
+    std::vector<std::string_view> after = list_items(there);
+    if (at < before.size() && before[at] == text && before.size() == after.size())
+        return count_in(after[at], text) == 0;
+    auto times = static_cast<size_t>(std::count(item.own_texts.begin(), item.own_texts.end(), text));
+    size_t left = count_in(there, text);
+    return left == 0 || left + times <= count_in(was, text);
+}
+
+static bool has_lost(const report_item &item, std::string_view was, std::string_view there)
+{
+    size_t number = 0;
+    while (number < item.own_texts.size() && has_lost_value(item, number, was, there))
+        number++;
+    return number == item.own_texts.size();
+}
+
+// True if a line has the texts of arguments that weren't written in it.
+static bool has_won(const report_item &item, std::string_view was, std::string_view there)
+{
+    const std::vector<std::string> &texts = item.own_texts;
+    return std::all_of(texts.begin(), texts.end(), [&](const std::string &text) {
+        auto times = static_cast<size_t>(std::count(texts.begin(), texts.end(), text));
+        return count_in(there, text) >= count_in(was, text) + times;
+    });
+}
+
+// True if the edit of an own line is one that the item asks for.
 static bool has_changed(const report_item &item, const compared_texts &texts, size_t index)
 {
     std::vector<std::string_view> lines = lines_instead(texts, index);
-    if (item.own_texts.empty() || lines.empty())
-        return true;
-    bool must_be_there = item.kind == ITEM_LOST;
-    auto is_in = [&lines](const std::string &text) {
-        return std::any_of(lines.begin(), lines.end(),
-                           [&](std::string_view line) { return has_text(line, text); });
+    std::string_view was = line_core(lines_between(texts.now, index, index + 1));
+    auto lost = [&](std::string_view line) { return has_lost(item, was, line); };
+    auto won = [&](std::string_view line) { return has_won(item, was, line); };
+    auto well_formed = [&](std::string_view line) {
+        return live_form_fault(line, {}, {}) != item.own_texts[0];
     };
-    return must_be_there ? std::all_of(item.own_texts.begin(), item.own_texts.end(), is_in)
-                         : std::none_of(item.own_texts.begin(), item.own_texts.end(), is_in);
+    auto another = [&](std::string_view line) { return first_word(line) != first_word(was); };
+    if (lines.empty())
+        return true;
+    switch (item.kind) {
+    case ITEM_GUARDED:
+        return index + 1 == item.own_lines[0] || std::all_of(lines.begin(), lines.end(), another);
+    case ITEM_FROZEN:
+    case ITEM_DECODED: return std::all_of(lines.begin(), lines.end(), lost);
+    case ITEM_LOST: return std::any_of(lines.begin(), lines.end(), won);
+    case ITEM_FORM: return std::all_of(lines.begin(), lines.end(), well_formed);
+    default: return true;
+    }
+}
+
+// True if the output has a new statement between an IF and what it guarded.
+static bool guards_another(const report_item &item, const compared_texts &texts,
+                           const std::vector<uint64_t> &matched)
+{
+    if (item.kind != ITEM_GUARDED || item.own_lines.size() < 2 || item.own_lines[1] > matched.size())
+        return false;
+    uint64_t end = matched[item.own_lines[1] - 1];
+    for (uint64_t line = matched[item.own_lines[0] - 1]; line > 0 && line + 1 < end; line++) {
+        std::string_view text = line_core(lines_between(texts.there, line, line + 1));
+        if (!text.empty() && !is_comment(text))
+            return true;
+    }
+    return false;
 }
 
 void edits_find(script_report *report, std::string_view now, std::string_view there)
@@ -140,8 +199,9 @@ void edits_find(script_report *report, std::string_view now, std::string_view th
             return line > 0 && line <= matched.size() && matched[line - 1] == 0 &&
                    has_changed(item, texts, line - 1);
         };
-        item.state =
-            std::any_of(item.own_lines.begin(), item.own_lines.end(), changed) ? STATE_CHANGED : STATE_OPEN;
+        bool edited = std::any_of(item.own_lines.begin(), item.own_lines.end(), changed) ||
+                      guards_another(item, texts, matched);
+        item.state = edited ? STATE_CHANGED : STATE_OPEN;
         for (uint64_t line = item.output_line; line < item.output_line + item.output_lines; line++)
             if (item.there_line == 0 && line <= matched.size())
                 item.there_line = matched[line - 1];

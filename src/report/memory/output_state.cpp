@@ -23,6 +23,12 @@ static bool is_cut_from(std::string_view text, std::string_view whole)
     return false;
 }
 
+// A disk that was full can leave zeros or line ends alone.
+static bool is_empty(std::string_view text)
+{
+    return text_body(text).find_first_not_of(std::string_view(" \t\v\f\r\n\0", 7)) == text.npos;
+}
+
 output_state output_state_of(std::optional<std::string_view> there, std::string_view now,
                              std::optional<std::string_view> memory)
 {
@@ -30,7 +36,7 @@ output_state output_state_of(std::optional<std::string_view> there, std::string_
         return OUTPUT_NONE;
     if (same_text(*there, now))
         return OUTPUT_SAME;
-    if (same_text(*there, "") || is_cut_from(*there, now) || (memory && is_cut_from(*there, *memory)))
+    if (is_empty(*there) || is_cut_from(*there, now) || (memory && is_cut_from(*there, *memory)))
         return OUTPUT_CUT;
     if (!memory)
         return OUTPUT_UNKNOWN;
