@@ -222,14 +222,14 @@ static std::string tail_text(const form_piece &piece, const texts &names)
 {
     int at = piece.slot;
     switch (piece.kind) {
-    case TAIL_ATTR_COMMENT: return run_of(names, at, at + attr_span - 2);
-    case TAIL_ATTR: return run_of(names, at + 1, at + attr_span - 1);
+    case TAIL_ATTR_COMMENT: return run_of(names, at, at + attr_count - 2);
+    case TAIL_ATTR: return run_of(names, at + 1, at + attr_count - 1);
     case TAIL_TEXT_COMMENT:
-        return "[" + run_of(names, at, at + 9) + run_of(names, at + 11, at + text_span - 1) + "]";
+        return "[" + run_of(names, at, at + 9) + run_of(names, at + 11, at + text_attr_count - 1) + "]";
     case TAIL_TEXT:
         return run_of(names, at + 3, at + 3) + run_of(names, at, at + 2) + run_of(names, at + 4, at + 5) +
-               ", (" + name_of(names, at + 6) + ")" + run_of(names, at + 7, at + text_span - 1) +
-               times(at + text_span - 1 - static_cast<int>(names.size()), ", ");
+               ", (" + name_of(names, at + 6) + ")" + run_of(names, at + 7, at + text_attr_count - 1) +
+               times(at + text_attr_count - 1 - static_cast<int>(names.size()), ", ");
     case TAIL_MENU_MODE:
     case TAIL_GETMENU: return "[, ]";
     case TAIL_MENU_COMMENT: return run_of(names, at, at + 8, ",");

@@ -18,7 +18,7 @@ pool_heap *Vbuf;
 
 // ---- One file ----
 
-// The tables are made for the first file and serve all after it.
+// The tables are allocated for the first file and used by all.
 int pools_init()
 {
     if (var_table == nullptr)
@@ -50,7 +50,7 @@ void convert_file(const char *source_name, plat_file *source_stream)
 
 // ---- The run ----
 
-// How messages reach the user, and what has become of the run.
+// The state of a run.
 struct batch_run {
     bool dialog; // files were picked: messages are shown; else they go to standard output
     int result;  // BATCH_DONE or BATCH_NO_MEMORY
@@ -79,7 +79,7 @@ static int convert_pair(const batch_run *run, const char *input_path, const char
         report(run, "Unable to open ", input_path);
         return BATCH_DONE;
     }
-    // An output that is there already is emptied by the opening: when memory runs out it has to be whole.
+    // Before the opening, which empties an earlier output.
     if (pools_init() != 0) {
         plat_close(&input);
         return BATCH_NO_MEMORY;

@@ -1,8 +1,8 @@
 // Batch driver: pairs each input with its output, X.mrl with X_conv.mrl beside it, and converts one pair
 // after the other. A file that can't be opened costs a message; the run goes on with the next.
 //
-// The pool heap of a file's variables is made anew for each and goes back when the file is converted. The
-// tables of variables and labels start empty with each file, in the same memory.
+// The pool heap of a file's variables exists while the file is converted. The tables of variables and labels
+// start empty with each file, in the same memory.
 #pragma once
 
 #include "support/pool_heap.h"
@@ -11,7 +11,7 @@
 
 struct plat_file;
 
-// Results of the driver. The process's exit status shows the last alone.
+// Results of the driver. Only the last one changes the exit status.
 enum : int { BATCH_DONE = 0, BATCH_CANCELLED = -1, BATCH_NO_MEMORY = -2 };
 
 extern pool_heap *Vbuf; // blocks of variables, from pools_init to pools_free; null between two files
@@ -19,8 +19,8 @@ extern pool_heap *Vbuf; // blocks of variables, from pools_init to pools_free; n
 // Converts the paths among the arguments, or with none the ones that the user picks.
 int conv_main(int arg_count, char **arg_vector);
 
-// Makes what a file needs: its heap, and empty tables. It comes before the output is opened, so that an
-// earlier output outlives a lack of memory. 0, or 1 at the first that can't be had.
+// Makes a file's heap, and empties the tables. It is called before the output is opened, so that an earlier
+// output stays when memory runs out. 0, or 1 without memory.
 int pools_init();
 
 // Returns the file's heap and the blocks of its variables to the system.

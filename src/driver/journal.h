@@ -1,7 +1,7 @@
-// Journal: one record of each statement, for a companion program that follows a conversion.
+// Journal: one record of each statement, for murlreport.
 //
-// It joins what the fetcher, the emission, the evaluator and the statement loop say of a statement; each of
-// their hooks is declared where it is raised. The converter itself sets none of them and keeps no records.
+// It joins what the hooks of the fetcher, the emission, the evaluator and the statement loop report of a
+// statement; each hook is declared where it is called. The converter itself sets none of them.
 #pragma once
 
 #include "driver/statement_loop.h"
@@ -16,19 +16,17 @@ struct journal_text {
     size_t size;
 };
 
-// The record of a statement, or of the end of the reading. All of it is valid while it is handed over.
+// The record of a statement, or of the end of the reading, valid during the callback.
 struct journal_record {
     statement_result done;
     const char *message;       // the evaluator's first one in this statement, or empty
     const journal_text *typed; // of a command's arguments, by position less 1, quotes and escapes as typed
     int32_t typed_count;       // positions whose texts were kept whole
     journal_text surplus;      // of a command: the rest of the line, for which it has no argument
-    const emit_write *writes;  // what was written of which argument, in order
+    const emit_write *writes;  // of the arguments, in order
     int32_t write_count;
 };
 
-// Has take called with the record of each statement from now on.
-void journal_start(void (*take)(const journal_record &record));
-
-// Ends that.
+// Calls callback with the record of each statement, until journal_stop.
+void journal_start(void (*callback)(const journal_record &record));
 void journal_stop();

@@ -11,20 +11,19 @@
 
 void (*statement_done)(const statement_result &done);
 
-// Fetches the arguments of a command and converts it. Returns what fetch_args returned.
+// Fetches the arguments of a command and converts it. Returns the result of fetch_args.
 static int32_t command_convert(const cmd_row &row)
 {
     int32_t count = fetch_args(row.spec_count, row.spec);
     if (count >= 0)
         rule_run(row.id, count);
     else if (line_buf[0] != 0)
-        out_format(" %s\n",
-                   line_buf); // what the fetcher has left; the rest of the line is the next statement
+        out_format(" %s\n", line_buf); // the rest of the line is the next statement
     return count;
 }
 
-// Hands on what came of a statement.
-static void tell_done(const statement_head &head, int32_t result, int32_t fetched)
+// Calls the hook with the result of a statement.
+static void report_done(const statement_head &head, int32_t result, int32_t fetched)
 {
     statement_result done{};
     done.head = head;
@@ -46,7 +45,7 @@ void statement_loop()
         result = next_statement(statement_done != nullptr ? &head : nullptr);
         int32_t fetched = result >= 0 ? command_convert(command_row_at(result)) : 0;
         if (statement_done != nullptr)
-            tell_done(head, result, fetched);
+            report_done(head, result, fetched);
     } while (!statement_stops(result));
     src_close();
 }

@@ -32,16 +32,16 @@ constexpr int32_t list_max = 5;       // subscripts of a variable, arguments of 
 constexpr int32_t decl_list_max = 23; // items of a declaration
 constexpr int32_t pool_size = 100;    // arguments and declaration items of one text
 
-// The evaluator's state, for one text.
+// The evaluator's state for one text.
 static struct {
     const char *text_end;   // of the text as the caller passed it
-    const char *last_token; // the last position in it at which a token was read; its end, but for an overflow
+    const char *last_token; // where the last token was read; the text's end, except after a stack overflow
     int32_t symbols;        // unfinished
-    int32_t pool_used;      // arguments and declaration items, and the one too many
+    int32_t pool_used;      // arguments and declaration items so far
     double result;          // what eval_expr returns the address of
 } eval;
 
-// ---- Outcomes ----
+// ---- Results ----
 
 // An operand or an expression that was read.
 struct expr_value {
@@ -122,8 +122,7 @@ static expr_value parse_expr(const char *pos, uint8_t binding);
 
 // ---- Operators ----
 
-// A rule that few texts reach isn't inlined: the registers and stack that it needs would be saved for every
-// operand.
+// noinline keeps the stack frames of rare productions out of parse_operand, which runs for every operand.
 
 // operation: expr ? expr : expr, from the middle operand on. Both the middle and the right one are evaluated.
 [[gnu::noinline]] static expr_value parse_condition(double left, const char *pos)
@@ -383,7 +382,7 @@ static const char *parse_decl_item(const char *pos, decl_item *item)
     return pos;
 }
 
-// Makes the variable of an item. Returns pos, or null if the store doesn't take it; verb is for the message.
+// Makes the variable of an item. Returns pos, or null if the store refuses it; verb is for the message.
 static const char *declare(const decl_item &item, int8_t type, const char *verb, const char *pos)
 {
     int32_t code =
@@ -479,7 +478,7 @@ static expr_value parse_parentheses(const char *pos)
     return value;
 }
 
-// Reads an operand that begins with a name, from the token after it on.
+// Reads an operand that begins with a name, from the token after the name on.
 static expr_value parse_name(lex_piece name, const char *pos)
 {
     switch (lex_code(pos)) {

@@ -1,8 +1,8 @@
 // Expression evaluator: parses and evaluates expressions, assignments and declarations in one pass.
 //
-// There is no expression tree: each production of the grammar acts when it is complete, before the token
-// after it is judged, in the order of the text; what was done before a fault stays done. An assignment
-// changes the variable store, and nothing else is executed.
+// There is no syntax tree: each production of the grammar acts when it is complete, before the token after it
+// is checked. What was done before a fault stays done. An assignment changes the variable store, and nothing
+// else is executed.
 #pragma once
 
 #include <stddef.h>
@@ -17,5 +17,5 @@ const double *eval_expr(const char *text, size_t size, const char **last_token =
 // keyword that was read, or of all of them if there was none. A statement that fails is printed up to there.
 size_t eval_name_end(const char *text, size_t size, const char *last_token);
 
-// Called with a message for each fault; null: nobody listens.
+// The hook that is called with a message for each fault; null: none.
 extern void (*expr_error)(const char *message);

@@ -92,7 +92,7 @@ lex_token lex_read(const char *pos)
 
 const char *lex_string(const char *pos, char terminator, lex_piece *string)
 {
-    // A text that was decoded already is decoded again where it is: names in front of it are in use.
+    // Text that was decoded is decoded again in place: names in front of it are in use.
     char *start = lex.reads_strings ? lex.strings + (pos - lex.strings) : lex.strings;
     char *to = start;
     const char *from = pos;
@@ -109,8 +109,9 @@ const char *lex_string(const char *pos, char terminator, lex_piece *string)
     *string = lex_piece{start, strnlen(start, static_cast<size_t>(to - start))};
     if (terminated)
         return from;
-    // Kept: what an unterminated string was decoded to is read as tokens, so that a decoded quote can close
-    // it, as an empty string.
+    // Kept: the decoded text of an unterminated string is read as tokens, so that a decoded quote closes it
+    // as an empty string. Users see it in lines such as `$s = "\"`: they count as assignments and are
+    // followed by an empty line. As syntax errors they would lose that line, and $s its new value.
     lex.reads_strings = true;
     lex.end = start + string->size;
     string->size = 0;

@@ -47,8 +47,8 @@ struct expr_keyword {
 
 // The lexer's state, for one text. lex_start and lex_string write it; the evaluator reads end.
 struct lex_state {
-    const char *end;                        // of the text that is read
-    bool reads_strings;                     // that text is in strings: the last string had no terminator
+    const char *end;    // of the text that is read
+    bool reads_strings; // the text is the buffer strings: the last string had no terminator
     char strings[lex_text_max + lex_slack]; // the last string, decoded
 };
 extern lex_state lex;

@@ -4,7 +4,8 @@
 
 #include <math.h>
 
-// Rounded values, and results show it: scripts were written against these.
+// Kept: the rounding of both. Users see it in numbers that rules write as values: acos(0.5), written as an
+// integer, is 59, and would be 60 with exact constants.
 constexpr double deg_to_rad = 0.017453292520882225;
 constexpr double rad_to_deg = 57.29577951;
 

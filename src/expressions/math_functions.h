@@ -1,5 +1,5 @@
-// Math functions: the functions that an expression may call. Angles are degrees on the outside: the table
-// says which arguments and results are angles, and math_call converts them.
+// Math functions: the functions that an expression may call. Scripts have angles in degrees; the table says
+// which arguments and results are angles, and math_call converts them.
 #pragma once
 
 #include <stddef.h>

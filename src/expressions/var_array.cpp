@@ -1,10 +1,9 @@
 // The items of a string list follow each other in its data in the order in which they were stored, each after
 // its size in four bytes. The table in front of the data holds the offset of each item whose size was
 // changed, 0 for the others: those that the list was made with, which all have the size in the block's head,
-// and those without bytes. An item that grows is written anew at the end of the data, and its old bytes are
+// and those without bytes. An item that grows is written again at the end of the data, and its old bytes are
 // wasted. When the block is full, the list moves to a new one, without the waste and with a quarter of its
-// size to spare. So moving costs no more than storing did since the last move, in whatever order the items
-// come.
+// size to spare.
 #include "expressions/var_array.h"
 
 #include <stddef.h>
@@ -23,50 +22,50 @@ void arrays_start(pool_heap *heap)
 
 // ---- Blocks ----
 
-// A block from this size on, in bytes, is the C library's own and goes back when it isn't needed any more.
-// The pool keeps what it got until the file's end, and there a small block could keep a large one from reuse.
+// A block of at least so many bytes comes from the C library and is freed when it isn't needed any more. The
+// pool frees nothing before the file's end, and there a small block could keep a large one from reuse.
 constexpr size_t block_large = 64 * 1024;
 
-static bool block_is_large(uint64_t room)
+static bool block_is_large(uint64_t capacity)
 {
-    return sizeof(var_block) + room >= block_large;
+    return sizeof(var_block) + capacity >= block_large;
 }
 
 // A block with so many bytes after its head, all zero. Null if there is no memory.
-static var_block *block_make(uint64_t room)
+static var_block *block_make(uint64_t capacity)
 {
-    size_t bytes = sizeof(var_block) + static_cast<size_t>(room);
-    void *block = block_is_large(room) ? heap_calloc(1, bytes)
-                                       : heap_alloc(array_heap, "Vbuf", static_cast<uint32_t>(bytes));
+    size_t bytes = sizeof(var_block) + static_cast<size_t>(capacity);
+    void *block = block_is_large(capacity) ? heap_calloc(1, bytes)
+                                           : heap_alloc(array_heap, "Vbuf", static_cast<uint32_t>(bytes));
     return static_cast<var_block *>(block);
 }
 
-static void block_drop(var_block *block, uint64_t room)
+static void block_free(var_block *block, uint64_t capacity)
 {
-    if (block_is_large(room))
+    if (block_is_large(capacity))
         free(block);
     else
         heap_free(block);
 }
 
-// Sets where a block's table and data are; the table has no entries but in a string list.
-static void block_point(var_block *block, uint64_t entries, uint64_t data_size)
+// Sets the pointers to a block's table and data. Only a string list's table has entries.
+static void block_lay_out(var_block *block, uint64_t entries, uint64_t data_size)
 {
     block->table = reinterpret_cast<uint32_t *>(block + 1);
     block->entries = static_cast<int32_t>(entries);
     block->data = reinterpret_cast<unsigned char *>(block->table + entries);
     block->end = block->data + data_size;
     block->wasted = 0;
-    block->made = 0;
+    block->initial_items = 0;
 }
 
 // Replaces an array's block, which is freed.
-static void block_replace(var_array *array, var_block *block, uint64_t room)
+static void block_replace(var_array *array, var_block *block, uint64_t capacity)
 {
     if (array->block != nullptr && array->block != block)
-        block_drop(array->block, array->room);
+        block_free(array->block, array->capacity);
     array->block = block;
-    array->room = static_cast<uint32_t>(room);
+    array->capacity = static_cast<uint32_t>(capacity);
 }
 
 // True if an array's payload may change to so many bytes.
@@ -81,9 +80,9 @@ static void payload_set(var_array *array, uint64_t payload)
     array->payload = static_cast<uint32_t>(payload);
 }
 
-void array_drop(var_array *array)
+void array_free(var_array *array)
 {
-    block_drop(array->block, array->room);
+    block_free(array->block, array->capacity);
     payload_set(array, 0);
     array->block = nullptr;
 }
@@ -132,25 +131,24 @@ constexpr uint64_t list_spare(uint64_t size)
     return size / 4 + 256;
 }
 
-// A block of so many bytes, all zero, for new contents of an array. A small one is used again if it isn't far
-// too large; if it was a little too small, the new one gets half as much again, or a string that grows by one
-// character each time would leave the pool a row of blocks of every size. A large one is never used again:
-// the system has zeroed pages at once, where a script of a few bytes could have 256 MB cleared by every
-// statement. Null if there is no memory.
-static var_block *block_for(const var_array *array, uint64_t size, uint64_t *room)
+// A block of so many bytes, all zero, for new contents of an array. A small one is reused unless it is far
+// too large; if it is a little too small, the new one gets half as much again, or a string that grows by one
+// character each time would leave the pool blocks of every size. A large one is never reused: the system has
+// zeroed pages, while a script of a few bytes could make every statement clear 256 MB. Null without memory.
+static var_block *block_obtain(const var_array *array, uint64_t size, uint64_t *capacity)
 {
-    *room = size;
-    if (array->block != nullptr && !block_is_large(array->room)) {
-        uint64_t known = array->room;
+    *capacity = size;
+    if (array->block != nullptr && !block_is_large(array->capacity)) {
+        uint64_t known = array->capacity;
         if (size <= known && known / 2 <= size + 1024) {
-            *room = known;
+            *capacity = known;
             memset(array->block, 0, sizeof(var_block) + static_cast<size_t>(known));
             return array->block;
         }
         if (size > known && size < known + known / 2)
-            *room = known + known / 2;
+            *capacity = known + known / 2;
     }
-    return block_make(*room);
+    return block_make(*capacity);
 }
 
 bool array_make(var_array *array, int8_t type, int32_t ndims, const int32_t *dims)
@@ -163,17 +161,17 @@ bool array_make(var_array *array, int8_t type, int32_t ndims, const int32_t *dim
     uint64_t size = 4 * sizes.entries + sizes.data;
     if (list)
         size += list_spare(size);
-    uint64_t room;
-    var_block *block = block_for(array, size, &room);
+    uint64_t capacity;
+    var_block *block = block_obtain(array, size, &capacity);
     if (block == nullptr)
         return false;
-    block_replace(array, block, room);
+    block_replace(array, block, capacity);
     payload_set(array, sizes.payload);
-    block_point(block, sizes.entries, sizes.data);
+    block_lay_out(block, sizes.entries, sizes.data);
     memcpy(block->dims, dims, static_cast<size_t>(ndims) * sizeof *dims);
     if (list && dims[1] != 0) {
-        block->made = dims[0];
-        block->made_size = static_cast<uint32_t>(dims[1]) + 1;
+        block->initial_items = dims[0];
+        block->initial_size = static_cast<uint32_t>(dims[1]) + 1;
     }
     return true;
 }
@@ -188,24 +186,24 @@ list_item list_item_at(const var_block *block, int32_t number)
         memcpy(&size, block->data + offset - item_head, item_head);
         return {block->data + offset, size};
     }
-    if (number >= block->made)
+    if (number >= block->initial_items)
         return {block->data, 0};
-    size_t first = static_cast<size_t>(number) * (block->made_size + item_head) + item_head;
-    return {block->data + first, block->made_size};
+    size_t first = static_cast<size_t>(number) * (block->initial_size + item_head) + item_head;
+    return {block->data + first, block->initial_size};
 }
 
-// Moves a list to a new block, with room for so many items and so many bytes more than its items take. False
-// if there is no memory.
+// Moves a list to a new block, for so many items and so many bytes more than its items have. False without
+// memory.
 static bool list_move(var_array *array, int32_t items, uint64_t more)
 {
     const var_block *old = array->block;
     uint64_t entries = static_cast<uint64_t>(items <= old->entries ? old->entries : items + items / 4);
-    uint64_t room = 4 * entries + static_cast<uint64_t>(old->end - old->data) - old->wasted + more;
-    room += list_spare(room);
-    var_block *block = block_make(room);
+    uint64_t capacity = 4 * entries + static_cast<uint64_t>(old->end - old->data) - old->wasted + more;
+    capacity += list_spare(capacity);
+    var_block *block = block_make(capacity);
     if (block == nullptr)
         return false;
-    block_point(block, entries, 0);
+    block_lay_out(block, entries, 0);
     block->dims[0] = old->dims[0];
     for (int32_t number = 0; number < old->dims[0]; number++) {
         list_item item = list_item_at(old, number);
@@ -216,11 +214,11 @@ static bool list_move(var_array *array, int32_t items, uint64_t more)
         memcpy(block->end + item_head, item.start, item.size);
         block->end += item_head + item.size;
     }
-    block_replace(array, block, room);
+    block_replace(array, block, capacity);
     return true;
 }
 
-// Changes the size of an item, its bytes zero. The block has room for one that grows.
+// Changes the size of an item, its bytes zero. The block has enough bytes for one that grows.
 static void item_resize(var_block *block, int32_t number, uint32_t size)
 {
     list_item item = list_item_at(block, number);
@@ -246,7 +244,7 @@ bool list_item_store(var_array *array, int32_t number, uint32_t size)
     if (!payload_fits(array, payload))
         return false;
     const var_block *block = array->block;
-    const unsigned char *block_end = reinterpret_cast<const unsigned char *>(block + 1) + array->room;
+    const unsigned char *block_end = reinterpret_cast<const unsigned char *>(block + 1) + array->capacity;
     bool fits = items <= block->entries && more <= static_cast<uint64_t>(block_end - block->end);
     if (!fits && !list_move(array, items, more))
         return false;
@@ -254,7 +252,7 @@ bool list_item_store(var_array *array, int32_t number, uint32_t size)
     array->block->dims[0] = items;
     if (size != old_size)
         item_resize(array->block, number, size);
-    // A list of long items that became short ones. Without memory its waste stays.
+    // Many items became shorter: move without the waste. Without memory the waste stays.
     if (array->block->wasted > payload + 4096)
         (void)list_move(array, items, 0);
     return true;

@@ -1,7 +1,7 @@
 // Arrays, strings and string lists: the blocks that hold their elements.
 //
-// All blocks of a file belong to its variables, and what counts of them, the payload, is limited for all
-// together: dimensions, rows and elements, but nothing that is spare.
+// The payload of all arrays of a file together is limited: dimensions, rows and elements, without spare
+// bytes.
 #pragma once
 
 #include "support/pool_heap.h"
@@ -35,19 +35,19 @@ constexpr uint64_t var_payload_max = 256u * 1024 * 1024; // bytes, of all variab
 struct var_block {
     int32_t dims[var_dims_max]; // of a string list the item count counts alone
     uint32_t wasted;            // bytes of a string list's data that no item uses any more
-    uint32_t made_size;         // bytes of an item that a string list was made with
-    int32_t made;               // number of these items, or 0
+    uint32_t initial_size;      // bytes of each item that a string list was made with
+    int32_t initial_items;      // number of these items, or 0
     int32_t entries;            // of the table
-    uint32_t *table;            // a string list's: where each item is
+    uint32_t *table;            // a string list's: offsets of the items
     unsigned char *data;        // the elements, row by row
     unsigned char *end;         // the first byte after the elements
 };
 
 // Where the elements of an array are.
 struct var_array {
-    var_block *block; // null: not made yet
-    uint32_t room;    // bytes after the block's head
-    uint32_t payload; // bytes that count toward var_payload_max
+    var_block *block;  // null: not made yet
+    uint32_t capacity; // bytes after the block's head
+    uint32_t payload;  // bytes that count toward var_payload_max
 };
 
 // An item of a string list: size bytes, a NUL the last of them, or none.
@@ -56,7 +56,7 @@ struct list_item {
     uint32_t size;
 };
 
-// Starts on a file, which has no blocks yet; heap is where the small ones come from.
+// Starts a file without arrays; heap is for the small blocks.
 void arrays_start(pool_heap *heap);
 
 // Makes an array, or changes its dimensions, none of them negative; its elements are zero. False if there is
@@ -64,11 +64,11 @@ void arrays_start(pool_heap *heap);
 bool array_make(var_array *array, int8_t type, int32_t ndims, const int32_t *dims);
 
 // Frees an array's block.
-void array_drop(var_array *array);
+void array_free(var_array *array);
 
 // An item of a string list, which has it.
 list_item list_item_at(const var_block *block, int32_t number);
 
-// Makes the size of an item so many bytes, zero if it had another number of them. A list that hasn't as many
-// items gets empty ones up to it. False as array_make.
+// Sets the size of an item in bytes; they are zero if the size changes. A list with fewer items gets empty
+// ones up to it. False as array_make.
 bool list_item_store(var_array *array, int32_t number, uint32_t size);

@@ -33,7 +33,7 @@ void vars_end()
 {
     for (int32_t i = 0; i < var_count; i++)
         if (var_table[i].ndims > 0)
-            array_drop(&var_table[i].array);
+            array_free(&var_table[i].array);
     var_count = 0;
 }
 
@@ -88,7 +88,7 @@ double var_store_value(double value)
 
 // ---- Reading ----
 
-// The type that a name's prefix gives.
+// The type that a name's prefix means.
 static int8_t prefix_type(const char *name, size_t size)
 {
     if (size > 2 && name[0] == '$' && name[1] == '$' && text_is(name[2], CHAR_LETTER))
@@ -211,7 +211,7 @@ int32_t var_make(const char *name, size_t name_size, int8_t type, int32_t ndims,
         return VAR_NO_MEMORY;
     if (rec == nullptr) {
         if ((rec = record_take(name, name_size, type)) == nullptr) {
-            array_drop(&array);
+            array_free(&array);
             return VAR_TABLE_FULL;
         }
         rec->array = array; // all zero for a scalar, its value too
@@ -237,7 +237,7 @@ void var_fill_next(double value)
 
 // ---- Strings ----
 
-// Makes room for an item of length bytes in a string list, which is made if there is none.
+// Sets the size of a string list's item to length bytes, and selects it. Makes the list if there is none.
 static int32_t store_item(const char *name, size_t name_size, int32_t number, int32_t length)
 {
     var_rec *rec = var_find(name, name_size);

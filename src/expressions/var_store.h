@@ -1,10 +1,9 @@
 // Variable store: the variables that a script declares or assigns, with type, dimensions and value.
 //
-// The store is one flat table for each file; it starts empty and nothing of it is kept. Scalars are in
-// their record, arrays, strings and string lists in a block from the pool heap. Reading a variable selects
-// it: the result is in the cur_ fields, and the next store goes there. Names compare with case. Names
-// that start with @ are system variables of the running CAD system: there is none here, so none is ever
-// found.
+// The store is one flat table, empty at the start of each file. Scalars are in their record, arrays, strings
+// and string lists in a block. Reading a variable selects it: the result is in the cur_ fields, and the next
+// store goes there. Names compare with case. Names that start with @ are system variables of the running CAD
+// system: there is none here, so none is ever found.
 #pragma once
 
 #include "expressions/var_array.h"
@@ -15,7 +14,7 @@
 constexpr int var_name_length = 255;
 constexpr int32_t var_capacity = 1000; // variables of one file
 
-// What var_make returns when it can't; a positive number, told apart in messages only.
+// The failures of var_make, positive. Only messages show which it was.
 enum : int32_t {
     VAR_TABLE_FULL = 1,
     VAR_NO_MEMORY = 3,   // or beyond var_payload_max, more than 5 dimensions, or a negative one
@@ -25,7 +24,7 @@ enum : int32_t {
     VAR_TYPE = 7         // the type doesn't fit the variable or the name's prefix
 };
 
-// What reading a variable returns when it can't.
+// The failures of reading a variable.
 enum : int32_t {
     VAR_UNKNOWN = -1,
     VAR_BAD_SUBSCRIPT = -2 // wrong count of subscripts, or one out of range
@@ -51,10 +50,10 @@ extern int8_t cur_type;        // type code
 extern double cur_value;       // the value read; storing and making an array don't change it
 extern unsigned char *cur_ptr; // of the scalar or element, where the next store goes; null: a whole array
 
-// Starts on a file without variables, with the records of table and small blocks from heap.
+// Starts a file without variables; table has var_capacity records, and heap is for small blocks.
 void vars_start(var_rec *table, pool_heap *heap);
 
-// Forgets the file's variables and frees their blocks. It comes before the next start.
+// Removes the file's variables and frees their blocks.
 void vars_end();
 
 // A name is so many characters of a text, without a NUL among them; 255 of them count.
@@ -72,11 +71,11 @@ int32_t var_read_element(const char *name, size_t name_size, int32_t count, cons
 // then a known variable is as it was.
 int32_t var_make(const char *name, size_t name_size, int8_t type, int32_t ndims, const int32_t *dims);
 
-// Stores a value where cur_ptr points, in the width of its type, and returns it as it then is there.
+// Stores a value where cur_ptr points, in the width of its type, and returns the stored value.
 double var_store_value(double value);
 
-// Makes room for a string of length bytes, its NUL included, in a string variable (subscript -1) or in an
-// item of a string list, and selects it. 0, -1 if the variable's kind doesn't fit, or a code of var_make.
+// Sets the size of a string variable (subscript -1) or of a string list's item to length bytes, NUL included,
+// and selects it. 0, -1 if the variable is of another kind, or a code of var_make.
 int32_t var_store_string(const char *name, size_t name_size, int32_t subscript, int32_t length);
 
 // Filling the array that var_make has just selected, in the order of its storage: start, then a value at a

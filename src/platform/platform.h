@@ -1,15 +1,14 @@
 // Platform: the little that the converter asks of the system it runs on.
 //
-// Each side (posix*.cpp, windows*.cpp) stands for itself, and the build takes one of them. Paths
-// are bytes as the system gives them, on Windows UTF-8, and have no length limit of ours. Only the driver
-// calls these routines, and the two ends of a script: its source and its output.
+// It has two implementations, posix*.cpp and windows*.cpp, of which the build uses one. Paths are bytes as
+// the system has them, on Windows UTF-8, and may have any length.
 #pragma once
 
 #include <stddef.h>
 
-// An open file, without a buffer: whoever reads or writes has one.
+// An open file. It has no buffer.
 struct plat_file {
-    int number; // the system's
+    int number; // the system's file descriptor
 };
 
 // Opens a script for reading, byte for byte (the reader folds line ends itself). 0, or another value if it
@@ -44,10 +43,10 @@ bool plat_names_equal(const char *left, const char *right, size_t size);
 // Whether there is a file or a folder of that path.
 bool plat_exists(const char *path);
 
-// Lets the user pick scripts. Calls take(path, context) for each path in the order of the selection, the
-// first time when the whole selection is known; the path belongs to the caller of take and is valid during
-// the call only. Returns 0, or -1 if the user picked nothing.
-int plat_select_files(void (*take)(const char *path, void *context), void *context);
+// Lets the user pick scripts. Calls callback(path, context) for each path in the order of the selection, the
+// first time when the whole selection is known; the path is valid during the call only. Returns 0, or -1 if
+// the user picked nothing.
+int plat_select_files(void (*callback)(const char *path, void *context), void *context);
 
 // Shows the user one line; text has no line end.
 void plat_show_line(const char *text);
@@ -57,7 +56,7 @@ void plat_print(const char *text);
 
 // Prepares the program's start, and puts the arguments that the program has to use in place of those of main:
 // paths as the routines here take them. Where the shell leaves wildcards to programs, the scripts that they
-// match are put in. 0, or 1 if the platform can't run the program; it tells the user nothing.
+// match are put in. 0, or 1 if the platform can't run the program; it prints nothing.
 int plat_start(int *argument_count, char ***arguments);
 
 // Whether the program was started from the desktop: it has a console for itself. plat_start has hidden it.

@@ -15,7 +15,7 @@
 #include <malloc.h>
 #endif
 
-// Opens a file, whatever signals come in between: a pipe can make that a long wait. -1 if it can't be opened.
+// Opens a file, also when a signal interrupts the wait for a pipe's other end. -1 if it can't be opened.
 static int open_file(const char *path, int flags, mode_t mode)
 {
     int file;
@@ -55,7 +55,6 @@ static bool empty_output(int file, const struct stat *in_info)
     return result == 0;
 }
 
-// Most outputs are new files, which need no further look.
 int plat_open_output(const char *path, const plat_file *input, plat_file *output)
 {
     struct stat info;
@@ -136,16 +135,16 @@ void plat_print(const char *text)
     fputs(text, stdout);
 }
 
-// What is started from the desktop has a terminal or none, but none of its own.
+// A program started from the desktop has no terminal of its own here.
 bool plat_is_own_console()
 {
     return false;
 }
 
-// A reader that leaves and a limit on the size of files are failed writes like a full disk, no end of the
-// run. With one of the three standard streams closed, a script would get its number, and messages would go
-// into the script. A large block is mapped by itself, zeroed without work; glibc would raise the limit from
-// which it does so with each of them that is freed.
+// A closed pipe and a limit on the size of files are failed writes like a full disk; they don't end the run.
+// If one of the three standard streams were closed, a script would get its number, and messages would go into
+// the script. The threshold keeps large blocks mapped by themselves, so that calloc needn't clear them; glibc
+// would raise it with each one that is freed.
 int plat_start(int *, char ***)
 {
 #ifdef __GLIBC__
@@ -160,7 +159,7 @@ int plat_start(int *, char ***)
     return 0;
 }
 
-// A terminal has no look at a key that leaves the key there.
+// A terminal can't show a key without consuming it.
 int plat_poll_escape()
 {
     return -1;

@@ -1,7 +1,6 @@
 // How the user picks scripts on POSIX: a list on standard input, a dialog program, or a numbered list.
 //
-// When memory runs out the routine in hand says so on standard error and acts as if the user had picked
-// nothing.
+// When memory runs out, a message goes to standard error and the user has picked nothing.
 #include "platform/platform.h"
 #include "platform/script_names.h"
 
@@ -20,51 +19,49 @@
 
 #include <charconv>
 
-// Who receives the paths that the user picks.
-struct path_taker {
-    void (*take)(const char *path, void *context);
+// Receives the paths that the user picks.
+struct path_callback {
+    void (*call)(const char *path, void *context);
     void *context;
 };
 
-// A text that was read.
-struct byte_list {
+struct text_buffer {
     char *bytes; // null while empty
     size_t used; // without the NUL after it
 };
 
-// What came of one way to select.
+// The result of one way to select.
 enum select_result {
-    SELECT_TAKEN,    // at least one path was handed over
-    SELECT_CANCELED, // the user picked nothing, or memory ran out
-    SELECT_MISSING   // this way does not work here
+    SELECT_PASSED,     // at least one path was picked
+    SELECT_CANCELED,   // the user picked nothing, or memory ran out
+    SELECT_UNAVAILABLE // this way does not work here
 };
 
-static void tell_no_memory()
+static void print_out_of_memory()
 {
     fputs("murlconv: out of memory\n", stderr);
 }
 
-// Everything up to the end of file, and a NUL. An error while reading ends the text. False without memory.
-// The caller frees the bytes.
-static bool read_all(int number, byte_list *text)
+// Reads up to the end of file, or to an error, and adds a NUL. False without memory. The caller frees the
+// bytes.
+static bool read_all(int number, text_buffer *text)
 {
     const plat_file file{number};
-    size_t room = 4096;
+    size_t capacity = 4096;
     do {
-        room *= 2;
-        auto *bytes = static_cast<char *>(realloc(text->bytes, room));
+        capacity *= 2;
+        auto *bytes = static_cast<char *>(realloc(text->bytes, capacity));
         if (bytes == nullptr)
             return false;
         text->bytes = bytes;
-        text->used += plat_read(&file, bytes + text->used, room - 1 - text->used);
-    } while (text->used == room - 1);
+        text->used += plat_read(&file, bytes + text->used, capacity - 1 - text->used);
+    } while (text->used == capacity - 1);
     text->bytes[text->used] = '\0';
     return true;
 }
 
-// Hands over each path of a text that read_all has read, with a separator between them. Empty paths are
-// skipped.
-static select_result take_paths(byte_list *text, char separator, const path_taker &taker)
+// Calls back with each path of a text from read_all. Empty paths are skipped.
+static select_result pass_paths(text_buffer *text, char separator, const path_callback &callback)
 {
     select_result result = SELECT_CANCELED;
     char *path = text->bytes;
@@ -75,17 +72,17 @@ static select_result take_paths(byte_list *text, char separator, const path_take
             path_end = end;
         *path_end = '\0';
         if (*path != '\0') {
-            taker.take(path, taker.context);
-            result = SELECT_TAKEN;
+            callback.call(path, callback.context);
+            result = SELECT_PASSED;
         }
         path = path_end + 1;
     }
     return result;
 }
 
-// Finds out what separates the paths of a list: NULs if the first separator is one, else line feeds, whose
-// CRs are taken out.
-static char find_separator(byte_list *text)
+// Returns what separates the paths of a list: NULs if the first separator is one, else line feeds, whose CRs
+// are removed.
+static char find_separator(text_buffer *text)
 {
     size_t first = 0;
     while (first < text->used && text->bytes[first] != '\0' && text->bytes[first] != '\n')
@@ -101,35 +98,35 @@ static char find_separator(byte_list *text)
     return '\n';
 }
 
-// The paths on standard input. The list is read to its end first: a program that searches folders while we
-// convert would find our own outputs and send them back to us, without end.
-static select_result select_from_pipe(const path_taker &taker)
+// The paths on standard input. The list is read to its end first: a program that searches folders during the
+// conversion would find the outputs and send them too, without end.
+static select_result select_from_pipe(const path_callback &callback)
 {
-    byte_list text = {};
+    text_buffer text = {};
     select_result result = SELECT_CANCELED;
     if (read_all(STDIN_FILENO, &text))
-        result = take_paths(&text, find_separator(&text), taker);
+        result = pass_paths(&text, find_separator(&text), callback);
     else
-        tell_no_memory();
+        print_out_of_memory();
     free(text.bytes);
     return result;
 }
 
-// Runs a program of PATH in this process, a child: its standard output in a file, its warnings dropped, and
-// the signals that plat_start ignores as a program expects them. Ends with status 127 if there is none.
-[[noreturn]] static void become_program(const char *const *arguments, int output)
+// In the child process: runs a program of PATH with its standard output in a file, its warnings dropped, and
+// the default action for the signals that plat_start ignores. Exits with status 127 if there is none.
+[[noreturn]] static void exec_program(const char *const *arguments, int output)
 {
     signal(SIGPIPE, SIG_DFL);
     signal(SIGXFSZ, SIG_DFL);
     dup2(output, STDOUT_FILENO);
     dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDERR_FILENO);
-    // The interface lacks const for history's sake; the arguments are not written.
+    // execvp has no const in its type, but writes nothing.
     execvp(arguments[0], const_cast<char *const *>(arguments));
     _exit(127);
 }
 
-// Starts a program of PATH with its standard output in a pipe. Returns its process and the pipe's end, or -1
-// if that can't be had.
+// Starts a program of PATH with its standard output in a pipe. Returns its process id and the read end of the
+// pipe, or -1 on failure.
 static pid_t start_program(const char *const *arguments, int *output)
 {
     int ends[2];
@@ -139,7 +136,7 @@ static pid_t start_program(const char *const *arguments, int *output)
     fcntl(ends[1], F_SETFD, FD_CLOEXEC);
     pid_t process = fork();
     if (process == 0)
-        become_program(arguments, ends[1]);
+        exec_program(arguments, ends[1]);
     close(ends[1]);
     if (process == -1)
         close(ends[0]);
@@ -147,15 +144,15 @@ static pid_t start_program(const char *const *arguments, int *output)
     return process;
 }
 
-// Lets one dialog program run. Status 0 means that its output holds the selection, a line each; 1 that the
-// user cancelled; anything else that it could not show its dialog.
-static select_result select_from_program(const char *const *arguments, const path_taker &taker)
+// Runs one dialog program. Status 0 means that its output has the selection, a path a line; 1 that the user
+// cancelled; anything else that it could not show its dialog.
+static select_result select_from_program(const char *const *arguments, const path_callback &callback)
 {
     int output;
     pid_t process = start_program(arguments, &output);
     if (process == -1)
-        return SELECT_MISSING;
-    byte_list text = {};
+        return SELECT_UNAVAILABLE;
+    text_buffer text = {};
     bool complete = read_all(output, &text);
     close(output);
     int status = 0;
@@ -163,17 +160,17 @@ static select_result select_from_program(const char *const *arguments, const pat
         continue;
     select_result result = SELECT_CANCELED;
     if (!complete)
-        tell_no_memory();
+        print_out_of_memory();
     else if (!WIFEXITED(status) || WEXITSTATUS(status) > 1)
-        result = SELECT_MISSING;
+        result = SELECT_UNAVAILABLE;
     else if (WEXITSTATUS(status) == 0)
-        result = take_paths(&text, '\n', taker);
+        result = pass_paths(&text, '\n', callback);
     free(text.bytes);
     return result;
 }
 
-// The option that lets zenity begin in the current directory, as a whole path. Null if that can't be had:
-// then zenity begins where it likes. The caller frees it.
+// The option with which zenity starts in the current directory. Null if that fails: then zenity chooses. The
+// caller frees it.
 static char *zenity_folder_option()
 {
     char *folder = realpath(".", nullptr);
@@ -184,7 +181,7 @@ static char *zenity_folder_option()
     return option;
 }
 
-static select_result select_from_dialog(const path_taker &taker)
+static select_result select_from_dialog(const path_callback &callback)
 {
     char *folder_option = zenity_folder_option();
     const char *const zenity[] = {"zenity",
@@ -205,10 +202,10 @@ static select_result select_from_dialog(const path_taker &taker)
                                           ".",
                                           "MURL Files (*.mrl)\nMURL Files (*.mrp)",
                                           nullptr};
-    select_result result = select_from_program(zenity, taker);
+    select_result result = select_from_program(zenity, callback);
     free(folder_option);
-    if (result == SELECT_MISSING)
-        result = select_from_program(kdialog, taker);
+    if (result == SELECT_UNAVAILABLE)
+        result = select_from_program(kdialog, callback);
     return result;
 }
 
@@ -223,8 +220,8 @@ static int is_listed(const dirent *entry)
     return (kind == NAME_SCRIPT || kind == NAME_LONE) && stat(name, &info) == 0 && !S_ISDIR(info.st_mode);
 }
 
-// Shows a name with a question mark for each control character, which would act on the terminal. The second
-// row of them comes as two bytes, C2 and 80 to 9F.
+// Shows a name with a question mark for each control character, which would act on the terminal. In UTF-8 the
+// upper control characters are two bytes, C2 and 80 to 9F.
 static void show_name(const char *name)
 {
     for (; *name != '\0'; name++) {
@@ -261,9 +258,9 @@ static size_t read_number(const char **text, size_t count)
     return number <= count ? number : 0;
 }
 
-// Hands over what one word of the answer stands for. A word that names nothing in the list is a path, so a
-// number out of range is reported as a file that can't be opened.
-static void take_word(const char *word, dirent *const *scripts, size_t count, const path_taker &taker)
+// Calls back with the scripts that one word of the answer means. A word that names nothing in the list is a
+// path, so a number out of range is reported as a file that can't be opened.
+static void pass_word(const char *word, dirent *const *scripts, size_t count, const path_callback &callback)
 {
     size_t first = 1;
     size_t last = count;
@@ -276,12 +273,12 @@ static void take_word(const char *word, dirent *const *scripts, size_t count, co
             first = 0;
     }
     if (first == 0 || last == 0) {
-        taker.take(word, taker.context);
+        callback.call(word, callback.context);
         return;
     }
     for (; first != last; first < last ? first++ : first--)
-        taker.take(scripts[first - 1]->d_name, taker.context);
-    taker.take(scripts[last - 1]->d_name, taker.context);
+        callback.call(scripts[first - 1]->d_name, callback.context);
+    callback.call(scripts[last - 1]->d_name, callback.context);
 }
 
 // Cuts the next word off an answer and steps after it; null at the end. Quotes keep blanks and commas in a
@@ -302,33 +299,33 @@ static char *next_word(char **answer)
     return word;
 }
 
-static select_result take_answer(dirent *const *scripts, size_t count, const path_taker &taker)
+static select_result pass_answer(dirent *const *scripts, size_t count, const path_callback &callback)
 {
     char *line = nullptr;
-    size_t room = 0;
+    size_t capacity = 0;
     select_result result = SELECT_CANCELED;
-    if (getline(&line, &room, stdin) >= 0) {
+    if (getline(&line, &capacity, stdin) >= 0) {
         char *rest = line;
         for (const char *word = next_word(&rest); word != nullptr; word = next_word(&rest)) {
-            take_word(word, scripts, count, taker);
-            result = SELECT_TAKEN;
+            pass_word(word, scripts, count, callback);
+            result = SELECT_PASSED;
         }
     }
     free(line);
     return result;
 }
 
-static select_result select_from_list(const path_taker &taker)
+static select_result select_from_list(const path_callback &callback)
 {
     dirent **scripts = nullptr;
     int found = scandir(".", &scripts, is_listed, alphasort);
     if (found < 0 && errno == ENOMEM) {
-        tell_no_memory();
+        print_out_of_memory();
         return SELECT_CANCELED;
     }
     auto count = static_cast<size_t>(found < 0 ? 0 : found);
     show_scripts(scripts, count);
-    select_result result = take_answer(scripts, count, taker);
+    select_result result = pass_answer(scripts, count, callback);
     for (size_t i = 0; i < count; i++)
         free(scripts[i]);
     free(scripts);
@@ -342,15 +339,15 @@ static bool has_display()
     return (x11 != nullptr && *x11 != '\0') || (wayland != nullptr && *wayland != '\0');
 }
 
-int plat_select_files(void (*take)(const char *path, void *context), void *context)
+int plat_select_files(void (*call)(const char *path, void *context), void *context)
 {
-    const path_taker taker{take, context};
-    select_result result = SELECT_MISSING;
+    const path_callback callback{call, context};
+    select_result result = SELECT_UNAVAILABLE;
     if (!isatty(STDIN_FILENO))
-        result = select_from_pipe(taker);
+        result = select_from_pipe(callback);
     else if (has_display())
-        result = select_from_dialog(taker);
-    if (result == SELECT_MISSING)
-        result = select_from_list(taker);
-    return result == SELECT_TAKEN ? 0 : -1;
+        result = select_from_dialog(callback);
+    if (result == SELECT_UNAVAILABLE)
+        result = select_from_list(callback);
+    return result == SELECT_PASSED ? 0 : -1;
 }

@@ -5,8 +5,8 @@
 
 #include <assert.h>
 
-static_assert(put_room >=
-              form_pieces_max * 2 * slot_text_slack + arg_types_size * (form_joint_max + slot_text_slack));
+static_assert(put_reserve >= form_pieces_max * 2 * slot_text_slack +
+                                 arg_types_size * (form_separator_max + slot_text_slack));
 
 static inline char *put_literal(char *output, const form_code &form, const form_piece *piece)
 {
@@ -14,8 +14,8 @@ static inline char *put_literal(char *output, const form_code &form, const form_
     return put_text(output, short_one ? piece->head : form.text + piece->start, piece->size);
 }
 
-// Writes the slots of a list: up to the last one of the choice, or of PUT_ITEMS up to the first empty one,
-// which follows the last one at the latest.
+// Writes the slots of a list: up to the last one of the choice, or for PUT_ITEMS up to the first empty one;
+// the slots after the statement's are empty.
 static char *put_list(char *output, const form_code &form, const form_piece *piece, int32_t last)
 {
     bool items = piece->kind == PUT_ITEMS;
@@ -35,7 +35,7 @@ static void emit_number(form_kind kind, const rule_choice &choice, const arg_slo
     case PUT_NUMBER: out_format("%d", choice.number); break;
     default: out_format("%d", slot_lval(slot)); break;
     }
-    emit_tell(slot, true, from, out_tell());
+    emit_report(slot, true, from, out_tell());
 }
 
 // Writes a number or a tail.
@@ -65,7 +65,7 @@ static void emit_other(form_kind kind, const rule_choice &choice, const arg_slot
 
 void emit_form(const form_code &form, const rule_choice &choice)
 {
-    char *output = out_reserve(put_room);
+    char *output = out_reserve(put_reserve);
     const form_piece *end = form.pieces + form.pieces_used;
     for (const form_piece *piece = form.pieces; piece < end; piece++) {
         const arg_slot *slot = arg_slots + piece->slot;
@@ -83,7 +83,7 @@ void emit_form(const form_code &form, const rule_choice &choice)
                 break;
             out_commit(put_literal(output, form, piece));
             emit_other(piece->kind, choice, slot);
-            output = out_reserve(put_room);
+            output = out_reserve(put_reserve);
             break;
         }
     }

@@ -1,7 +1,7 @@
 // Entity commands: geometry, notes, labels, crosshatch and the view.
 //
-// An entity command ends in a list of attributes, and most rules move these by their position alone, in the
-// old line and in the new one by tails that read the same slots.
+// An entity command ends in a list of attributes, which a tail writes in the comment and another in the new
+// line.
 #include "rules/rule_table.h"
 #include "statements/arg_slots.h"
 
@@ -60,7 +60,7 @@ static constexpr rule_row entity_table[] = {
         form("// Original MURL command:\n"
              "// {W} {A1}, {A2}, {A3}{text-comment 4}\n"
              "{W} {A3}, {A1} {A2}, 0.0, 0, 0, 0{text 4}\n")},
-    // The line stays the old statement, written as its comment would be: there is no new form.
+    // There is no new form: the line is the old statement, written like a comment.
     {16, "LABEL", "n1..n9, s10 [, a11..a23]", EFFECT_REBUILT, nullptr,
         form("{W}, {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, {A7}, {A8}, {A9}, {A10}{text-comment 11}\n")},
     // Kept: a comma directly after the word in the comment; a witness line has a blank.
@@ -94,8 +94,8 @@ static constexpr rule_row entity_table[] = {
     {259, "SPLINE3", "mode, v2, n3 [, a4..a11]", EFFECT_TIP, &tip_default_matrix,
         form("REM {W} {A1}, {A2}, {A3}, {A4}{attr-comment 5}\n"
              "{W} {A1}, {A2}, {A3}, 0{attr 5}\n")},
-    // Kept: the mode, third in POLYGON's line, is missing, so all after it is one position early. The last
-    // attribute is dropped.
+    // Kept: the mode, third in POLYGON's line, is missing, so that each argument after it is one position early;
+    // the last attribute is lost.
     {260, "VPOLYGON", "n1, fill, count, points, n5 [, a6..a12]", EFFECT_TIP, &tip_default_matrix,
         form("POLYLINE {L3}, {A4}, 0, {A7}, {L2}, {A8}, {A9}, {A10}, {A11}, 1\n")},
     {261, "NXHATCH", "n1, n2, v3, a4 [, a5..a10]", EFFECT_TIP, &tip_default_matrix,

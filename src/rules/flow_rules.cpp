@@ -1,12 +1,12 @@
 // Flow commands and the dimension commands of their range.
 //
-// Nothing of a script is ever run, so a flow command is one line, copied. A dimension's new parameters have
-// another order: a tip and the old statement come first, then the new one.
+// A flow command is copied. A dimension's new parameters have another order: a tip and the old statement come
+// first, then the new one.
 #include "rules/rule_table.h"
 #include "statements/arg_slots.h"
 #include "support/number.h"
 
-// Kept: the misspelling of "changed".
+// Kept: "change" instead of "changed".
 static constexpr form_code tip_cirdim = form(
     "// CONVERSION TIP ///////////////////////////////////////////////////\n"
     "// The dimension commands have change significantly from the previous\n"
@@ -55,7 +55,7 @@ static constexpr rule_row flow_table[] = {
              "// new MURL command syntax:\n"
              "// CHAMFDIM {N7}, hentity_chamferline, , {A5}, {A4}, , {A1}, {A2}, {A3}, , , , {A9}, {A10}, {A11}, {A12}\n"
              "\n"), nullptr, "n7 as typed is 10 or 11: a chamfer of 0 or 1"},
-    // Kept: without a style the comma for it is missing too, so that all after it is one position early.
+    // Kept: the comma of the missing style is missing too, so that each argument after it is one position early.
     {506, "LINDIM", "n1..n3, [s4], n5..n7 [, a8..a12]", EFFECT_BY_HAND, &tip_lindim,
         form("// LINDIM {A1}, {A2}, {A3}, {A4}, {A5}, {A6}, {A7}, {A8}, {A9}, {A10}, {A11}, {A12}\n"
              "// new MURL command syntax:\n"

@@ -6,13 +6,12 @@
 
 #include <stdint.h>
 
-// The placeholders of a form. A brace opens one, everything else is written as it stands:
+// The placeholders of a form. A brace opens one, everything else is written as it is:
 //   {W}        the command word as typed
 //   {A3}       the text of slot 3
 //   {L3}       the lval of slot 3 as a decimal number; {I3} its ival; {D3} its dval with six decimals
-//   {N3}       a number that the row's choice has made of slot 3
-//   {, A3}     the characters in front of the A, its joint, and the text of slot 3; nothing if that text is
-//   empty
+//   {N3}       a number that the row's choice computed from slot 3
+//   {, A3}     the separator in front of the A and the text of slot 3; nothing if that text is empty
 //   {, L3}     the same with the lval; nothing if it is 0
 //   {, A3..}   the same for slot 3 and every further one up to the last of the choice, empty or not
 //   {, A3..?}  the same up to the first one that is empty
@@ -43,11 +42,11 @@ enum form_kind : uint8_t {
     TAIL_SCAN
 };
 
-// A placeholder by what it begins with, after its brace and joint.
+// A placeholder by what it begins with, after its brace and separator.
 struct form_placeholder {
     const char *name;
     form_kind kind;
-    form_kind joined = PUT_LITERAL; // what it is after a joint; PUT_LITERAL: it takes none
+    form_kind separated = PUT_LITERAL; // its kind after a separator; PUT_LITERAL: none is allowed
 };
 // The tails are described at their routines, in tails.h.
 constexpr form_placeholder form_placeholders[] = {
@@ -71,8 +70,8 @@ constexpr form_placeholder form_placeholders[] = {
     {"scan ", TAIL_SCAN},
 };
 
-// A literal and the placeholder after it. The joint of a placeholder, the ", " of {, A3}, is the literal of
-// its piece.
+// A literal and the placeholder after it. The separator of a placeholder, the ", " of {, A3}, is the literal
+// of its piece.
 struct alignas(8) form_piece {
     char head[16];  // the literal itself, if it is no longer than this
     uint16_t start; // of the literal in the form's text
@@ -81,19 +80,19 @@ struct alignas(8) form_piece {
     uint8_t slot;
 };
 
-constexpr int form_pieces_max = 28; // a few more than the widest form has, the two lines of a dimension
-constexpr int form_joint_max = 2;   // characters of a joint
-constexpr int form_slot_max = 26;   // no form may name a slot after this one
+constexpr int form_pieces_max = 28;   // a few more than the widest form has, the two lines of a dimension
+constexpr int form_separator_max = 2; // characters of a separator
+constexpr int form_slot_max = 26;     // no form may name a slot after this one
 
 // A form taken apart.
 struct form_code {
     const char *text;
     uint8_t pieces_used;
-    uint8_t top_slot; // the highest slot that the form counts on; a list may be empty and doesn't count
+    uint8_t highest_slot; // that a placeholder names; a list may be empty and doesn't count
     form_piece pieces[form_pieces_max];
 };
 
-// What form calls on a bad text. They have no body: a call from a constant is what the compiler reports.
+// form calls them for a bad text. They have no body: the compiler refuses the call in a constant.
 void form_is_malformed();
 void form_has_too_many_pieces();
 void form_lacks_comment_pass();
@@ -108,8 +107,8 @@ constexpr int form_word_size(const char *text, const char *word)
     return size;
 }
 
-// Reads a placeholder at text[at], after its brace and joint, into the piece; returns the index after it.
-constexpr int form_read_placeholder(const char *text, int at, bool joint, form_piece *piece)
+// Reads a placeholder at text[at], after its brace and separator, into the piece; returns the index after it.
+constexpr int form_read_placeholder(const char *text, int at, bool separator, form_piece *piece)
 {
     bool has_slot = text[at] != 'W';
     int name_size = 0;
@@ -118,7 +117,7 @@ constexpr int form_read_placeholder(const char *text, int at, bool joint, form_p
         if (size == 0)
             continue;
         name_size = size;
-        piece->kind = joint ? row.joined : row.kind;
+        piece->kind = separator ? row.separated : row.kind;
     }
     at += name_size;
     int slot = 0;
@@ -173,21 +172,21 @@ constexpr form_code form(const char *text)
         int start = at;
         while (text[at] != '{' && text[at] != '\0')
             at++;
-        int joint = text[at] == '{' ? at + 1 : at;
-        int letter = joint;
+        int separator = text[at] == '{' ? at + 1 : at;
+        int letter = separator;
         while (text[letter] == ',' || text[letter] == ' ')
             letter++;
         form_piece *piece = nullptr;
-        if (letter == joint || start < at)
+        if (letter == separator || start < at)
             piece = form_add(&code, start, at);
-        if (letter > joint + form_joint_max)
+        if (letter > separator + form_separator_max)
             form_is_malformed();
-        if (letter > joint)
-            piece = form_add(&code, joint, letter);
+        if (letter > separator)
+            piece = form_add(&code, separator, letter);
         if (text[at] == '{')
-            at = form_read_placeholder(text, letter, letter > joint, piece);
-        if (piece->kind != PUT_LIST && piece->kind != PUT_ITEMS && piece->slot > code.top_slot)
-            code.top_slot = piece->slot;
+            at = form_read_placeholder(text, letter, letter > separator, piece);
+        if (piece->kind != PUT_LIST && piece->kind != PUT_ITEMS && piece->slot > code.highest_slot)
+            code.highest_slot = piece->slot;
         form_check_comment_pass(code);
     }
     return code;

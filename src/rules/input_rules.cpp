@@ -1,8 +1,8 @@
 // Input, query and file commands.
 //
 // The new dialect keeps most of these commands. Where one changed, the old statement is a comment above the
-// new one; for one that the dialect lacks a comment says so. Optional arguments in the middle of a list are
-// written only if they were given.
+// new one; for one that the dialect lacks a comment says so. Optional arguments that are absent leave no
+// comma.
 #include "rules/rule_table.h"
 #include "statements/arg_slots.h"
 #include "support/text.h"
@@ -30,7 +30,7 @@ static constexpr form_code tip_call = form(
 static void choose_delent(rule_choice *choice);
 static void choose_call(rule_choice *choice);
 
-// What is left of most commands that the new dialect lacks.
+// For most commands that the new dialect lacks.
 static constexpr form_code not_implemented = form("// WARNING: {W} has NOT been implemented\n");
 
 // clang-format off
@@ -44,12 +44,12 @@ static constexpr rule_row input_table[] = {
     // Kept: a blank after the word of EXIT and ABORT.
     {402, "EXIT", "", EFFECT_COPIED, nullptr, form("{W} \n")},
     {403, "ABORT", "", EFFECT_COPIED, nullptr, form("{W} \n")},
-    // Kept: any argument but -1 is dropped.
+    // Kept: any argument but -1 is lost.
     {404, "DELENT", "-1", EFFECT_COPIED, nullptr, form("{W} {I1}\n"), choose_delent, "the value is -1"},
     {404, "DELENT", "[n1]", EFFECT_REBUILT, nullptr, form("{W}\n"), nullptr, "the value is another"},
     // Kept: a blank at the end, and two if there is no argument.
     {405, "GETKEY", "[n1]", EFFECT_COPIED, nullptr, form("{W} {A1} \n")},
-    // Kept: not even the line end of the statement is left.
+    // Kept: not even the statement's line end is written.
     {406, "CODE", "s1", EFFECT_DROPPED, nullptr, form("")},
     {407, "CLOSE", "w1", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
     {408, "CLEAR", "[v1, ...]", EFFECT_COPIED, nullptr, form("{W} {A1}{, A2..}\n")},
@@ -64,7 +64,7 @@ static constexpr rule_row input_table[] = {
         form("// Original MURL command: \n"
              "// {W} {A1}, {A2}, {A3}{menu-comment 4}{menu-mode 13}\n"
              "GETDBL {A1}, {A2}, {A3}{menu 4}\n")},
-    // Kept: an empty line after the statement, and n13 in neither line.
+    // Kept: an empty line after the statement; n13 is lost.
     {414, "GETINT", "s1, n2, v3 [, s4..s12, n13]", EFFECT_REBUILT, nullptr,
         form("// Original MURL command: \n"
              "// {W} {A1}, {A2}, {A3}{menu-comment 4}\n"
@@ -87,16 +87,16 @@ static constexpr rule_row input_table[] = {
              "{W} {A1}, {A2}, , {A3}{menu 4}\n")},
     {420, "GETVIEW", "n1 [, v2]", EFFECT_BY_HAND, &tip_getview, form("// {W} {L1}, {A2}\n")},
     {421, "INPUT", "format [, v2, ...]", EFFECT_COPIED, nullptr, form("{W}{scan 1}\n")},
-    // Kept: an empty item ends the list of PAUSE, PRINT, PROMPT and SPRINT, and those after it are dropped.
+    // Kept: an empty item ends the list of PAUSE, PRINT, PROMPT and SPRINT; the items after it are lost.
     {422, "PAUSE", "[s1, s2, ...]", EFFECT_COPIED, nullptr, form("{W} {A1}{, A2..?}\n")},
     {423, "PRINT", "s1 [, s2, ...]", EFFECT_COPIED, nullptr, form("{W} {A1}{, A2..?}\n")},
     {424, "PROMPT", "s1 [, s2, ...]", EFFECT_COPIED, nullptr, form("{W} {A1}{, A2..?}\n")},
-    // Kept: a comma directly after the word. The variables are dropped.
+    // Kept: a comma directly after the word; the variables are lost.
     {425, "READ", "w1, n2 [, v3, ...]", EFFECT_COMMENTED, nullptr, form("// {W}, {A1}, {L2}\n")},
     {426, "WRITE", "w1, n2 [, v3, ...]", EFFECT_COPIED, nullptr,
         form("{W} {A1}, {A2}{, A3..}\n")},
-    // Kept: an empty value leaves no placeholder in the comment. Each CALL declares its vectors anew: a user
-    // can move the block by itself.
+    // Kept: an empty value leaves no comma in the comment. Each CALL declares its vectors again, so that users
+    // can move the block.
     {427, "CALL", "dotprod [, s2..s7, result, ...]", EFFECT_TIP, &tip_call,
         form("// {W} {A1}{, A2}{, A3}{, A4}{, A5}{, A6}{, A7}{, A8}\n"
              "// New format for \"{A1}\":\n"
@@ -119,7 +119,7 @@ static constexpr rule_row input_table[] = {
     {429, "GETGROUP", "n1", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
     {430, "CLEARSEL", "[n1]", EFFECT_COPIED, nullptr, form("{W} {A1}\n")},
     {431, "GETENV", "w1, v2", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
-    // Kept: a comma and a blank for the two numbers, which are dropped.
+    // Kept: a comma and a blank for the two numbers, which are lost.
     {432, "GETCOLOR", "s1, v2 [, n3, n4]", EFFECT_COMMENTED, nullptr,
         form("// {W} {A1}, {A2}, \n")},
     {433, "READDEV", "v1..v4 [, v5..v7, n8]", EFFECT_COMMENTED, nullptr,
@@ -140,7 +140,7 @@ static constexpr rule_row input_table[] = {
         form("{W} {A1}, {A2}{, A3}{, A4}{, A5}{, A6}\n")},
     {439, "BREAD", "n1, w2, v3 [, n4]", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
     {440, "BWRITE", "n1, w2, v3 [, n4]", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
-    // Kept: no line end between "implemented" and the comment after it, in all five commands that have one.
+    // Kept: no line end between "implemented" and the comment, in all five commands with a comment.
     {441, "ADDCOP", "n1, n2", EFFECT_NOT_IMPLEMENTED, nullptr,
         form("// WARNING: {W} has NOT been implemented// {W} {A1} {A2}\n")},
     {442, "ADDCTYPE", "s1, v2", EFFECT_NOT_IMPLEMENTED, nullptr,
@@ -149,11 +149,11 @@ static constexpr rule_row input_table[] = {
     {444, "CREAD", "w1, v2 [, n3]", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
     {445, "CWRITE", "w1, v2 [, n3]", EFFECT_NOT_IMPLEMENTED, nullptr, not_implemented},
     {446, "DELCOP", "[n1, n2, ...]", EFFECT_REBUILT, nullptr, form("{W} {A1}\n")},
-    // Kept: two comment signs, the name in lower case however it was typed, and an empty line.
+    // Kept: two comment signs, the word in lower case, and an empty line.
     {447, "DELCTYPE", "s1", EFFECT_NOT_IMPLEMENTED, nullptr,
         form("// // {A1} WARNING: delctype has NOT been implemented\n"
              "\n")},
-    // Kept: an empty number ends the list, and those after it are dropped.
+    // Kept: an empty number ends the list; the numbers after it are lost.
     {448, "GETCOP", "n1 [, n2, ...]", EFFECT_NOT_IMPLEMENTED, nullptr,
         form("// WARNING: {W} has NOT been implemented// {W} {A1}{, A2..?}\n")},
     {449, "INQCTYPE", "n1, v2", EFFECT_NOT_IMPLEMENTED, nullptr,
@@ -174,7 +174,7 @@ static void choose_delent(rule_choice *choice)
     choice->row = slot_ival(arg_slots + 1) == -1 ? 0 : 1;
 }
 
-// Only one function of the library that a CALL may name has a mechanical rewrite.
+// dotprod is the only library function with a rewrite.
 static void choose_call(rule_choice *choice)
 {
     choice->row = text_is_word(arg_slots[1].text, arg_slots[1].text_size, "dotprod") ? 0 : 1;

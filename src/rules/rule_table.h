@@ -1,12 +1,12 @@
-// Rule tables: what becomes of each command, a row for each way in which it can come out.
+// Rule tables: the output of each command, a row for each of its cases.
 //
-// A family's file begins with its table, which names every id in order. The index from id to row is made by
-// the compiler, as are the checks. The converter writes from the tables; the guide to the commands and
-// companion programs read them too.
+// A family's file begins with its table, in order of id. The compiler makes the index from id to row and does
+// the checks. The converter writes from the tables; the guide to the commands and murlreport read them too.
 //
-// "Kept:" stands at output that looks like a mistake and stays as it is. Users convert a script again when it
-// has changed and compare the result with the one they have; they search their scripts for the lines of the
-// tips. Tidied output would come up as a change in every script that has the command.
+// "Kept:" in the families and tails names output that looks like a mistake and has to stay. It is seen by
+// users who convert a script again when it has changed, and compare the result with the conversion that they
+// have and have edited: tidied output would be a difference in every script with that command. They also
+// search their scripts for lines of the tips.
 #pragma once
 
 #include "rules/emission.h"
@@ -15,7 +15,7 @@
 
 #include <stdint.h>
 
-// What becomes of a command.
+// How the output of a command differs from its statement.
 enum rule_effect : uint8_t {
     EFFECT_COPIED,          // the same word with the same arguments
     EFFECT_REBUILT,         // the same word; arguments moved, joined, dropped or made constant
@@ -25,28 +25,27 @@ enum rule_effect : uint8_t {
     EFFECT_BY_HAND_NO_TIP,  // the new form is a comment, and no tip says so
     EFFECT_COMMENTED,       // a comment, with neither tip nor warning
     EFFECT_NOT_IMPLEMENTED, // a warning that the new dialect has no such command
-    EFFECT_DROPPED,         // nothing is left of it but line ends
-    EFFECT_SYSTEM           // a system command: nothing is left
+    EFFECT_DROPPED,         // only line ends are written
+    EFFECT_SYSTEM           // a system command: nothing is written
 };
 
 // One row: the whole output of a command.
 //
-// Its old form lists the arguments: the optional ones in brackets, ... for any number more like the last. One
-// that has no name in the language has its position, which is its slot, after a letter: n number, s string or
-// print item, v variable, w word, a attribute. a3..a5 stands for a3, a4, a5.
+// Its old form lists the arguments: the optional ones in brackets, ... for any number more like the last. An
+// argument without a name is a letter and its position, which is its slot: n number, s string or print item,
+// v variable, w word, a attribute. a3..a5 means a3, a4, a5.
 struct rule_row {
     int16_t id;
     const char *command;  // the command word or words of the id
     const char *old_form; // the old arguments, see above
     rule_effect effect;
-    const form_code *tip; // comment lines in front, or null
-    form_code new_form;   // the rest of the output, with its line ends; empty if nothing is left
-    void (*choose)(rule_choice *choice) = nullptr; // settles the choice, null if there is nothing to choose
-    const char *when = nullptr; // what makes this row the statement's, if its id has several; else null
+    const form_code *tip;                          // comment lines in front, or null
+    form_code new_form;                            // the rest of the output, with its line ends; may be empty
+    void (*choose)(rule_choice *choice) = nullptr; // makes the choice; null: there is none
+    const char *when = nullptr; // the condition for this row, if its id has several; else null
 };
 
-// The rows of ORDDIM, by what they write: BASEDIM, which declares a handle; ADDBASEDIM, which uses it;
-// nothing.
+// The rows of ORDDIM: BASEDIM, which declares a handle; ADDBASEDIM, which uses it; nothing.
 enum : int32_t { ORDDIM_FIRST, ORDDIM_FOLLOWING, ORDDIM_OUTSIDE };
 
 // A family: the rows of a range of ids. The rows of one id follow each other, and the first one chooses.
@@ -63,14 +62,14 @@ extern const rule_family setting_family; // what a script sets, and the dimensio
 extern const rule_family input_family;   // input, query and files
 extern const rule_family flow_family;    // flow, and the dimensions of that range
 
-// Writes what becomes of the current statement, a command of this id, from its slots. count is the number of
-// arguments that fetch_args returned.
+// Writes the output of the current statement, a command of this id, from its slots. count is what fetch_args
+// returned.
 void rule_run(int32_t id, int32_t count);
 
 // ---- State ----
 
-// The row that wrote the last command, and what was chosen for it. rule_run sets it for each command;
-// companion programs read it right after that command. Nothing resets it. The row is null before the first.
+// The row and the choice of the last command. rule_run sets it for each command, murlreport reads it right
+// after that. Nothing resets it. The row is null before the first command.
 struct rule_record {
     const rule_row *row;
     rule_choice choice;
@@ -78,8 +77,7 @@ struct rule_record {
 extern rule_record rule_last;
 
 // The baseline dimensions of a run. The rule of SET COLLECT writes it, that of ORDDIM reads it and counts.
-// Both fields are 0 when the process starts, and only SET COLLECT resets them: a file leaves them to the
-// next.
+// Both fields are 0 when the process starts, and only SET COLLECT resets them, not the end of a file.
 struct rules_run_state {
     int32_t collect_mode;  // value of the last SET COLLECT; ORDDIM is converted only while it is 1
     int32_t basedim_count; // ORDDIM statements since the last SET COLLECT with 0; 0: the next opens a group
@@ -133,7 +131,8 @@ constexpr bool rules_fit(const rule_family &family)
         bool has_tip = row.effect == EFFECT_TIP || row.effect == EFFECT_BY_HAND;
         if (alone != (row.when == nullptr) || has_tip != (row.tip != nullptr))
             return false;
-        if (row.new_form.top_slot > rule_slots(row.id) || (has_tip && row.tip->top_slot > rule_slots(row.id)))
+        if (row.new_form.highest_slot > rule_slots(row.id) ||
+            (has_tip && row.tip->highest_slot > rule_slots(row.id)))
             return false;
     }
     for (const command_source_row &command : command_rows)

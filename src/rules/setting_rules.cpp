@@ -11,7 +11,7 @@ static constexpr form_code tip_drawent = form(
     "// NOTESTATE command is issued.\n"
     "// Original MURL command\n");
 
-// Kept: the misspelling of "changed", and the empty line after the tip.
+// Kept: "change" instead of "changed", and the empty line after the tip.
 static constexpr form_code tip_angdim = form(
     "// CONVERSION TIP ///////////////////////////////////////////////////\n"
     "// The dimension commands have change significantly from the previous\n"
@@ -65,7 +65,7 @@ static constexpr rule_row setting_table[] = {
     {311, "GROUP", "s1, n2, n3", EFFECT_COMMENTED, nullptr, form("REM {W} {A1}, {A2}, {A3}\n")},
     {312, "PALETTE", "n1, n2, v3", EFFECT_COPIED, nullptr, form("{W} {A1}, {A2}, {A3}\n")},
     {313, "SETCUR", "n1, n2 [, n3]", EFFECT_COMMENTED, nullptr, form("REM {W} {A1}, {A2}{, L3}\n")},
-    // Kept: no comma after the second number. All are written as values.
+    // Kept: no comma after the second number. All eight are written as values.
     {314, "PRANGE", "n1..n8", EFFECT_COMMENTED, nullptr,
         form("REM {W} {L1}, {L2} {D3}, {D4}, {D5}, {D6}, {D7}, {D8}\n")},
     {315, "DEFATTR", "[w1, ...]", EFFECT_COPIED, nullptr, form("{W} {A1}{, A2..}\n")},
@@ -88,8 +88,8 @@ static constexpr rule_row setting_table[] = {
              "// new MURL command syntax:\n"
              "// BASEDIM BASE_HENTITY {A6}, {A7}, {A4}, , {A5}, , {A1}, {A2}, {A3}, , , , {A9}, {A10}, {A11}, {A12}\n"
              "\n"), choose_orddim, "SET COLLECT is 1, and no ORDDIM came before it since SET COLLECT, 0"},
-    // The first ORDDIM of a group has the tip for all. Kept: an empty fifth argument takes its comma with
-    // it, so that all after it is one position early.
+    // The first ORDDIM of a group has the tip for all. Kept: an empty fifth argument leaves no comma, so that
+    // each argument after it is one position early.
     {319, "ORDDIM", "n1..n3, [s4], n5..n7 [, a8..a12]", EFFECT_BY_HAND_NO_TIP, nullptr,
         form("// new MURL command syntax:\n"
              "// ADDBASEDIM BASE_HENTITY, {, A5}, , {A1}, {A2}, {A3}, {A4}, , {A9}, {A10}, {A11}, {A12}\n"
@@ -108,7 +108,7 @@ static void choose_set(rule_choice *choice)
     constexpr int32_t last_max = 26; // the name and 25 arguments; those after them are dropped
 
     bool collect = text_is_word(arg_slots[1].text, arg_slots[1].text_size, "collect");
-    // Kept: an empty second argument ends the list, and those after it are dropped.
+    // Kept: an empty second argument ends the list; the arguments after it are lost.
     bool more = (arg_types[1] & ARG_ABSENT) == 0;
     choice->row = collect ? 1 : 0;
     choice->last = !more ? 1 : choice->last < last_max ? choice->last : last_max;
@@ -125,7 +125,7 @@ static void choose_orddim(rule_choice *choice)
     choice->row = rules_run.basedim_count == 0 ? ORDDIM_FIRST : ORDDIM_FOLLOWING;
     if (rules_run.collect_mode != 1)
         choice->row = ORDDIM_OUTSIDE;
-    // Kept: it counts outside collect mode too. A group after that begins with an ADDBASEDIM, whose handle
-    // nothing declares.
+    // Kept: it counts outside collect mode too. A group after that begins with an ADDBASEDIM whose handle is
+    // not declared.
     rules_run.basedim_count++;
 }

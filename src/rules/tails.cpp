@@ -15,20 +15,20 @@ static bool slot_absent(const arg_slot *slot)
 // ---- Attributes ----
 
 // The number of attributes that a line has positions for, the first one included: up to the last one with a
-// text. Kept: a statement without any attribute gets the placeholders of the first seven, one with the first
-// alone none.
+// text. Kept: a statement without any attribute gets the placeholders of the first seven; one with the first
+// alone gets none.
 static int attr_positions(const arg_slot *first)
 {
-    int positions = attr_span;
+    int positions = attr_count;
     while (positions > 0 && first[positions - 1].text_size == 0)
         positions--;
-    return positions > 0 ? positions : attr_span - 1;
+    return positions > 0 ? positions : attr_count - 1;
 }
 
 void emit_attr_comment(const arg_slot *first)
 {
-    // Kept: the eighth attribute is missing from comments, though it counts for the placeholders.
-    emit_arguments(first, std::min(attr_positions(first), attr_span - 1));
+    // Kept: comments lack the eighth attribute, though it counts for the placeholders.
+    emit_arguments(first, std::min(attr_positions(first), attr_count - 1));
 }
 
 void emit_attr_tail(const arg_slot *first)
@@ -54,8 +54,8 @@ static_assert(sizeof text_styles / sizeof text_styles[0] == text_style_high + 1)
 
 void emit_text_comment(const arg_slot *first)
 {
-    for (int i = 0; i < text_span; i++) {
-        // Kept: the eleventh is missing from comments.
+    for (int i = 0; i < text_attr_count; i++) {
+        // Kept: comments lack the eleventh attribute.
         if (i != 10 && first[i].text_size > 0)
             emit_arguments(first + i, 1);
     }
@@ -67,7 +67,7 @@ void emit_text_tail(const arg_slot *first)
         emit_arguments(first + 3, 1);
     } else {
         out_text(", 0");
-        emit_tell(first + 3, true, out_tell() - 1, out_tell());
+        emit_report(first + 3, true, out_tell() - 1, out_tell());
     }
     emit_arguments(first, 3);
     emit_arguments(first + 4, 2);
@@ -78,27 +78,27 @@ void emit_text_tail(const arg_slot *first)
     if (style >= 0) {
         uint64_t from = out_tell() + 2;
         out_text(text_styles[style]);
-        emit_tell(first + 6, true, from, out_tell());
+        emit_report(first + 6, true, from, out_tell());
     }
-    emit_arguments(first + 7, text_span - 7);
+    emit_arguments(first + 7, text_attr_count - 7);
 }
 
 // ---- Menu strings ----
 
 constexpr int menu_strings = 9; // that one statement may have
 
-// The menu strings of the current statement: emit_menu_comment sets both, emit_menu_string reads them.
-// Nothing resets them; no form has a {menu} without the comment pass in front of it.
+// The menu strings of the current statement: emit_menu_comment sets both, emit_menu_string reads them. No
+// form has a {menu} without the comment pass before it.
 static const arg_slot *menu_entries; // slot of the first; the others follow it
 static int32_t menu_count;           // how many of them aren't empty
 
-// Up to count slots, as far as they hold arguments, each after a comma. Kept: no blank after the comma.
-// Returns the slot after them.
+// Writes up to count slots, as far as they have arguments, each after a comma. Kept: no blank after the
+// comma. Returns the slot after them.
 static const arg_slot *emit_menu_arguments(const arg_slot *slot, int count)
 {
-    for (const arg_slot *end = slot + count; slot < end && slot->state != slot_mark; slot++) {
+    for (const arg_slot *end = slot + count; slot < end && slot->state != slot_unfilled; slot++) {
         out_char(',');
-        emit_tell(slot, false, out_tell(), out_tell() + slot->text_size);
+        emit_report(slot, false, out_tell(), out_tell() + slot->text_size);
         out_bytes(slot->text, slot->text_size);
     }
     return slot;
@@ -134,11 +134,12 @@ void emit_menu_string(const arg_slot *first)
             const arg_slot *entry = menu_entries + i;
             last_empty = entry->text_size <= 2;
             if (!last_empty) {
-                emit_tell(entry, false, out_tell(), out_tell() + entry->text_size - 2);
+                emit_report(entry, false, out_tell(), out_tell() + entry->text_size - 2);
                 out_bytes(entry->text + 1, entry->text_size - 2);
             }
         }
-        // Kept: a gap counts too if the string before it wasn't empty, so two gaps in a row leave one bar.
+        // Kept: a gap counts too if the string before it wasn't empty, so that two gaps in a row leave one
+        // bar.
         if (i > 0 && !last_empty)
             written++;
     }
@@ -170,11 +171,10 @@ void emit_getmenu_tail(const arg_slot *last)
 
 constexpr int getcur_optional = 5; // arguments that both lines have
 
-// The slots of the current GETCUR that its comment pass took: emit_getcur_comment sets them, emit_getcur_tail
-// reads those that it set. Nothing resets them.
+// The current GETCUR: emit_getcur_comment sets them, emit_getcur_tail reads those that were set.
 static const arg_slot *getcur_slots[getcur_optional]; // of the optional arguments
-static const arg_slot *getcur_end;                    // the one after all
-static bool getcur_last; // whether its last integer isn't 0: getcur_end was written
+static const arg_slot *getcur_end;                    // the slot after all arguments
+static bool getcur_last;                              // the last integer isn't 0: getcur_end was written
 
 void emit_getcur_comment(const arg_slot *first)
 {
@@ -216,8 +216,8 @@ void emit_getcur_tail(const arg_slot *first)
 
 constexpr uint32_t scan_format_max = 1299; // no more of a format is looked at
 
-// What may stand between the percent sign of a scan format and its conversion, and the conversions. The
-// bracket at the end of a scan set counts as one.
+// The characters that a scan format may have between a percent sign and its conversion, and the conversions.
+// The bracket at the end of a scan set counts as one.
 static constexpr char scan_modifiers[] = "0123456789hl";
 static constexpr char scan_conversions[] = "cdiouxeEfgGs]";
 
@@ -257,7 +257,7 @@ void emit_scan_format(const arg_slot *slot, int32_t count)
     const char *format = slot_str(slot, &size);
     out_text(" \"");
     uint64_t from = out_tell();
-    // Between quotes, its line ends spelled as escapes again and nothing else escaped.
+    // Only line ends are escaped again.
     for (uint32_t i = 0; i < size && i < scan_format_max; i++) {
         if (format[i] == '\n')
             out_text("\\n");
@@ -266,7 +266,7 @@ void emit_scan_format(const arg_slot *slot, int32_t count)
         else
             out_char(static_cast<unsigned char>(format[i]));
     }
-    emit_tell(slot, false, from, out_tell());
+    emit_report(slot, false, from, out_tell());
     out_char('"');
     emit_arguments(slot + 1, std::min(scan_format_variables(format, size), count - 1));
 }

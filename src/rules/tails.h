@@ -1,7 +1,6 @@
-// Tails: the ends of lines whose commands share a way to rewrite their last arguments.
+// Tails: the ends of lines, for commands that share a way to rewrite their last arguments.
 //
-// A tail reads as many slots from the one it gets as its kind has, whether the command has so many arguments
-// or not: after the statement's list they read as empty.
+// A tail reads a fixed number of slots from the one it gets; those after the statement's last are cleared.
 #pragma once
 
 #include "statements/arg_slots.h"
@@ -10,8 +9,8 @@
 
 // ---- Entity commands ----
 
-constexpr int attr_span = 8;
-constexpr int text_span = 15;
+constexpr int attr_count = 8;
+constexpr int text_attr_count = 15;
 
 // Eight attributes: on a comment line the first seven, on a new line all but the first, with placeholders up
 // to the last one that has a text.
@@ -25,9 +24,8 @@ void emit_text_tail(const arg_slot *first);
 
 // ---- Commands with a menu: nine strings that become one ----
 
-// The strings on the comment line, each with a comma in front. Notes what emit_menu_string works from in the
-// same statement. Stops at the first slot that holds no argument, at the latest after the ninth string, and
-// returns it.
+// The strings on the comment line, each after a comma, up to the first slot without an argument or the ninth
+// string. Keeps what emit_menu_string needs for the same statement. Returns the slot after them.
 const arg_slot *emit_menu_comment(const arg_slot *first);
 
 // The same strings as one, quoted and joined by bars. first is the slot of the first string's position.
@@ -40,7 +38,7 @@ void emit_menu_mode(const arg_slot *mode);
 void emit_getmenu_comment(const arg_slot *first);
 void emit_getmenu_tail(const arg_slot *last);
 
-// GETCUR's arguments from the fourth on: on the comment line, and from what that pass noted on the new line.
+// GETCUR's arguments from the fourth on: on the comment line, which keeps what the new line needs.
 void emit_getcur_comment(const arg_slot *first);
 void emit_getcur_tail(const arg_slot *first);
 

@@ -1,7 +1,7 @@
 // The window is part of one buffer: bytes in front for what is put back, the main part that one read fills,
-// and after it a reserve for the statement that runs past the main part's end. There the source is read on in
-// small chunks, each after the text that has to stay, so that of each chunk at most the gap before the next
-// kept piece is lost and the reserve is never used up.
+// and a reserve for the statement that runs past the main part's end. There the source is read in small
+// chunks, each after the text that has to stay, so that less than a chunk is lost for each kept piece and the
+// reserve is never used up.
 #include "source/src_stream.h"
 
 #include "platform/platform.h"
@@ -28,18 +28,18 @@ void (*key_load)(const char *name, key_record *key);
 src_window src;
 size_t src_read_limit = SIZE_MAX;
 
-static_assert(src_unread_max + chunk_size <= main_size, "unread text leaves room for a read");
+static_assert(src_unread_max + chunk_size <= main_size, "a chunk fits after the unread text");
 
 static unsigned char src_buffer[src_front + window_size + src_slack];
 static unsigned char *const window_start = src_buffer + src_front;
 static unsigned char *const main_end = window_start + main_size;
 
-static plat_file *src_stream; // the current source; not ours
+static plat_file *src_stream; // the current source, which its opener closes
 static bool file_ended;       // the file has no more bytes, as far as was read
-static bool source_ended;     // no more text comes: the file has ended, or byte 26 was met
+static bool source_ended;     // the window has the last text: the file has ended, or byte 26 was met
 static bool cut_short;        // byte 26 was met, and bytes of the file are left
 static int64_t window_offset; // position of window_start in the logical text
-static unsigned char tail[2]; // bytes that the fold can't decide on without the next one
+static unsigned char tail[2]; // bytes that can't be folded without the next one
 static size_t tail_size;      // 0 to 2
 
 // The continuations that the fold took out in front of one character.
@@ -49,7 +49,7 @@ struct fold_record {
     bool across_lf;  // one of them across a lone line feed
 };
 
-// By offset, at most one at each; those of the unread text, and of what was read since the window slid.
+// In order of their offsets, which differ; of the unread text, and of what was read since the window slid.
 static fold_record folds[window_size + 1];
 static size_t folds_used;
 
@@ -96,7 +96,7 @@ static size_t read_bytes(unsigned char *buffer, size_t size)
     return got;
 }
 
-// Writes a character that was looked at and returned. Returns false at byte 26, which ends the source.
+// Writes a character that was looked at and put back. Returns false at byte 26, which ends the source.
 static bool fold_returned(unsigned char **to, unsigned char c)
 {
     if (c == 26)
@@ -119,8 +119,8 @@ static void fold_join(const unsigned char *to, bool lf)
     folds[folds_used - 1].across_lf |= lf;
 }
 
-// Folds what begins at from, a backslash, a CR or byte 26. Returns the bytes that it takes; 0: byte 26, or
-// too few of them are there.
+// Folds a backslash, a CR or byte 26 at from. Returns the number of bytes folded; 0: byte 26, or too few
+// bytes were read.
 static size_t fold_special(unsigned char **to, const unsigned char *from, size_t left)
 {
     if (*from == 26 || (left == 1 && !file_ended) ||
@@ -233,7 +233,7 @@ static void move_unread(unsigned char *to)
     for (size_t i = 0; i < folds_used; i++)
         folds[i].offset -= distance;
     auto size = static_cast<size_t>(src.end - src.pos);
-    // The last character that was read goes along: unjoin and the journal look at it.
+    // unjoin and the statement loop look at the last character that was read.
     if (to == window_start)
         to[-1] = src.pos[-1];
     memmove(to, src.pos, size);
@@ -248,7 +248,7 @@ bool src_more(unsigned char *keep)
 {
     if (source_ended)
         return false;
-    // What unjoin has put back may be before the window: then it stays there.
+    // pos may be before the window after an unjoin: then nothing moves.
     unsigned char *to = keep != nullptr ? keep : window_start;
     if (src.pos > to)
         move_unread(to);
@@ -256,10 +256,10 @@ bool src_more(unsigned char *keep)
     do {
         unsigned char *raw = src.end;
         assert(raw + chunk_size <= window_start + window_size);
-        size_t room = raw + chunk_size < main_end ? static_cast<size_t>(main_end - raw) : chunk_size;
+        size_t wanted = raw + chunk_size < main_end ? static_cast<size_t>(main_end - raw) : chunk_size;
         size_t undecided = tail_size;
         memcpy(raw, tail, undecided);
-        size_t size = read_bytes(raw + undecided, room - undecided);
+        size_t size = read_bytes(raw + undecided, wanted - undecided);
         decipher(raw + undecided, size);
         fold(raw, raw + undecided + size);
     } while (src.end == before && !source_ended);
@@ -269,7 +269,7 @@ bool src_more(unsigned char *keep)
 unsigned char *src_rewrite(unsigned char *to, const void *from, size_t size, const unsigned char *taken)
 {
     assert(to >= src_buffer && to + size <= src.end);
-    // Most words are where they belong.
+    // Most text doesn't move.
     if (memcmp(to, from, size) != 0) {
         count_lines(taken);
         memmove(to, from, size);
@@ -361,12 +361,12 @@ static int32_t read_line(char *buffer, int32_t size, bool lf_continues)
     int32_t stored = 0;
     src_piece piece{};
     do {
-        auto room = static_cast<size_t>(size - stored);
-        (void)src_peek(); // the continuations before a character are known when it is read
-        // A NUL that was read last was lost: the character after it has yet to be looked at.
+        auto left = static_cast<size_t>(size - stored);
+        (void)src_peek(); // so that the continuations before it are known
+        // A NUL was lost if it was read last; the character after it wasn't looked at yet.
         if (!lf_continues && (stored > 0 || src.pos[-1] == 0))
             unjoin();
-        piece = src_take_line(lf_continues ? room : joined_lf_distance(room), nullptr);
+        piece = src_take_line(lf_continues ? left : joined_lf_distance(left), nullptr);
         memcpy(buffer + stored, piece.text, piece.size);
         stored += static_cast<int32_t>(piece.size);
     } while (stored < size && piece.size > 0 && !piece.ends_line);

@@ -1,4 +1,3 @@
-// The walk over the spec, one position after the other, and the storing of what is read.
 #include "statements/arg_fetcher.h"
 
 #include "expressions/expr_eval.h"
@@ -16,12 +15,11 @@ void (*arg_begins)(int32_t position);
 struct arg_list {
     arg_slot *slot;         // the next one to fill
     uint8_t *type;          // the arg_types byte of the next position
-    unsigned char *keep;    // end of the texts that the slots have; null: none
-    const char *last_token; // of the text read last, as far as it was evaluated; null: it wasn't
+    unsigned char *keep;    // end of the slots' texts; null: none
+    const char *last_token; // the last one evaluated of the text read last; null: it wasn't evaluated
 
-    // The sizes of the statement's argument store: values of type 4 take bytes of it from the bottom up,
-    // strings from the top down, and where they meet the fetch fails. The store itself isn't needed: the
-    // values are in the slots and the strings in the source.
+    // The old system's argument store has arg_pool_size bytes: values of type 4 fill it from the bottom,
+    // strings from the top, and where they meet the fetch fails. Here only its limits are needed.
     int32_t bottom;
     int32_t top;
 };
@@ -37,8 +35,7 @@ static void slot_fill(arg_slot *slot, const unsigned char *text, uint32_t size, 
     slot->holds = holds;
 }
 
-// Puts a string between double quotes. Where the source ended inside a string, there is no character for the
-// closing one yet.
+// Puts a string between double quotes. If the source ended inside the string, the closing one is appended.
 static void quote(const arg_text &arg)
 {
     unsigned char *after = arg.text + arg.size;
@@ -53,12 +50,12 @@ static int32_t store_text(arg_list *list, const arg_text &arg)
 {
     list->top -= static_cast<int32_t>(arg.size) + 1;
     if (list->top < list->bottom)
-        return FETCH_NO_ROOM;
+        return FETCH_STORE_FULL;
     if (!arg.quoted) {
         slot_fill(list->slot, arg.text, arg.size, HOLDS_RAW);
     } else if (arg.size == 0) {
-        // Kept: the text of an empty string has no quotes. Rules write the text, so the output of `TEXT ""`
-        // has an empty argument, and users' converted scripts have it so.
+        // Kept: the text of an empty string has no quotes. Users see it in `TEXT 1,2,""`, whose converted
+        // line has an empty argument; with quotes each such line would differ from its last conversion.
         slot_fill(list->slot, arg.text, 0, HOLDS_STRING);
     } else {
         quote(arg);
@@ -70,7 +67,7 @@ static int32_t store_text(arg_list *list, const arg_text &arg)
 
 static int32_t store_number(arg_list *list, const arg_text &arg, uint8_t type)
 {
-    if (arg.size > arg_text_room)
+    if (arg.size > numeric_text_max)
         return FETCH_TOO_LONG;
     auto *text = reinterpret_cast<const char *>(arg.text);
     if (arg.size <= 16 && scan_is_number(text, arg.size)) {
@@ -85,7 +82,7 @@ static int32_t store_number(arg_list *list, const arg_text &arg, uint8_t type)
     if (type != ARG_DOUBLE)
         return 0;
     list->bottom += 8;
-    return list->bottom >= list->top ? FETCH_NO_ROOM : 0;
+    return list->bottom >= list->top ? FETCH_STORE_FULL : 0;
 }
 
 // ---- The walk ----
@@ -117,7 +114,7 @@ static bool may_be_absent(uint8_t position)
     return (position & (ARG_OPTIONAL | ARG_PRINT)) != 0;
 }
 
-// Leaves in line_buf what the statement loop prints of a statement that failed. last is the text read last.
+// Leaves the text that the statement loop prints after a failure in line_buf. last is the text read last.
 static int32_t fetch_failed(arg_list list, arg_text last, int32_t fault)
 {
     auto *text = reinterpret_cast<const char *>(last.text);
@@ -160,7 +157,7 @@ int32_t fetch_args(int32_t spec_count, const uint8_t *spec)
             return fetch_failed(list, arg, fault);
         more = arg.last == ',' && (p + 1 < spec_count || (position & ARG_REPEAT) != 0);
         if (arg.size == 0 && !arg.quoted) {
-            // Nothing after the last comma of a list that repeats is no item.
+            // An empty text after the last comma of a list that repeats is no item.
             if ((position & ARG_REPEAT) != 0 && !more)
                 break;
             if (!may_be_absent(position))
@@ -172,7 +169,7 @@ int32_t fetch_args(int32_t spec_count, const uint8_t *spec)
         list.type++;
         p += p + 1 < spec_count || !more; // the last position repeats
     }
-    // What is left out at the end; a position that repeats has no more items.
+    // The positions that were left out at the end; one that repeats has no more items.
     for (; p < spec_count && (spec[p] & ARG_REPEAT) == 0; p++) {
         if (!may_be_absent(spec[p]))
             return fetch_failed(list, arg, FETCH_MISSING);

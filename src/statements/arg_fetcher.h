@@ -1,23 +1,21 @@
 // Argument fetcher: turns the rest of a command statement into slots, driven by the row's spec bytes alone.
 //
-// It sees no lines but a stream of characters, in which a quoted string may run over a line end. The text of
-// an argument stays in the source's window (arg_text.h) until the statement is done. After a failure line_buf
-// holds what is left of the statement: the text read last; if that was evaluated, up to the end of its first
-// name.
+// A quoted string may run over line ends. The text of an argument stays in the source's window (arg_text.h)
+// until the statement is done. After a failure line_buf holds the text read last; if that was evaluated, up
+// to the end of its first name.
 #pragma once
 
 #include <stdint.h>
 
-// Bytes that the values and strings of one statement may come to: 8 for each value of type 4, a string's
-// length and 1.
+// The most bytes of one statement's values and strings: 8 for each value of type 4, a string's length and 1.
 constexpr int32_t arg_pool_size = 3001;
 
-// The hook that is called before the text of a position is read, and with 0 before the rest of the line that
-// the command has no argument for. What follows comes by arg_typed (arg_text.h). Null: nobody listens.
+// The hook that is called before the text of a position is read, and with 0 before the rest of the line for
+// which the command has no argument. arg_typed (arg_text.h) then gets the text. Null: none.
 extern void (*arg_begins)(int32_t position);
 
 // Fetches a statement's arguments and reads over its line feed. Entered with arg_cursor on slot 1 and
 // arg_type_cursor on the first arg_types byte. Returns the number of spec positions walked, repetitions
-// included, with both cursors on their first element (slot 0); or a FETCH_ code for an argument that is
-// missing or wrong, with the source after the character at fault and the cursors on the position at fault.
+// included, with both cursors on their first element (slot 0); or a FETCH_ code, with the source after the
+// character at fault and the cursors on the position at fault.
 int32_t fetch_args(int32_t spec_count, const uint8_t *spec);

@@ -12,7 +12,7 @@ uint8_t arg_types[arg_types_size];
 uint8_t *arg_type_cursor = arg_types;
 const char slot_no_text[1 + slot_text_slack] = "";
 
-// At first every slot has yet to be cleared.
+// No slot is cleared at first.
 arg_slot *slots_last = arg_slots + arg_slots_size - 1;
 
 void slots_start_statement()
@@ -23,7 +23,7 @@ void slots_start_statement()
 
 void slot_set_word(const char *word, uint32_t size)
 {
-    arg_slots[0] = arg_slot{word, 0, size, slot_mark, HOLDS_NOTHING};
+    arg_slots[0] = arg_slot{word, 0, size, slot_unfilled, HOLDS_NOTHING};
 }
 
 double slot_number(const arg_slot *slot)

@@ -1,10 +1,8 @@
-// Argument slots: the fetched arguments of the current statement, the hand-over from the fetcher to the
-// conversion rules.
+// Argument slots: the fetched arguments of the current statement.
 //
-// The fetcher fills the slots, the rules read them; both walk them with one cursor. All of it is valid
-// from the fetch until the next statement starts. Slot 0 holds the command word, slot i+1 belongs to
-// spec position i. Whatever comes after the statement's last slot reads as a cleared slot, so a rule may
-// read a fixed number of slots, more than the statement gave.
+// The fetcher fills the slots, the rules read them. They are valid until the next statement starts. Slot 0
+// holds the command word, slot i+1 belongs to spec position i. The slots after the statement's last one are
+// cleared, so a rule may read a fixed number of slots, more than the statement has.
 #pragma once
 
 #include "statements/command_rows.h"
@@ -15,16 +13,16 @@
 // Flag of an arg_types byte: the argument was left out or empty.
 constexpr uint8_t ARG_ABSENT = 16;
 
-// The state of a slot that holds no argument: the end of the list.
-constexpr int16_t slot_mark = 999;
+// The state of a slot without an argument: the end of the list.
+constexpr int16_t slot_unfilled = 999;
 
-constexpr int arg_types_size = 100; // spec positions that one statement may walk
-constexpr int arg_text_room = 251;  // characters that the text of a numeric argument may have
+constexpr int arg_types_size = 100;   // spec positions that one statement may walk
+constexpr int numeric_text_max = 251; // characters that the text of a numeric argument may have
 
 // Slots: the word, every argument, the end of the list, and as many after it as the widest rule reads.
 constexpr int arg_slots_size = 1 + arg_types_size + 1 + 26;
 
-// What a slot holds beside its text.
+// What a slot has beside its text.
 enum : uint8_t {
     HOLDS_NOTHING = 0,
     HOLDS_LONG = ARG_LONG, // a value of that type
@@ -33,20 +31,19 @@ enum : uint8_t {
     HOLDS_DOUBLE = ARG_DOUBLE,
     HOLDS_RAW = 5,    // str, which is the text
     HOLDS_STRING = 6, // str, which is the text without its quotes
-    HOLDS_PLAIN = 16  // beside a type: the text is a plain number, whose value is read from it when asked for
+    HOLDS_PLAIN = 16  // beside a type: the text is a plain number, and slot_number reads the value from it
 };
 
-// One argument. Rules read its values by slot_lval and its like. Its text is a piece of the source's window,
+// One argument. slot_lval and its like read the values. Its text is a piece of the source's window,
 // with no NUL after it; slot_text_slack bytes after it may be read.
 struct arg_slot {
-    const char *text;   // what rules write: as typed, a quoted string decoded and between double quotes
+    const char *text;   // for the output: as typed, a quoted string decoded and between double quotes
     double value;       // what a numeric argument evaluated to
     uint32_t text_size; // length of text
-    int16_t state;      // 0: a fetched argument, an empty one too; slot_mark: no argument here
+    int16_t state;      // 0: a fetched argument, an empty one too; slot_unfilled: no argument here
     uint8_t holds;
 };
 
-// The fetcher fills them; the rules read them by the cursor, which they move.
 extern arg_slot arg_slots[arg_slots_size];
 extern arg_slot *arg_cursor; // the current slot
 extern arg_slot *slots_last; // the last slot of the list: all slots after it are clear
@@ -58,14 +55,14 @@ extern uint8_t *arg_type_cursor;
 // Puts both cursors on their first element.
 void slots_start_statement();
 
-// Makes a text of at most 127 characters, which stays where it is, the command word in slot 0.
+// Puts a command word of at most 127 characters into slot 0. The word isn't copied.
 void slot_set_word(const char *word, uint32_t size);
 
 constexpr uint32_t slot_text_slack = 16;             // bytes after any text that may be read
 extern const char slot_no_text[1 + slot_text_slack]; // the text of a cleared slot
 
 // A slot that holds no argument.
-inline constexpr arg_slot slot_cleared{slot_no_text, 0, 0, slot_mark, HOLDS_NOTHING};
+inline constexpr arg_slot slot_cleared{slot_no_text, 0, 0, slot_unfilled, HOLDS_NOTHING};
 
 // ---- Values ----
 
@@ -106,5 +103,5 @@ const char *slot_str(const arg_slot *slot, uint32_t *size);
 // Ends the list: the given slot and everything after it read as cleared.
 void slots_end_list(arg_slot *end);
 
-// Abandons the list at the slot under arg_cursor: what was filled is cleared with the next list's end.
+// Gives up a list whose last filled slot is arg_cursor: the next slots_end_list clears it.
 void slots_abandon_list();

@@ -19,8 +19,8 @@ struct text_reader {
     unsigned char *p;
 };
 
-// Hands on what of the script belongs to an argument.
-static void hear_typed(const unsigned char *text, size_t size)
+// Passes a piece of the script's text of an argument to the hook.
+static void report_typed(const unsigned char *text, size_t size)
 {
     if (arg_typed != nullptr)
         arg_typed(text, size);
@@ -36,16 +36,16 @@ static ptrdiff_t reader_size(const text_reader &text)
 static void close_up(text_reader *text)
 {
     auto size = static_cast<size_t>(text->p - text->from);
-    hear_typed(text->from, size);
+    report_typed(text->from, size);
     text->to = text->to == text->from ? text->p : src_rewrite(text->to, text->from, size, text->p);
     text->from = text->p;
 }
 
-constexpr int reader_on = -2; // no character: the text goes on
+constexpr int reader_more = -2; // no character: there is more of the text
 
-// Where a text meets the window's end or is full. Returns reader_on if it goes on after the window's end;
-// else the character that no longer fits, which is read, or -1 at the end of the source. Out of line, and its
-// callers hand over a copy: then the reader of their loops can be in registers.
+// Handles a text that is full or reaches the window's end. Returns reader_more if the window got more of it;
+// else the character that no longer fits, which is read, or -1 at the end of the source. It isn't inlined and
+// callers pass a copy, so that the reader in their loops stays in registers.
 __attribute__((noinline)) static int reader_at_end(text_reader *text)
 {
     ptrdiff_t excess = reader_size(*text) - line_buf_capacity;
@@ -58,21 +58,21 @@ __attribute__((noinline)) static int reader_at_end(text_reader *text)
     if (!src_more(text->to))
         return -1;
     text->p = text->from = src.pos;
-    return reader_on;
+    return reader_more;
 }
 
-// Moves p to the next character that isn't simply part of the text: what scan stops at. Returns reader_on; or
-// what reader_at_end does where the text ends before one.
+// Moves p to the next character at which scan stops. Returns reader_more; or what reader_at_end returns if
+// the text ends before one.
 template <typename function> static inline int reader_next(text_reader *text, function scan)
 {
     for (;;) {
         text->p += scan(text->p);
         if (reader_size(*text) < line_buf_capacity && text->p < src.end)
-            return reader_on;
+            return reader_more;
         text_reader here = *text;
         int last = reader_at_end(&here);
         *text = here;
-        if (last != reader_on)
+        if (last != reader_more)
             return last;
     }
 }
@@ -86,7 +86,7 @@ static int32_t read_raw(bool counted, arg_text *arg)
     arg->text = text.start;
     arg->quoted = false;
     int last;
-    while ((last = reader_next(&text, [](const unsigned char *p) { return scan_raw(p); })) == reader_on) {
+    while ((last = reader_next(&text, [](const unsigned char *p) { return scan_raw(p); })) == reader_more) {
         const unsigned char c = *text.p;
         if (c == '\n' || (c == ',' && depth <= 0)) {
             close_up(&text);
@@ -107,7 +107,7 @@ static int32_t read_raw(bool counted, arg_text *arg)
         } else {
             close_up(&text);
             if (!char_is(c, CHAR_WHITE))
-                hear_typed(text.p, 1);
+                report_typed(text.p, 1);
             text.from = ++text.p;
         }
     }
@@ -124,8 +124,9 @@ static void read_escape(text_reader *text)
     src.pos = text->p;
     while (src.end - src.pos < 4 && src_more(text->to)) {
     }
-    // Kept: digits that make no octal escape are returned to the source, and so is the character after them.
-    // With the NUL in it the user's string would end there, and what follows would be lost.
+    // Kept: digits that make no octal escape are put back into the source, and so is the character after
+    // them, which is lost if it is a NUL. Users see the string's rest; with the NUL the string would end
+    // there.
     const unsigned char *digit = src.pos + 1;
     size_t digits = char_is(digit[0], CHAR_OCTAL) ? 1 + char_is(digit[1], CHAR_OCTAL) : 0;
     bool lost = digits > 0 && src_lose_nul(src.pos + 1 + digits);
@@ -136,12 +137,12 @@ static void read_escape(text_reader *text)
         c = static_cast<unsigned char>(escape_decode(reinterpret_cast<const char *>(escape),
                                                      reinterpret_cast<const char *>(src.end), false, &size));
     text->p = text->from = escape + size;
-    hear_typed(src.pos, static_cast<size_t>(text->p - src.pos));
+    report_typed(src.pos, static_cast<size_t>(text->p - src.pos));
     text->to = src_rewrite(text->to, &c, 1, text->p);
 }
 
-// Reads what follows a string's closing quote: blanks, and the end of the argument. stored characters of the
-// string were counted; the blanks count too.
+// Reads over blanks after a string's closing quote to the end of the argument. stored is the number of the
+// string's characters; the blanks count too.
 static int32_t read_after_quote(unsigned char *keep, int64_t stored, arg_text *arg)
 {
     while ((arg->last = src_getc(keep)) != -1) {
@@ -160,12 +161,12 @@ static int32_t read_string(arg_text *arg)
     unsigned char *start = src.pos + 1;
     text_reader text{start, start, start, start};
     int32_t fault = 0;
-    hear_typed(&quote, 1);
+    report_typed(&quote, 1);
     while ((arg->last = reader_next(&text, [](const unsigned char *p) { return scan_string(p); })) ==
-           reader_on) {
+           reader_more) {
         if (*text.p == quote) {
             close_up(&text);
-            hear_typed(&quote, 1);
+            report_typed(&quote, 1);
             src.pos = text.p + 1;
             fault = read_after_quote(text.to + 1, text.to + 1 - text.start, arg);
             break;

@@ -5,7 +5,7 @@
 // code. Two rows may share an id; no two share a name, in whatever case. The words of the system commands
 // begin with a lower-case letter; their arguments are read and nothing of them is written.
 //
-// The compiler makes the command table of it and checks what is claimed here.
+// The compiler makes the command table from them and checks this description.
 #pragma once
 
 #include <stdint.h>
@@ -343,7 +343,7 @@ constexpr int command_spec_count(int id)
     return -1;
 }
 
-// Tells whether the last position of the commands of an id takes every further argument too.
+// Whether the last position of the commands of an id takes every further argument too.
 constexpr bool command_repeats(int id)
 {
     for (const command_source_row &row : command_rows)

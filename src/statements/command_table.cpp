@@ -30,7 +30,7 @@ constexpr auto specs_make()
 
 static constexpr auto command_specs = specs_make();
 
-// ---- What is claimed ----
+// ---- Checks ----
 
 // Names fit and are made of word characters; the type code of every spec byte is known, and a position that
 // repeats is the last of its row.

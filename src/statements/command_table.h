@@ -1,7 +1,6 @@
 // Command table: finds a command's row by its word, in any case.
 //
-// The table knows names, ids and specs; it knows no handler. It is constant data that the compiler makes from
-// command_rows, in the same order.
+// The compiler makes the table from command_rows, in the same order.
 #pragma once
 
 #include "statements/command_rows.h"

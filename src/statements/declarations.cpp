@@ -123,7 +123,7 @@ static void write_declaration(const char *word, const char *text)
 }
 
 // Enters one variable in the store. A variable that is declared again keeps its value if its dimensions
-// stay; a dimension of 0 fits any. 0, or a code of var_make if the store doesn't take it.
+// stay; a dimension of 0 fits any. 0, or a code of var_make if the store refuses it.
 static int32_t declare(const char *name, int8_t type, int32_t count, const int32_t *dims)
 {
     int32_t known = var_read(name, strlen(name), nullptr);
@@ -138,8 +138,8 @@ static int32_t declare(const char *name, int8_t type, int32_t count, const int32
     return 0;
 }
 
-// Declares the items of a list; VAR_NONE only checks their names. first is the item that was cut off
-// already, or null.
+// Declares the items of a list; VAR_NONE only checks their names. first is an item that was cut off before,
+// or null.
 static int32_t declare_list(char *first, int first_delimiter, char *next, int8_t type)
 {
     int32_t max_dims = type == VAR_NONE ? 0 : var_dims_max;
@@ -186,8 +186,8 @@ int32_t decl_statement(const char *word)
     if (src_read_line(stmt_text, line_buf_capacity) == 0)
         return STATEMENT_END;
     if (text_is_word(word, strlen(word), "LOCAL")) {
-        // Kept: the text brings its own line feed. Users' converted scripts have an empty line after a LOCAL,
-        // and a new conversion, compared with an old one, must show no change.
+        // Kept: the text has its own line feed, so that an empty line follows a LOCAL. Users compare a new
+        // conversion with an old one: without the line every script with a LOCAL would differ.
         out_format("LOCAL %s\n", stmt_text);
         return declare_local(stmt_text);
     }
@@ -235,7 +235,7 @@ static bool value_read(const char *text, double *value)
     return true;
 }
 
-// Stores the values of one line in the array that is being filled. What is no number ends the line.
+// Stores the values of one line in the array that is being filled, up to the first that is no number.
 static void store_values(const char *text)
 {
     double value;

@@ -1,7 +1,7 @@
 // Declarations: the statements that declare variables.
 //
-// Their text goes to the output at once; then the variables enter the store, so that later expressions find
-// them. A fault in the analysis stops the reading of the whole file, though the text is written by then.
+// Their text is written first; then the variables enter the store. A fault stops the reading of the whole
+// file after the text was written.
 #pragma once
 
 #include <stdint.h>
@@ -21,9 +21,9 @@ enum : int {
     ITEM_LAST = 99 // the text has ended
 };
 
-// Cuts the next item off a list, in place and with the white space inside it dropped. Returns the item, and
-// sets *next to where to go on and *delimiter to what ended it. Null with *next null: the list is finished;
-// null with *next set: it is bad.
+// Cuts the next item off a list, in place, and removes the white space inside it. Returns the item, and sets
+// *next to the rest of the list and *delimiter to what ended the item. Null with *next null: the list is
+// finished; null with *next set: it is bad.
 char *next_item(char *text, char **next, int *delimiter);
 
 // Reads a reference name[i][j]..., white space anywhere: the text is the bare name afterwards, dims the

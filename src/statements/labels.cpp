@@ -69,7 +69,7 @@ int32_t line_directive(const char *)
     return line_directive_parse(operands);
 }
 
-// Sets source_name from a word, cut to its size.
+// Sets source_name from the word of a #LINE, cut to the size of source_name.
 static void source_name_set(const char *word)
 {
     auto &name = line_directives.source_name;
@@ -112,7 +112,7 @@ void source_name_record()
         prompt_report(-prompt_no_memory, line_directives.line_number);
         return;
     }
-    *line_directives.source_name_slot = static_cast<char *>(memcpy(block, name, size + 1));
+    *line_directives.source_name_result = static_cast<char *>(memcpy(block, name, size + 1));
 }
 
 const char *base_name(const char *path)

@@ -1,7 +1,7 @@
-// Labels and line directives: the statements that are about the script's own text.
+// Labels and line directives.
 //
-// A label line is copied to the output and entered in label_table, whose one job is to find a label that
-// is defined twice or one too many. A #LINE is read and leaves nothing.
+// A label line is copied to the output and entered in label_table, which serves to find a second label of a
+// name, or one too many. A #LINE is read, and nothing is written.
 #pragma once
 
 #include <stdint.h>
@@ -20,21 +20,21 @@ struct label_row {
 extern label_row *label_table; // label_capacity rows from malloc; null before the first file
 extern int32_t label_count;    // rows in use
 
-// The hook that receives the name of a label that stops the reading; null: it goes to standard output.
+// The hook that receives the name of a label that stops the reading; null: the name is printed.
 extern void (*label_refused)(const char *name);
 
-// What the last #LINE said. It outlives a file, and nothing in the output depends on it.
+// The operands of the last #LINE. They outlive a file, and nothing in the output depends on them.
 struct line_directive_state {
     int32_t line_number;
-    int32_t line_plus;            // 1 if a + stood after the number
-    char source_name[512];        // the file name given
-    const char *source_name_base; // a plain file name replaces its last part
-    bool source_name_recording;   // switch: each name is handed to source_name_slot
-    char **source_name_slot;      // where a recorded name goes; the block is the owner's of the slot
+    int32_t line_plus;            // 1 if a + followed the number
+    char source_name[512];        // the file name
+    const char *source_name_base; // a path whose last part a plain file name replaces
+    bool source_name_recording;   // switch: source_name_record is called for each name
+    char **source_name_result;    // receives a recorded name, which its owner frees
 };
 extern line_directive_state line_directives;
 
-// Forgets the labels of the last file, and starts on the rows of table.
+// Starts a file without labels; table has label_capacity rows.
 void labels_start(label_row *table);
 
 // A label line: word holds the colon and the label. Returns STATEMENT_DONE, STATEMENT_NO_LABEL for a lone
@@ -47,7 +47,7 @@ int32_t line_directive(const char *word);
 // The operands of a #LINE: a number, perhaps with a + after it, and perhaps a name. Returns STATEMENT_TEXT.
 int32_t line_directive_parse(const char *text);
 
-// Hands the base name of source_name to source_name_slot as a block from malloc. Without memory the run
+// Stores the base name of source_name in *source_name_result, a block from malloc. Without memory the process
 // ends with prompt 203.
 void source_name_record();
 

@@ -24,7 +24,7 @@ constexpr int escape_key = 27;
 
 // Copies the white space in front of a statement to the output: indentation and empty lines. Returns false at
 // the end of the source.
-static bool copy_white()
+static bool copy_white_space()
 {
     do {
         size_t size = scan_white(src.pos, static_cast<size_t>(src.end - src.pos));
@@ -51,12 +51,12 @@ static size_t word_length()
     }
 }
 
-// Reads from the end of a word of length characters to what follows it. Returns true if the word is one to
-// look up. After blanks an assignment or a subscript makes the statement text; its word then has one blank.
+// Reads what follows a word of length characters. Returns true if the word is to be looked up. An assignment
+// or a subscript after blanks makes the statement text, with one blank after its word.
 static bool read_after_word(char *word, size_t length)
 {
     int next = src_peek();
-    // A word that fills its buffer ends there, and the character that doesn't fit is lost.
+    // A word ends where its buffer is full, and the character that doesn't fit is lost.
     if (next != -1 && !char_is(next, CHAR_WHITE) && length < word_size - 1) {
         word[length] = static_cast<char>(*src.pos++);
         return false;
@@ -75,8 +75,8 @@ static bool read_after_word(char *word, size_t length)
 }
 
 // Reads the first word of a statement into word, with a NUL after it. Returns the length of a plain word or a
-// label; 0 if the statement is text, because it begins with no word or an operator follows the word: then the
-// character that makes it text is part of word.
+// label; 0 if the statement is text, because it begins with no word or an operator follows the word; word
+// then includes that character.
 static size_t read_first_word(char *word)
 {
     bool is_word = char_is(*src.pos, CHAR_LETTER) || *src.pos == '#' || *src.pos == ':';
@@ -89,7 +89,7 @@ static size_t read_first_word(char *word)
 
 // ---- Statements that are text ----
 
-// Writes a text and a line feed; one that the text ends in already is the same.
+// Writes a text, and a line feed unless it ends in one.
 static void write_rejected(const statement_span &line)
 {
     size_t size = line.size;
@@ -116,9 +116,8 @@ static int32_t assignment_statement(const char *word, statement_kind *kind)
         return STATEMENT_DONE;
     }
     *kind = KIND_EXPRESSION;
-    // Kept: an accepted assignment has its own line feed and gets one more. Users know their converted
-    // scripts with an empty line after each assignment; comparing a new conversion with an old one must show
-    // no change.
+    // Kept: an accepted assignment has its own line feed and gets one more. Users compare a new conversion
+    // with an old one: without the empty line every script with an assignment would differ.
     out_bytes(line.text, line.size);
     out_char('\n');
     return STATEMENT_TEXT;
@@ -175,7 +174,7 @@ static constexpr auto stmt_keyword_index = word_index_make<256>(stmt_keyword_tab
 
 // ---- SPLINE ----
 
-// White space in front of SPLINE's argument that is looked through, and two characters after it.
+// The most white space in front of SPLINE's argument that is searched for it.
 constexpr size_t spline_white_max = 65536;
 static_assert(spline_white_max + 2 <= src_unread_max, "the source holds what is looked at");
 
@@ -218,13 +217,13 @@ static int32_t word_statement(char *word, size_t length, statement_kind *kind)
 
 int32_t next_statement(statement_head *head)
 {
-    // The word stays here until the next statement: slot 0 and the handlers read it.
+    // Slot 0 and the handlers point to it until the next statement.
     static char word[word_size + 2 + slot_text_slack];
 
     src_start_statement();
     if (head != nullptr)
         *head = statement_head{KIND_NONE, src_line(), out_tell()};
-    if (plat_poll_escape() == escape_key || !copy_white())
+    if (plat_poll_escape() == escape_key || !copy_white_space())
         return STATEMENT_END;
     if (head != nullptr)
         *head = statement_head{KIND_NONE, src_line(), out_tell()};

@@ -1,8 +1,8 @@
 // Recogniser: reads a statement up to the point where its kind is known.
 //
-// A command comes back as a row of the command table. Every other statement is finished here and written:
-// assignments, labels, the statement keywords, and any line that isn't recognised. Such a line is evaluated
-// for its effect on the variable store and goes to the output with only its white space touched.
+// For a command it returns the row of the command table. Every other statement it writes itself: assignments,
+// labels, the statement keywords, and any line that isn't recognised. Such a line is evaluated for its effect
+// on the variable store and written with only its white space changed.
 #pragma once
 
 #include <stdint.h>
@@ -11,7 +11,7 @@
 enum statement_kind : uint8_t {
     KIND_NONE,       // the source ended before a statement began
     KIND_COMMAND,    // a word of the command table
-    KIND_EXPRESSION, // text that the evaluator took: an assignment, as a rule
+    KIND_EXPRESSION, // text that the evaluator accepted, usually an assignment
     KIND_TEXT,       // text that begins with no plain word, or an assignment that the evaluator refused
     KIND_UNKNOWN,    // a line whose first word is in no table, and that is no expression
     KIND_LABEL,

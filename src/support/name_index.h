@@ -1,8 +1,7 @@
 // Name index: finds the row of a name in a table of up to 1,000 rows without walking it.
 //
-// The rows belong to the table's owner and are only ever added, each with a name of its own. So the index
-// finds what a search from the first row would find. The hash of a name says in which slot the search begins;
-// at least half of the slots stay empty.
+// The rows belong to the table's owner. Rows are only added, each with a different name. The hash of a name
+// selects the slot at which the search begins; at least half of the slots are empty.
 #pragma once
 
 #include "support/text.h"
@@ -13,7 +12,7 @@
 
 #include <algorithm>
 
-constexpr int name_index_bits = 11; // of a hash, the highest: they depend on all characters
+constexpr int name_index_bits = 11; // the highest bits of a hash select the slot
 constexpr uint32_t name_index_slots = 1 << name_index_bits;
 
 struct name_index {

@@ -11,7 +11,7 @@
 
 float float_from_double(double value)
 {
-    // Up to half a step beyond the largest float, that is what is nearest.
+    // The largest float is the nearest one up to half a step beyond it.
     const double half_step = 10141204801825835211973625643008.0; // 2^103
     const double limit = static_cast<double>(FLT_MAX) + half_step;
     if (value >= limit || value <= -limit)
@@ -47,7 +47,7 @@ static number_piece scan_based(const char *c, const char *end, unsigned digit_cl
     return number_piece{static_cast<double>(wrap_int32(number)), c};
 }
 
-// The number that digits continue, of any length, gathered one after the other in a double.
+// Continues a number by the digits at its end: each is added in a double, with its rounding.
 static number_piece scan_digits(number_piece number, const char *end)
 {
     for (; number.end < end && text_is(*number.end, CHAR_DIGIT); number.end++)
@@ -55,7 +55,7 @@ static number_piece scan_digits(number_piece number, const char *end)
     return number;
 }
 
-// A number times a power of ten, as pow computes that; the small powers are kept.
+// A number times a power of ten as pow computes it. The small powers are cached.
 static double scaled(double number, uint32_t exponent)
 {
     static double kept[2 * powers_kept + 1]; // 0: not computed yet
@@ -68,8 +68,7 @@ static double scaled(double number, uint32_t exponent)
     return number * power;
 }
 
-// A number scaled by a power and by the exponent after it, from its letter on: a sign, or none, and digits,
-// or none.
+// Scales a number by a power and by the exponent at its end: e or d, an optional sign, optional digits.
 static number_piece scan_exponent(number_piece number, const char *end, uint32_t power)
 {
     const char *c = number.end + 1;

@@ -24,8 +24,8 @@ inline int32_t int_from_double(double value)
 // A double as a float, rounded; what is too large for one is infinite.
 float float_from_double(double value);
 
-// A leading decimal integer after white space and one optional sign, as atoi reads it, of a text of size
-// characters; a value outside the 32-bit range returns the nearer end of that range, no number 0.
+// The decimal integer that a text of size characters begins with, as atoi reads it. Returns the nearer end of
+// the range for a value outside 32 bits, 0 for no number.
 int32_t int_from_text(const char *text, size_t size);
 
 // Scans a number of an expression, whose first character is a digit or a point: octal after a 0, hexadecimal

@@ -70,15 +70,15 @@ void out_format(const char *format, ...)
 {
     va_list values;
     va_start(values, format);
-    for (const char *mark = strchr(format, '%'); mark != nullptr; mark = strchr(format, '%')) {
-        out_bytes(format, static_cast<size_t>(mark - format));
-        switch (mark[1]) {
+    for (const char *percent = strchr(format, '%'); percent != nullptr; percent = strchr(format, '%')) {
+        out_bytes(format, static_cast<size_t>(percent - format));
+        switch (percent[1]) {
         case 's': out_text(va_arg(values, const char *)); break;
         case 'd': out_integer(va_arg(values, int32_t)); break;
         case 'f': out_float(va_arg(values, double)); break;
-        default: out_char(mark[1]); break;
+        default: out_char(percent[1]); break;
         }
-        format = mark + 2;
+        format = percent + 2;
     }
     va_end(values);
     out_text(format);

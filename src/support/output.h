@@ -1,9 +1,8 @@
 // Output: the script that is being written.
 //
-// One output is open at a time. Whatever a writer hands over is gathered in one buffer of 64 KB, which
-// goes to the file in one piece when it is full and at the close. The platform writes a line feed as its own
-// line end. After a write that failed nothing more goes to the file, so that it has no hole, and no message
-// is printed: a full disk costs the output, not the run.
+// One output is open at a time. It has a buffer of 64 KB, which is written when it is full and at the close.
+// The platform writes a line feed as its own line end. After a failed write nothing more goes to the file, so
+// that it has no hole, and no message is printed: a full disk costs the output, not the run.
 #pragma once
 
 #include "platform/platform.h"
@@ -19,16 +18,15 @@ constexpr size_t out_buffer_size = 65536;
 // The output of the file under conversion; it has no meaning between two files.
 struct out_state {
     bool open;      // an output is being written
-    bool failed;    // the file didn't take all that it was given
+    bool failed;    // a write failed
     plat_file file; // where it goes
-    uint64_t start; // bytes handed to the file so far: the offset of the buffer's first byte in the output
-    size_t used;    // bytes gathered in the buffer, 0 to out_buffer_size
+    uint64_t start; // bytes written to the file so far: the offset of the buffer's first byte in the output
+    size_t used;    // bytes in the buffer, 0 to out_buffer_size
     char buffer[out_buffer_size];
 };
 extern out_state out_file;
 
-// The hook that takes what would go to the output's file; null: it goes there. For a companion program that
-// wants to have the output in memory.
+// The hook that receives the output in memory; null: it goes to the file. The converter never sets it.
 extern void (*out_sink)(const char *bytes, size_t size);
 
 // Starts an output on an opened file, which out_close closes. With out_sink set the file isn't looked at.
@@ -40,10 +38,10 @@ inline uint64_t out_tell()
     return out_file.start + out_file.used;
 }
 
-// Writes what is gathered and closes the file.
+// Writes the buffer and closes the file.
 void out_close();
 
-// Writes what is gathered to the file.
+// Writes the buffer to the file.
 void out_flush();
 
 // out_bytes for what does not fit the buffer's rest.
@@ -60,11 +58,11 @@ inline void out_bytes(const char *bytes, size_t size)
     out_file.used += size;
 }
 
-// Writing many short pieces: reserve room for so many bytes, write through the pointer, then commit with a
-// pointer to where the next byte goes.
-inline char *out_reserve(size_t room)
+// For many short pieces: reserves size bytes of the buffer, which the caller writes through the pointer. Then
+// out_commit takes the pointer after the last byte.
+inline char *out_reserve(size_t size)
 {
-    if (out_buffer_size - out_file.used < room)
+    if (out_buffer_size - out_file.used < size)
         out_flush();
     return out_file.buffer + out_file.used;
 }

@@ -1,6 +1,5 @@
-// Every routine leaves both rings whole. A block is on the free ring exactly if its free flag is set, the
-// base block apart. Two blocks merge only where they really touch: each test of a ring neighbour looks at
-// the addresses too, because areas next to each other on the ring need not be so in memory.
+// A block is on the free ring exactly if its free flag is set, the base block apart. Two blocks merge only if
+// their addresses touch: neighbours on the ring can be of two areas.
 #include "support/pool_heap.h"
 
 #include "support/number.h"
@@ -45,7 +44,7 @@ static heap_block *end_of(heap_block *block)
     return block_at(reinterpret_cast<char *>(block) + bytes_of(block));
 }
 
-// Puts a block on a ring right after anchor.
+// Inserts a block into a ring after anchor.
 static void ring_insert(const heap_ring &ring, heap_block *anchor, heap_block *block)
 {
     heap_block *after = anchor->*ring.next;
@@ -72,8 +71,8 @@ void heap_abort(pool_heap *, [[maybe_unused]] const char *text)
 #endif
 }
 
-// A block is about to be freed or moved: false, and a report, if it isn't allocated. The header of one that
-// was merged into its neighbour still says that it is free, until the neighbour's bytes are handed out.
+// False, and a report, if a block that is to be freed or moved isn't allocated. The header of one that was
+// merged into its neighbour keeps its free flag until the neighbour's bytes are allocated.
 static bool expect_allocated(heap_block *block)
 {
     if (block->sig == heap_signature && block->free == 0)
@@ -83,8 +82,7 @@ static bool expect_allocated(heap_block *block)
     return false;
 }
 
-// The rover is never on a block that leaves the free ring. The base block is always on it, so there is
-// another one to move to.
+// Moves the rover off a block that leaves the free ring. The base block is always on the ring.
 static void rover_leave(heap_block *block)
 {
     if (block->heap->rover == block)
@@ -213,9 +211,8 @@ void *heap_alloc(pool_heap *heap, const char *owner, uint32_t size)
     return memset(block + 1, 0, user_bytes_of(block));
 }
 
-// What a free block looks like. A header that was merged into another one gets it too, so that a late
-// look at it shows that it is gone.
-static void mark_free(heap_block *block)
+// Sets the header of a free block, and of one that was merged into its neighbour: expect_allocated reads it.
+static void set_free(heap_block *block)
 {
     block->free = 1;
     block->owner = "POOL FREE";
@@ -236,7 +233,7 @@ int heap_free(void *pointer)
     if (below->free != 0 && end_of(below) == block) {
         ring_unlink(item_ring, block);
         below->size += block->size;
-        mark_free(block);
+        set_free(block);
         block = below;
     }
     heap_block *above = block->next_item;
@@ -249,7 +246,7 @@ int heap_free(void *pointer)
     // Merged into the block below it is on the free ring already.
     if (block->free == 0) {
         ring_insert(free_ring, heap->rover, block);
-        mark_free(block);
+        set_free(block);
     }
     return 0;
 }

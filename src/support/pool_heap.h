@@ -68,7 +68,7 @@ pool_heap *heap_create(const char *name, uint32_t growth);
 void heap_destroy(pool_heap *heap);
 
 // Adds size bytes at base as one free block; the heap uses them until it is destroyed. 0, or 1 if they can't
-// be added: no memory for the area's record, not even room for a header, or a base that isn't aligned for
+// be added: no memory for the area's record, fewer bytes than a header has, or a base that isn't aligned for
 // one.
 int heap_add(pool_heap *heap, void *base, uint32_t size, int32_t can_free);
 
@@ -76,7 +76,7 @@ int heap_add(pool_heap *heap, void *base, uint32_t size, int32_t can_free);
 // no memory or the size can't be counted. The block is the caller's until heap_free.
 void *heap_alloc(pool_heap *heap, const char *owner, uint32_t size);
 
-// Takes a block back; always 0. A null pointer is ignored, and so is a block that is free already as far as
+// Frees a block; always 0. A null pointer is ignored, and so is a block that is free already as far as
 // its header shows it; a build with checks reports that one.
 int heap_free(void *pointer);
 

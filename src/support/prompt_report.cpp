@@ -1,4 +1,3 @@
-// The message is composed in a buffer of fixed size; each step knows how much of it is left.
 #include "support/prompt_report.h"
 
 #include "support/number.h"
@@ -21,7 +20,7 @@ static constexpr size_t prompt_text_column = 4;
 // Codes that end nothing although they are below 0.
 static constexpr int32_t recoverable_codes[] = {-236, -242, -243, -244, -245, -246, -254, -255};
 
-// What a prompt's text may ask for, with the flags that mean something to it.
+// A conversion that a prompt's text may have, with its flags.
 struct conversion_row {
     char letter;
     prompt_kind kind;
@@ -35,7 +34,7 @@ static constexpr conversion_row conversion_rows[] = {
     {'c', PROMPT_INT, "-", false},   {'s', PROMPT_TEXT, "-", true},
 };
 
-// A conversion taken apart.
+// A parsed conversion.
 struct conversion {
     const conversion_row *row;
     int width;            // 0 if there is none
@@ -48,7 +47,7 @@ struct message_buffer {
     size_t used; // characters in front of the NUL
 };
 
-// One character, if there is room.
+// Adds one character unless the buffer is full.
 static void message_char(message_buffer *message, char c)
 {
     if (message->used + 1 >= sizeof message->text)
@@ -67,7 +66,8 @@ static const char *read_digits(const char *text, int *value)
 }
 
 // Reads a conversion from after its percent sign: flags, width, precision, size letters (a value knows
-// its own size, so they say nothing), letter. Returns the pointer after it, or null if it is none of ours.
+// its own size, so they are ignored), letter. Returns the pointer after it, or null if conversion_rows lacks
+// it.
 static const char *read_conversion(const char *text, conversion *result)
 {
     const char *flags = text;
@@ -96,21 +96,21 @@ static const char *read_conversion(const char *text, conversion *result)
 static void message_value(message_buffer *message, const conversion &how, const prompt_value &value)
 {
     char *to = message->text + message->used;
-    size_t room = sizeof message->text - message->used;
+    size_t left = sizeof message->text - message->used;
     int length;
     if (how.row->kind == PROMPT_TEXT)
-        length = snprintf(to, room, how.printf_form, how.width, how.precision, value.text);
+        length = snprintf(to, left, how.printf_form, how.width, how.precision, value.text);
     else if (how.row->has_precision)
         length =
-            snprintf(to, room, how.printf_form, how.width, how.precision, static_cast<int>(value.number));
+            snprintf(to, left, how.printf_form, how.width, how.precision, static_cast<int>(value.number));
     else
-        length = snprintf(to, room, how.printf_form, how.width, static_cast<int>(value.number));
+        length = snprintf(to, left, how.printf_form, how.width, static_cast<int>(value.number));
     if (length > 0)
-        message->used += std::min(static_cast<size_t>(length), room - 1);
+        message->used += std::min(static_cast<size_t>(length), left - 1);
 }
 
-// Composes a prompt's text with the values. A percent sign that begins no conversion with a fitting value
-// stands for itself, and what follows it is text like any other.
+// Formats a prompt's text with the values. A percent sign without a conversion and a value of its kind is
+// plain text.
 static void message_format(message_buffer *message, const char *format, const prompt_value *values, int count)
 {
     const prompt_value *values_end = values + count;
@@ -141,7 +141,7 @@ static bool line_has_number(const char *line, int64_t number)
     return text_is(*digits, CHAR_DIGIT) && int_from_text(line, strlen(line)) == number;
 }
 
-// Looks a prompt up in the file. On true line holds its line or piece of a line as it was read.
+// Looks a prompt up in the file. If it is found, line is its line, or piece of a long line, as read.
 static bool find_prompt(int64_t number, char (&line)[prompt_line_size])
 {
     FILE *file = fopen(prompt_file_name, "r");
@@ -177,7 +177,7 @@ static void make_prefix(char (&prefix)[prompt_prefix_size], int32_t line)
         (void)snprintf(prefix, sizeof prefix, "%s (%d): ", prompt_prefix_name, line);
 }
 
-static bool code_returns(int32_t code)
+static bool is_recoverable(int32_t code)
 {
     const auto *end = std::end(recoverable_codes);
     return code > 0 || std::find(recoverable_codes, end, code) != end;
@@ -198,7 +198,7 @@ void prompt_report(int32_t code, int32_t line, const prompt_value *values, int c
         (void)snprintf(message.text, sizeof message.text, "Prompt not found: errfile = %s, pnum = %lld",
                        prompt_file_name, static_cast<long long>(number));
     printf("%s%s\n", prefix, message.text);
-    if (code_returns(code))
+    if (is_recoverable(code))
         return;
     // What was written of the current script must not be lost with the process.
     if (out_file.open)

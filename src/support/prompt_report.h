@@ -4,8 +4,8 @@
 // 0 to 3 hold the number, the text starts at column 4 and is a format for the values of the report. A code
 // above 0 is only a message; any other ends the process, a few excepted.
 //
-// The file can be a user's own, so printf never gets its text. The values come as an array with the kind of
-// each: a conversion takes the next value if that is of its kind, and is printed as it is if not.
+// The file can be a user's own, so printf never gets its text. Each value has a kind: a conversion formats
+// the next value if that is of its kind; if not, the conversion is printed as text.
 #pragma once
 
 #include <stdint.h>

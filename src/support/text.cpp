@@ -7,7 +7,7 @@ bool text_is_word(const char *text, size_t size, const char *word)
     return size == strlen(word) && strncasecmp(text, word, size) == 0;
 }
 
-// What a backslash and a letter stand for: a control character, or else the letter itself.
+// The control character of an escape's letter, or else the letter.
 static char letter_decode(char c)
 {
     switch (c) {

@@ -94,10 +94,9 @@ constexpr int digit_value(char c)
     return c <= '9' ? c - '0' : char_lower(c) - 'a' + 10;
 }
 
-// The byte that an escape stands for: three octal digits, an x and two hexadecimal ones where the text may
-// have such, a letter for a control character, or the character itself. text is what follows the backslash,
-// up to end; at the end the backslash stands for itself. *size is the number of characters that the escape
-// takes.
+// Decodes an escape: three octal digits; an x and two hexadecimal ones, where those are allowed; a letter for
+// a control character; any other character is itself. text is what follows the backslash, up to end; at the
+// end the backslash is itself. *size becomes the number of characters of the escape.
 char escape_decode(const char *text, const char *end, bool hexadecimal, size_t *size);
 
 // Tells whether a text of size characters is a NUL-terminated word without regard to case.

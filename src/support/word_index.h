@@ -1,8 +1,7 @@
 // Word index: finds the row of a word in a constant table, in any case, usually with one probe.
 //
-// The words of a table are letters, digits and underscores, perhaps after a #, and so are the words that are
-// looked for. The index is made by the compiler: a hash of its word puts each row in a slot, or in the next
-// free one, which a large index makes rare.
+// Words consist of letters, digits and underscores, perhaps after a #. The compiler makes the index, a hash
+// table with linear probing.
 #pragma once
 
 #include "support/text.h"
@@ -12,8 +11,7 @@
 
 constexpr size_t word_size_max = 12; // characters of a table's word; a longer word is in no table
 
-// Eight characters of a word lowered at once: they stay apart from each other, though the underscore becomes
-// byte 127.
+// Lowers eight characters of a word at once. The underscore becomes byte 127, which no word has.
 constexpr uint64_t characters_lower(uint64_t characters)
 {
     return characters | (characters & 0x4040404040404040) >> 1;
@@ -25,7 +23,7 @@ struct word_key {
     uint32_t rest;  // the others
 };
 
-// The key of a word. A word that is too long for a table has the key of none.
+// The key of a word; {0, 0}, which no row has, for a word that is too long.
 inline word_key word_key_make(const char *word, size_t size)
 {
     if (size > word_size_max)
@@ -51,9 +49,9 @@ template <size_t slots, size_t rows> struct word_index {
     word_key key[1 + rows]; // by row number + 1
 };
 
-// What word_index_make calls on a table with two rows of one word. It has no body: a call from a constant is
-// what the compiler reports.
-void word_stands_twice();
+// word_index_make calls it if two rows have the same word. It has no body: the compiler refuses the call in a
+// constant.
+void word_is_duplicate();
 
 // The index over rows that have a name.
 template <size_t slots, typename table_row, size_t rows>
@@ -73,7 +71,7 @@ constexpr word_index<slots, rows> word_index_make(const table_row (&table)[rows]
         size_t slot = word_hash(key) % slots;
         for (; index.row[slot] != 0; slot = (slot + 1) % slots)
             if (word_key_equals(index.key[index.row[slot]], key))
-                word_stands_twice();
+                word_is_duplicate();
         index.row[slot] = ++number;
         index.key[number] = key;
     }

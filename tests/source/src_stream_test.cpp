@@ -318,7 +318,7 @@ TEST(scan, finds_what_a_look_at_each_character_finds)
             static_cast<size_t>(std::count(text.begin(), text.begin() + static_cast<ptrdiff_t>(size), '\n')));
         std::string piece = text.substr(0, 1 + texts.die() % 16);
         ASSERT_EQ(scan_is_number(text.data(), piece.size()), is_plain_number(piece));
-        scan_marks marks = scan_between(scan_load(start), '0', '9');
+        scan_mask marks = scan_between(scan_load(start), '0', '9');
         ASSERT_EQ(scan_bits(marks), scan_bits_portable(marks));
     }
     std::string lines(9000, '\n');

@@ -238,7 +238,7 @@ TEST(arg_fetcher, takes_as_much_as_its_stores_hold)
 TEST(arg_fetcher, ends_an_argument_at_3900_characters)
 {
     script_source source("\"" + times(3900, "a") + "\",1\nn");
-    EXPECT_EQ(fetch(&source, {0x00, 0x11}), FETCH_NO_ROOM);
+    EXPECT_EQ(fetch(&source, {0x00, 0x11}), FETCH_STORE_FULL);
     EXPECT_EQ(line_buf, times(3900, "a"));
     script_source nested("(" + times(3899, "1") + ")\nn");
     EXPECT_EQ(fetch(&nested, {0x01}), FETCH_PARENTHESES);
@@ -262,9 +262,9 @@ TEST(arg_fetcher, tells_an_empty_argument_from_one_left_out)
         EXPECT_EQ((++arg_cursor)->state, state) << arg_cursor - arg_slots;
     EXPECT_EQ(fetch(&source, {0x11, 0x11}), 2);
     EXPECT_EQ(arg_slots[1].state, 0) << "nothing behind the word is an empty argument";
-    EXPECT_EQ(arg_slots[2].state, slot_mark);
+    EXPECT_EQ(arg_slots[2].state, slot_unfilled);
     EXPECT_EQ(fetch(&source, {0x01, 0x11}), 2);
-    EXPECT_EQ(arg_slots[2].state, slot_mark);
+    EXPECT_EQ(arg_slots[2].state, slot_unfilled);
     EXPECT_EQ(text_of(arg_slots[2]), "");
 }
 
@@ -289,7 +289,7 @@ TEST(arg_fetcher, leaves_no_trace_of_an_earlier_statement)
             EXPECT_EQ(fetch(&source, spec), 3) << second;
             for (int i = 4; i < arg_slots_size; i++) {
                 EXPECT_EQ(text_of(arg_slots[i]), "") << c.first << second << i;
-                EXPECT_EQ(arg_slots[i].state, slot_mark) << c.first << second << i;
+                EXPECT_EQ(arg_slots[i].state, slot_unfilled) << c.first << second << i;
                 EXPECT_EQ(arg_slots[i].holds, HOLDS_NOTHING) << c.first << second << i;
             }
         }

@@ -114,7 +114,7 @@ TEST(line_directives, place_and_record_a_name_where_asked_to)
     char *recorded = nullptr;
     line_directives.source_name_base = "dir/sub/main.mrl";
     line_directives.source_name_recording = true;
-    line_directives.source_name_slot = &recorded;
+    line_directives.source_name_result = &recorded;
     line_directive_parse("3 other/part.mrl");
     EXPECT_STREQ(line_directives.source_name, "dir/sub/part.mrl");
     EXPECT_STREQ(recorded, "part.mrl");

@@ -20,7 +20,7 @@ static std::string fetch_fault(const statement_result &done, std::string_view me
         return fmt::format("argument {}: something follows the closing quote", done.failed_at);
     case FETCH_PARENTHESES: return fmt::format("argument {}: the parentheses don't pair up", done.failed_at);
     case FETCH_TOO_LONG: return fmt::format("argument {} has more than 251 characters", done.failed_at);
-    case FETCH_NO_ROOM: return fmt::format("argument {}: the statement is too long", done.failed_at);
+    case FETCH_STORE_FULL: return fmt::format("argument {}: the statement is too long", done.failed_at);
     case FETCH_TOO_MANY: return "the statement has more than 100 arguments";
     default: return fmt::format("argument {}: syntax error", done.failed_at);
     }
