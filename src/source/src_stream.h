@@ -123,6 +123,19 @@ struct src_piece {
 // source. The text before keep stays.
 src_piece src_take_line(size_t size, unsigned char *keep);
 
+// Takes the rest of a line, its line feed too, at most size characters, and calls take with each piece. keep
+// is read before each of them: with src.pos they stay together in the window. Returns whether the line ended.
+template <typename function> bool src_take_rest(size_t size, unsigned char *const &keep, function take)
+{
+    src_piece piece;
+    do {
+        piece = src_take_line(size, keep);
+        size -= piece.size;
+        take(piece);
+    } while (size > 0 && piece.size > 0 && !piece.ends_line);
+    return piece.ends_line;
+}
+
 // Reads a line into buffer, its line feed too, at most size characters, and a NUL after them (so the buffer
 // has size + 1 bytes). Returns the number of characters stored; 0 at the end of the source.
 int32_t src_read_line(char *buffer, int32_t size);

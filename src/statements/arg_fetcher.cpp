@@ -130,14 +130,14 @@ static int32_t fetch_failed(arg_list list, arg_text last, int32_t fault)
 // Reads over the rest of the line, of which c was the last character read.
 static void skip_line(int c, unsigned char *keep)
 {
-    src_piece piece{nullptr, 1, c == '\n' || c == -1};
     if (arg_begins != nullptr)
         arg_begins(0);
-    while (piece.size > 0 && !piece.ends_line) {
-        piece = src_take_line(SIZE_MAX, keep);
+    if (c == '\n' || c == -1)
+        return;
+    (void)src_take_rest(SIZE_MAX, keep, [](const src_piece &piece) {
         if (arg_typed != nullptr)
             arg_typed(piece.text, piece.size);
-    }
+    });
 }
 
 int32_t fetch_args(int32_t spec_count, const uint8_t *spec)

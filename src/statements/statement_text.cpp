@@ -14,11 +14,8 @@ statement_span statement_read(const char *word, size_t length)
     (void)src_rewrite(start, word, length, src.pos);
     auto *text = reinterpret_cast<const char *>(start);
     size_t size = length;
-    src_piece piece;
-    do {
-        piece = src_take_line(line_buf_capacity - size, src.pos);
-        size += piece.size;
-    } while (size < line_buf_capacity && piece.size > 0 && !piece.ends_line);
+    (void)src_take_rest(line_buf_capacity - length, src.pos,
+                        [&](const src_piece &piece) { size += piece.size; });
     return statement_span{text, strnlen(text, size)};
 }
 
@@ -26,10 +23,8 @@ int32_t rem_copy(const char *word)
 {
     out_text(word);
     out_char(' ');
-    src_piece piece;
-    do {
-        piece = src_take_line(SIZE_MAX, nullptr);
+    bool ended = src_take_rest(SIZE_MAX, nullptr, [](const src_piece &piece) {
         out_bytes(reinterpret_cast<const char *>(piece.text), piece.size);
-    } while (piece.size > 0 && !piece.ends_line);
-    return piece.ends_line ? STATEMENT_DONE : STATEMENT_END;
+    });
+    return ended ? STATEMENT_DONE : STATEMENT_END;
 }
