@@ -72,9 +72,7 @@ static void store_start()
 // Fetches the arguments of one LINE, as the statement loop does it.
 static int32_t fetch_line(const cmd_row &row)
 {
-    slots_start_statement();
     slot_set_word("LINE", 4);
-    arg_cursor++;
     return fetch_args(row.spec_count, row.spec);
 }
 
@@ -151,11 +149,8 @@ static void write_line_rule(benchmark::State &state)
     out_open(plat_file{open("/dev/null", O_WRONLY)});
     source_restart(&source);
     int32_t count = fetch_line(row);
-    for (auto _ : state) {
-        arg_cursor = arg_slots;
-        arg_type_cursor = arg_types;
+    for (auto _ : state)
         rule_run(row.id, count);
-    }
     out_close();
     plat_close(&source);
 }

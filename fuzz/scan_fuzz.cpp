@@ -12,18 +12,12 @@
 static void fill_slots(const char *format, int32_t count)
 {
     static const char variable[2 + slot_text_slack] = "v";
-    slots_start_statement();
     slot_set_word("INPUT", 5);
     for (int32_t i = 1; i <= count; i++) {
-        arg_cursor++;
-        *arg_cursor = slot_cleared;
-        arg_cursor->state = 0;
-        arg_cursor->text = i == 1 ? format : variable;
-        arg_cursor->text_size = static_cast<uint32_t>(strlen(arg_cursor->text));
-        arg_cursor->holds = HOLDS_RAW;
+        const char *text = i == 1 ? format : variable;
+        arg_slots[i] = {text, 0, static_cast<uint32_t>(strlen(text)), 0, HOLDS_RAW};
     }
-    arg_cursor++;
-    slots_end_list(arg_cursor);
+    slots_end_list(arg_slots + count + 1);
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);

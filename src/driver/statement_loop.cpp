@@ -3,7 +3,6 @@
 #include "rules/rule_table.h"
 #include "source/src_stream.h"
 #include "statements/arg_fetcher.h"
-#include "statements/arg_slots.h"
 #include "statements/command_table.h"
 #include "statements/recogniser.h"
 #include "statements/statement_text.h"
@@ -29,7 +28,7 @@ static void report_done(const statement_head &head, int32_t result, int32_t fetc
     done.head = head;
     done.result = result;
     done.fetched = fetched;
-    done.failed_at = fetched < 0 ? static_cast<int32_t>(arg_type_cursor - arg_types) + 1 : 0;
+    done.failed_at = fetched < 0 ? fetch_failed_at : 0;
     done.next_line = src_line();
     done.line_left = fetched < 0 && src.pos[-1] != '\n';
     done.source_complete = src_ended();

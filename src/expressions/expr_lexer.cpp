@@ -37,7 +37,7 @@ static constexpr uint32_t keyword_initials = [] {
 
 const expr_keyword *lex_keyword(lex_piece name)
 {
-    int32_t row = word_index_find(keyword_index, name.text, name.size);
+    int32_t row = word_index_find(keyword_index, word_key_make(name.text, name.size));
     return row < 0 ? nullptr : expr_keyword_table + row;
 }
 

@@ -44,7 +44,7 @@ static constexpr auto math_func_index = word_index_make<256>(math_func_table);
 
 const math_func *math_find(const char *name, size_t size)
 {
-    int row = word_index_find(math_func_index, name, size);
+    int row = word_index_find(math_func_index, word_key_make(name, size));
     return row < 0 ? nullptr : &math_func_table[row];
 }
 

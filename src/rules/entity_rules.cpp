@@ -2,6 +2,7 @@
 //
 // An entity command ends in a list of attributes, which a tail writes in the comment and another in the new
 // line.
+// For the reason of each "Kept:" see rule_table.h.
 #include "rules/rule_table.h"
 #include "statements/arg_slots.h"
 

@@ -2,6 +2,7 @@
 //
 // A flow command is copied. A dimension's new parameters have another order: a tip and the old statement come
 // first, then the new one.
+// For the reason of each "Kept:" see rule_table.h.
 #include "rules/rule_table.h"
 #include "statements/arg_slots.h"
 #include "support/number.h"

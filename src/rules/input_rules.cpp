@@ -3,6 +3,7 @@
 // The new dialect keeps most of these commands. Where one changed, the old statement is a comment above the
 // new one; for one that the dialect lacks a comment says so. Optional arguments that are absent leave no
 // comma.
+// For the reason of each "Kept:" see rule_table.h.
 #include "rules/rule_table.h"
 #include "statements/arg_slots.h"
 #include "support/text.h"

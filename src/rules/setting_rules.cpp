@@ -1,4 +1,5 @@
 // Setting commands: what a script sets, and the dimensions of that range.
+// For the reason of each "Kept:" see rule_table.h.
 #include "rules/rule_table.h"
 #include "statements/arg_slots.h"
 #include "support/number.h"

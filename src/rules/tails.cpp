@@ -1,3 +1,4 @@
+// For the reason of each "Kept:" see rule_table.h.
 #include "rules/tails.h"
 
 #include "rules/slot_writer.h"

@@ -6,7 +6,6 @@
 
 #include "platform/platform.h"
 #include "support/scan.h"
-#include "support/text.h"
 
 #include <assert.h>
 #include <stdlib.h>
@@ -38,7 +37,6 @@ static plat_file *src_stream; // the current source, which its opener closes
 static bool file_ended;       // the file has no more bytes, as far as was read
 static bool source_ended;     // the window has the last text: the file has ended, or byte 26 was met
 static bool cut_short;        // byte 26 was met, and bytes of the file are left
-static int64_t window_offset; // position of window_start in the logical text
 static unsigned char tail[2]; // bytes that can't be folded without the next one
 static size_t tail_size;      // 0 to 2
 
@@ -187,7 +185,6 @@ void src_open(const char *name, plat_file *stream)
     src_stream = stream;
     src.pos = src.end = window_start;
     source_ended = cut_short = false;
-    window_offset = 0;
     folds_used = 0;
     counted = {1, window_start, 0};
     window_start[-1] = 0;
@@ -237,7 +234,6 @@ static void move_unread(unsigned char *to)
     if (to == window_start)
         to[-1] = src.pos[-1];
     memmove(to, src.pos, size);
-    window_offset += distance;
     src.pos = to;
     src.end = to + size;
     counted.upto = to;
@@ -311,11 +307,6 @@ uint32_t src_line()
     return counted.line;
 }
 
-int64_t src_tell()
-{
-    return window_offset + (src.pos - window_start);
-}
-
 // Characters from pos on up to the next one before which a line was joined across a lone line feed; size if
 // there is none among so many.
 static size_t joined_lf_distance(size_t size)
@@ -382,13 +373,4 @@ int32_t src_read_line(char *buffer, int32_t size)
 int32_t src_read_line_crlf(char *buffer, int32_t size)
 {
     return read_line(buffer, size, false);
-}
-
-int src_skip_space()
-{
-    int c = src_peek();
-    for (; char_is(c, CHAR_WHITE); c = src_peek())
-        src.pos++;
-    (void)src_lose_nul(src.pos);
-    return c;
 }

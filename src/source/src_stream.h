@@ -109,9 +109,6 @@ inline void src_skip_blanks(unsigned char *keep)
     } while (src.pos == src.end && src_more(keep));
 }
 
-// Reads over white space. Returns the next character, which is put back.
-int src_skip_space();
-
 // A piece of the text, which stays in the window until the source is read on.
 struct src_piece {
     const unsigned char *text;
@@ -149,9 +146,6 @@ int32_t src_read_line_crlf(char *buffer, int32_t size);
 
 // Line of the file on which the next character is, from 1.
 uint32_t src_line();
-
-// Position of the next character in the logical text, from 0.
-int64_t src_tell();
 
 // True if the whole file was read: false while text is left, or if byte 26 or a statement ended it early.
 bool src_ended();

@@ -10,6 +10,7 @@
 #include <string.h>
 
 void (*arg_begins)(int32_t position);
+int32_t fetch_failed_at;
 
 // One list of arguments while it is fetched.
 struct arg_list {
@@ -121,9 +122,8 @@ static int32_t fetch_failed(arg_list list, arg_text last, int32_t fault)
     size_t left = list.last_token != nullptr ? eval_name_end(text, last.size, list.last_token) : last.size;
     memcpy(line_buf, text, left);
     line_buf[left] = 0;
-    arg_cursor = list.slot;
-    arg_type_cursor = list.type;
-    slots_abandon_list();
+    fetch_failed_at = static_cast<int32_t>(list.type - arg_types) + 1;
+    slots_abandon_list(list.slot);
     return fault;
 }
 
@@ -178,8 +178,6 @@ int32_t fetch_args(int32_t spec_count, const uint8_t *spec)
         *list.type++ = (spec[p] & ARG_TYPE) | ARG_ABSENT;
     }
     skip_line(arg.last, list.keep);
-    arg_cursor = arg_slots;
-    arg_type_cursor = arg_types;
     slots_end_list(list.slot);
     return static_cast<int32_t>(list.type - arg_types);
 }

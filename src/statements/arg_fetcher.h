@@ -14,8 +14,9 @@ constexpr int32_t arg_pool_size = 3001;
 // which the command has no argument. arg_typed (arg_text.h) then gets the text. Null: none.
 extern void (*arg_begins)(int32_t position);
 
-// Fetches a statement's arguments and reads over its line feed. Entered with arg_cursor on slot 1 and
-// arg_type_cursor on the first arg_types byte. Returns the number of spec positions walked, repetitions
-// included, with both cursors on their first element (slot 0); or a FETCH_ code, with the source after the
-// character at fault and the cursors on the position at fault.
+// The spec position, from 1, at which fetch_args failed last.
+extern int32_t fetch_failed_at;
+
+// Fetches a statement's arguments and reads over its line feed. Returns the number of spec positions walked,
+// repetitions included; or a FETCH_ code, with the source after the character at fault.
 int32_t fetch_args(int32_t spec_count, const uint8_t *spec);

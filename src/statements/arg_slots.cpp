@@ -7,19 +7,11 @@
 #include <algorithm>
 
 arg_slot arg_slots[arg_slots_size];
-arg_slot *arg_cursor = arg_slots;
 uint8_t arg_types[arg_types_size];
-uint8_t *arg_type_cursor = arg_types;
 const char slot_no_text[1 + slot_text_slack] = "";
 
 // No slot is cleared at first.
 arg_slot *slots_last = arg_slots + arg_slots_size - 1;
-
-void slots_start_statement()
-{
-    arg_type_cursor = arg_types;
-    arg_cursor = arg_slots;
-}
 
 void slot_set_word(const char *word, uint32_t size)
 {
@@ -51,7 +43,7 @@ void slots_end_list(arg_slot *end)
     slots_last = end;
 }
 
-void slots_abandon_list()
+void slots_abandon_list(arg_slot *last)
 {
-    slots_last = std::max(slots_last, arg_cursor);
+    slots_last = std::max(slots_last, last);
 }

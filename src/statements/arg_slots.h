@@ -45,15 +45,10 @@ struct arg_slot {
 };
 
 extern arg_slot arg_slots[arg_slots_size];
-extern arg_slot *arg_cursor; // the current slot
 extern arg_slot *slots_last; // the last slot of the list: all slots after it are clear
 
 // A byte for each spec position that was walked: type code and ARG_ABSENT.
 extern uint8_t arg_types[arg_types_size];
-extern uint8_t *arg_type_cursor;
-
-// Puts both cursors on their first element.
-void slots_start_statement();
 
 // Puts a command word of at most 127 characters into slot 0. The word isn't copied.
 void slot_set_word(const char *word, uint32_t size);
@@ -103,5 +98,5 @@ const char *slot_str(const arg_slot *slot, uint32_t *size);
 // Ends the list: the given slot and everything after it read as cleared.
 void slots_end_list(arg_slot *end);
 
-// Gives up a list whose last filled slot is arg_cursor: the next slots_end_list clears it.
-void slots_abandon_list();
+// Gives up a list whose last filled slot is last: the next slots_end_list clears it.
+void slots_abandon_list(arg_slot *last);

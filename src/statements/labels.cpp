@@ -47,13 +47,9 @@ int32_t label_define(const char *word)
     (void)rem_copy(word);
     if (row.name[0] == 0)
         return STATEMENT_NO_LABEL;
-    row.position = src_tell();
     row.line = src_line();
 
-    int32_t known = name_index_find(&label_names, row.key, strlen(row.key));
-    if (known >= 0 && label_table[known].position == row.position && label_table[known].line == row.line)
-        return STATEMENT_NO_LABEL;
-    if (known >= 0)
+    if (name_index_find(&label_names, row.key, strlen(row.key)) >= 0)
         return label_report(row.name, STOP_LABEL_TWICE);
     if (label_count == label_capacity)
         return label_report(row.name, STOP_LABELS_FULL);

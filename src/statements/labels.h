@@ -9,12 +9,10 @@
 constexpr int32_t label_capacity = 1000; // labels of one file
 constexpr int label_name_length = 12;    // characters of a label that count
 
-// One label. Position and line say where the text after the label's line begins.
 struct label_row {
     char name[16]; // as typed, cut to label_name_length characters
     char key[16];  // the same in small letters: labels are compared without regard to case
-    uint32_t line; // of the file
-    int64_t position;
+    uint32_t line; // of the file, after the label's own
 };
 
 extern label_row *label_table; // label_capacity rows from malloc; null before the first file

@@ -205,7 +205,6 @@ static int32_t word_statement(char *word, size_t length, statement_kind *kind)
     *kind = KIND_COMMAND;
     if (row >= 0) {
         slot_set_word(word, static_cast<uint32_t>(length));
-        arg_cursor++;
         return row == command_spline && spline_is_3d() ? command_spline3 : row;
     }
     int32_t keyword = word_index_find(stmt_keyword_index, key);
@@ -227,7 +226,6 @@ int32_t next_statement(statement_head *head)
         return STATEMENT_END;
     if (head != nullptr)
         *head = statement_head{KIND_NONE, src_line(), out_tell()};
-    slots_start_statement();
     statement_kind kind = KIND_NONE;
     size_t length = read_first_word(word);
     int32_t result = length > 0 ? word_statement(word, length, &kind) : assignment_statement(word, &kind);

@@ -25,6 +25,6 @@ struct statement_head {
     uint64_t output_start; // bytes of the output in front of it, its indentation included
 };
 
-// Reads one statement. Returns the index of a command's row, with the word in slot 0 and arg_cursor on slot
-// 1; or a statement result code, and then the statement is written. Fills *head, unless it is null.
+// Reads one statement. Returns the index of a command's row, with the word in slot 0; or a statement result
+// code, and then the statement is written. Fills *head, unless it is null.
 int32_t next_statement(statement_head *head = nullptr);

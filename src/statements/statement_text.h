@@ -10,7 +10,7 @@
 enum : int32_t {
     STATEMENT_END = -1,      // the source has ended
     STATEMENT_TEXT = -2,     // handled and written
-    STATEMENT_NO_LABEL = -3, // a label line without a name, or one met again at its own position
+    STATEMENT_NO_LABEL = -3, // a label line without a name
     STATEMENT_DONE = -4,     // handled and written
 
     // Reading of this source stops:

@@ -87,10 +87,3 @@ inline int32_t word_index_find(const word_index<slots, rows> &index, const word_
         slot = (slot + 1) % slots;
     return index.row[slot] - 1;
 }
-
-// The same for a word.
-template <size_t slots, size_t rows>
-inline int32_t word_index_find(const word_index<slots, rows> &index, const char *word, size_t size)
-{
-    return word_index_find(index, word_key_make(word, size));
-}

@@ -14,7 +14,7 @@
 #include <math.h>
 #include <stdio.h>
 
-// The items of a list, each with its delimiter behind it, then how it ended: "." regularly, "!REST" badly.
+// The items of a list, each with the delimiter after it, then how it ended: "." regularly, "!REST" badly.
 static std::string items_of(std::string text)
 {
     std::string result;
@@ -141,7 +141,7 @@ TEST(declarations, enter_the_store)
     static const struct {
         const char *word, *text;
         int32_t result;
-        const char *written, *store; // behind a DOUBLE d, an INT i[2] and a STRING s[4] that are known
+        const char *written, *store; // after a DOUBLE d, an INT i[2] and a STRING s[4] that are known
     } cases[] = {
         {"INT", "a, b[3], c\n", -2, "INT a, b[3], c\n", " a:5 b:5[3] c:5"},
         {"int", " a\n", -2, "int  a\n", " a:5"},
@@ -299,7 +299,7 @@ TEST(declarations, read_a_long_line_of_values_in_pieces)
     EXPECT_EQ(src_getc(), 'n');
 }
 
-TEST(declarations, drop_the_head_of_an_array_behind_3899_characters)
+TEST(declarations, cut_the_head_of_an_array_at_3899_characters)
 {
     script_source source("v[" + times(3897, "1") + "]\nn");
     output_capture output;

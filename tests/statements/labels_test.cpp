@@ -1,4 +1,4 @@
-// Labels that are defined twice or too often, and what a #LINE leaves behind.
+// Labels that are defined twice, and the state that a #LINE sets.
 #include "statements/labels.h"
 
 #include "common/run.h"
@@ -21,20 +21,7 @@ static int32_t define(const char *word, std::string *printed)
     return result;
 }
 
-TEST(labels, remembers_where_a_label_stands)
-{
-    script_source source("rest\nx");
-    output_capture output;
-    std::string printed;
-    EXPECT_EQ(define(":top", &printed), STATEMENT_DONE);
-    ASSERT_EQ(label_count, 1);
-    EXPECT_STREQ(label_table[0].name, "top");
-    EXPECT_EQ(label_table[0].position, 5);
-    EXPECT_EQ(label_table[0].line, 2u);
-    EXPECT_EQ(printed, "");
-}
-
-TEST(labels, tells_a_second_label_by_its_first_twelve_characters)
+TEST(labels, refuses_a_second_label_with_the_same_twelve_characters)
 {
     static const struct {
         const char *first, *second;
@@ -61,7 +48,7 @@ TEST(labels, tells_a_second_label_by_its_first_twelve_characters)
     }
 }
 
-TEST(line_directives, hold_what_the_line_says)
+TEST(line_directives, set_number_and_name)
 {
     static const struct {
         const char *text;
@@ -78,6 +65,7 @@ TEST(line_directives, hold_what_the_line_says)
         {"12 dir/a.mrl more", 12, 0, "a.mrl"},
         {"12 c:\\d\\a.mrl", 12, 0, "a.mrl"},
         {"12 c:a", 12, 0, "a"},
+        {"12 dir/", 12, 0, ""},
         {"", 7, 7, "old"},
         {"\n", 7, 7, "old"},
         {"abc 12", 7, 7, "old"},
@@ -100,7 +88,7 @@ TEST(line_directives, hold_what_the_line_says)
     reset_run();
 }
 
-TEST(line_directives, leave_what_stands_behind_79_characters)
+TEST(line_directives, leave_the_line_after_79_characters)
 {
     script_source source(times(79, "1") + "X\n");
     char word[] = "#LINE";
@@ -109,7 +97,7 @@ TEST(line_directives, leave_what_stands_behind_79_characters)
     reset_run();
 }
 
-TEST(line_directives, place_and_record_a_name_where_asked_to)
+TEST(line_directives, record_a_name_if_that_is_switched_on)
 {
     char *recorded = nullptr;
     line_directives.source_name_base = "dir/sub/main.mrl";
@@ -129,11 +117,4 @@ TEST(line_directives, place_and_record_a_name_where_asked_to)
     EXPECT_EQ(line_directives.source_name, (folder + file).substr(0, 511));
     free(recorded);
     reset_run();
-}
-
-TEST(base_name, is_what_stands_behind_the_last_separator)
-{
-    for (const char *path : {"a.mrl", "d/a.mrl", "d\\a.mrl", "c:a.mrl", "x:/d\\e:a.mrl"})
-        EXPECT_STREQ(base_name(path), "a.mrl") << path;
-    EXPECT_STREQ(base_name("dir/"), "");
 }
