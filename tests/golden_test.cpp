@@ -203,8 +203,3 @@ TEST(golden_diff, keeps_three_lines_around_a_change)
     EXPECT_EQ(unified_diff("1\n2\n3\n4\n5\n6\n7\n8\n9\n", "1\n2\n3\n4\nfive\n6\n7\n8\n9\n"),
               "--- want\n+++ got\n@@ -2 +2 @@\n 2\n 3\n 4\n-5\n+five\n 6\n 7\n 8\n");
 }
-
-TEST(golden_diff, of_equal_texts_is_empty)
-{
-    EXPECT_EQ(unified_diff("a \n\n", "a \n\n"), "");
-}

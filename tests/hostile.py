@@ -2,7 +2,7 @@
 
 - exit status 0, and the output, byte by byte, that the case says
 - a peak of resident memory under 20 MB, beside up to three times what the script's own variables hold: a list
-  that grows moves to a new block with room to spare
+  that grows moves to a new block with bytes to spare
 - time in proportion to the size: the whole may take four quarters, times 2, and 20 ms. That is the time of the
   converter itself; what the system takes for a GB on a disk has more to do with the disk.
 
@@ -57,7 +57,7 @@ def numbered(form, numbers):
 
 
 # A line that is taken as text, without its line end, as it comes out: in pieces of a statement's length. The
-# evaluator likes none of them, or all: then there is an empty line behind a piece that brings its line end.
+# evaluator likes none of them, or all: then an empty line follows a piece that has its line end.
 def in_pieces(text, liked=False):
     rest = b""
     for block in text:
@@ -72,7 +72,7 @@ def in_pieces(text, liked=False):
 # ---- Cases ----
 
 class Case:
-    """make(size) gives script and output; size counts items."""
+    """make(size) returns script and output; size counts items."""
 
     def __init__(self, name, size, make, variables=lambda size: 0, printed=b"", growing=True):
         self.name = name
@@ -93,7 +93,7 @@ def unchanged(*pieces):
 
 
 def word_line(size):
-    # 127 letters are the word and one is lost; behind a blank comes the rest of what a statement holds.
+    # 127 letters are the word and one is lost; after a blank comes the rest of what a statement holds.
     statements = size // LINE
     piece = b"a" * 127 + b" " + b"a" * (LINE - 128) + b"\n"
     return join(times(b"a", statements * LINE), b"\n"), join(times(piece, statements), b"\n")
@@ -157,7 +157,7 @@ def list_downward(size):
 
 
 def list_alternating(size):
-    # One item changes its length, and all others stand after it.
+    # One item, the first, changes its length.
     head = b'$$l[40000000] = "x"\n'
     piece = b'$$l[0] = "a"\n$$l[0] = "abcd"\n'
     return join(head, times(piece, size)), join(head, b"\n", times(piece.replace(b"\n", b"\n\n"), size))
@@ -169,7 +169,7 @@ def arrays_together(size):
 
 
 def variables(size):
-    # A name that the table has no room for is no assignment: its empty line is missing.
+    # A name is no assignment when the table is full: its empty line is missing.
     return (numbered(b"v%d = 1\n", range(size)),
             join(numbered(b"v%d = 1\n\n", range(1000)), numbered(b"v%d = 1\n", range(1000, size))))
 
@@ -181,7 +181,7 @@ def parentheses(size):
 
 
 def parentheses_of_a_command(size):
-    # What has been gathered of the argument is all that is left of it, but for the character in hand.
+    # The text that was read of the argument is left, but for the character read last.
     return (join(b"POINT ", times(b"(", size), b"\n"),
             join(b" " + b"(" * LINE + b"\n", in_pieces(times(b"(", size - LINE - 1))))
 
@@ -203,8 +203,8 @@ def digits_of_a_command(size):
 
 
 def open_string(size):
-    # The string runs on over the lines until the buffer is full, and is too long for its place then. The first
-    # number of the line behind it is the character in hand, and the second stands alone.
+    # The string goes on over the lines until the buffer is full, and is too long for the argument store. The first
+    # number of the next line is the character read last, and the second is a statement.
     lines = LINE // 4
     return (join(b'PRINT "', times(b"7 7\n", size)),
             join(b" ", times(b"7 7\n", lines), b"\n 7\n\n", times(b"7 7\n", size - lines - 1)))
@@ -248,13 +248,13 @@ def print_list(size):
 
 
 def declared_often(size):
-    # A declaration that ends behind a comma is whole. What follows its part of the line is text.
+    # A declaration that ends after a comma is complete. The rest of the line is text.
     return (join(b"INT ", times(b"a,", size), b"\n"),
             join(b"INT ", times(b"a,", LINE // 2), in_pieces(times(b"a,", size - LINE // 2))))
 
 
 def spline_far_from_its_point(size):
-    # A SPLINE looks for the word behind it, wherever that is.
+    # A SPLINE looks for the word after it, wherever that is.
     return (join(b"SPLINE ", times(b" ", size), b"\nREM end\n"), [b"REM end\n"])
 
 

@@ -1,5 +1,5 @@
-"""Breaks the converter in small ways, one at a time, and looks whether the tests notice; tests/mutate tells
-more. Run at the repository's root."""
+"""Breaks the converter in small ways, one at a time, and looks whether the tests notice; tests/mutate has the
+details. Run at the repository's root."""
 
 import hashlib
 import json
@@ -99,7 +99,7 @@ def next_char(text):
 
 
 def choice_of(text):
-    """A number that picks the place of a literal that is changed: any, but always the same."""
+    """A number that picks the character of a literal that is changed: any, but always the same."""
     return int(hashlib.sha1(text.encode()).hexdigest(), 16)
 
 
@@ -108,10 +108,10 @@ def other_string(text):
     body = text[1:-1]
     if not body:
         return None
-    places = [at for at, c in enumerate(body) if c == " "]
+    blanks = [at for at, c in enumerate(body) if c == " "]
     choice = choice_of(text)
-    if places and choice % 3:
-        at = places[choice // 3 % len(places)]
+    if blanks and choice % 3:
+        at = blanks[choice // 3 % len(blanks)]
         return f'"{body[:at]}{body[at + 1:]}"'
     stop = len(body) - 2 if body.endswith("\\n") else len(body)
     return f'"{body[:stop]} {body[stop:]}"'
@@ -220,7 +220,7 @@ def line_sites(path, code):
 
 
 def sites_of(path):
-    """All mutations of a file. Their ids go by what the lines say, not by where they stand."""
+    """All mutations of a file. Their ids depend on the lines' text, not on their numbers."""
     code = (ROOT / path).read_text()
     sites = list(token_sites(path, code)) + list(line_sites(path, code))
     seen = {}
@@ -236,7 +236,7 @@ def sites_of(path):
 def source_paths():
     # murlreport's part isn't built here: every change of it would give the same program.
     paths = [path for path in (ROOT / "src").rglob("*") if path.suffix in (".cpp", ".h")]
-    wanted = [path for path in paths if not path.name.startswith("windows") and path.parent.name != "report"]
+    wanted = [path for path in paths if not path.name.startswith("windows") and ROOT / "src/report" not in path.parents]
     return sorted(str(path.relative_to(ROOT)) for path in wanted)
 
 
@@ -359,7 +359,7 @@ class Test:
 
 
 def prepare():
-    """Builds the unbroken copy, sees all tests pass, and gives them, the quickest first."""
+    """Builds the unbroken copy, sees all tests pass, and returns them, the quickest first."""
     TREE.mkdir(parents=True, exist_ok=True)
     copy_tree()
     configure(OBJECTS, "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DMURL_HEAP_CHECKS=ON")
@@ -450,7 +450,7 @@ def main(arguments):
     uncounted = []
     wanted = shares(order, count)
     for path, sites in order.items():
-        # Another site takes the place of one that doesn't count.
+        # Another site replaces one that doesn't count.
         target = len(results) + wanted[path]
         for site in sites:
             if len(results) == target:

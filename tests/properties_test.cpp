@@ -45,7 +45,7 @@ static std::string with_line_ends(const std::string &text, const std::string &li
     return result;
 }
 
-// The one difference that line ends make: an ON line goes on behind a backslash only across a CR LF.
+// The one difference that line ends make: a backslash continues an ON line only across a CR LF.
 static bool has_continued_on_line(const std::string &text)
 {
     size_t start = 0;
@@ -61,7 +61,7 @@ static bool has_continued_on_line(const std::string &text)
     return false;
 }
 
-TEST(properties, a_second_conversion_gives_the_same_bytes)
+TEST(properties, a_second_conversion_writes_the_same_bytes)
 {
     for (const fs::path &path : all_scripts()) {
         std::string script = read_file(path);
@@ -255,8 +255,8 @@ TEST(properties, every_command_reaches_its_rule)
     }
 }
 
-// A command that no golden script holds has a rule that nobody reads.
-TEST(properties, every_command_with_a_rule_stands_in_a_golden_script)
+// Without a golden script a rule's output would be checked by nobody.
+TEST(properties, a_golden_script_has_every_command_with_a_rule)
 {
     std::set<int> seen;
     for (const fs::path &path : all_scripts()) {
@@ -264,9 +264,10 @@ TEST(properties, every_command_with_a_rule_stands_in_a_golden_script)
         for (size_t start = 0; start < text.size();) {
             size_t end = std::min(text.find('\n', start), text.size());
             size_t word = std::min(text.find_first_not_of(" \t", start), text.size());
-            size_t behind = std::min(text.find_first_of(" \t\r\n", word), text.size());
+            size_t end_of_word = std::min(text.find_first_of(" \t\r\n", word), text.size());
             if (word < end)
-                if (int32_t row = command_find(word_key_make(text.c_str() + word, behind - word)); row >= 0)
+                if (int32_t row = command_find(word_key_make(text.c_str() + word, end_of_word - word));
+                    row >= 0)
                     seen.insert(command_row_at(row).id);
             start = end + 1;
         }

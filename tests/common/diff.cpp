@@ -29,7 +29,7 @@ std::string escaped(const std::string &text)
     return result;
 }
 
-// A line as it is shown: blanks at its end as middle dots, and a missing line feed told.
+// A line as it is shown: blanks at its end as middle dots, and a note for a missing line feed.
 static std::string shown(std::string line)
 {
     bool complete = !line.empty() && line.back() == '\n';
@@ -55,7 +55,7 @@ static std::vector<std::string> lines_of(const std::string &text)
 }
 
 struct edit {
-    char mark; // ' ', '-' or '+'
+    char sign; // ' ', '-' or '+'
     std::string line;
 };
 
@@ -93,7 +93,7 @@ std::string unified_diff(const std::string &want, const std::string &got)
     std::vector<edit> edits = edits_of(lines_of(want), lines_of(got));
     std::vector<bool> kept(edits.size());
     for (size_t i = 0; i < edits.size(); i++)
-        if (edits[i].mark != ' ')
+        if (edits[i].sign != ' ')
             for (size_t k = i - std::min(i, context); k < std::min(edits.size(), i + context + 1); k++)
                 kept[k] = true;
     std::string result = "--- want\n+++ got\n";
@@ -103,9 +103,9 @@ std::string unified_diff(const std::string &want, const std::string &got)
         if (kept[i] && (i == 0 || !kept[i - 1]))
             result += "@@ -" + std::to_string(want_line) + " +" + std::to_string(got_line) + " @@\n";
         if (kept[i])
-            result += edits[i].mark + shown(edits[i].line);
-        want_line += edits[i].mark != '+';
-        got_line += edits[i].mark != '-';
+            result += edits[i].sign + shown(edits[i].line);
+        want_line += edits[i].sign != '+';
+        got_line += edits[i].sign != '-';
     }
     return result;
 }

@@ -1,4 +1,4 @@
-// Giving all pool heaps back: tests and fuzz targets make them by the thousand.
+// Destroys all pool heaps: tests and fuzz targets make them by the thousand.
 #pragma once
 
 #include "support/pool_heap.h"

@@ -109,7 +109,7 @@ std::string converted(const std::string &script, void (*key)(const char *, key_r
 }
 
 source_stream::source_stream(const std::string &text)
-    : stream(&place), file(tmpfile()), place(plat_file{fileno(file)})
+    : stream(&opened), file(tmpfile()), opened(plat_file{fileno(file)})
 {
     fwrite(text.data(), 1, text.size(), file);
     rewind(file);

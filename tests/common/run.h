@@ -1,4 +1,4 @@
-// Runs of the converter inside the test's own process, and the little world that a unit needs around it.
+// Runs the converter in the test's own process, and sets up what a unit needs.
 #pragma once
 
 #include "platform/platform.h"
@@ -19,7 +19,7 @@ bool is_script(const std::filesystem::path &path);
 // Text repeated.
 std::string times(size_t count, const std::string &text);
 
-// The value of an expression or null, as eval_expr gives it, with the room after the text that it needs.
+// The result of eval_expr for a text, with the bytes after it that have to be readable.
 const double *evaluate(const std::string &text);
 
 // An empty folder under the build folder, which stays for a person to look at.
@@ -32,11 +32,11 @@ void reset_run();
 int open_files();
 
 struct run_result {
-    int status;          // what conv_main gave
+    int status;          // of conv_main
     std::string printed; // standard output
 };
 
-// A whole run over paths, as they stand, with folder as current directory. State isn't reset.
+// A whole run over paths, with folder as current directory. State isn't reset.
 run_result run_converter(const std::filesystem::path &folder, const std::vector<std::string> &paths);
 
 // The output for one script, from a state that is reset first. key may be a hook that enciphered sources
@@ -53,7 +53,7 @@ struct source_stream {
 
 private:
     FILE *file;
-    plat_file place;
+    plat_file opened;
 };
 
 // Gathers what is written to out_file from its making until text().

@@ -26,7 +26,7 @@ extern "C" void *__wrap_realloc(void *old, size_t size);
 static bool counting;    // calls are the converter's
 static int calls;        // since counting began
 static int failing_call; // the call that fails; 0: none
-static bool for_good;    // all calls behind it fail too
+static bool for_good;    // all calls after it fail too
 
 static bool call_fails()
 {
@@ -70,7 +70,7 @@ struct memory_result {
     int status;
     int calls;
     std::string first, second; // the outputs, old_output where none was begun
-    std::string told;          // standard error
+    std::string reported;      // standard error
 };
 
 // Runs the program over the paths on its command line, or on its standard input.
@@ -116,7 +116,7 @@ protected:
     fs::path folder;
 };
 
-// A text without its empty lines: whether an assignment finds memory shows in the empty line behind it.
+// A text without its empty lines: an assignment without memory lacks the empty line after it.
 static std::string squeezed(const std::string &text)
 {
     std::string result;
@@ -126,8 +126,8 @@ static std::string squeezed(const std::string &text)
     return result;
 }
 
-// Paths on standard input that find no room are an empty selection; all else that isn't a variable's ends the
-// run. Either is told.
+// Without memory for the paths on standard input the selection is empty, and without memory for anything else
+// but a variable the run ends. Both are reported.
 static void fail_at_each_call(const fs::path &folder, bool piped)
 {
     memory_result good = convert_with_failure(folder, piped, 0);
@@ -139,13 +139,13 @@ static void fail_at_each_call(const fs::path &folder, bool piped)
         int files = open_files();
         memory_result result = convert_with_failure(folder, piped, nth);
         EXPECT_EQ(open_files(), files) << "a stream stays open";
-        bool told = result.told.find("murlconv: out of memory\n") != std::string::npos;
+        bool reported = result.reported.find("murlconv: out of memory\n") != std::string::npos;
         bool nothing_picked = piped && result.status == 0 && result.first == old_output;
-        EXPECT_EQ(result.status == 1 || nothing_picked, told);
-        EXPECT_TRUE(told || nth > 1);
+        EXPECT_EQ(result.status == 1 || nothing_picked, reported);
+        EXPECT_TRUE(reported || nth > 1);
         ended += result.status;
-        // A statement that finds no memory may stop its file; what stands before it is as it should be. A run
-        // that ends leaves the output whole that it didn't come to.
+        // A statement without memory may stop its file; the output before it is right. A run that ends leaves
+        // the outputs that it didn't come to as they were.
         for (const std::string &output : {result.first, result.second}) {
             if (output != old_output) {
                 EXPECT_EQ(squeezed(good.first).find(squeezed(output)), 0u) << output;

@@ -129,7 +129,7 @@ TEST(expr_lexer, reads_numbers)
     static const struct {
         const char *text;
         double value;
-        const char *behind; // the tokens after the number
+        const char *after; // the tokens after the number
     } cases[] = {
         {"0", 0, ""},
         {"7", 7, ""},
@@ -173,7 +173,7 @@ TEST(expr_lexer, reads_numbers)
         EXPECT_EQ(copy.number(), number_text(c.value)) << c.text;
         std::string all = tokens(copy);
         size_t first = all.find(' ');
-        EXPECT_EQ(first == std::string::npos ? "" : all.substr(first + 1), c.behind) << c.text;
+        EXPECT_EQ(first == std::string::npos ? "" : all.substr(first + 1), c.after) << c.text;
     }
 }
 

@@ -71,8 +71,8 @@ TEST_F(expr_limits_test, nests_as_deep_as_50_unfinished_symbols)
     }
 }
 
-// A finished operand is one symbol, whatever it was made of: after a chain of them there is room for exactly
-// as much as after a single one.
+// A finished operand is one symbol, whatever it consists of: after a chain of them a text may nest exactly as
+// deep as after a single one.
 TEST_F(expr_limits_test, counts_a_finished_operand_as_one_symbol)
 {
     value_of("INT a[1], b[1][1]");

@@ -308,7 +308,7 @@ static double seconds_since(clock_t start)
     return static_cast<double>(clock() - start) / CLOCKS_PER_SEC;
 }
 
-// Each of these took minutes when a store moved what stands after its item.
+// Each of these took minutes when a store moved all items after its own.
 TEST_F(var_store_test, stores_items_in_any_order)
 {
     constexpr int32_t count = 300000;
@@ -366,7 +366,7 @@ TEST_F(var_store_test, starts_elements_at_zero_without_clearing_large_blocks)
             var_store_value(255);
         }
     }
-    // The address sanitizer's own library clears what it hands out.
+    // The address sanitizer's library clears memory itself.
 #ifdef __SANITIZE_ADDRESS__
     constexpr int rounds = 3;
 #else

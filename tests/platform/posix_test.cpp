@@ -19,7 +19,7 @@
 using namespace std::string_literals;
 using name_list = std::vector<std::string>;
 
-// An empty directory to work in. Standard input, PATH and what tells of a display are put back at the end.
+// An empty directory to work in. Standard input and PATH are restored at the end.
 class platform : public testing::Test {
 protected:
     void SetUp() override
@@ -354,7 +354,7 @@ TEST_F(platform, terminal_list_and_answers)
         {"it's\n", {"it's"}},
         {"\n", {}},
         {" , ,\t\n", {}},
-        {"2\x04\x04", {"a.mrp"}}, // end of input, behind a word and at once
+        {"2\x04\x04", {"a.mrp"}}, // end of input, after a word and at once
         {"\x04", {}},
     };
     for (const auto &row : cases) {

@@ -138,7 +138,7 @@ static void test_selections()
     }
 }
 
-// As many names as a user may mark in one folder, each as long as a name can be.
+// As many names as a user may select in one folder, each as long as a name can be.
 static void test_large_selection()
 {
     const int count = 3000;
