@@ -9,6 +9,8 @@
 
 #include <string.h>
 
+#include <algorithm>
+
 void (*arg_begins)(int32_t position);
 int32_t fetch_failed_at;
 
@@ -123,7 +125,7 @@ static int32_t fetch_failed(arg_list list, arg_text last, int32_t fault)
     memcpy(line_buf, text, left);
     line_buf[left] = 0;
     fetch_failed_at = static_cast<int32_t>(list.type - arg_types) + 1;
-    slots_abandon_list(list.slot);
+    slots_last = std::max(slots_last, list.slot); // for the next slots_end_list to clear
     return fault;
 }
 

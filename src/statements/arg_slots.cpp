@@ -4,8 +4,6 @@
 
 #include <assert.h>
 
-#include <algorithm>
-
 arg_slot arg_slots[arg_slots_size];
 uint8_t arg_types[arg_types_size];
 const char slot_no_text[1 + slot_text_slack] = "";
@@ -41,9 +39,4 @@ void slots_end_list(arg_slot *end)
     for (arg_slot *slot = end; slot <= slots_last; slot++)
         *slot = slot_cleared;
     slots_last = end;
-}
-
-void slots_abandon_list(arg_slot *last)
-{
-    slots_last = std::max(slots_last, last);
 }

@@ -97,6 +97,3 @@ const char *slot_str(const arg_slot *slot, uint32_t *size);
 
 // Ends the list: the given slot and everything after it read as cleared.
 void slots_end_list(arg_slot *end);
-
-// Gives up a list whose last filled slot is last: the next slots_end_list clears it.
-void slots_abandon_list(arg_slot *last);
