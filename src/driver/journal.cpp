@@ -55,7 +55,7 @@ static void on_typed(const unsigned char *text, size_t size)
 {
     size_t left = typed_capacity - current.typed_used;
     if (size > left) {
-        // An argument that isn't whole isn't kept; of the surplus its beginning will do.
+        // An incomplete argument isn't kept; of the surplus the beginning is enough.
         if (!current.typed_full && current.position > 0)
             current.argument_count--;
         current.typed_full = true;

@@ -53,7 +53,7 @@ struct lex_state {
 };
 extern lex_state lex;
 
-// Starts on a text of at most lex_text_max characters, none of them a NUL.
+// Starts to read a text of at most lex_text_max characters, none of them a NUL.
 void lex_start(const char *text, size_t size);
 
 // The first position from pos on that has no white space, at the latest lex.end.

@@ -94,8 +94,8 @@ bool operator_apply(uint8_t op, double a, double b, double *result);
 
 constexpr double feet_per_inch = 1.0 / 12;
 
-// A length in feet as drawing units. There is no drawing here, and its scale is 0: so is the length, but for
-// NaN where there is no finite number of inches.
+// A length in feet as drawing units. Without a drawing the scale is 0, and so is the length; NaN if the
+// number of inches isn't finite.
 double drawing_units(double feet);
 
 // The value of COPSIZE: the size of a type word, found by a hash of its text. It is 0 for any other text,

@@ -10,7 +10,7 @@
 
 // Type codes of a variable, another numbering than the argument types.
 enum : int8_t {
-    VAR_NONE = 0, // no type: the variable's own, or the one of the name's prefix
+    VAR_NONE = 0, // the type of the variable, or of the name's prefix
     VAR_CHAR = 1,
     VAR_UCHAR = 2,
     VAR_SHORT = 3,
@@ -33,7 +33,7 @@ constexpr uint64_t var_payload_max = 256u * 1024 * 1024; // bytes, of all variab
 
 // The head of a block; table and data follow it.
 struct var_block {
-    int32_t dims[var_dims_max]; // of a string list the item count counts alone
+    int32_t dims[var_dims_max]; // of a string list only the first, the items, counts
     uint32_t wasted;            // bytes of a string list's data that no item uses any more
     uint32_t initial_size;      // bytes of each item that a string list was made with
     int32_t initial_items;      // number of these items, or 0
@@ -60,7 +60,7 @@ struct list_item {
 void arrays_start(pool_heap *heap);
 
 // Makes an array, or changes its dimensions, none of them negative; its elements are zero. False if there is
-// no memory or the payloads would come to too much; then it is as it was.
+// no memory or the payload would exceed var_payload_max; then the array is unchanged.
 bool array_make(var_array *array, int8_t type, int32_t ndims, const int32_t *dims);
 
 // Frees an array's block.

@@ -56,7 +56,7 @@ void vars_start(var_rec *table, pool_heap *heap);
 // Removes the file's variables and frees their blocks.
 void vars_end();
 
-// A name is so many characters of a text, without a NUL among them; 255 of them count.
+// A name has name_size characters, none of them a NUL; 255 of them count.
 
 // Reads a variable: returns its number of dimensions, or VAR_UNKNOWN. If size_out isn't null it receives the
 // element count: 1 for a scalar, the product of the dimensions, a string's length with its NUL, a string
@@ -79,6 +79,6 @@ double var_store_value(double value);
 int32_t var_store_string(const char *name, size_t name_size, int32_t subscript, int32_t length);
 
 // Filling the array that var_make has just selected, in the order of its storage: start, then a value at a
-// time. What is beyond the array's end is ignored.
+// time. Values beyond the array's end are ignored.
 void var_fill_start();
 void var_fill_next(double value);

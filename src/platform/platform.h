@@ -1,4 +1,4 @@
-// Platform: the little that the converter asks of the system it runs on.
+// Platform: files, the selection of scripts, messages and the start of the program.
 //
 // It has two implementations, posix*.cpp and windows*.cpp, of which the build uses one. Paths are bytes as
 // the system has them, on Windows UTF-8, and may have any length.
@@ -16,7 +16,7 @@ struct plat_file {
 int plat_open_input(const char *path, plat_file *input);
 
 // Opens a script for writing with the platform's line ends, emptying a file that is there already. A new file
-// has the permissions of the input where the platform knows such. 0, or another value if that can't be done,
+// has the permissions of the input where the platform has any. 0, or another value if that can't be done,
 // or if path leads to the very file that input reads from: then that file is left as it is.
 int plat_open_output(const char *path, const plat_file *input, plat_file *output);
 

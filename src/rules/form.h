@@ -15,7 +15,7 @@
 //   {, L3}     the same with the lval; nothing if it is 0
 //   {, A3..}   the same for slot 3 and every further one up to the last of the choice, empty or not
 //   {, A3..?}  the same up to the first one that is empty
-//   {attr 5}   a tail, by its name in form_tails: it reads the slots from 5 on
+//   {attr 5}   a tail (tails.h), which reads the slots from 5 on
 // A form is the only text that is ever searched for placeholders; a script's text never is.
 enum form_kind : uint8_t {
     PUT_LITERAL, // no placeholder
@@ -42,7 +42,7 @@ enum form_kind : uint8_t {
     TAIL_SCAN
 };
 
-// A placeholder by what it begins with, after its brace and separator.
+// The kind of a placeholder by the text after its brace and separator.
 struct form_placeholder {
     const char *name;
     form_kind kind;

@@ -40,7 +40,7 @@ static bool cut_short;        // byte 26 was met, and bytes of the file are left
 static unsigned char tail[2]; // bytes that can't be folded without the next one
 static size_t tail_size;      // 0 to 2
 
-// The continuations that the fold took out in front of one character.
+// The continuations that the fold removed before one character.
 struct fold_record {
     uint32_t offset; // of the character, from window_start
     uint32_t joins;  // continuations

@@ -41,7 +41,7 @@ inline void name_index_start(name_index *index, const void *names, size_t stride
 inline int32_t name_index_find(name_index *index, const char *name, size_t size)
 {
     size = std::min(size, index->length);
-    uint64_t hash = 0; // of up to eight characters it is one of their own
+    uint64_t hash = 0; // unique for names of up to eight characters
     for (size_t at = 0; at < size; at += 8)
         hash = (hash + characters_load(name + at, size - at)) * 0x9E3779B97F4A7C15u;
     auto slot = static_cast<uint32_t>(hash >> (64 - name_index_bits));

@@ -173,7 +173,7 @@ static bool heap_grow(pool_heap *heap, uint32_t size)
 // downward without a search.
 static heap_block *take_block(heap_block *block, uint32_t need)
 {
-    // A rest of a header or less could serve nobody.
+    // A remainder of a header or less is of no use.
     if (block->size - need <= heap_header_granules) {
         rover_leave(block);
         ring_unlink(free_ring, block);

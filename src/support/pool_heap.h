@@ -1,4 +1,4 @@
-// Pool heap: memory for variables, zero-filled, from areas that go back to the system with their heap.
+// Pool heap: memory for variables, zero-filled, from areas that are freed with their heap.
 //
 // A first-fit allocator with a roving pointer. A heap gets areas from malloc as it fills up and cuts
 // blocks from them; every block carries a signed header that names its owner and its heap, so a block
@@ -7,7 +7,7 @@
 //
 // Each heap has two rings of blocks. The item ring holds every block; a split puts the two parts next to
 // each other on it, so the neighbours on the ring are the only candidates for a merge. The free ring
-// holds the free ones. The base block is on both, is never free and never handed out: the rings are
+// holds the free ones. The base block is on both, is never free and never allocated: the rings are
 // never empty.
 #pragma once
 
@@ -16,8 +16,8 @@
 
 struct pool_heap;
 
-// The header in front of a user's area. The order of the fields leaves no odd rest with 32-bit and with
-// 64-bit pointers.
+// The header in front of a user's area. Its size is a multiple of heap_granule with 32-bit and with 64-bit
+// pointers.
 struct heap_block {
     heap_block *next_free; // the free ring; without meaning while the block is allocated
     heap_block *prev_free;

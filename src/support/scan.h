@@ -135,9 +135,8 @@ inline size_t count_line_feeds(const unsigned char *text, const unsigned char *e
     return count;
 }
 
-// Tells whether a text of 1 to 16 characters is a plain number, whose value depends on nothing: a minus or
-// none, digits with one point at most, and nothing else. A leading 0 before a digit makes an octal number,
-// which isn't plain.
+// Whether a text of 1 to 16 characters is a plain number: an optional minus, and digits with one point at
+// most. A leading 0 before a digit makes an octal number, which isn't plain.
 inline bool scan_is_number(const char *text, size_t size)
 {
     scan_block characters = scan_load(text);

@@ -99,7 +99,7 @@ constexpr int digit_value(char c)
 // end the backslash is itself. *size becomes the number of characters of the escape.
 char escape_decode(const char *text, const char *end, bool hexadecimal, size_t *size);
 
-// Tells whether a text of size characters is a NUL-terminated word without regard to case.
+// Whether a text of size characters is a NUL-terminated word without regard to case.
 bool text_is_word(const char *text, size_t size, const char *word);
 
 // The first character of a text that is no white space; at the latest the NUL.
