@@ -1,6 +1,6 @@
-// A path through the two texts is looked for from both ends at once. A diagonal is the difference of the
-// positions in before and after; for each, a front has the furthest position in before that so many changes
-// reach.
+// A path through the two texts is looked for from both ends at once; from the end it is the same search in
+// the mirrored texts. A diagonal is the difference of the positions in before and after; for each, a front
+// has the furthest position in before that so many changes reach.
 #include "report/memory/line_diff.h"
 
 #include <stdint.h>
@@ -25,17 +25,21 @@ struct stretch {
     position x, x_end, y, y_end;
 };
 
+// What the search from one end of a stretch has reached; positions are counted from that end.
 struct front {
-    position centre, low, high; // diagonals
+    bool mirrored; // from the end
     std::vector<position> furthest = std::vector<position>(2 * changes_max + 3);
     position &at(position diagonal)
     {
-        return furthest[static_cast<size_t>(diagonal - centre + changes_max + 1)];
+        return furthest[static_cast<size_t>(diagonal + changes_max + 1)];
     }
 };
+constexpr position nowhere = PTRDIFF_MIN / 4;
 
-constexpr position nowhere_forward = PTRDIFF_MIN / 4;
-constexpr position nowhere_backward = PTRDIFF_MAX / 4;
+struct path_search {
+    diff_text before, after;
+    front forward{false}, backward{true};
+};
 
 static void known_find(diff_text *text, const diff_text &other)
 {
@@ -57,111 +61,79 @@ static void known_find(diff_text *text, const diff_text &other)
     }
 }
 
-static void front_begin(front *ends, position diagonal, position x)
+// How many lines are equal in both texts from two positions on, which are counted from an end of the stretch.
+static position equal_lines(const path_search &search, const stretch &where, bool mirrored, position x,
+                            position y)
 {
-    ends->centre = ends->low = ends->high = diagonal;
-    ends->at(diagonal) = x;
+    const uint32_t *before = search.before.known.data(), *after = search.after.known.data();
+    position most = std::min(where.x_end - where.x - x, where.y_end - where.y - y);
+    position count = 0;
+    while (count < most &&
+           (mirrored ? before[where.x_end - 1 - x - count] == after[where.y_end - 1 - y - count]
+                     : before[where.x + x + count] == after[where.y + y + count]))
+        count++;
+    return count;
 }
 
-// One more change: the front reaches one diagonal further on both sides, unless that is out of the stretch.
-static void front_widen(front *ends, const stretch &where, position nowhere)
+// The furthest that a front reaches on a diagonal with one more change.
+static position front_reach(path_search *search, const stretch &where, front *ends, position diagonal)
 {
-    if (ends->low > where.x - where.y_end)
-        ends->at(--ends->low - 1) = nowhere;
-    else
-        ends->low++;
-    if (ends->high < where.x_end - where.y)
-        ends->at(++ends->high + 1) = nowhere;
-    else
-        ends->high--;
-}
-
-struct path_search {
-    diff_text before, after;
-    front forward, backward;
-};
-
-// The furthest that the forward front reaches on a diagonal with one more change.
-static position step_forward(path_search *search, const stretch &where, position diagonal)
-{
-    position deleted = search->forward.at(diagonal - 1) + 1;
-    position added = search->forward.at(diagonal + 1);
-    if (deleted > where.x_end)
-        deleted = nowhere_forward;
-    if (added - diagonal > where.y_end)
-        added = nowhere_forward;
+    position deleted = ends->at(diagonal - 1) + 1;
+    position added = ends->at(diagonal + 1);
+    if (deleted > where.x_end - where.x)
+        deleted = nowhere;
+    if (added - diagonal > where.y_end - where.y)
+        added = nowhere;
     position x = std::max(deleted, added);
-    if (x < where.x)
-        return nowhere_forward;
-    const uint32_t *before = search->before.known.data();
-    const uint32_t *after = search->after.known.data();
-    while (x < where.x_end && x - diagonal < where.y_end && before[x] == after[x - diagonal])
-        x++;
-    return x;
+    return x < 0 ? nowhere : x + equal_lines(*search, where, ends->mirrored, x, x - diagonal);
 }
 
-static position step_backward(path_search *search, const stretch &where, position diagonal)
+// Moves a front on by one change, the last of so many. True if it meets the other front: the path leads
+// through *split_x and *split_y.
+static bool front_move(path_search *search, const stretch &where, bool mirrored, position changes,
+                       position *split_x, position *split_y)
 {
-    position added = search->backward.at(diagonal - 1);
-    position deleted = search->backward.at(diagonal + 1) - 1;
-    if (added - diagonal < where.y)
-        added = nowhere_backward;
-    if (deleted < where.x)
-        deleted = nowhere_backward;
-    position x = std::min(added, deleted);
-    if (x > where.x_end)
-        return nowhere_backward;
-    const uint32_t *before = search->before.known.data();
-    const uint32_t *after = search->after.known.data();
-    while (x > where.x && x - diagonal > where.y && before[x - 1] == after[x - 1 - diagonal])
-        x--;
-    return x;
+    front &ends = mirrored ? search->backward : search->forward;
+    front &other = mirrored ? search->forward : search->backward;
+    position width = where.x_end - where.x;
+    position across =
+        width - (where.y_end - where.y); // a diagonal of one front is this less one of the other
+    bool may_meet = (across % 2 != 0) != mirrored;
+    // Both fronts go from the highest diagonal of the texts down: of paths of one length git takes the same.
+    for (position i = 0; i <= changes; i++) {
+        position diagonal = mirrored ? 2 * i - changes : changes - 2 * i;
+        position x = ends.at(diagonal) = front_reach(search, where, &ends, diagonal);
+        position opposite = across - diagonal;
+        if (may_meet && std::abs(opposite) <= changes && x + other.at(opposite) >= width) {
+            *split_x = mirrored ? where.x_end - x : where.x + x;
+            *split_y = mirrored ? where.y_end - (x - diagonal) : where.y + x - diagonal;
+            return true;
+        }
+    }
+    return false;
 }
 
-// The forward front's point that is furthest from the beginning of the stretch.
-static void furthest_point(path_search *search, position *split_x, position *split_y)
+// Finds a point through which the path leads: where the two fronts meet, or after too many changes the
+// forward front's point that is furthest from the beginning.
+static void split_find(path_search *search, const stretch &where, position *split_x, position *split_y)
 {
-    front &ends = search->forward;
-    position best = nowhere_forward;
-    for (position diagonal = ends.low; diagonal <= ends.high; diagonal += 2) {
-        position x = ends.at(diagonal);
+    for (front *ends : {&search->forward, &search->backward}) {
+        std::fill(ends->furthest.begin(), ends->furthest.end(), nowhere);
+        ends->at(0) = 0;
+    }
+    for (position changes = 1; changes <= changes_max; changes++)
+        for (bool mirrored : {false, true})
+            if (front_move(search, where, mirrored, changes, split_x, split_y))
+                return;
+    position best = nowhere;
+    for (position diagonal = -changes_max; diagonal <= changes_max; diagonal += 2) {
+        position x = search->forward.at(diagonal);
         if (2 * x - diagonal <= best)
             continue;
         best = 2 * x - diagonal;
-        *split_x = x;
-        *split_y = x - diagonal;
+        *split_x = where.x + x;
+        *split_y = where.y + x - diagonal;
     }
-}
-
-// Finds the point where the two fronts meet: the path leads through it.
-static void split_find(path_search *search, const stretch &where, position *split_x, position *split_y)
-{
-    front &forward = search->forward;
-    front &backward = search->backward;
-    front_begin(&forward, where.x - where.y, where.x);
-    front_begin(&backward, where.x_end - where.y_end, where.x_end);
-    bool odd = ((forward.centre - backward.centre) & 1) != 0;
-    auto meet = [&](const front &other, position diagonal, position x) {
-        *split_x = x;
-        *split_y = x - diagonal;
-        return other.low <= diagonal && diagonal <= other.high &&
-               backward.at(diagonal) <= forward.at(diagonal);
-    };
-    for (position changes = 1; changes <= changes_max; changes++) {
-        front_widen(&forward, where, nowhere_forward);
-        for (position diagonal = forward.high; diagonal >= forward.low; diagonal -= 2) {
-            position x = forward.at(diagonal) = step_forward(search, where, diagonal);
-            if (odd && meet(backward, diagonal, x))
-                return;
-        }
-        front_widen(&backward, where, nowhere_backward);
-        for (position diagonal = backward.high; diagonal >= backward.low; diagonal -= 2) {
-            position x = backward.at(diagonal) = step_backward(search, where, diagonal);
-            if (!odd && meet(forward, diagonal, x))
-                return;
-        }
-    }
-    furthest_point(search, split_x, split_y);
 }
 
 static void mark_changed(path_search *search, const stretch &where)
@@ -172,18 +144,6 @@ static void mark_changed(path_search *search, const stretch &where)
         search->after.changed[search->after.known_at[static_cast<size_t>(y)]] = 1;
 }
 
-// Leaves out the equal lines at both ends.
-static void stretch_trim(const path_search &search, stretch *where)
-{
-    const uint32_t *before = search.before.known.data();
-    const uint32_t *after = search.after.known.data();
-    while (where->x < where->x_end && where->y < where->y_end && before[where->x] == after[where->y])
-        where->x++, where->y++;
-    while (where->x < where->x_end && where->y < where->y_end &&
-           before[where->x_end - 1] == after[where->y_end - 1])
-        where->x_end--, where->y_end--;
-}
-
 static void path_find(path_search *search)
 {
     std::vector<stretch> open{{0, static_cast<position>(search->before.known.size()), 0,
@@ -191,18 +151,18 @@ static void path_find(path_search *search)
     while (!open.empty()) {
         stretch where = open.back();
         open.pop_back();
-        stretch_trim(*search, &where);
+        position equal = equal_lines(*search, where, false, 0, 0);
+        where.x += equal;
+        where.y += equal;
+        equal = equal_lines(*search, where, true, 0, 0);
+        where.x_end -= equal;
+        where.y_end -= equal;
         if (where.x == where.x_end || where.y == where.y_end) {
             mark_changed(search, where);
             continue;
         }
         position x = where.x, y = where.y;
         split_find(search, where, &x, &y);
-        bool inside = where.x <= x && x <= where.x_end && where.y <= y && y <= where.y_end;
-        if (!inside || (x == where.x && y == where.y) || (x == where.x_end && y == where.y_end)) {
-            mark_changed(search, where);
-            continue;
-        }
         open.push_back({x, where.x_end, y, where.y_end});
         open.push_back({where.x, x, where.y, y});
     }

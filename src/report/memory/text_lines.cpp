@@ -1,5 +1,7 @@
 #include "report/memory/text_lines.h"
 
+#include <functional>
+
 constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
 constexpr std::string_view white = " \t\v\f\r\n";
 
@@ -63,4 +65,15 @@ size_t line_count(const text_lines &text)
 std::string_view lines_between(const text_lines &text, size_t first, size_t end)
 {
     return text.body.substr(text.starts[first], text.starts[end] - text.starts[first]);
+}
+
+std::vector<uint32_t> lines_number(const text_lines &text, line_numbering *known)
+{
+    std::vector<uint32_t> numbers;
+    for (size_t i = 0; i < line_count(text); i++) {
+        std::string_view core = line_core(lines_between(text, i, i + 1));
+        size_t hash = std::hash<std::string_view>()(core);
+        numbers.push_back(known->emplace(std::pair(hash, core), known->size()).first->second);
+    }
+    return numbers;
 }

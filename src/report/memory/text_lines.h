@@ -5,8 +5,11 @@
 #pragma once
 
 #include <stddef.h>
+#include <stdint.h>
 
+#include <map>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 // The text after its byte order mark, if it has one.
@@ -31,3 +34,9 @@ size_t line_count(const text_lines &text);
 
 // The lines from first up to end, with their line ends.
 std::string_view lines_between(const text_lines &text, size_t first, size_t end);
+
+// The number of each line of a text: equal lines have equal numbers in all texts that are numbered by one
+// numbering. It is sorted, because a hash table is slow for lines of one hash, and somebody may have made
+// such.
+using line_numbering = std::map<std::pair<size_t, std::string_view>, uint32_t>; // by hash and line_core
+std::vector<uint32_t> lines_number(const text_lines &text, line_numbering *known);
