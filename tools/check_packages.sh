@@ -138,7 +138,7 @@ END
     echo "packages: the deb's program converts $pairs scripts as wanted"
 }
 
-licences_of_libraries='libcli11-dev libdtl-dev libfmt-dev nlohmann-json3-dev LGPL-2.1 GPL-3'
+licences_of_libraries='libcli11-dev libfmt-dev nlohmann-json3-dev LGPL-2.1 GPL-3'
 
 # The archives and rpms of programs that need no library; those for this processor are run.
 check_linux() { # ARCH NAME_OF_C_LIBRARY'S_PACKAGE

@@ -46,7 +46,7 @@ add_licences() { # FOLDER PACKAGE...
     folder=$1
     shift
     mkdir -p "$folder"
-    for package in "$@" libcli11-dev libdtl-dev libfmt-dev nlohmann-json3-dev; do
+    for package in "$@" libcli11-dev libfmt-dev nlohmann-json3-dev; do
         cp "/usr/share/doc/$package/copyright" "$folder/$package.txt"
     done
     for text in LGPL-2.1 GPL-3; do

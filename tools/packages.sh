@@ -15,7 +15,7 @@ group_packages() {
     case $1 in
     build) echo g++ cmake ninja-build ;;
     check) group_packages report && echo git libgtest-dev ;;
-    report) echo libcli11-dev libdtl-dev libfmt-dev nlohmann-json3-dev ;;
+    report) echo libcli11-dev libfmt-dev nlohmann-json3-dev ;;
     chromium) echo chromium ;;
     node) echo nodejs npm ;;
     style) echo clang-format clang-tidy cppcheck shellcheck ;;
