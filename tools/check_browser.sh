@@ -1,5 +1,6 @@
 #!/bin/sh
-# The report's page in a real browser: Debian's Chromium, driven by playwright-core.
+# The report's page in a real browser: Debian's Chromium, driven by playwright-core. Then the report as SARIF, which
+# Microsoft's validator reads: every rule of the format and of its schema that is an error or a warning counts.
 set -eu
 cd "$(dirname -- "$(readlink -f -- "$0")")/.."
 . tools/checks.sh
@@ -9,14 +10,19 @@ need chromium 'the page is not tried'
 { command -v node && command -v npm; } >/dev/null || need node 'the page is not tried'
 # A version that Debian's node takes: later ones want a newer node.
 driver=playwright-core@1.58.0
-modules=$work/$driver
+validator=@microsoft/sarif-multitool@5.7.0
+
+# Installs a package of npm in a folder of its own, once. False if it can't be had.
+npm_install() { # PACKAGE@VERSION
+    mkdir -p "$work/$1"
+    [ -e "$work/$1/complete" ] ||
+        (cd "$work/$1" && PLAYWRIGHT_SKIP_BROWSER_DOWNLOAD=1 npm install --no-audit --no-fund --prefix . "$1" \
+            && touch complete) >"$work/npm.log" 2>&1 </dev/null
+}
+
 rm -rf "$work/tree" "$work/many" "$work/large"
-mkdir -p "$work/tree" "$work/many" "$work/large" "$modules"
-if [ ! -d "$modules/node_modules/playwright-core" ] &&
-    ! (cd "$modules" && PLAYWRIGHT_SKIP_BROWSER_DOWNLOAD=1 npm install --no-audit --no-fund --prefix . $driver) \
-        >"$work/npm.log" 2>&1 </dev/null; then
-    skip 'playwright-core can not be had from npm'
-fi
+mkdir -p "$work/tree" "$work/many" "$work/large"
+npm_install $driver || skip 'playwright-core can not be had from npm'
 report=$PWD/report
 
 # The tree of the report's tests, a script of lines that lose the same, and one whose name and text spell markup, in Latin-1.
@@ -46,5 +52,21 @@ awk 'BEGIN {
 "$report" --quiet --html "$work/many.html" "$work/many" 2>"$work/err" || [ $? = 1 ]
 [ ! -s "$work/err" ] || fail "the second use of ./report tells: $(cat "$work/err")"
 
-CHROMIUM=$(command -v chromium || command -v chromium-browser) NODE_PATH=$modules/node_modules \
+CHROMIUM=$(command -v chromium || command -v chromium-browser) NODE_PATH=$work/$driver/node_modules \
     node tests/report/browser.js "$work/page.html" "$work/many.html" "$work/large.html" "$work" || fail 'the page fails in a browser'
+
+# What the validator finds in the report of the tree, and in a copy with a line number that no file has. Its exit status
+# is 0 whatever it finds, and of a file that it can't read it says nothing at all: a good one has notes.
+npm_install $validator || skip 'the page passes; SARIF is not validated: sarif-multitool can not be had from npm'
+multitool=$work/$validator/node_modules/@microsoft/sarif-multitool-linux/Sarif.Multitool
+[ -x "$multitool" ] || skip 'the page passes; SARIF is not validated: sarif-multitool is not made for this system'
+find_faults() { # FILE: its errors and warnings but for the address of a home page, which murlreport has none of
+    "$multitool" validate --level 'Error;Warning;Note' "$1" >"$1.found" 2>&1 || return
+    grep -q ': note SARIF' "$1.found" || echo "the validator can't read $1"
+    grep -E ': (error|warning) ' "$1.found" | grep -v 'warning SARIF2005: .*informationUri' || true
+}
+(cd "$work/tree" && "$report" --quiet --sarif "$work/tree.sarif" .) || [ $? = 1 ]
+sed 's/"startLine":[0-9]*/"startLine":0/' "$work/tree.sarif" >"$work/wrong.sarif"
+[ -n "$(find_faults "$work/wrong.sarif")" ] || fail 'the validator of SARIF takes a wrong file'
+faults=$(find_faults "$work/tree.sarif") || fail "the validator of SARIF fails: $(cat "$work/tree.sarif.found")"
+[ -z "$faults" ] || fail "the report is no right SARIF: $faults"
