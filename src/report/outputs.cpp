@@ -5,13 +5,11 @@
 #include "report/memory/memory.h"
 #include "report/messages.h"
 #include "report/show.h"
-#include "report/writers/writers.h"
-
-#include <stdlib.h>
 
 #include <algorithm>
 #include <set>
 #include <unordered_set>
+#include <utility>
 
 // ---- What isn't written over ----
 
@@ -80,11 +78,9 @@ static bool paths_allowed(const std::vector<std::string> &paths, const std::vect
 
 // ---- Opening and closing ----
 
-static bool output_open(report_output *output, const std::string &path)
+static bool output_open(report_output *output)
 {
-    output->path = path;
-    if (path.empty())
-        return true;
+    const std::string &path = output->path;
     if (path == "-") {
         output->file = stdout;
         return true;
@@ -100,92 +96,68 @@ static bool output_open(report_output *output, const std::string &path)
     return output->file != nullptr;
 }
 
-// Ends an output; whole tells whether it is to take the place of what was there.
-static void output_close(report_output *output, bool whole)
+// Closes an output; whole tells whether it is to take the place of what was there.
+static void output_close(const report_output &output, bool whole)
 {
-    if (output->file == nullptr)
-        return;
-    bool failed = ferror(output->file) != 0;
-    failed |= (output->file == stdout ? fflush(stdout) : fclose(output->file)) != 0;
-    output->file = nullptr;
-    if (!output->temporary.empty()) {
+    bool failed = ferror(output.file) != 0;
+    failed |= (output.file == stdout ? fflush(stdout) : fclose(output.file)) != 0;
+    if (!output.temporary.empty()) {
         if (failed || !whole)
-            (void)file_remove(output->temporary);
+            (void)file_remove(output.temporary);
         else
-            failed = !file_rename(output->temporary, path_real(output->path));
+            failed = !file_rename(output.temporary, path_real(output.path));
     }
     if (failed)
-        report_trouble("can't write " + (output->path == "-" ? "standard output" : shown(output->path)));
-}
-
-static std::vector<report_output *> all_of(report_outputs *outputs)
-{
-    return {&outputs->text, &outputs->csv, &outputs->json, &outputs->html, &outputs->sarif};
+        report_trouble("can't write " + (output.path == "-" ? "standard output" : shown(output.path)));
 }
 
 void outputs_abandon(report_outputs *outputs)
 {
-    for (report_output *output : all_of(outputs))
+    for (const report_output &output : *outputs)
         output_close(output, false);
+    outputs->clear();
 }
 
 // Standard output carries the text unless something else goes there.
 bool outputs_open(const report_options &options, const std::vector<script_path> &scripts,
-                  report_outputs *outputs)
+                  const std::string &folder_key, report_outputs *outputs)
 {
-    std::vector<std::string> paths = {options.csv, options.json, options.html, options.sarif};
-    bool taken = std::find(paths.begin(), paths.end(), "-") != paths.end();
-    if (!paths_allowed(paths, scripts))
+    std::vector<std::pair<const report_writer *, std::string>> wanted = {{&csv_writer, options.csv},
+                                                                         {&json_writer, options.json},
+                                                                         {&page_writer, options.html},
+                                                                         {&sarif_writer, options.sarif}};
+    if (!paths_allowed({options.csv, options.json, options.html, options.sarif}, scripts))
         return false;
-    bool opened = output_open(&outputs->text, options.quiet || taken ? "" : "-") &&
-                  output_open(&outputs->csv, options.csv) && output_open(&outputs->json, options.json) &&
-                  output_open(&outputs->html, options.html) && output_open(&outputs->sarif, options.sarif);
-    const char *no_color = getenv("NO_COLOR");
-    outputs->color = is_terminal(stdout) && (no_color == nullptr || *no_color == 0);
-    if (!opened)
-        outputs_abandon(outputs);
-    return opened;
+    auto is_standard = [](const auto &output) { return output.second == "-"; };
+    if (!options.quiet && std::none_of(wanted.begin(), wanted.end(), is_standard))
+        wanted.emplace_back(&text_writer, "-");
+    for (const auto &[writer, path] : wanted) {
+        report_output output{writer, path, nullptr, {}};
+        if (!path.empty() && !output_open(&output)) {
+            outputs_abandon(outputs);
+            return false;
+        }
+        if (!path.empty())
+            outputs->push_back(std::move(output));
+    }
+    for (const report_output &output : *outputs)
+        output.writer->start(output.file, options, folder_key);
+    return true;
 }
 
 // ---- Writing ----
 
-void outputs_start(const report_outputs &outputs, const std::string &folder_key)
+void outputs_script(const report_outputs &outputs, const script_report &script, const script_bodies &bodies)
 {
-    if (outputs.csv.file != nullptr)
-        csv_start(outputs.csv.file);
-    if (outputs.json.file != nullptr)
-        json_start(outputs.json.file);
-    if (outputs.html.file != nullptr)
-        page_start(outputs.html.file, folder_key);
-    if (outputs.sarif.file != nullptr)
-        sarif_start(outputs.sarif.file);
-}
-
-void outputs_script(const report_outputs &outputs, const report_options &options, const script_report &script,
-                    const script_bodies &bodies, bool first)
-{
-    if (outputs.text.file != nullptr)
-        text_script(outputs.text.file, script, options, outputs.color);
-    if (outputs.csv.file != nullptr)
-        csv_script(outputs.csv.file, script);
-    if (outputs.json.file != nullptr)
-        json_script(outputs.json.file, script, first);
-    if (outputs.html.file != nullptr)
-        page_script(outputs.html.file, script, bodies);
-    if (outputs.sarif.file != nullptr)
-        sarif_script(outputs.sarif.file, script);
+    for (const report_output &output : outputs)
+        output.writer->script(output.file, script, bodies);
 }
 
 void outputs_end(report_outputs *outputs, const report_totals &totals)
 {
-    if (outputs->text.file != nullptr)
-        text_totals(outputs->text.file, totals);
-    if (outputs->json.file != nullptr)
-        json_end(outputs->json.file, totals);
-    if (outputs->html.file != nullptr)
-        page_end(outputs->html.file, totals);
-    if (outputs->sarif.file != nullptr)
-        sarif_end(outputs->sarif.file);
-    for (report_output *output : all_of(outputs))
+    for (const report_output &output : *outputs) {
+        output.writer->end(output.file, totals);
         output_close(output, true);
+    }
+    outputs->clear();
 }

@@ -193,9 +193,9 @@ static void take_script(report_state *state, const script_path &script)
         accept_items(state, script, folder, &run);
     items_settle(options, &run.report.items);
     bool conflict = run.conflict;
-    script_bodies bodies = state->outputs.html.file != nullptr ? take_bodies(&run) : script_bodies{};
+    script_bodies bodies = options.html.empty() ? script_bodies{} : take_bodies(&run);
     progress_clear();
-    outputs_script(state->outputs, options, run.report, bodies, state->totals.scripts == 0);
+    outputs_script(state->outputs, run.report, bodies);
     totals_add(state, run.report, conflict);
 }
 
@@ -322,10 +322,9 @@ static bool run_start(report_state *state, report_options *options, scripts_foun
             return false;
     }
     if ((!options->accept_from.empty() && !accepted_read(options->accept_from, &state->ticks)) ||
-        !choose_page(options, folder_key) || !outputs_open(*options, found->scripts, &state->outputs))
+        !choose_page(options, folder_key))
         return false;
-    outputs_start(state->outputs, folder_key);
-    return true;
+    return outputs_open(*options, found->scripts, folder_key, &state->outputs);
 }
 
 int report_run(report_options options)

@@ -42,10 +42,16 @@ static bool is_legal(std::string_view text)
     return true;
 }
 
-static void add_latin1(std::string *result, unsigned char c)
+std::string bytes_shown(std::string_view bytes)
 {
-    *result += static_cast<char>(0xC0 | c >> 6);
-    *result += static_cast<char>(0x80 | (c & 0x3F));
+    std::string text;
+    for (char c : bytes) {
+        auto byte = static_cast<unsigned char>(c);
+        if (byte >= 0x80)
+            text += static_cast<char>(0xC0 | byte >> 6);
+        text += static_cast<char>(byte >= 0x80 ? 0x80 | (byte & 0x3F) : byte);
+    }
+    return text;
 }
 
 static std::string show(std::string_view text, bool whole)
@@ -63,10 +69,8 @@ static std::string show(std::string_view text, bool whole)
             result += text[at];
         else if (is_control(point))
             result += point < 0x100 ? fmt::format("\\x{:02x}", point) : fmt::format("\\u{:04x}", point);
-        else if (legal || c < 0x80)
-            result += text.substr(at, size);
         else
-            add_latin1(&result, c);
+            result += legal ? std::string(text.substr(at, size)) : bytes_shown(text.substr(at, 1));
         at += size;
     }
     return result;
@@ -114,9 +118,5 @@ std::string text_upper(std::string text)
 
 std::string shown_cut(std::string_view text, size_t size)
 {
-    if (text.size() <= size)
-        return shown(text);
-    while (size > 0 && (static_cast<unsigned char>(text[size]) & 0xC0) == 0x80)
-        size--;
-    return shown(text.substr(0, size)) + "...";
+    return shown(text_begin(text, size)) + (text.size() <= size ? "" : "...");
 }

@@ -11,6 +11,9 @@ std::string shown(std::string_view text);
 // The same with tabs and line ends kept, for texts that are data.
 std::string shown_whole(std::string_view text);
 
+// Bytes as text: each becomes the character of its number.
+std::string bytes_shown(std::string_view bytes);
+
 // A text without white space at both ends.
 std::string_view text_trimmed(std::string_view text);
 

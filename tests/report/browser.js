@@ -205,10 +205,8 @@ async function showsStates(context) {
     if (script.rows.length === 0 || body === null) return;
     script.output = states[count++ % states.length];
     const [row] = script.rows;
-    row.splice(2, 4, 7, 2, 3, 1);
-    body.there = [[7, ['mine <b>', 'too']]];
-    body.written = [[3, ['theirs']]];
-    row[8][0][1] = { edited: 'changed', unknown: 'changed?', same: 'accepted' }[script.output] || 'open';
+    body[0].splice(1, 2, [7, ['mine <b>', 'too']], [3, ['theirs']]);
+    row[4][0][1] = { edited: 'changed', unknown: 'changed?', same: 'accepted' }[script.output] || 'open';
   });
   const page = await openPage(context, path);
   const summary = await page.textContent('#summary');

@@ -71,22 +71,14 @@ static merge_block block_of(const merge_region &region, const side_lines &texts,
     return {line, text(SIDE_LAST), text(SIDE_MINE), text(SIDE_FRESH)};
 }
 
-// The line end of a line; empty if it has none.
-static std::string_view end_of(std::string_view line)
-{
-    if (line.empty() || line.back() != '\n')
-        return {};
-    return line.substr(line.size() - (line.size() > 1 && line[line.size() - 2] == '\r' ? 2 : 1));
-}
-
 // The line end that most lines of a text have; empty if it has none.
 static std::string_view usual_end_of(std::string_view text)
 {
     ptrdiff_t with_cr = 0, all = 0;
     std::string_view line;
     while (line_take(&text, &line)) {
-        with_cr += end_of(line).size() == 2;
-        all += !end_of(line).empty();
+        with_cr += line_end(line).size() == 2;
+        all += !line_end(line).empty();
     }
     return all == 0 ? "" : 2 * with_cr > all ? "\r\n" : "\n";
 }
@@ -100,32 +92,32 @@ static void add_lines(std::vector<merged_line> *merged, std::string_view lines, 
 {
     std::string_view line;
     while (line_take(&lines, &line)) {
-        std::string_view end = end_of(line);
+        std::string_view end = line_end(line);
         line.remove_suffix(end.size());
         merged->push_back({line, end.empty() || other_end.empty() ? end : other_end});
     }
 }
 
 // Gives each line but the last an end, and the last one an end or none, as mine's has.
-static void settle_ends(std::vector<merged_line> *merged, std::string_view mine, std::string_view line_end)
+static void settle_ends(std::vector<merged_line> *merged, std::string_view mine, std::string_view usual_end)
 {
     for (size_t i = 0; i + 1 < merged->size(); i++)
         if ((*merged)[i].end.empty())
-            (*merged)[i].end = line_end.empty() ? "\n" : line_end;
+            (*merged)[i].end = usual_end.empty() ? "\n" : usual_end;
     if (merged->empty() || mine.empty())
         return;
     merged_line &last = merged->back();
     if (mine.back() != '\n' && !last.text.empty()) // a blank last line is one only because of its end
         last.end = {};
     else if (last.end.empty())
-        last.end = line_end;
+        last.end = usual_end;
 }
 
 static void merge_render(merge_result *result, const side_lines &texts,
                          const std::vector<merge_region> &regions)
 {
     const text_lines &mine = texts[SIDE_MINE];
-    std::string_view line_end = usual_end_of(mine.body);
+    std::string_view usual_end = usual_end_of(mine.body);
     std::vector<merged_line> merged;
     size_t done = 0; // lines of mine
     for (const merge_region &region : regions) {
@@ -136,12 +128,12 @@ static void merge_render(merge_result *result, const side_lines &texts,
             result->kept.push_back(block_of(region, texts, merged.size() + 1));
         if (region.by_mine)
             continue;
-        add_lines(&merged, lines_between(texts[SIDE_FRESH], theirs.first, theirs.end), line_end);
+        add_lines(&merged, lines_between(texts[SIDE_FRESH], theirs.first, theirs.end), usual_end);
         done = ours.end;
         result->taken++;
     }
     add_lines(&merged, lines_between(mine, done, line_count(mine)), {});
-    settle_ends(&merged, mine.body, line_end);
+    settle_ends(&merged, mine.body, usual_end);
     for (const merged_line &line : merged)
         result->text.append(line.text).append(line.end);
 }

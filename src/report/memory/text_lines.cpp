@@ -1,9 +1,10 @@
 #include "report/memory/text_lines.h"
 
+#include "report/show.h"
+
 #include <functional>
 
 constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
-constexpr std::string_view white = " \t\v\f\r\n";
 
 std::string_view text_body(std::string_view text)
 {
@@ -22,12 +23,16 @@ bool line_take(std::string_view *rest, std::string_view *line)
     return true;
 }
 
+std::string_view line_end(std::string_view line)
+{
+    if (line.empty() || line.back() != '\n')
+        return {};
+    return line.substr(line.size() - (line.size() > 1 && line[line.size() - 2] == '\r' ? 2 : 1));
+}
+
 std::string_view line_core(std::string_view line)
 {
-    size_t first = line.find_first_not_of(white);
-    if (first == std::string_view::npos)
-        return {};
-    return line.substr(first, line.find_last_not_of(white) - first + 1);
+    return text_trimmed(line);
 }
 
 bool same_text(std::string_view a, std::string_view b)

@@ -18,6 +18,9 @@ std::string_view text_body(std::string_view text);
 // Takes the first line off *rest, with its line end. False if nothing is left.
 bool line_take(std::string_view *rest, std::string_view *line);
 
+// The line end of a line; empty if it has none.
+std::string_view line_end(std::string_view line);
+
 // What of a line counts: all but the white space at both ends, its line end among it.
 std::string_view line_core(std::string_view line);
 

@@ -47,9 +47,9 @@ const outputs = {
 };
 
 // The rows of a script, each a statement with its items.
-function readRow(file, data) {
-  const [line, lastLine, there, thereLines, written, writtenLines, command, statement, items] = data;
-  const row = { file, line, lastLine, there, thereLines, written, writtenLines, command, statement, open: false, height: 0 };
+function readRow(file, data, index) {
+  const [line, lastLine, command, statement, items] = data;
+  const row = { file, index, line, lastLine, command, statement, open: false, height: 0 };
   row.items = items.map(([kind, state, detail, summed]) => ({ row, kind, state, detail, summed, accept: null, id: null, card: null }));
   row.mend = row.items.some((item) => kinds[item.kind].mend);
   return row;
@@ -60,25 +60,20 @@ const files = Array.from(document.querySelectorAll('script.script'), (element, i
   const file = JSON.parse(element.textContent);
   element.remove();
   file.index = index;
-  file.rows = file.rows.map((row) => readRow(file, row));
+  file.rows = file.rows.map((row, i) => readRow(file, row, i));
   file.items = file.rows.flatMap((row) => row.items);
   return file;
 });
 const allRows = files.flatMap((file) => file.rows);
 const allItems = files.flatMap((file) => file.items);
 
-// The lines of a side of a script by number, read when they are first shown; null if the script is too long.
-function linesOf(file, side) {
+// The lines that a row shows, read when the first one of its script is opened; null if the script is too long.
+function bodyOf({ file, index }) {
   if (file.body === undefined) {
     file.body = JSON.parse(bodies[file.index].textContent);
     bodies[file.index].remove();
-    for (const name of Object.keys(file.body || {})) {
-      const lines = new Map();
-      for (const [from, texts] of file.body[name]) texts.forEach((text, i) => lines.set(from + i, text));
-      file.body[name] = lines;
-    }
   }
-  return file.body && file.body[side];
+  return file.body && file.body[index];
 }
 
 // ---- Ticks ----

@@ -111,31 +111,29 @@ function cardTitle({ card, rows }) {
 
 // ---- What a row shows when it is open ----
 
-// Some lines of a side, under words that say what they are.
-function sideCell(side, words, lines, from, count, context) {
-  const cell = make('figure', { class: 'side ' + side }, make('figcaption', {}, words));
-  for (let line = from - context; line < from + count + context; line++) {
-    if (!lines.has(line)) continue;
-    const own = line >= from && line < from + count;
-    cell.append(make('div', { class: own ? 'text' : 'text context', 'data-line': line }, make('span', {}, lines.get(line))));
-  }
-  return cell;
+// Lines under words that say what they are; those that isOwn doesn't take are context.
+function sideCell(side, words, [from, texts], isOwn) {
+  return make('figure', { class: 'side ' + side }, make('figcaption', {}, words), ...texts.map((text, i) =>
+    make('div', { class: isOwn(from + i) ? 'text' : 'text context', 'data-line': from + i }, make('span', {}, text))));
 }
 
 function rowSides(row) {
-  const { file } = row;
-  const old = linesOf(file, 'old');
-  if (!old) return make('p', { class: 'empty' }, 'The script or its output is too long for its lines to be shown here.');
+  const body = bodyOf(row);
+  if (!body) return make('p', { class: 'empty' }, 'The script or its output is too long for its lines to be shown here.');
+  const [old, there, written] = body;
+  const [hasThere, hasWritten] = [there, written].map(([, texts]) => texts.length > 0);
+  const { output } = row.file;
   const right = make('div', { class: 'right' });
-  if (row.thereLines > 0)
-    right.append(sideCell('there', (file.output === 'same' ? 'Output' : 'Output that is there') + ', line ' + row.there, linesOf(file, 'there'), row.there, row.thereLines, 0));
-  else if (file.output !== 'none' && row.writtenLines > 0)
+  if (hasThere)
+    right.append(sideCell('there', (output === 'same' ? 'Output' : 'Output that is there') + ', line ' + there[0], there, () => true));
+  else if (output !== 'none' && hasWritten)
     right.append(make('p', { class: 'empty' }, 'The output that is there has none of its lines.'));
-  if (row.writtenLines > 0)
-    right.append(sideCell('written', 'What would be written, line ' + row.written, linesOf(file, 'written'), row.written, row.writtenLines, 0));
-  if (row.thereLines === 0 && row.writtenLines === 0)
+  if (hasWritten)
+    right.append(sideCell('written', 'What would be written, line ' + written[0], written, () => true));
+  if (!hasThere && !hasWritten)
     right.append(make('p', { class: 'empty' }, 'Nothing is left of it in the output.'));
-  return make('div', { class: 'sides' }, sideCell('old', 'Script, line ' + row.line, old, row.line, row.lastLine - row.line + 1, 2), right);
+  return make('div', { class: 'sides' },
+    sideCell('old', 'Script, line ' + row.line, old, (line) => line >= row.line && line <= row.lastLine), right);
 }
 
 function rowBody(row) {

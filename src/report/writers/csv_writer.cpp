@@ -12,12 +12,12 @@ static std::string plain_cell(const std::string &text)
     return formula ? "'" + text : text;
 }
 
-void csv_start(FILE *file)
+static void csv_start(FILE *file, const report_options &, const std::string &)
 {
     fputs("file,line,output_line,written_line,kind,command,statement,detail,state\n", file);
 }
 
-void csv_script(FILE *file, const script_report &script)
+static void csv_script(FILE *file, const script_report &script, const script_bodies &)
 {
     std::string path = plain_cell(shown(script.path));
     for (const report_item &item : script.items) {
@@ -28,3 +28,7 @@ void csv_script(FILE *file, const script_report &script)
         fwrite(row.data(), 1, row.size(), file);
     }
 }
+
+static void csv_end(FILE *, const report_totals &) {}
+
+const report_writer csv_writer = {csv_start, csv_script, csv_end};

@@ -1,18 +1,11 @@
 // The JSON, script by script. docs/report.schema.json has its form.
 #include "report/show.h"
+#include "report/writers/json_text.h"
 #include "report/writers/writers.h"
-
-#include <nlohmann/json.hpp>
-
-using json = nlohmann::ordered_json;
 
 constexpr int json_version = 2; // of the form
 
-static void put_json(FILE *file, const json &value)
-{
-    std::string text = value.dump(-1, ' ', false, json::error_handler_t::replace);
-    fwrite(text.data(), 1, text.size(), file);
-}
+static bool first_script;
 
 static json json_item(const report_item &item)
 {
@@ -28,19 +21,20 @@ static json json_item(const report_item &item)
             {"state", item_state_word(item)}};
 }
 
-void json_start(FILE *file)
+static void json_start(FILE *file, const report_options &, const std::string &)
 {
+    first_script = true;
     fputs("{\"version\":", file);
     put_json(file, json_version);
     fputs(",\"files\":[", file);
 }
 
-void json_script(FILE *file, const script_report &script, bool first)
+static void json_script(FILE *file, const script_report &script, const script_bodies &)
 {
     json items = json::array();
     for (const report_item &item : script.items)
         items.push_back(json_item(item));
-    fputs(first ? "\n" : ",\n", file);
+    fputs(std::exchange(first_script, false) ? "\n" : ",\n", file);
     put_json(file, {{"path", shown(script.path)},
                     {"statements", script.statements},
                     {"converted", script.converted},
@@ -51,7 +45,7 @@ void json_script(FILE *file, const script_report &script, bool first)
                     {"items", std::move(items)}});
 }
 
-void json_end(FILE *file, const report_totals &totals)
+static void json_end(FILE *file, const report_totals &totals)
 {
     json outputs = json::object();
     for (int state = 0; state < output_state_count; state++)
@@ -72,3 +66,5 @@ void json_end(FILE *file, const report_totals &totals)
                     {"commands", std::move(commands)}});
     fputs("}\n", file);
 }
+
+const report_writer json_writer = {json_start, json_script, json_end};

@@ -2,22 +2,21 @@
 // itself. Each script comes with its statements and, apart from them, with the lines that they show, which
 // the page reads when one of them is opened.
 #include "report/memory/accepted.h"
+#include "report/memory/text_lines.h"
 #include "report/show.h"
 #include "report/writers/guide.h"
+#include "report/writers/json_text.h"
 #include "report/writers/page_parts.h"
 #include "report/writers/writers.h"
 
-#include <nlohmann/json.hpp>
+#include <fmt/core.h>
 
 #include <algorithm>
-#include <array>
 #include <map>
 #include <set>
 
-using json = nlohmann::ordered_json;
-
 constexpr size_t line_shown = 1000;   // bytes of a line
-constexpr uint64_t lines_shown = 40;  // lines of a statement on a side
+constexpr uint64_t lines_shown = 40;  // lines of a statement in an output
 constexpr uint64_t context_lines = 2; // lines of the script before and after a statement
 constexpr std::string_view data_mark = "<!-- DATA -->";
 
@@ -33,40 +32,22 @@ static void put(FILE *file, std::string_view text)
 static void put_data(FILE *file, const char *kind, const json &value)
 {
     std::string safe;
-    for (char c : value.dump(-1, ' ', false, json::error_handler_t::replace)) {
+    for (char c : json_text(value))
         if (c == '<' || c == '>' || c == '&')
-            safe += c == '<' ? "\\u003c" : c == '>' ? "\\u003e" : "\\u0026";
+            safe += fmt::format("\\u{:04x}", c);
         else
             safe += c;
-    }
-    put(file, "<script type=\"application/json\" class=\"");
-    put(file, kind);
-    put(file, "\">");
-    put(file, safe);
-    put(file, "</script>\n");
+    put(file, fmt::format("<script type=\"application/json\" class=\"{}\">{}</script>\n", kind, safe));
 }
 
-void page_start(FILE *file, const std::string &folder_key)
+static void page_start(FILE *file, const report_options &, const std::string &folder_key)
 {
     page_folder = folder_key;
     std::string_view page = page_html;
     put(file, page.substr(0, page.find(data_mark)));
 }
 
-// ---- Lines ----
-
-using text_lines = std::vector<std::string_view>;
-
-static text_lines lines_of(std::string_view text)
-{
-    text_lines lines;
-    while (!text.empty()) {
-        size_t end = std::min(text.find('\n'), text.size());
-        lines.push_back(text.substr(0, end));
-        text.remove_prefix(std::min(end + 1, text.size()));
-    }
-    return lines;
-}
+// ---- What a statement has become ----
 
 // Lines from one on. Numbers count from 1.
 struct line_range {
@@ -74,37 +55,7 @@ struct line_range {
     uint64_t count = 0;
 };
 
-static json line_shown_of(std::string_view line)
-{
-    if (!line.empty() && line.back() == '\r')
-        line.remove_suffix(1);
-    std::string text = shown_whole(line.substr(0, line_shown));
-    return line.size() > line_shown ? text + " ..." : text;
-}
-
-// The lines that some ranges hold, each once, as runs: the first one's number and their texts.
-static json line_runs(const text_lines &lines, std::vector<line_range> ranges)
-{
-    std::sort(ranges.begin(), ranges.end(),
-              [](const line_range &a, const line_range &b) { return a.from < b.from; });
-    json runs = json::array();
-    uint64_t next = 1; // the first line that no run holds
-    for (const line_range &range : ranges) {
-        uint64_t end = std::min<uint64_t>(range.from + range.count, lines.size() + 1);
-        uint64_t from = std::max(range.from, next);
-        if (from < end && (runs.empty() || from > next))
-            runs.push_back(json::array({from, json::array()}));
-        for (; from < end; from++)
-            runs.back()[1].push_back(line_shown_of(lines[from - 1]));
-        next = std::max(next, end);
-    }
-    return runs;
-}
-
-// ---- What a statement has become ----
-
-// The texts of a script, as views of its bodies, and for each line written the nearest ones that the output
-// that is there holds too.
+// The texts of a script, and for each line written the nearest ones that the output that is there holds too.
 struct page_texts {
     text_lines script;
     text_lines there;
@@ -116,12 +67,16 @@ struct page_texts {
 
 static page_texts texts_of(const script_bodies &bodies)
 {
-    page_texts texts{
-        lines_of(bodies.script), lines_of(bodies.there), lines_of(bodies.written), bodies.there_of, {}, {}};
-    size_t count = texts.written.size();
+    page_texts texts{text_split(bodies.script),
+                     text_split(bodies.there),
+                     text_split(bodies.written),
+                     bodies.there_of,
+                     {},
+                     {}};
+    size_t count = line_count(texts.written);
     texts.there_of.resize(count);
     texts.before.resize(count + 1);
-    texts.after.assign(count + 1, texts.there.size() + 1);
+    texts.after.assign(count + 1, line_count(texts.there) + 1);
     for (size_t i = 0; i < count; i++)
         texts.before[i + 1] = texts.there_of[i] != 0 ? texts.there_of[i] : texts.before[i];
     for (size_t i = count; i > 0; i--)
@@ -129,22 +84,25 @@ static page_texts texts_of(const script_bodies &bodies)
     return texts;
 }
 
-static line_range written_range(const page_texts &texts, const report_item &item)
+// The lines of a range that there are.
+static std::vector<std::string_view> lines_in(const text_lines &text, line_range range)
 {
-    if (item.output_lines == 0 || item.output_line == 0 || item.output_line > texts.written.size())
-        return {};
-    uint64_t left = texts.written.size() + 1 - item.output_line;
-    return {item.output_line, std::min({item.output_lines, left, lines_shown})};
+    std::vector<std::string_view> lines;
+    for (uint64_t line = range.from; line > 0 && line - range.from < range.count && line <= line_count(text);
+         line++)
+        lines.push_back(lines_between(text, line - 1, line));
+    return lines;
 }
 
 // What stands for a statement in the output that is there: its own lines, and what is between its
 // neighbours'.
 static line_range there_range(const page_texts &texts, const report_item &item)
 {
-    if (item.output_line == 0 || item.output_line > texts.written.size() || texts.there.empty())
+    size_t count = line_count(texts.written);
+    if (item.output_line == 0 || item.output_line > count)
         return {};
     size_t first = item.output_line - 1;
-    size_t end = first + std::min<uint64_t>(item.output_lines, texts.written.size() - first);
+    size_t end = first + std::min<uint64_t>(item.output_lines, count - first);
     bool starts = first < end && texts.there_of[first] != 0;
     uint64_t from = starts ? texts.there_of[first] : texts.before[first] + 1;
     bool ends = first < end && texts.there_of[end - 1] != 0;
@@ -152,72 +110,55 @@ static line_range there_range(const page_texts &texts, const report_item &item)
     return to <= from ? line_range{} : line_range{from, std::min(to - from, lines_shown)};
 }
 
-// The lines of the ranges are the same but for white space at their ends.
-static bool ranges_same(const page_texts &texts, line_range there, line_range written)
-{
-    auto left = texts.there.begin() + static_cast<ptrdiff_t>(there.count != 0 ? there.from - 1 : 0);
-    auto right = texts.written.begin() + static_cast<ptrdiff_t>(written.count != 0 ? written.from - 1 : 0);
-    return there.count == written.count &&
-           std::equal(left, left + static_cast<ptrdiff_t>(there.count), right,
-                      [](auto a, auto b) { return text_trimmed(a) == text_trimmed(b); });
-}
-
 // ---- One script ----
 
-// A row of bytes: each becomes the character of its number, as which the page saves it.
-static std::string bytes_shown(const std::string &bytes)
+// Lines as the page has them: the number of the first one, and their texts.
+static json page_lines(uint64_t from, const std::vector<std::string_view> &lines)
 {
-    std::string text;
-    for (char c : bytes) {
-        auto byte = static_cast<unsigned char>(c);
-        if (byte >= 0x80)
-            text += static_cast<char>(0xC0 | byte >> 6);
-        text += static_cast<char>(byte >= 0x80 ? 0x80 | (byte & 0x3F) : byte);
+    json texts = json::array();
+    for (std::string_view line : lines) {
+        line.remove_suffix(line_end(line).size());
+        texts.push_back(shown_whole(line.substr(0, line_shown)) + (line.size() > line_shown ? " ..." : ""));
     }
-    return text;
+    return json::array({from, std::move(texts)});
 }
 
-// The lines that statements show, of the script, of the output that is there, and of what would be written.
-using shown_ranges = std::array<std::vector<line_range>, 3>;
-
-// A statement's row of the page, still without its items.
-static json page_row(const page_texts &texts, const report_item &item, shown_ranges *ranges)
+// The lines that a statement shows: of the script, of the output that is there, and where they differ what
+// would be written.
+static json page_body(const page_texts &texts, const report_item &item, uint64_t last)
 {
-    uint64_t last = std::clamp<uint64_t>(item.last_line, item.line, item.line + lines_shown - 1);
-    line_range written = written_range(texts, item);
-    line_range there = there_range(texts, item);
-    if (ranges_same(texts, there, written))
-        written = {};
     uint64_t from = item.line > context_lines ? item.line - context_lines : 1;
-    (*ranges)[0].push_back({from, last + context_lines + 1 - from});
-    (*ranges)[1].push_back(there);
-    (*ranges)[2].push_back(written);
-    return json::array({item.line, last, there.from, there.count, written.from, written.count, item.command,
-                        item.statement, json::array()});
+    line_range there = there_range(texts, item);
+    std::vector<std::string_view> there_lines = lines_in(texts.there, there);
+    std::vector<std::string_view> written =
+        lines_in(texts.written, {item.output_line, std::min(item.output_lines, lines_shown)});
+    if (std::equal(there_lines.begin(), there_lines.end(), written.begin(), written.end(),
+                   [](auto a, auto b) { return line_core(a) == line_core(b); }))
+        written.clear();
+    return json::array({page_lines(from, lines_in(texts.script, {from, last + context_lines + 1 - from})),
+                        page_lines(there.from, there_lines), page_lines(item.output_line, written)});
 }
 
-static json page_item(const report_item &item)
+static void page_script(FILE *file, const script_report &script, const script_bodies &bodies)
 {
-    return json::array({item.kind, item_state_word(item), item.detail, item.summed});
-}
-
-void page_script(FILE *file, const script_report &script, const script_bodies &bodies)
-{
-    static const script_bodies none;
-    page_texts texts = texts_of(script.items.empty() ? none : bodies);
-    shown_ranges ranges;
+    page_texts texts = texts_of(bodies);
     std::map<std::pair<uint32_t, std::string>, std::vector<const report_item *>> rows; // by line and command
     for (const report_item &item : script.items)
         rows[{item.line, item.command}].push_back(&item);
     json list = json::array();
+    json body = json::array();
     json accepts = json::array();
     for (const auto &[key, items] : rows) {
+        const report_item &first = *items.front();
+        uint64_t last = std::clamp<uint64_t>(first.last_line, first.line, first.line + lines_shown - 1);
         commands_used.insert(key.second);
-        list.push_back(page_row(texts, *items.front(), &ranges));
+        body.push_back(page_body(texts, first, last));
+        json kinds = json::array();
         for (const report_item *item : items) {
-            list.back().back().push_back(page_item(*item));
+            kinds.push_back(json::array({item->kind, item_state_word(*item), item->detail, item->summed}));
             accepts.push_back(bytes_shown(item->row));
         }
+        list.push_back(json::array({first.line, last, first.command, first.statement, std::move(kinds)}));
     }
     put_data(file, "script",
              {{"path", shown(script.path)},
@@ -225,16 +166,11 @@ void page_script(FILE *file, const script_report &script, const script_bodies &b
               {"output", output_state_words[script.output]},
               {"older", script.output_older},
               {"rows", std::move(list)}});
-    json body;
-    if (!texts.script.empty())
-        body = {{"old", line_runs(texts.script, ranges[0])},
-                {"there", line_runs(texts.there, ranges[1])},
-                {"written", line_runs(texts.written, ranges[2])}};
-    put_data(file, "body", body);
+    put_data(file, "body", bodies.script.empty() ? json() : std::move(body));
     put_data(file, "accept", accepts);
 }
 
-void page_end(FILE *file, const report_totals &totals)
+static void page_end(FILE *file, const report_totals &totals)
 {
     json kinds = json::array();
     std::set<std::string> words;
@@ -257,3 +193,5 @@ void page_end(FILE *file, const report_totals &totals)
     std::string_view page = page_html;
     put(file, page.substr(page.find(data_mark) + data_mark.size()));
 }
+
+const report_writer page_writer = {page_start, page_script, page_end};

@@ -4,27 +4,19 @@
 #include "report/memory/memory.h"
 #include "report/show.h"
 #include "report/writers/guide.h"
+#include "report/writers/json_text.h"
 #include "report/writers/page_parts.h"
 #include "report/writers/writers.h"
 
 #include <fmt/core.h>
-#include <nlohmann/json.hpp>
 
 #include <string.h>
 
 #include <algorithm>
 #include <map>
 
-using json = nlohmann::ordered_json;
-
 static bool first_result;
 static std::map<std::string, uint64_t> prints; // of the script's results, how many alike
-
-static void put_json(FILE *file, const json &value)
-{
-    std::string text = value.dump(-1, ' ', false, json::error_handler_t::replace);
-    fwrite(text.data(), 1, text.size(), file);
-}
 
 static const char *level_of(item_kind kind)
 {
@@ -83,7 +75,7 @@ static std::string uri_of(const std::string &path)
     return uri;
 }
 
-void sarif_start(FILE *file)
+static void sarif_start(FILE *file, const report_options &, const std::string &)
 {
     first_result = true;
     fputs(
@@ -95,7 +87,7 @@ void sarif_start(FILE *file)
     fputs("},\"columnKind\":\"utf16CodeUnits\",\"results\":[", file);
 }
 
-void sarif_script(FILE *file, const script_report &script)
+static void sarif_script(FILE *file, const script_report &script, const script_bodies &)
 {
     std::string uri = uri_of(script.path);
     std::string name = path_name(script.path);
@@ -107,8 +99,7 @@ void sarif_script(FILE *file, const script_report &script)
         std::string print = script_hash_of(accepted_row_of(name, item));
         uint64_t alike = ++prints[print];
         json region = {{"startLine", item.line}, {"endLine", std::max(item.line, item.last_line)}};
-        fputs(first_result ? "\n" : ",\n", file);
-        first_result = false;
+        fputs(std::exchange(first_result, false) ? "\n" : ",\n", file);
         put_json(
             file,
             {{"ruleId", kind_table[item.kind].word},
@@ -124,7 +115,9 @@ void sarif_script(FILE *file, const script_report &script)
     }
 }
 
-void sarif_end(FILE *file)
+static void sarif_end(FILE *file, const report_totals &)
 {
     fputs("\n]}]}\n", file);
 }
+
+const report_writer sarif_writer = {sarif_start, sarif_script, sarif_end};

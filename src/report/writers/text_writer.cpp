@@ -1,54 +1,55 @@
 // The text: one line an item, in the form by which editors jump to a place, and tables of counts at the end.
 #include "platform/platform.h"
+#include "report/files.h"
 #include "report/show.h"
 #include "report/writers/writers.h"
 
 #include <fmt/core.h>
 
+#include <stdlib.h>
+
 #include <algorithm>
 #include <map>
 
+static const report_options *asked; // what the text is to have
+static bool color;
+
 // Gravest kinds in red, what a person has to write in yellow, the others in blue.
-static const char *color_of(item_kind kind)
+static std::string kind_shown(item_kind kind)
 {
-    return kind <= ITEM_GUARDED ? "\033[31m" : kind <= ITEM_CHECK ? "\033[33m" : "\033[34m";
-}
-
-static std::string kind_shown(item_kind kind, bool color)
-{
+    int code = kind <= ITEM_GUARDED ? 31 : kind <= ITEM_CHECK ? 33 : 34;
     const char *word = kind_table[kind].word;
-    return color ? fmt::format("{}{}\033[0m", color_of(kind), word) : word;
+    return color ? fmt::format("\033[{}m{}\033[0m", code, word) : word;
 }
 
-static void put(FILE *file, const std::string &text)
+// Text goes to standard output alone; a console may need more than the bytes.
+static void put(const std::string &text)
 {
-    if (file == stdout)
-        plat_print(text.c_str()); // a console may need more than the bytes
-    else
-        fwrite(text.data(), 1, text.size(), file);
+    plat_print(text.c_str());
 }
 
-static void text_item(FILE *file, const std::string &path, const report_item &item, bool color)
+static void text_start(FILE *file, const report_options &options, const std::string &)
 {
-    put(file, fmt::format("{}:{}: {}{}{}: {}{}\n", path, item.line, kind_shown(item.kind, color),
-                          item.command.empty() ? "" : " ", item.command, item.detail,
-                          item.state == STATE_CHANGED || item.state == STATE_ACCEPTED
-                              ? " [" + item_state_word(item) + "]"
-                              : ""));
+    asked = &options;
+    const char *no_color = getenv("NO_COLOR");
+    color = is_terminal(file) && (no_color == nullptr || *no_color == 0);
 }
 
-static const char *summed_words(item_kind kind)
+static void text_item(const std::string &path, const report_item &item)
 {
-    switch (kind) {
-    case ITEM_DROPPED: return "system commands";
-    default: return "statements without their first attributes";
-    }
+    bool settled = item.state == STATE_CHANGED || item.state == STATE_ACCEPTED;
+    put(fmt::format("{}:{}: {}{}{}: {}{}\n", path, item.line, kind_shown(item.kind),
+                    item.command.empty() ? "" : " ", item.command, item.detail,
+                    settled ? " [" + item_state_word(item) + "]" : ""));
 }
 
-// The items of a kind that are reported in one line.
-static void text_summed(FILE *file, const std::string &path, const std::vector<const report_item *> &items,
-                        bool color)
+// Items of one kind that are reported in one line, unless there is only one.
+static void text_summed(const std::string &path, const std::vector<const report_item *> &items)
 {
+    if (items.size() == 1)
+        text_item(path, *items.front());
+    if (items.size() < 2)
+        return;
     std::map<std::string, int> commands;
     for (const report_item *item : items)
         commands[item->command]++;
@@ -58,11 +59,12 @@ static void text_summed(FILE *file, const std::string &path, const std::vector<c
     std::string list;
     for (size_t i = 0; i < counts.size() && i < 6; i++)
         list += fmt::format("{}{} {}", i > 0 ? ", " : "", counts[i].first, counts[i].second);
-    if (counts.size() > 6)
-        list += ", ...";
     const report_item *first = items.front();
-    put(file, fmt::format("{}:{}: {}: {} {} (--all lists them): {}\n", path, first->line,
-                          kind_shown(first->kind, color), items.size(), summed_words(first->kind), list));
+    put(fmt::format("{}:{}: {}: {} {} (--all lists them): {}{}\n", path, first->line, kind_shown(first->kind),
+                    items.size(),
+                    first->kind == ITEM_DROPPED ? "system commands"
+                                                : "statements without their first attributes",
+                    list, counts.size() > 6 ? ", ..." : ""));
 }
 
 // What there is to do about an output that isn't what is written now; null if nothing, or if there is none.
@@ -79,59 +81,50 @@ static const char *output_words(output_state state)
     }
 }
 
-void text_script(FILE *file, const script_report &script, const report_options &options, bool color)
+static void text_script(FILE *, const script_report &script, const script_bodies &)
 {
     std::string path = shown(script.path);
-    if (options.summary)
+    if (asked->summary)
         return;
     std::vector<const report_item *> summed;
-    auto flush = [&] {
-        if (summed.size() == 1)
-            text_item(file, path, *summed.front(), color);
-        else if (!summed.empty())
-            text_summed(file, path, summed, color);
-        summed.clear();
-    };
-    item_kind kind = ITEM_STOPPED;
     for (const report_item &item : script.items) {
-        if (item.kind != kind)
-            flush();
-        kind = item.kind;
-        if (item.kind == ITEM_FORM && !options.all)
-            continue;
-        if (item.summed && !options.all)
+        if (!summed.empty() && summed.back()->kind != item.kind) {
+            text_summed(path, summed);
+            summed.clear();
+        }
+        if (asked->all || !item.summed)
+            text_item(path, item);
+        else if (item.kind != ITEM_FORM) // which the totals have
             summed.push_back(&item);
-        else
-            text_item(file, path, item, color);
     }
-    flush();
+    text_summed(path, summed);
     if (const char *words = output_words(script.output); words != nullptr)
-        put(file, fmt::format("{}: output {}: {}\n", shown(script.output_path),
-                              output_state_words[script.output], words));
+        put(fmt::format("{}: output {}: {}\n", shown(script.output_path), output_state_words[script.output],
+                        words));
 }
 
-static void text_kinds(FILE *file, const report_totals &totals)
+static void text_kinds(const report_totals &totals)
 {
     for (int kind = 0; kind < item_kind_count; kind++)
         if (totals.by_kind[kind] > 0)
-            put(file, fmt::format("{:>8}  {:<8}  {}\n", totals.by_kind[kind], kind_table[kind].word,
-                                  kind_table[kind].title));
-    put(file, "\n");
+            put(fmt::format("{:>8}  {:<8}  {}\n", totals.by_kind[kind], kind_table[kind].word,
+                            kind_table[kind].title));
+    put("\n");
     for (const auto &command : totals.by_command)
-        put(file, fmt::format("{:>8}  {}\n", command.second, command.first));
-    put(file, "\n");
+        put(fmt::format("{:>8}  {}\n", command.second, command.first));
+    put("\n");
 }
 
 // Tips are the two kinds that have one.
-void text_totals(FILE *file, const report_totals &totals)
+static void text_end(FILE *, const report_totals &totals)
 {
     if (totals.by_command.size() > 0) {
-        put(file, "\n");
-        text_kinds(file, totals);
+        put("\n");
+        text_kinds(totals);
     }
     for (const auto &[form, count] : totals.by_form)
-        put(file, fmt::format("form: {}, in {} {} (--all lists them)\n", form, count,
-                              count == 1 ? "line" : "lines"));
+        put(fmt::format("form: {}, in {} {} (--all lists them)\n", form, count,
+                        count == 1 ? "line" : "lines"));
     std::string line = fmt::format("{} {}:", totals.scripts, totals.scripts == 1 ? "script" : "scripts");
     auto add = [&line](uint64_t count, const char *word) {
         if (count > 0)
@@ -151,5 +144,7 @@ void text_totals(FILE *file, const report_totals &totals)
     if (none > 0)
         line += fmt::format(", {} not converted yet", none == 1 ? "1 is" : fmt::format("{} are", none));
     line += "\n";
-    put(file, line);
+    put(line);
 }
+
+const report_writer text_writer = {text_start, text_script, text_end};

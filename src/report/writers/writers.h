@@ -8,31 +8,15 @@
 
 #include <string>
 
-// ---- Text: for people and their editors ----
+struct report_writer {
+    // folder_key tells the folders of the run apart from others in what the browser remembers.
+    void (*start)(FILE *file, const report_options &options, const std::string &folder_key);
+    void (*script)(FILE *file, const script_report &script, const script_bodies &bodies);
+    void (*end)(FILE *file, const report_totals &totals);
+};
 
-void text_script(FILE *file, const script_report &script, const report_options &options, bool color);
-void text_totals(FILE *file, const report_totals &totals);
-
-// ---- CSV: one item a row ----
-
-void csv_start(FILE *file);
-void csv_script(FILE *file, const script_report &script);
-
-// ---- JSON: docs/report.schema.json has its form ----
-
-void json_start(FILE *file);
-void json_script(FILE *file, const script_report &script, bool first);
-void json_end(FILE *file, const report_totals &totals);
-
-// ---- SARIF 2.1.0: for code scanners ----
-
-void sarif_start(FILE *file);
-void sarif_script(FILE *file, const script_report &script);
-void sarif_end(FILE *file);
-
-// ---- The page: one file for a browser ----
-
-// folder_key tells the folders of the run apart from others in what the browser remembers.
-void page_start(FILE *file, const std::string &folder_key);
-void page_script(FILE *file, const script_report &script, const script_bodies &bodies);
-void page_end(FILE *file, const report_totals &totals);
+extern const report_writer text_writer;  // for people and their editors
+extern const report_writer csv_writer;   // one item a row
+extern const report_writer json_writer;  // docs/report.schema.json has its form
+extern const report_writer page_writer;  // one file for a browser; the only one that needs bodies
+extern const report_writer sarif_writer; // SARIF 2.1.0, for code scanners
