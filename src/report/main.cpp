@@ -19,15 +19,9 @@ constexpr const char *description =
 constexpr const char *statuses =
     "Exit status: 0 nothing left, 1 something is left or an output isn't up to date, 2 trouble.";
 
-// What the parser of the command line fills in, and what it can't check by itself.
-struct command_line {
-    report_options options;
-    std::vector<std::string> kinds;
-};
-
-static void define_options(CLI::App *app, command_line *line)
+static void define_options(CLI::App *app, report_options *asked)
 {
-    report_options &options = line->options;
+    report_options &options = *asked;
     std::vector<std::string> words;
     for (const kind_row &row : kind_table)
         words.emplace_back(row.word);
@@ -45,7 +39,11 @@ static void define_options(CLI::App *app, command_line *line)
     app->add_flag("--quiet", options.quiet, "no text on standard output");
     app->add_flag("--summary", options.summary, "leave the items out of the text");
     app->add_flag("--all", options.all, "list the items that the text sums up");
-    app->add_option("--kind", line->kinds, "only items of these kinds")
+    auto take_kinds = [asked](const std::vector<std::string> &kinds) {
+        for (const std::string &kind : kinds)
+            asked->kinds.set(static_cast<size_t>(kind_find(kind)));
+    };
+    app->add_option_function<std::vector<std::string>>("--kind", take_kinds, "only items of these kinds")
         ->delimiter(',')
         ->allow_extra_args(false)
         ->check(CLI::IsMember(words))
@@ -68,40 +66,38 @@ static void define_options(CLI::App *app, command_line *line)
 }
 
 // True if --accept says which items are meant.
-static bool accept_is_narrow(const command_line &line)
+static bool accept_is_narrow(const report_options &options)
 {
-    const std::vector<std::string> &paths = line.options.paths;
+    const std::vector<std::string> &paths = options.paths;
     auto has_line = [](const std::string &path) {
         size_t colon = path.rfind(':');
         return colon != std::string::npos && colon + 1 < path.size() &&
                path.find_first_not_of("0123456789", colon + 1) == std::string::npos;
     };
     bool lines = !paths.empty() && std::all_of(paths.begin(), paths.end(), has_line);
-    return !line.kinds.empty() || !line.options.commands.empty() || lines;
+    return options.kinds.any() || !options.commands.empty() || lines;
 }
 
-static bool settle(command_line *line)
+static bool settle(report_options *asked)
 {
-    report_options &options = line->options;
-    for (const std::string &kind : line->kinds)
-        options.kinds.set(static_cast<size_t>(kind_find(kind)));
-    if (line->kinds.empty())
-        options.kinds.set();
-    options.filtered = (!line->kinds.empty() || !options.commands.empty()) && !options.accept;
-    for (std::string &command : options.commands)
-        command = text_upper(command);
+    report_options &options = *asked;
     const char *fault = nullptr;
     if (options.paths.empty())
         fault = "a path is missing";
     else if ((options.csv == "-") + (options.json == "-") + (options.html == "-") + (options.sarif == "-") >
              1)
         fault = "only one of --csv, --json, --html and --sarif can go to standard output";
-    else if (options.accept && !accept_is_narrow(*line))
+    else if (options.accept && !accept_is_narrow(options))
         fault = "--accept needs --kind, --command or FILE:LINE";
     else if (options.convert && options.adopt)
         fault = "--convert and --adopt exclude each other";
     if (fault != nullptr)
         report_trouble(std::string(fault) + " (murlreport --help lists the options)");
+    options.filtered = (options.kinds.any() || !options.commands.empty()) && !options.accept;
+    if (options.kinds.none())
+        options.kinds.set();
+    for (std::string &command : options.commands)
+        command = text_upper(command);
     return fault == nullptr;
 }
 
@@ -119,8 +115,8 @@ static int run(int argc, char **argv, bool desktop)
 {
     CLI::App app(description, "murlreport");
     app.allow_windows_style_options(false); // a path may begin with a slash there too
-    command_line line;
-    define_options(&app, &line);
+    report_options options;
+    define_options(&app, &options);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success &success) {
@@ -129,13 +125,13 @@ static int run(int argc, char **argv, bool desktop)
         report_trouble(std::string(error.what()) + " (murlreport --help lists the options)");
         return REPORT_TROUBLE;
     }
-    if (line.options.paths == std::vector<std::string>{"/?"}) {
+    if (options.paths == std::vector<std::string>{"/?"}) {
         fputs(app.help().c_str(), stdout);
         return REPORT_DONE;
     }
-    if (desktop && !take_desktop(&line.options))
+    if (desktop && !take_desktop(&options))
         return REPORT_DONE;
-    return settle(&line) ? report_run(std::move(line.options)) : REPORT_TROUBLE;
+    return settle(&options) ? report_run(std::move(options)) : REPORT_TROUBLE;
 }
 
 static int run_guarded(int argc, char **argv, bool desktop)

@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <map>
+#include <optional>
 #include <set>
 #include <unordered_map>
 
@@ -22,8 +23,7 @@ struct folder_run {
     folder_memory memory;
     accepted_rows accepted;
     std::set<std::string> scripts; // that were looked at
-    bool writable = true;          // it can be written to, as far as that was tried
-    bool tried = false;
+    std::optional<bool> writable;  // once that was tried
 };
 
 struct report_state {
@@ -31,9 +31,7 @@ struct report_state {
     report_outputs outputs;
     report_totals totals;
     std::unordered_map<std::string, uint64_t> commands;
-    std::map<std::string, uint64_t> forms;
-    std::map<std::string, folder_run> folders;        // by identity
-    std::map<std::string, folder_run *> folder_names; // the same by the paths that scripts come with
+    std::map<std::string, folder_run> folders; // by identity
     rules_run_state carried{};
     accepted_rows ticks; // of --accept-from
 };
@@ -55,7 +53,7 @@ static void totals_add(report_state *state, const script_report &report, bool co
         state->commands[item.command]++;
         open += is_open(item) ? 1 : 0;
         if (item.kind == ITEM_FORM && is_open(item))
-            state->forms[item.command + ": " + item.detail.substr(0, item.detail.find(": "))]++;
+            totals.by_form[item.command + ": " + item.detail.substr(0, item.detail.find(": "))]++;
     }
     totals.scripts++;
     totals.statements += report.statements;
@@ -72,7 +70,6 @@ static void totals_settle(report_state *state)
     std::sort(commands.begin(), commands.end(), [](const auto &a, const auto &b) {
         return a.second != b.second ? a.second > b.second : a.first < b.first;
     });
-    state->totals.by_form.assign(state->forms.begin(), state->forms.end());
     state->totals.filtered = state->options->filtered;
 }
 
@@ -81,11 +78,8 @@ static void totals_settle(report_state *state)
 static folder_run *folder_of(report_state *state, const std::string &path)
 {
     std::string folder = path_folder(path);
-    folder_run *&known = state->folder_names[folder];
-    if (known != nullptr)
-        return known;
     auto [entry, is_new] = state->folders.emplace(file_identity(folder.empty() ? "." : folder), folder_run{});
-    known = &entry->second;
+    folder_run *known = &entry->second;
     if (is_new) {
         known->memory = memory_load(folder);
         known->accepted = accepted_load(known->memory);
@@ -96,26 +90,19 @@ static folder_run *folder_of(report_state *state, const std::string &path)
 // Tries once whether a folder's memory can be written to.
 static bool can_write(folder_run *folder)
 {
-    if (!folder->tried)
+    if (!folder->writable)
         folder->writable = memory_prepare(folder->memory);
-    folder->tried = true;
-    return folder->writable;
+    return *folder->writable;
 }
 
-// What --accept selects: open items of the kinds and commands that were named, or of the lines.
-struct accept_choice {
-    const report_options *options;
-    const script_path *script;
-};
-
-static bool is_accepted_now(const report_item &item, const void *context)
+// What --accept selects: items of the kinds and commands that were named, or of the lines.
+static bool is_named(const report_options &options, const std::vector<uint32_t> &lines,
+                     const report_item &item)
 {
-    const auto &choice = *static_cast<const accept_choice *>(context);
-    const std::vector<uint32_t> &lines = choice.script->lines;
     bool grave = item.kind <= ITEM_GUARDED;
-    bool named = lines.empty() || std::find(lines.begin(), lines.end(), item.line) != lines.end();
-    bool kind_named = choice.options->kinds.count() < item_kind_count;
-    return item.kind != ITEM_DROPPED && named && is_selected(*choice.options, item) && (!grave || kind_named);
+    bool line_named = lines.empty() || std::find(lines.begin(), lines.end(), item.line) != lines.end();
+    bool kind_named = options.kinds.count() < item_kind_count;
+    return item.kind != ITEM_DROPPED && line_named && is_selected(options, item) && (!grave || kind_named);
 }
 
 static bool has_accepted(const script_report &report, uint32_t line)
@@ -131,9 +118,9 @@ static void accept_items(report_state *state, const script_path &script, folder_
     uint64_t added = 0;
     if (!options.accept_from.empty())
         added += accepted_add_ticked(&folder->accepted, &state->ticks, &run->report);
-    accept_choice choice{&options, &script};
+    auto chosen = [&](const report_item &item) { return is_named(options, script.lines, item); };
     if (options.accept)
-        added += accepted_add(&folder->accepted, &run->report, is_accepted_now, &choice, options.reason);
+        added += accepted_add(&folder->accepted, &run->report, chosen, options.reason);
     for (uint32_t line : script.lines)
         if (!has_accepted(run->report, line))
             report_note(

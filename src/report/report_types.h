@@ -6,6 +6,7 @@
 #include <stdint.h>
 
 #include <bitset>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -44,7 +45,7 @@ struct report_totals {
     uint64_t by_output[output_state_count]{};
     kind_counts by_kind{};
     std::vector<std::pair<std::string, uint64_t>> by_command; // most first
-    std::vector<std::pair<std::string, uint64_t>> by_form;    // COMMAND: reason, of the kind form
+    std::map<std::string, uint64_t> by_form;                  // COMMAND: reason, of the kind form
     bool filtered = false;
 };
 

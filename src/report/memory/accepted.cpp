@@ -8,7 +8,6 @@
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <charconv>
 #include <utility>
 #include <vector>
 
@@ -44,25 +43,14 @@ std::string accepted_row_shown(const std::string &row)
     return fmt::format("{} {}: {}", shown(fields[1]), shown(fields[2]), shown(fields[4]));
 }
 
-static uint64_t number_of(const std::string &text)
-{
-    uint64_t number = 0;
-    std::from_chars(text.data(), text.data() + text.size(), number);
-    return number;
-}
-
 bool accepted_read(const std::string &path, accepted_rows *rows)
 {
     std::string text;
-    if (!file_read(path, &text)) {
-        report_trouble("can't read " + shown(path) + ": " + file_fault());
+    if (!memory_read(path, &text))
         return false;
-    }
     std::vector<csv_row> table = csv_rows(text);
-    if (has_conflict_markers(text) || table.empty() || table[0] != accepted_head()) {
-        report_trouble(shown(path) + " isn't used: " +
-                       (has_conflict_markers(text) ? "it has conflict markers; resolve them"
-                                                   : "its first line isn't that of an accepted.csv"));
+    if (table.empty() || table[0] != accepted_head()) {
+        report_trouble(shown(path) + " isn't used: its first line isn't that of an accepted.csv");
         return false;
     }
     for (size_t i = 1; i < table.size(); i++) {
@@ -74,7 +62,7 @@ bool accepted_read(const std::string &path, accepted_rows *rows)
         }
         csv_row key(table[i].begin(), table[i].begin() + row_columns);
         accepted_count &count = rows->rows[csv_text(key)];
-        count.count += number_of(table[i][row_columns]);
+        count.count += csv_number<uint64_t>(table[i][row_columns]);
         count.reason = std::move(table[i][row_columns + 1]);
         rows->changed = true;
     }
@@ -121,11 +109,10 @@ uint64_t accepted_apply(accepted_rows *rows, script_report *report)
 }
 
 uint64_t accepted_add(accepted_rows *rows, script_report *report,
-                      bool (*chosen)(const report_item &, const void *), const void *context,
-                      const std::string &reason)
+                      const std::function<bool(const report_item &)> &chosen, const std::string &reason)
 {
     for (auto &[row, items] : items_by_row(report)) {
-        auto is_chosen = [&](const report_item *item) { return is_open(*item) && chosen(*item, context); };
+        auto is_chosen = [&](const report_item *item) { return is_open(*item) && chosen(*item); };
         if (std::none_of(items.begin(), items.end(), is_chosen))
             continue;
         rows->rows[row] = {items.size(), 0, reason};

@@ -10,6 +10,7 @@
 
 #include <stdint.h>
 
+#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
@@ -50,8 +51,7 @@ uint64_t accepted_apply(accepted_rows *rows, script_report *report);
 // Adds rows for the items that are chosen and open, and accepts them, and with each what can't be told from
 // it. Returns how many there were.
 uint64_t accepted_add(accepted_rows *rows, script_report *report,
-                      bool (*chosen)(const report_item &, const void *), const void *context,
-                      const std::string &reason);
+                      const std::function<bool(const report_item &)> &chosen, const std::string &reason);
 
 // The same for the items whose rows are in a file of ticks, as many as each says.
 uint64_t accepted_add_ticked(accepted_rows *rows, accepted_rows *ticks, script_report *report);

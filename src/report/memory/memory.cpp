@@ -9,7 +9,6 @@
 
 #include <string.h>
 
-#include <charconv>
 #include <set>
 #include <utility>
 #include <vector>
@@ -46,26 +45,14 @@ std::string script_hash_of(std::string_view bytes)
     return fmt::format("{:016x}", hash);
 }
 
-bool has_conflict_markers(std::string_view text)
+// True if a text has the lines that version control writes around a conflict.
+static bool has_conflict_markers(const std::string &text)
 {
-    auto begins_line = [text](std::string_view marker) {
-        size_t at = text.find(marker);
-        while (at != std::string_view::npos && at > 0 && text[at - 1] != '\n')
-            at = text.find(marker, at + 1);
-        return at != std::string_view::npos;
-    };
-    return begins_line("<<<<<<< ") && begins_line(">>>>>>> ");
+    std::string lines = "\n" + text;
+    return lines.find("\n<<<<<<< ") != std::string::npos && lines.find("\n>>>>>>> ") != std::string::npos;
 }
 
-static int32_t number_of(const std::string &text)
-{
-    int32_t number = 0;
-    std::from_chars(text.data(), text.data() + text.size(), number);
-    return number;
-}
-
-// Reads a file of a memory. False, and reported, if it can't be used.
-static bool read_part(const std::string &path, std::string *text)
+bool memory_read(const std::string &path, std::string *text)
 {
     bool read = file_read(path, text);
     if (read && !has_conflict_markers(*text))
@@ -82,10 +69,11 @@ static void read_written(folder_memory *memory)
     std::string text;
     if (file_kind_of(path, true) == FILE_NONE)
         return;
-    memory->refused = !read_part(path, &text);
+    memory->refused = !memory_read(path, &text);
     for (csv_row &row : csv_rows(text))
         if (row.size() == written_head().size() && row != written_head())
-            memory->written[row[0]] = {row[1], row[2], {number_of(row[3]), number_of(row[4])}};
+            memory->written[row[0]] = {
+                row[1], row[2], {csv_number<int32_t>(row[3]), csv_number<int32_t>(row[4])}};
 }
 
 folder_memory memory_load(const std::string &folder)
@@ -107,7 +95,7 @@ std::optional<std::string> memory_last(const folder_memory &memory, const std::s
     std::string text;
     if (memory.refused || file_kind_of(path, false) != FILE_REGULAR)
         return {};
-    if (!read_part(path, &text))
+    if (!memory_read(path, &text))
         return {};
     return text;
 }

@@ -34,6 +34,10 @@ struct folder_memory {
 // Reads the memory of a folder of scripts. What can't be used is reported.
 folder_memory memory_load(const std::string &folder);
 
+// Reads a file of a memory. False, and reported, if it can't be read, or if version control has left conflict
+// markers in it.
+bool memory_read(const std::string &path, std::string *text);
+
 // The path of a file of the memory.
 std::string memory_path(const folder_memory &memory, const std::string &name);
 
@@ -69,6 +73,3 @@ void memory_prune(folder_memory *memory);
 
 // The hash of a script's bytes, as written.csv has it.
 std::string script_hash_of(std::string_view bytes);
-
-// True if a text has the lines that version control writes around a conflict.
-bool has_conflict_markers(std::string_view text);
