@@ -1,6 +1,7 @@
 #include "report/messages.h"
 
 #include "report/files.h"
+#include "report/show.h"
 
 #include <fmt/core.h>
 
@@ -39,6 +40,12 @@ void report_trouble(const std::string &line)
 {
     report_note(line);
     in_trouble = true;
+}
+
+bool report_failed(const char *act, const std::string &path)
+{
+    report_trouble(fmt::format("can't {} {}: {}", act, shown(path), file_fault()));
+    return false;
 }
 
 bool report_in_trouble()

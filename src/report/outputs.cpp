@@ -90,7 +90,7 @@ static bool output_open(report_output *output)
         output->temporary = file_beside(path_real(path), ".part");
     output->file = file_open(output->temporary.empty() ? path : output->temporary);
     if (output->file == nullptr)
-        report_trouble("can't write " + shown(path) + ": " + file_fault());
+        report_failed("write", path);
     else if (!output->temporary.empty())
         file_take_mode(output->temporary, path);
     return output->file != nullptr;

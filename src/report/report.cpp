@@ -1,10 +1,10 @@
 #include "report/report.h"
 
+#include "report/desktop.h"
 #include "report/files.h"
 #include "report/memory/edits.h"
 #include "report/memory/renew.h"
 #include "report/messages.h"
-#include "report/open_page.h"
 #include "report/outputs.h"
 #include "report/script_run.h"
 #include "report/show.h"
@@ -127,8 +127,7 @@ static void accept_items(report_state *state, const script_path &script, folder_
                 fmt::format("nothing is accepted in {}:{}: no item that can be, without its kind named",
                             shown(run->report.path), line));
     if (added > 0)
-        report_note(fmt::format("accepted {} of {}", added == 1 ? "1 item" : fmt::format("{} items", added),
-                                shown(run->report.path)));
+        report_note(fmt::format("accepted {} of {}", counted(added, "item"), shown(run->report.path)));
 }
 
 // Gravest first, then by line.

@@ -109,6 +109,11 @@ std::string text_cut(std::string_view text, size_t size)
     return std::string(text_begin(line, size)) + (line.size() <= size ? "" : "...");
 }
 
+std::string counted(uint64_t count, const char *thing)
+{
+    return fmt::format("{} {}{}", count, thing, count == 1 ? "" : "s");
+}
+
 std::string text_upper(std::string text)
 {
     for (char &c : text)

@@ -1,6 +1,8 @@
 // Showing texts of scripts: whatever bytes they hold, what is shown is harmless and legal UTF-8.
 #pragma once
 
+#include <stdint.h>
+
 #include <string>
 #include <string_view>
 
@@ -22,6 +24,9 @@ std::string_view text_begin(std::string_view text, size_t size);
 
 // The first characters of a text up to a line end, at most size of them.
 std::string text_cut(std::string_view text, size_t size);
+
+// A number of things: "1 line", "2 lines".
+std::string counted(uint64_t count, const char *thing);
 
 // A text in capitals, as far as ASCII goes.
 std::string text_upper(std::string text);

@@ -1,5 +1,5 @@
 // What the page holds as data, and the file from which a browser shows it.
-#include "report/open_page.h"
+#include "report/desktop.h"
 #include "report/writers/writers.h"
 
 #include "common/run.h"

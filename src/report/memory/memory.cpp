@@ -54,11 +54,12 @@ static bool has_conflict_markers(const std::string &text)
 
 bool memory_read(const std::string &path, std::string *text)
 {
-    bool read = file_read(path, text);
-    if (read && !has_conflict_markers(*text))
+    if (!file_read(path, text))
+        report_failed("read", path);
+    else if (has_conflict_markers(*text))
+        report_trouble(shown(path) + " has conflict markers and isn't used; resolve them");
+    else
         return true;
-    report_trouble(read ? shown(path) + " has conflict markers and isn't used; resolve them"
-                        : "can't read " + shown(path) + ": " + file_fault());
     text->clear();
     return false;
 }
@@ -130,11 +131,11 @@ bool memory_prepare(const folder_memory &memory)
 bool memory_write(const folder_memory &memory, const std::string &name, std::string_view text)
 {
     std::string path = memory_path(memory, name);
-    bool is_link = file_kind_of(path, false) == FILE_LINK;
-    if (!is_link && file_replace(path, text, ""))
-        return true;
-    report_trouble("can't write " + shown(path) + ": " + (is_link ? "it is a link" : file_fault()));
-    return false;
+    if (file_kind_of(path, false) == FILE_LINK) {
+        report_trouble("can't write " + shown(path) + ": it is a link");
+        return false;
+    }
+    return file_replace(path, text, "") || report_failed("write", path);
 }
 
 bool memory_remember(folder_memory *memory, const std::string &output, std::string_view text, written_row row)
@@ -191,7 +192,7 @@ void memory_prune(folder_memory *memory)
         memory->changed |= memory->written.erase(output) > 0;
         for (const char *ending : {last_ending, new_ending})
             if (std::string path = memory_path(*memory, output + ending); !file_remove(path))
-                report_trouble("can't remove " + shown(path) + ": " + file_fault());
+                report_failed("remove", path);
         report_note("forgot " + shown(path_join(memory->folder, output)) + ", whose script is gone");
     }
 }

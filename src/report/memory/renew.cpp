@@ -43,12 +43,10 @@ static bool keep_copy(const script_run &run)
     if (!run.there || (run.last && *run.there == *run.last))
         return true;
     std::string path = file_beside(run.report.output_path, ".bak");
-    if (file_replace(path, *run.there, run.report.output_path)) {
-        report_note(fmt::format("kept what was there as {}", shown(path)));
-        return true;
-    }
-    report_trouble("can't write " + shown(path) + ": " + file_fault());
-    return false;
+    if (!file_replace(path, *run.there, run.report.output_path))
+        return report_failed("write", path);
+    report_note("kept what was there as " + shown(path));
+    return true;
 }
 
 static bool remember(script_run *run, folder_memory *memory)
@@ -67,10 +65,8 @@ static bool write_output(script_run *run, folder_memory *memory, std::string tex
 {
     if (!keep_copy(*run))
         return false;
-    if (!file_replace(run->report.output_path, text, "")) {
-        report_trouble("can't write " + shown(run->report.output_path) + ": " + file_fault());
-        return false;
-    }
+    if (!file_replace(run->report.output_path, text, ""))
+        return report_failed("write", run->report.output_path);
     run->there = std::move(text);
     run->report.output_older = false;
     return remember(run, memory);
@@ -107,9 +103,7 @@ static void merge_output(script_run *run, folder_memory *memory)
             report_note(
                 fmt::format("{}:{}: kept your edit{}", path, block.line, lines_shown(block.mine, "  ")));
         if (write_output(run, memory, std::move(merged.text)))
-            report_note(fmt::format("merged {} into {}",
-                                    merged.taken == 1 ? "1 change" : fmt::format("{} changes", merged.taken),
-                                    path));
+            report_note(fmt::format("merged {} into {}", counted(merged.taken, "change"), path));
         return;
     }
     run->conflict = true;
@@ -169,11 +163,6 @@ struct adopt_difference {
     size_t lines = 0;
 };
 
-static std::string lines_counted(size_t lines)
-{
-    return lines == 1 ? "1 line" : fmt::format("{} lines", lines);
-}
-
 static adopt_difference difference_of(const script_run &run)
 {
     adopt_difference difference;
@@ -201,7 +190,7 @@ void output_adopt(script_run *run, folder_memory *memory, bool force)
         refusal = "it is older than its script";
     else if (difference.at_end > 0)
         refusal =
-            fmt::format("it lacks {} of what is written now at its end", lines_counted(difference.at_end));
+            fmt::format("it lacks {} of what is written now at its end", counted(difference.at_end, "line"));
     if (!refusal.empty() && !force) {
         report_trouble(fmt::format("{} isn't adopted: {} (--force overrides)", path, refusal));
         return;
@@ -209,6 +198,6 @@ void output_adopt(script_run *run, folder_memory *memory, bool force)
     if (!remember(run, memory))
         return;
     report_note(fmt::format("adopted {}, of which {} differ from what is written now", path,
-                            lines_counted(difference.lines)));
+                            counted(difference.lines, "line")));
     script_compare(run);
 }

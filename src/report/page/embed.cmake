@@ -26,7 +26,7 @@ function(add_literal name text)
   set(code "${code}\nconst char ${name}[] =\n    \"${text}\";\n" PARENT_SCOPE)
 endfunction()
 
-set(code "// Made by src/report/page/embed.cmake.\n#include \"report/writers/page_parts.h\"\n")
+set(code "// Made by src/report/page/embed.cmake.\n#include \"report/writers/guide.h\"\n")
 set(JS "\n")
 math(EXPR last "${CMAKE_ARGC} - 1")
 foreach(i RANGE 5 ${last})

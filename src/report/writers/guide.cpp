@@ -1,5 +1,6 @@
 #include "report/writers/guide.h"
 
+#include "report/item.h"
 #include "report/show.h"
 
 #include <algorithm>
@@ -10,11 +11,13 @@ static size_t section_end(std::string_view text)
     return std::min({text.find("\n## "), text.find("\n### "), text.find("\n<a id="), text.size()});
 }
 
-std::map<std::string, std::string> guide_sections(std::string_view guide, std::string_view level,
-                                                  const std::set<std::string> &wanted)
+// The texts under a guide's headings of a level ("## "), by heading, of those that are wanted. A heading may
+// name several things, with commas.
+static std::map<std::string, std::string> guide_sections(std::string_view guide, const std::string &level,
+                                                         const std::set<std::string> &wanted)
 {
     std::map<std::string, std::string> sections;
-    std::string start = "\n" + std::string(level);
+    std::string start = "\n" + level;
     for (size_t at = guide.find(start); at != std::string_view::npos; at = guide.find(start)) {
         guide.remove_prefix(at + start.size());
         size_t title_end = std::min(guide.find('\n'), guide.size());
@@ -29,4 +32,17 @@ std::map<std::string, std::string> guide_sections(std::string_view guide, std::s
         }
     }
     return sections;
+}
+
+std::map<std::string, std::string> guide_kinds()
+{
+    std::set<std::string> words;
+    for (const kind_row &row : kind_table)
+        words.insert(row.word);
+    return guide_sections(finishing_md, "## ", words);
+}
+
+std::map<std::string, std::string> guide_commands(const std::set<std::string> &wanted)
+{
+    return guide_sections(commands_md, "### ", wanted);
 }

@@ -1,12 +1,16 @@
-// The guides of docs, by section.
+// The texts that are built into the program: the page, and the guides of docs by section.
 #pragma once
 
 #include <map>
 #include <set>
 #include <string>
-#include <string_view>
 
-// The texts under a guide's headings of a level ("## "), by heading, of those that are wanted. A heading may
-// name several things, with commas.
-std::map<std::string, std::string> guide_sections(std::string_view guide, std::string_view level,
-                                                  const std::set<std::string> &wanted);
+extern const char page_html[]; // src/report/page: the whole page but for its data
+extern const char commands_md[];
+extern const char finishing_md[];
+
+// The guide of what to do about items, by the kinds' words.
+std::map<std::string, std::string> guide_kinds();
+
+// The guide of the commands, by name, of those that are wanted.
+std::map<std::string, std::string> guide_commands(const std::set<std::string> &wanted);

@@ -6,7 +6,6 @@
 #include "report/show.h"
 #include "report/writers/guide.h"
 #include "report/writers/json_text.h"
-#include "report/writers/page_parts.h"
 #include "report/writers/writers.h"
 
 #include <fmt/core.h>
@@ -173,22 +172,19 @@ static void page_script(FILE *file, const script_report &script, const script_bo
 static void page_end(FILE *file, const report_totals &totals)
 {
     json kinds = json::array();
-    std::set<std::string> words;
-    for (const kind_row &row : kind_table) {
+    for (const kind_row &row : kind_table)
         kinds.push_back({{"word", row.word},
                          {"label", row.label},
                          {"title", row.title},
                          {"to_do", row.to_do},
                          {"mend", row.mend_in_script}});
-        words.insert(row.word);
-    }
     put_data(file, "report",
              {{"folder", page_folder},
               {"header", accepted_header()},
               {"statements", totals.statements},
               {"kinds", std::move(kinds)},
-              {"commands", guide_sections(commands_md, "### ", commands_used)},
-              {"guide", guide_sections(finishing_md, "## ", words)}});
+              {"commands", guide_commands(commands_used)},
+              {"guide", guide_kinds()}});
     commands_used.clear();
     std::string_view page = page_html;
     put(file, page.substr(page.find(data_mark) + data_mark.size()));

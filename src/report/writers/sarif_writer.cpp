@@ -5,7 +5,6 @@
 #include "report/show.h"
 #include "report/writers/guide.h"
 #include "report/writers/json_text.h"
-#include "report/writers/page_parts.h"
 #include "report/writers/writers.h"
 
 #include <fmt/core.h>
@@ -37,10 +36,7 @@ static const char *level_of(item_kind kind)
 static json rules()
 {
     json rules = json::array();
-    std::set<std::string> words;
-    for (const kind_row &row : kind_table)
-        words.insert(row.word);
-    std::map<std::string, std::string> sections = guide_sections(finishing_md, "## ", words);
+    std::map<std::string, std::string> sections = guide_kinds();
     for (int kind = 0; kind < item_kind_count; kind++) {
         const kind_row &row = kind_table[kind];
         std::string whole = fmt::format("{}. {}", row.title, row.to_do);

@@ -123,9 +123,8 @@ static void text_end(FILE *, const report_totals &totals)
         text_kinds(totals);
     }
     for (const auto &[form, count] : totals.by_form)
-        put(fmt::format("form: {}, in {} {} (--all lists them)\n", form, count,
-                        count == 1 ? "line" : "lines"));
-    std::string line = fmt::format("{} {}:", totals.scripts, totals.scripts == 1 ? "script" : "scripts");
+        put(fmt::format("form: {}, in {} (--all lists them)\n", form, counted(count, "line")));
+    std::string line = counted(totals.scripts, "script") + ":";
     auto add = [&line](uint64_t count, const char *word) {
         if (count > 0)
             line += fmt::format("{} {} {}", line.back() == ':' ? "" : ",", count, word);
