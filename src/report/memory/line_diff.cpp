@@ -168,93 +168,77 @@ static void path_find(path_search *search)
     }
 }
 
-// A run of changed lines in front of an unchanged one or of the end of the text; it may have no lines. Both
-// texts have as many runs, as they have as many unchanged lines.
-struct line_run {
-    size_t start, end;
+// The lines of a text that are unchanged: equal lines of the two texts have the same index. Before the first
+// is a -1, behind the last the number of lines. Gap i, between the lines i - 1 and i, has the changed lines.
+struct unchanged_lines {
+    const std::vector<uint32_t> *lines;
+    std::vector<position> at{-1};
+
+    bool is_equal(position a, position b) const
+    {
+        return (*lines)[static_cast<size_t>(a)] == (*lines)[static_cast<size_t>(b)];
+    }
+    position gap_size(size_t gap) const
+    {
+        return at[gap] - at[gap - 1] - 1;
+    }
 };
 
-static void run_grow(const diff_text &text, line_run *run)
+static unchanged_lines unchanged_of(const diff_text &text)
 {
-    while (run->start > 0 && text.changed[run->start - 1])
-        run->start--;
-    while (run->end < text.changed.size() && text.changed[run->end])
-        run->end++;
+    unchanged_lines result{text.lines};
+    for (size_t i = 0; i < text.lines->size(); i++)
+        if (!text.changed[i])
+            result.at.push_back(static_cast<position>(i));
+    result.at.push_back(static_cast<position>(text.lines->size()));
+    return result;
 }
 
-static bool run_next(const diff_text &text, line_run *run)
+// Moves the changed lines of a gap up by one line, if that changes nothing: they are then in the gap before,
+// with those that are there.
+static bool gap_up(unchanged_lines *text, size_t *gap)
 {
-    if (run->end == text.changed.size())
+    std::vector<position> &at = text->at;
+    if (*gap == 1 || !text->is_equal(at[*gap - 1], at[*gap] - 1))
         return false;
-    run->start = run->end = run->end + 1;
-    run_grow(text, run);
+    at[*gap - 1] = at[*gap] - 1;
+    --*gap;
     return true;
 }
 
-static void run_previous(const diff_text &text, line_run *run)
+static bool gap_down(unchanged_lines *text, size_t *gap)
 {
-    if (run->start == 0)
-        return;
-    run->start = run->end = run->start - 1;
-    run_grow(text, run);
-}
-
-// Moves a run up by one line, if that changes nothing. It takes in the run that it comes to.
-static bool run_up(diff_text *text, line_run *run)
-{
-    if (run->start == 0 || (*text->lines)[run->start - 1] != (*text->lines)[run->end - 1])
+    std::vector<position> &at = text->at;
+    if (*gap + 1 == at.size() || !text->is_equal(at[*gap - 1] + 1, at[*gap]))
         return false;
-    text->changed[--run->start] = 1;
-    text->changed[--run->end] = 0;
-    run_grow(*text, run);
+    at[*gap] = at[*gap - 1] + 1;
+    ++*gap;
     return true;
 }
 
-static bool run_down(diff_text *text, line_run *run)
+// Moves the changed lines of all gaps of one text.
+static void gaps_settle(unchanged_lines *text, const unchanged_lines &opposite)
 {
-    if (run->end == text->lines->size() || (*text->lines)[run->start] != (*text->lines)[run->end])
-        return false;
-    text->changed[run->start++] = 0;
-    text->changed[run->end++] = 1;
-    run_grow(*text, run);
-    return true;
-}
-
-// Moves one run, and other, the run opposite it. steps is what may still be spent on moving.
-static void run_settle(diff_text *text, line_run *run, const diff_text &opposite, line_run *other,
-                       size_t *steps)
-{
-    size_t size;
-    bool paired; // on the last way down the run was opposite a change of the other text
-    do {
-        size = run->end - run->start;
-        while (*steps > 0 && run_up(text, run)) {
-            run_previous(opposite, other);
-            --*steps;
-        }
-        paired = other->end > other->start;
-        while (*steps > 0 && run_down(text, run)) {
-            run_next(opposite, other);
-            paired |= other->end > other->start;
-            --*steps;
-        }
-    } while (size != run->end - run->start);
-    while (paired && other->end == other->start && run_up(text, run))
-        run_previous(opposite, other);
-}
-
-static void runs_settle(diff_text *text, const diff_text &opposite)
-{
-    // Periodic texts could have runs move over each other again and again.
+    // Periodic texts could have lines move over each other again and again.
     size_t steps = 64 * text->lines->size() + 1024;
-    line_run run{0, 0}, other{0, 0};
-    run_grow(*text, &run);
-    run_grow(opposite, &other);
-    do {
-        if (run.end > run.start)
-            run_settle(text, &run, opposite, &other, &steps);
-        run_next(opposite, &other);
-    } while (run_next(*text, &run));
+    for (size_t gap = 1; gap < text->at.size(); gap++) {
+        if (text->gap_size(gap) == 0)
+            continue;
+        position size;
+        bool paired; // on the last way down they were opposite a change of the other text
+        do {
+            size = text->gap_size(gap);
+            while (steps > 0 && gap_up(text, &gap))
+                steps--;
+            paired = opposite.gap_size(gap) > 0;
+            while (steps > 0 && gap_down(text, &gap)) {
+                paired |= opposite.gap_size(gap) > 0;
+                steps--;
+            }
+        } while (size != text->gap_size(gap));
+        while (paired && opposite.gap_size(gap) == 0 && gap_up(text, &gap)) {
+        }
+    }
 }
 
 std::vector<line_change> line_diff(const std::vector<uint32_t> &before, const std::vector<uint32_t> &after)
@@ -265,18 +249,15 @@ std::vector<line_change> line_diff(const std::vector<uint32_t> &before, const st
     known_find(&search.before, search.after);
     known_find(&search.after, search.before);
     path_find(&search);
-    runs_settle(&search.before, search.after);
-    runs_settle(&search.after, search.before);
+    unchanged_lines deleted = unchanged_of(search.before), added = unchanged_of(search.after);
+    gaps_settle(&deleted, added);
+    gaps_settle(&added, deleted);
 
     std::vector<line_change> changes;
-    line_run deleted{0, 0}, added{0, 0};
-    run_grow(search.before, &deleted);
-    run_grow(search.after, &added);
-    do {
-        if (deleted.end > deleted.start || added.end > added.start)
+    for (size_t gap = 1; gap < deleted.at.size(); gap++)
+        if (deleted.gap_size(gap) > 0 || added.gap_size(gap) > 0)
             changes.push_back(
-                {deleted.start, deleted.end - deleted.start, added.start, added.end - added.start});
-        run_next(search.after, &added);
-    } while (run_next(search.before, &deleted));
+                {static_cast<size_t>(deleted.at[gap - 1] + 1), static_cast<size_t>(deleted.gap_size(gap)),
+                 static_cast<size_t>(added.at[gap - 1] + 1), static_cast<size_t>(added.gap_size(gap))});
     return changes;
 }
