@@ -12,12 +12,22 @@ using position = ptrdiff_t;
 // Beyond so many changes from either end of a stretch the search takes the best that it has.
 constexpr position changes_max = 256;
 
-// One of the two texts.
+// One of the two texts. Between its unchanged lines are gaps of changed ones: gap i is between the unchanged
+// lines i - 1 and i. Both texts have as many, in the same order.
 struct diff_text {
-    const std::vector<uint32_t> *lines;
-    std::vector<char> changed;   // of each line
-    std::vector<uint32_t> known; // lines that the other text has too; no other can be part of the path
-    std::vector<size_t> known_at;
+    const std::vector<uint32_t> &lines;
+    std::vector<uint32_t> known{}; // lines that the other text has too; no other can be part of the path
+    std::vector<position> known_at{};
+    std::vector<position> at{-1}; // of the unchanged lines; the first is before the text, the last behind it
+
+    bool is_equal(position a, position b) const
+    {
+        return lines[static_cast<size_t>(a)] == lines[static_cast<size_t>(b)];
+    }
+    position gap_size(size_t gap) const
+    {
+        return at[gap] - at[gap - 1] - 1;
+    }
 };
 
 // A stretch of known lines: those of before from x to x_end, those of after from y to y_end.
@@ -45,20 +55,16 @@ static void known_find(diff_text *text, const diff_text &other)
 {
     uint32_t last = 0;
     for (const diff_text *side : {static_cast<const diff_text *>(text), &other})
-        for (uint32_t line : *side->lines)
+        for (uint32_t line : side->lines)
             last = std::max(last, line);
     std::vector<char> in_other(size_t{last} + 1);
-    for (uint32_t line : *other.lines)
+    for (uint32_t line : other.lines)
         in_other[line] = 1;
-    text->changed.assign(text->lines->size(), 1);
-    for (size_t i = 0; i < text->lines->size(); i++) {
-        uint32_t line = (*text->lines)[i];
-        if (!in_other[line])
-            continue;
-        text->changed[i] = 0;
-        text->known.push_back(line);
-        text->known_at.push_back(i);
-    }
+    for (size_t i = 0; i < text->lines.size(); i++)
+        if (in_other[text->lines[i]]) {
+            text->known.push_back(text->lines[i]);
+            text->known_at.push_back(static_cast<position>(i));
+        }
 }
 
 // How many lines are equal in both texts from two positions on, which are counted from an end of the stretch.
@@ -136,14 +142,7 @@ static void split_find(path_search *search, const stretch &where, position *spli
     }
 }
 
-static void mark_changed(path_search *search, const stretch &where)
-{
-    for (position x = where.x; x < where.x_end; x++)
-        search->before.changed[search->before.known_at[static_cast<size_t>(x)]] = 1;
-    for (position y = where.y; y < where.y_end; y++)
-        search->after.changed[search->after.known_at[static_cast<size_t>(y)]] = 1;
-}
-
+// Finds the unchanged lines, from the beginning to the end.
 static void path_find(path_search *search)
 {
     std::vector<stretch> open{{0, static_cast<position>(search->before.known.size()), 0,
@@ -151,52 +150,29 @@ static void path_find(path_search *search)
     while (!open.empty()) {
         stretch where = open.back();
         open.pop_back();
-        position equal = equal_lines(*search, where, false, 0, 0);
-        where.x += equal;
-        where.y += equal;
-        equal = equal_lines(*search, where, true, 0, 0);
+        for (position equal = equal_lines(*search, where, false, 0, 0); equal > 0; equal--) {
+            search->before.at.push_back(search->before.known_at[static_cast<size_t>(where.x++)]);
+            search->after.at.push_back(search->after.known_at[static_cast<size_t>(where.y++)]);
+        }
+        position equal = equal_lines(*search, where, true, 0, 0);
+        if (equal > 0)
+            open.push_back({where.x_end - equal, where.x_end, where.y_end - equal, where.y_end});
         where.x_end -= equal;
         where.y_end -= equal;
-        if (where.x == where.x_end || where.y == where.y_end) {
-            mark_changed(search, where);
+        if (where.x == where.x_end || where.y == where.y_end)
             continue;
-        }
         position x = where.x, y = where.y;
         split_find(search, where, &x, &y);
         open.push_back({x, where.x_end, y, where.y_end});
         open.push_back({where.x, x, where.y, y});
     }
-}
-
-// The lines of a text that are unchanged: equal lines of the two texts have the same index. Before the first
-// is a -1, behind the last the number of lines. Gap i, between the lines i - 1 and i, has the changed lines.
-struct unchanged_lines {
-    const std::vector<uint32_t> *lines;
-    std::vector<position> at{-1};
-
-    bool is_equal(position a, position b) const
-    {
-        return (*lines)[static_cast<size_t>(a)] == (*lines)[static_cast<size_t>(b)];
-    }
-    position gap_size(size_t gap) const
-    {
-        return at[gap] - at[gap - 1] - 1;
-    }
-};
-
-static unchanged_lines unchanged_of(const diff_text &text)
-{
-    unchanged_lines result{text.lines};
-    for (size_t i = 0; i < text.lines->size(); i++)
-        if (!text.changed[i])
-            result.at.push_back(static_cast<position>(i));
-    result.at.push_back(static_cast<position>(text.lines->size()));
-    return result;
+    for (diff_text *text : {&search->before, &search->after})
+        text->at.push_back(static_cast<position>(text->lines.size()));
 }
 
 // Moves the changed lines of a gap up by one line, if that changes nothing: they are then in the gap before,
 // with those that are there.
-static bool gap_up(unchanged_lines *text, size_t *gap)
+static bool gap_up(diff_text *text, size_t *gap)
 {
     std::vector<position> &at = text->at;
     if (*gap == 1 || !text->is_equal(at[*gap - 1], at[*gap] - 1))
@@ -206,7 +182,7 @@ static bool gap_up(unchanged_lines *text, size_t *gap)
     return true;
 }
 
-static bool gap_down(unchanged_lines *text, size_t *gap)
+static bool gap_down(diff_text *text, size_t *gap)
 {
     std::vector<position> &at = text->at;
     if (*gap + 1 == at.size() || !text->is_equal(at[*gap - 1] + 1, at[*gap]))
@@ -217,10 +193,10 @@ static bool gap_down(unchanged_lines *text, size_t *gap)
 }
 
 // Moves the changed lines of all gaps of one text.
-static void gaps_settle(unchanged_lines *text, const unchanged_lines &opposite)
+static void gaps_settle(diff_text *text, const diff_text &opposite)
 {
     // Periodic texts could have lines move over each other again and again.
-    size_t steps = 64 * text->lines->size() + 1024;
+    size_t steps = 64 * text->lines.size() + 1024;
     for (size_t gap = 1; gap < text->at.size(); gap++) {
         if (text->gap_size(gap) == 0)
             continue;
@@ -243,16 +219,13 @@ static void gaps_settle(unchanged_lines *text, const unchanged_lines &opposite)
 
 std::vector<line_change> line_diff(const std::vector<uint32_t> &before, const std::vector<uint32_t> &after)
 {
-    path_search search;
-    search.before.lines = &before;
-    search.after.lines = &after;
+    path_search search{{before}, {after}};
     known_find(&search.before, search.after);
     known_find(&search.after, search.before);
     path_find(&search);
-    unchanged_lines deleted = unchanged_of(search.before), added = unchanged_of(search.after);
-    gaps_settle(&deleted, added);
-    gaps_settle(&added, deleted);
-
+    const diff_text &deleted = search.before, &added = search.after;
+    gaps_settle(&search.before, added);
+    gaps_settle(&search.after, deleted);
     std::vector<line_change> changes;
     for (size_t gap = 1; gap < deleted.at.size(); gap++)
         if (deleted.gap_size(gap) > 0 || added.gap_size(gap) > 0)
