@@ -72,8 +72,6 @@ struct report_item {
     // be gone, of lost those of the arguments, which must be there. None: any change counts.
     std::vector<std::string> own_texts;
     std::vector<size_t> own_items; // of frozen: which item of its line's list each text is; SIZE_MAX: none
-    std::string
-        row; // of accepted.csv in a file of ticks, for the page; in the script's bytes, without a line end
 };
 
 // The state of an item in a word, with a question mark if it is doubtful.

@@ -70,9 +70,8 @@ static bool accept_is_narrow(const report_options &options)
 {
     const std::vector<std::string> &paths = options.paths;
     auto has_line = [](const std::string &path) {
-        size_t colon = path.rfind(':');
-        return colon != std::string::npos && colon + 1 < path.size() &&
-               path.find_first_not_of("0123456789", colon + 1) == std::string::npos;
+        size_t colon = path.find_last_not_of("0123456789");
+        return colon != std::string::npos && colon + 1 < path.size() && path[colon] == ':';
     };
     bool lines = !paths.empty() && std::all_of(paths.begin(), paths.end(), has_line);
     return options.kinds.any() || !options.commands.empty() || lines;

@@ -142,7 +142,7 @@ static void items_settle(const report_options &options, std::vector<report_item>
     std::stable_sort(items->begin(), items->end(), before);
 }
 
-// The texts and rows of the page, for which the run gives up its own.
+// The texts of the page, for which the run gives up its own.
 static script_bodies take_bodies(script_run *run)
 {
     script_bodies bodies;
@@ -153,11 +153,6 @@ static script_bodies take_bodies(script_run *run)
     for (std::string *body : {&bodies.script, &bodies.there, &bodies.written})
         if (body->size() > body_kept)
             body->clear();
-    std::string path = path_text(path_of(run->report.path).lexically_normal());
-    for (report_item &item : run->report.items) {
-        item.row = accepted_row_of(path, item);
-        item.row.pop_back();
-    }
     return bodies;
 }
 

@@ -98,12 +98,12 @@ TEST(page, keeps_bytes_and_escapes_tags)
     script_report script;
     script.path = "</script><b>.mrl";
     script.items = {item_of(ITEM_UNKNOWN, 1, 1, 1)};
-    script.items[0].row = "a,\xE9\xFF<!--,\xC3\xA9";
+    script.items[0].source = "\xE9\xFF<!--\xC3\xA9";
     std::string page = page_of(script, {"<!-- \x01\xE9\n", "", "</SCRIPT>\n", {}});
     EXPECT_EQ(page.find("</script><b>"), std::string::npos);
     EXPECT_EQ(page.find("<!-- \\"), std::string::npos);
     EXPECT_EQ(page.find("</SCRIPT>"), std::string::npos);
-    EXPECT_EQ(data_of(page, "accept")[0], "a,\u00E9\u00FF<!--,\u00C3\u00A9");
+    EXPECT_EQ(data_of(page, "accept")[0], "</script><b>.mrl,unknown,LINE,\u00E9\u00FF<!--\u00C3\u00A9,,,");
     EXPECT_EQ(data_of(page, "body")[0][0][1][0], "<!-- \\x01\u00E9");
     EXPECT_EQ(data_of(page, "report")["folder"], "k3y");
 }

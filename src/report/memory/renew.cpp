@@ -86,28 +86,21 @@ static std::string lines_shown(std::string_view text, const char *start)
     return result;
 }
 
-static void report_conflict(const script_run &run, const merge_result &merged)
-{
-    std::string path = shown(run.report.output_path);
-    for (const merge_block &block : merged.conflicts)
-        report_note(fmt::format("{}:{}: conflict{}{}", path, block.line, lines_shown(block.mine, "  yours: "),
-                                lines_shown(block.fresh, "  now:   ")));
-}
-
 static void merge_output(script_run *run, folder_memory *memory)
 {
     merge_result merged = merge_texts(*run->last, *run->there, run->now);
     std::string path = shown(run->report.output_path);
-    if (merged.conflicts.empty()) {
-        for (const merge_block &block : merged.kept)
-            report_note(
-                fmt::format("{}:{}: kept your edit{}", path, block.line, lines_shown(block.mine, "  ")));
+    for (const merge_block &block : merged.kept)
+        report_note(fmt::format("{}:{}: kept your edit{}", path, block.line, lines_shown(block.mine, "  ")));
+    for (const merge_block &block : merged.conflicts)
+        report_note(fmt::format("{}:{}: conflict{}{}", path, block.line, lines_shown(block.mine, "  yours: "),
+                                lines_shown(block.fresh, "  now:   ")));
+    run->conflict = !merged.conflicts.empty();
+    if (!run->conflict) {
         if (write_output(run, memory, std::move(merged.text)))
             report_note(fmt::format("merged {} into {}", counted(merged.taken, "change"), path));
         return;
     }
-    run->conflict = true;
-    report_conflict(*run, merged);
     (void)memory_write(*memory, new_name_of(*run), platform_text(run->now));
     report_note(fmt::format(
         "kept {}: your edits and what has changed are in the same lines; bring in what is new from "
@@ -115,22 +108,15 @@ static void merge_output(script_run *run, folder_memory *memory)
         path, shown(memory_path(*memory, new_name_of(*run)))));
 }
 
-// True, and reported, if the output's path is a link that leads to the script.
-static bool leads_to_script(const script_run &run)
-{
-    bool leads = run.there && file_identity(run.report.output_path) == file_identity(run.report.path);
-    if (leads)
-        report_trouble("won't write " + shown(run.report.output_path) + ": it leads to its script");
-    return leads;
-}
-
 void output_renew(script_run *run, folder_memory *memory, bool force)
 {
-    if (leads_to_script(*run))
-        return;
+    std::string path = shown(run->report.output_path);
     if (run->unreadable)
         return;
-    std::string path = shown(run->report.output_path);
+    if (run->there && file_identity(run->report.output_path) == file_identity(run->report.path)) {
+        report_trouble("won't write " + path + ": it leads to its script"); // by a link
+        return;
+    }
     output_state state = run->report.output;
     if (force && state != OUTPUT_SAME)
         state = OUTPUT_OLD;

@@ -1,6 +1,7 @@
 // The page: the parts of src/report/page with the report as data between them, so that it needs nothing but
 // itself. Each script comes with its statements and, apart from them, with the lines that they show, which
 // the page reads when one of them is opened.
+#include "report/files.h"
 #include "report/memory/accepted.h"
 #include "report/memory/text_lines.h"
 #include "report/show.h"
@@ -138,8 +139,17 @@ static json page_body(const page_texts &texts, const report_item &item, uint64_t
                         page_lines(there.from, there_lines), page_lines(item.output_line, written)});
 }
 
+// The row of accepted.csv that a tick saves; the page has bytes as characters.
+static std::string row_of(const std::string &path, const report_item &item)
+{
+    std::string row = accepted_row_of(path, item);
+    row.pop_back(); // the line end
+    return bytes_shown(row);
+}
+
 static void page_script(FILE *file, const script_report &script, const script_bodies &bodies)
 {
+    std::string path = path_text(path_of(script.path).lexically_normal());
     page_texts texts = texts_of(bodies);
     std::map<std::pair<uint32_t, std::string>, std::vector<const report_item *>> rows; // by line and command
     for (const report_item &item : script.items)
@@ -155,7 +165,7 @@ static void page_script(FILE *file, const script_report &script, const script_bo
         json kinds = json::array();
         for (const report_item *item : items) {
             kinds.push_back(json::array({item->kind, item_state_word(*item), item->detail, item->summed}));
-            accepts.push_back(bytes_shown(item->row));
+            accepts.push_back(row_of(path, *item));
         }
         list.push_back(json::array({first.line, last, first.command, first.statement, std::move(kinds)}));
     }
