@@ -70,3 +70,4 @@ sed 's/"startLine":[0-9]*/"startLine":0/' "$work/tree.sarif" >"$work/wrong.sarif
 [ -n "$(find_faults "$work/wrong.sarif")" ] || fail 'the validator of SARIF takes a wrong file'
 faults=$(find_faults "$work/tree.sarif") || fail "the validator of SARIF fails: $(cat "$work/tree.sarif.found")"
 [ -z "$faults" ] || fail "the report is no right SARIF: $faults"
+echo "sarif: $(grep -c '"ruleId"' "$work/tree.sarif") results, no error and no warning"
