@@ -50,7 +50,7 @@ static void page_start(FILE *file, const report_options &, const std::string &fo
 // ---- What a statement has become ----
 
 // Lines from one on. Numbers count from 1.
-struct line_range {
+struct page_range {
     uint64_t from = 0;
     uint64_t count = 0;
 };
@@ -85,7 +85,7 @@ static page_texts texts_of(const script_bodies &bodies)
 }
 
 // The lines of a range that there are.
-static std::vector<std::string_view> lines_in(const text_lines &text, line_range range)
+static std::vector<std::string_view> lines_in(const text_lines &text, page_range range)
 {
     std::vector<std::string_view> lines;
     for (uint64_t line = range.from; line > 0 && line - range.from < range.count && line <= line_count(text);
@@ -96,7 +96,7 @@ static std::vector<std::string_view> lines_in(const text_lines &text, line_range
 
 // What stands for a statement in the output that is there: its own lines, and what is between its
 // neighbours'.
-static line_range there_range(const page_texts &texts, const report_item &item)
+static page_range there_range(const page_texts &texts, const report_item &item)
 {
     size_t count = line_count(texts.written);
     if (item.output_line == 0 || item.output_line > count)
@@ -107,7 +107,7 @@ static line_range there_range(const page_texts &texts, const report_item &item)
     uint64_t from = starts ? texts.there_of[first] : texts.before[first] + 1;
     bool ends = first < end && texts.there_of[end - 1] != 0;
     uint64_t to = ends ? texts.there_of[end - 1] + 1 : texts.after[end];
-    return to <= from ? line_range{} : line_range{from, std::min(to - from, lines_shown)};
+    return to <= from ? page_range{} : page_range{from, std::min(to - from, lines_shown)};
 }
 
 // ---- One script ----
@@ -128,7 +128,7 @@ static json page_lines(uint64_t from, const std::vector<std::string_view> &lines
 static json page_body(const page_texts &texts, const report_item &item, uint64_t last)
 {
     uint64_t from = item.line > context_lines ? item.line - context_lines : 1;
-    line_range there = there_range(texts, item);
+    page_range there = there_range(texts, item);
     std::vector<std::string_view> there_lines = lines_in(texts.there, there);
     std::vector<std::string_view> written =
         lines_in(texts.written, {item.output_line, std::min(item.output_lines, lines_shown)});
