@@ -238,7 +238,7 @@ static std::string tail_text(const form_piece &piece, const texts &names)
     case TAIL_GETCUR_COMMENT:
         return "[" + run_of(names, at, at + 4) + "]" + run_of(names, at + 5, at + 13, ",") + "[, " +
                name_of(names, at + 15) + "]";
-    case TAIL_GETCUR: return "[" + run_of(names, at, at + 4) + "]" + menu_of(names, at + 5) + "[, ]";
+    case TAIL_GETCUR: return "[" + run_of(names, at, at + 4) + "]" + menu_of(names, at + 5);
     case TAIL_SCAN: return " " + name_of(names, at) + "[, " + name_of(names, at + 1) + ", ...]";
     default: return "";
     }
@@ -282,11 +282,11 @@ after. In the old form, what may be left out stands in brackets, and `...` for a
 without a name of its own is called by its position after a letter: `n` a number, `s` a string or a print item, `v` a
 variable, `w` a word, `a` an attribute; `a4..a6` stands for `a4`, `a5`, `a6`. In the new form
 
-- a name stands for the text of that argument, which is copied as typed, an expression as the expression. Of a quoted
-  string the escapes are decoded, so that a `\n` in it becomes a line end; INPUT's format is the exception;
+- a name stands for the text of that argument, which is copied as typed, an expression as the expression. In a quoted
+  string the escapes are decoded, so that a `\n` becomes a line end, except in INPUT's format; backquotes become quotes;
 - a name in parentheses stands for a number or a word that was made of the argument's value;
-- each argument in brackets is written only if there is any, and `[, ]` only if the last argument isn't 0 or empty;
-- of any other argument that was left out the comma stays. Lines may so end in a comma and a blank;
+- each argument in brackets is written only if there is one, and `[, ]` only if the last argument isn't 0;
+- of any other argument that was left out the comma stays, so a line may end in a comma and a blank;
 - the command word is written as it was typed, its case too. New words are in capitals, and so are these, however they
   were typed: )";
 
@@ -299,16 +299,17 @@ The words for what becomes of a command:
 )";
 
 static const char entity_prose[] = R"(
-What an entity command has after its fixed arguments are attributes, moved by their position alone. On a new line the
+The arguments of an entity command that are called `a` are attributes, moved by their position alone. On a new line the
 first one is gone, and the constant 0 has its position; the others follow up to the last one that was given, with a
 comma for each that was left out. With the first one alone the line ends in the 0; with none at all six commas follow
-it. A comment has the first seven attributes in the same way. These have rules of their own: )";
+it. A comment has the first seven attributes, the first one as typed, and with none at all seven commas. These have
+rules of their own: )";
 
 static const char input_prose[] = R"(
 Nine menu strings at most become one string, joined by bars. A gap among them leaves a bar, but two gaps in a row leave
 one bar alone. A comment has the strings with commas alone between them.
 
-An empty item ends the list, and those after it are gone, in these: )";
+An item that was left out ends the list, and those after it are gone, in these: )";
 
 static const char page_foot[] = R"(## System commands
 
