@@ -71,11 +71,14 @@ static void source_name_set(const char *word)
     auto &name = line_directives.source_name;
     const char *base = line_directives.source_name_base;
     size_t size = strlen(word);
+    int length = 0; // of the whole; compilers warn where nobody looks at it
     if (word[0] == '<' && word[size - 1] == '>')
-        (void)snprintf(name, sizeof name, "%.*s", static_cast<int>(size - 2), word + 1);
+        length = snprintf(name, sizeof name, "%.*s", static_cast<int>(size - 2), word + 1);
     else
-        (void)snprintf(name, sizeof name, "%.*s%s", static_cast<int>(base_name(base) - base), base,
-                       base_name(word));
+        length = snprintf(name, sizeof name, "%.*s%s", static_cast<int>(base_name(base) - base), base,
+                          base_name(word));
+    if (length < 0)
+        name[0] = 0;
 }
 
 int32_t line_directive_parse(const char *text)
