@@ -1,6 +1,6 @@
 #!/bin/sh
-# Tries the commands of README.md on a minimal Debian with nothing prepared, and tells how long each takes and how
-# much it installs:
+# Tries the commands of README.md on a minimal Debian with nothing prepared, and prints how long each takes, in
+# seconds of the clock and of CPU time, how many packages it installs and how large all becomes:
 #   tools/check_fresh.sh [SUITE [COMMAND...]]
 # SUITE is bookworm, if none is named, or another release of Debian; COMMANDs are of convert, report, check and all
 # (./check all). Without any, bookworm has all of them, another suite all but the last.
@@ -8,7 +8,7 @@
 # by its proxies and certificates. It is no step of ./check. The exit status is that of the command that failed, or 0.
 #
 # The Debian is a chroot with its own processes and mounts and no display; what of ./check needs more than that is
-# skipped there, and told in its last line.
+# skipped there, and named in its last line.
 set -eu
 script=$(readlink -f -- "$0")
 cd "${script%/*}/.."
@@ -33,6 +33,7 @@ for command in debootstrap unshare chroot; do
         exit 2
     fi
 done
+[ -e "/usr/share/debootstrap/scripts/$suite" ] || refuse "debootstrap knows no $suite"
 if [ "$(id -u)" != 0 ]; then
     tell 'needs root'
     exit 2
@@ -47,6 +48,9 @@ trap 'exit 1' HUP INT TERM
 # the environment says of proxies and of authorities to trust is passed on.
 in_fresh() {
     size_before=$(size)
+    packages_before=$(packages)
+    cpu_seconds
+    cpu_before=$cpu
     start=$(date +%s)
     status=0
     # shellcheck disable=SC2016 # for the shell inside
@@ -55,12 +59,26 @@ in_fresh() {
         ${authorities:+NODE_EXTRA_CA_CERTS="$authorities"} \
         sh -c 'mount -t proc proc /proc && mount -t tmpfs shm /dev/shm && mount -t devpts pts /dev/pts &&
             cd /murlconv && exec "$@"' sh "$@" || status=$?
-    printf '== %s: status %d, %d s, %d MB more\n' "$*" $status $(($(date +%s) - start)) $(($(size) - size_before))
+    seconds=$(($(date +%s) - start))
+    cpu_seconds
+    printf '== %s: status %d, %d s, %d s of CPU time, %d packages, %d MB more\n' "$*" $status $seconds \
+        $((cpu - cpu_before)) $(($(packages) - packages_before)) $(($(size) - size_before))
     [ $status = 0 ] || exit $status
 }
 
+# MB of all that is there, what was built and fetched included.
 size() {
     du -sxm "$fresh" | cut -f 1
+}
+
+packages() {
+    grep -c '^Status: install ok installed' "$fresh/var/lib/dpkg/status"
+}
+
+# Sets cpu to the seconds of CPU time of all that has been run so far.
+cpu_seconds() {
+    times >"$fresh.log"
+    cpu=$(awk 'END { gsub(/[ms]/, " "); print int(60 * $1 + $2 + 60 * $3 + $4 + 0.5) }' "$fresh.log")
 }
 
 # ---- The Debian ----

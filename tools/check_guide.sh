@@ -1,5 +1,5 @@
 #!/bin/sh
-# What docs/finishing.md claims: that its examples are converted as they stand there, and what its searches find.
+# What docs/finishing.md claims: that its examples are converted as shown, and what its searches find.
 #   tools/check_guide.sh MURLCONV MURLREPORT
 # An example is a block that begins with ```mrl before, and behind it a block ```mrl after. A search is an indented
 # command that begins with find.

@@ -1,7 +1,7 @@
 #!/bin/sh
 # ./convert and ./check where they are used: in a checkout with an odd path, reached through a link, moved after a
 # build, by a user without a locale, where nothing can be written, without the packages. And every script of ours
-# prints its usage if it is asked, or told what it doesn't know.
+# prints its usage if it is asked to, or is given what it doesn't know.
 #   tools/check_scripts.sh [quick]     quick: not if they have passed as they are
 set -eu
 cd "$(dirname -- "$(readlink -f -- "$0")")/.."
@@ -176,6 +176,9 @@ check_verdicts() {
         [ "$status $(head -n 1 "$work/out")" = "0 $(sed -n '2s/^# //p' "$script")" ] || fail "$script --help"
         run "$copy/$script" nonsense --nonsense
         [ "$status" = 2 ] || fail "$script --nonsense: $status"
+        for made in nonsense "$copy/nonsense"; do
+            [ ! -e "$made" ] || fail "$script has made $made"
+        done
     done
 
     # Packages that are all there, and a source that isn't as it should be.
@@ -253,4 +256,4 @@ check_moved
 check_failed_build
 check_verdicts
 echo "$sum" >"$passed"
-echo 'scripts: ./convert and ./check work from odd places, and tell what they do'
+echo 'scripts: ./convert and ./check work from odd places, and say what they do'

@@ -1,6 +1,6 @@
 #!/bin/sh
 # The form of the code, and the faults that can be seen without running it: by clang-format, clang-tidy, cppcheck
-# and shellcheck. Exceptions stand with their reasons in .clang-tidy and tools/cppcheck.txt; those of the shell
+# and shellcheck. Exceptions are in .clang-tidy and tools/cppcheck.txt, with their reasons; those of the shell
 # scripts beside the line.
 #   tools/check_style.sh [quick]     quick: without clang-tidy where it has more than ten sources to look at
 set -eu
