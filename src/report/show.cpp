@@ -2,6 +2,8 @@
 
 #include <fmt/core.h>
 
+#include <stdint.h>
+
 #include <algorithm>
 
 // Length of the legal UTF-8 sequence at a place, 0 if there is none; *point is the character.
