@@ -190,8 +190,6 @@ TEST(properties, a_statement_may_be_longer_than_the_window)
               "REM x\n" + gap + "WAIT 1\ny = 1\n\n");
 }
 
-static const std::string nul(1, 0);
-
 // SPLINE looks at its argument before it is read, SPLINE3 doesn't: the same bytes come out of both.
 TEST(properties, a_look_at_a_spline_changes_nothing)
 {

@@ -16,6 +16,9 @@ void write_file(const std::filesystem::path &path, const std::string &bytes);
 // True for a script of the tree. A name that ends in _conv is an output that somebody has made there.
 bool is_script(const std::filesystem::path &path);
 
+// A text of one NUL, to be joined with others.
+inline const std::string nul(1, '\0');
+
 // Text repeated.
 std::string times(size_t count, const std::string &text);
 

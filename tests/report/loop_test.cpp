@@ -12,7 +12,7 @@ namespace fs = std::filesystem;
 using json = nlohmann::json;
 
 // Each line of it leaves an item.
-static const std::string script =
+static const std::string loop_script =
     "REM a\nSETTEXT\nLINDIM 0,0,0,w,5,1,2\nREM b\nCLS\niREDRAW\nCODE \"x\"\nGROUP \"A\",1,0\nEXIT\n";
 
 // ---- States of outputs ----
@@ -35,7 +35,7 @@ TEST_F(report_test, mending_a_script_makes_its_output_old)
 
 TEST_F(report_test, knows_what_became_of_an_output)
 {
-    write("a.mrl", script);
+    write("a.mrl", loop_script);
     EXPECT_EQ(output_state(), "none");
     EXPECT_EQ(run("--convert .").status, 1);
     const std::string was = read("a_conv.mrl");
@@ -74,7 +74,7 @@ TEST_F(report_test, knows_what_became_of_an_output)
 
 TEST_F(report_test, a_report_alone_writes_nothing)
 {
-    write("a.mrl", script);
+    write("a.mrl", loop_script);
     run("--convert .");
     edit("a_conv.mrl", "REM b", "REM mine");
     edit("a.mrl", "REM a", "REM c");
@@ -96,7 +96,7 @@ TEST_F(report_test, a_report_alone_writes_nothing)
 
 TEST_F(report_test, follows_the_edits_of_a_converted_script)
 {
-    write("a.mrl", script);
+    write("a.mrl", loop_script);
     auto wanted = [](const char *settext, const char *lindim, const char *cls) {
         return std::string("2 lost ") + settext + "\n7 lost open\n5 gone " + cls + "\n3 byhand " + lindim +
                "\n8 quiet open\n6 dropped open\n";
@@ -192,7 +192,7 @@ TEST_F(report_test, counts_no_item_as_done_that_is_compared_with_the_wrong_text)
 
 TEST_F(report_test, converts_by_state)
 {
-    write("a.mrl", script);
+    write("a.mrl", loop_script);
     run("--convert .");
     const std::string was = read("a_conv.mrl");
     // cut: written again, and what was there is kept.
@@ -256,7 +256,7 @@ TEST_F(report_test, converts_as_murlconv_does)
 
 TEST_F(report_test, merges_what_was_edited_and_what_has_changed)
 {
-    write("a.mrl", script);
+    write("a.mrl", loop_script);
     run("--convert .");
     const std::string was = read("a_conv.mrl");
     edit("a_conv.mrl", "REM **** WARNING: CLS", "VIEWCLEAR // CLS");
@@ -295,7 +295,7 @@ TEST_F(report_test, merges_what_was_edited_and_what_has_changed)
 
 TEST_F(report_test, adopts_no_output_that_lacks_something)
 {
-    write("a.mrl", script);
+    write("a.mrl", loop_script);
     run("--convert .");
     const std::string was = read("a_conv.mrl");
     fs::remove_all(folder / ".murlreport");
@@ -650,7 +650,7 @@ TEST_F(report_test, writes_sarif)
 // Every object has the members of docs/report.schema.json, all and no others.
 TEST_F(report_test, writes_json_by_its_schema)
 {
-    write("a.mrl", script);
+    write("a.mrl", loop_script);
     run("--convert .");
     const json schema = json::parse(read_file(fs::path(TEST_SOURCE_DIR) / "docs/report.schema.json"));
     const json report = json::parse(run("--json - .").out);

@@ -14,8 +14,6 @@
 
 #include <algorithm>
 
-static const std::string nul(1, 0);
-
 // Bytes of one read at which the properties here are tried.
 static constexpr size_t read_limits[] = {1, 2, 3, 61, SIZE_MAX};
 

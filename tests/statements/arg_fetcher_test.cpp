@@ -16,7 +16,6 @@
 using spec_bytes = std::vector<uint8_t>;
 
 static const spec_bytes print_spec{0x00, 0x68};
-static const std::string nul(1, 0);
 static const spec_bytes optional_longs{0x11, 0x11, 0x11};
 
 // Fetches the arguments of the source's next statement, as the loop does after a command word.

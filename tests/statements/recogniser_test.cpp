@@ -48,8 +48,6 @@ TEST(command_table, finds_no_near_miss)
 
 // ---- Statements ----
 
-static const std::string nul(1, 0);
-
 TEST(recogniser, hands_over_a_command_with_its_word)
 {
     static const struct {

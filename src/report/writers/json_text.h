@@ -1,4 +1,5 @@
-// JSON as text, for the writers that have some.
+// JSON as text, for the writers that have some. They are compiled as one: the library's header takes the
+// compiler longer than all that is written with it.
 #pragma once
 
 #include <nlohmann/json.hpp>
