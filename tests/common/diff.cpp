@@ -1,5 +1,6 @@
 #include "common/diff.h"
 
+#include <stdint.h>
 #include <stdio.h>
 
 #include <algorithm>
