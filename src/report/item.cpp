@@ -11,7 +11,7 @@ const kind_row kind_table[item_kind_count] = {
     {"guarded", "IF guards another", "The statement under an IF has become none, only comments, or several statements",
      "An IF guards the one statement after it. Put a GOTO around the statements that are meant, in the script, "
      "and convert it again.", true},
-    {"frozen", "value fixed", "A value stands where the script had an expression",
+    {"frozen", "value fixed", "A fixed value or text is written for an expression",
      "Put the expression back in the converted script: the value is the one it had at this place of the text.", false},
     {"decoded", "string decoded", "A string can't be read back as it was typed",
      "An escape or a quote inside the string was decoded. Write the string anew in the converted script.", false},
@@ -19,9 +19,9 @@ const kind_row kind_table[item_kind_count] = {
      "Look whether the part that is gone matters, and write it anew in the converted script.", false},
     {"gone", "no such command", "The new dialect has no such command",
      "Do without the command, or do its work by others.", false},
-    {"byhand", "finish by hand", "A tip, and the new form stands as a comment or not at all",
+    {"byhand", "finish by hand", "A tip, and the new form is a comment or missing",
      "Write the new statement by the tip.", false},
-    {"check", "look at it", "A tip, and the new command stands",
+    {"check", "look at it", "A tip above the new command",
      "Read the tip and check the new command by it.", false},
     {"form", "odd form", "A line of the new form is no well-formed list",
      "Look whether the new dialect takes the line; if it does, accept all lines of the command at once.", false},
@@ -31,7 +31,7 @@ const kind_row kind_table[item_kind_count] = {
      "It went through unchanged. Look whether the word is misspelt or belongs to another dialect.", false},
     {"base", "no BASEDIM", "An ADDBASEDIM with no BASEDIM before it",
      "Make the first one of the group a BASEDIM, which declares the parent that the others add to.", false},
-    {"dropped", "system command", "A system command was dropped",
+    {"dropped", "system command", "A system command or #LINE was dropped",
      "Do the step by a command of the new dialect if it is still needed.", false},
 };
 // clang-format on

@@ -33,7 +33,8 @@ struct report_state {
     std::unordered_map<std::string, uint64_t> commands;
     std::map<std::string, folder_run> folders; // by identity
     rules_run_state carried{};
-    accepted_rows ticks; // of --accept-from
+    accepted_rows ticks;   // of --accept-from
+    uint64_t accepted = 0; // items of this run
 };
 
 // ---- Totals ----
@@ -52,6 +53,7 @@ static void totals_add(report_state *state, const script_report &report, bool co
         totals.by_kind[item.kind]++;
         state->commands[item.command]++;
         open += is_open(item) ? 1 : 0;
+        totals.settled += is_open(item) || item.kind == ITEM_DROPPED ? 0 : 1;
         if (item.kind == ITEM_FORM && is_open(item))
             totals.by_form[item.command + ": " + item.detail.substr(0, item.detail.find(": "))]++;
     }
@@ -105,11 +107,21 @@ static bool is_named(const report_options &options, const std::vector<uint32_t> 
     return item.kind != ITEM_DROPPED && line_named && is_selected(options, item) && (!grave || kind_named);
 }
 
-static bool has_accepted(const script_report &report, uint32_t line)
+// Reports the lines in which nothing was accepted, and why.
+static void report_unaccepted(const script_report &report, const std::vector<uint32_t> &lines)
 {
-    return std::any_of(report.items.begin(), report.items.end(), [line](const report_item &item) {
-        return item.line == line && item.state == STATE_ACCEPTED;
-    });
+    for (uint32_t line : lines) {
+        auto here = [line](const report_item &item) {
+            return item.line == line && item.kind != ITEM_DROPPED;
+        };
+        auto accepted = [&](const report_item &item) { return here(item) && item.state == STATE_ACCEPTED; };
+        if (std::any_of(report.items.begin(), report.items.end(), accepted))
+            continue;
+        bool any = std::any_of(report.items.begin(), report.items.end(), here);
+        report_note(
+            fmt::format("nothing is accepted in {}:{}: {}", shown(report.path), line,
+                        any ? "name the kind of its item by --kind, if it is open" : "it has no item"));
+    }
 }
 
 static void accept_items(report_state *state, const script_path &script, folder_run *folder, script_run *run)
@@ -121,11 +133,8 @@ static void accept_items(report_state *state, const script_path &script, folder_
     auto chosen = [&](const report_item &item) { return is_named(options, script.lines, item); };
     if (options.accept)
         added += accepted_add(&folder->accepted, &run->report, chosen, options.reason);
-    for (uint32_t line : script.lines)
-        if (!has_accepted(run->report, line))
-            report_note(
-                fmt::format("nothing is accepted in {}:{}: no item that can be, without its kind named",
-                            shown(run->report.path), line));
+    report_unaccepted(run->report, script.lines);
+    state->accepted += added;
     if (added > 0)
         report_note(fmt::format("accepted {} of {}", counted(added, "item"), shown(run->report.path)));
 }
@@ -286,6 +295,10 @@ static void take_scripts(report_state *state, const scripts_found &found)
     for (const std::string &folder : found.folders)
         (void)folder_of(state, path_join(folder, memory_folder_name));
     report_unmatched_ticks(state->ticks);
+    auto has_lines = [](const script_path &script) { return !script.lines.empty(); };
+    if (state->options->accept && state->accepted == 0 &&
+        std::none_of(found.scripts.begin(), found.scripts.end(), has_lines))
+        report_note("nothing is accepted: no open item is selected");
     folders_settle(state);
     check_commands(*state);
     totals_settle(state);

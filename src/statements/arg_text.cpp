@@ -106,8 +106,7 @@ static int32_t read_raw(bool counted, arg_text *arg)
             }
         } else {
             close_up(&text);
-            if (!char_is(c, CHAR_WHITE))
-                report_typed(text.p, 1);
+            report_typed(text.p, 1);
             text.from = ++text.p;
         }
     }

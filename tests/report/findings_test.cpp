@@ -71,8 +71,24 @@ TEST(findings, arguments_that_no_live_line_has_are_lost)
          "e\nPRINT \"gr\xF6\xDF"
          "e\"\n",
          "1: lost GOTO: argument 1: gr\xC3\xB6\xC3\x9F"
-         "e is written as gre: characters that aren't ASCII were dropped\n"},
-        {"CALL dotprod,1,2,3,4,5,6,r\n", "1: check CALL: the new command stands under a tip\n"},
+         "e is written as gre: characters were dropped\n"},
+        {"LINE 0,0,0,1,1,0,a7\nDELENT n1\n",
+         "1: lost LINE: no live line has argument 7 (attribute): a7\n"
+         "2: lost DELENT: no live line has argument 1: n1\n"},
+        {"PRINT \"\",x\nGETSTR \"p\",\"\",$v\nGETMENU \"p\",\"\",\"a\",\"\"\nGETMENU \"p\",\"\"\n",
+         "1: lost PRINT: no live line has argument 1: \"\"\n2: lost GETSTR: no live line has argument 2: "
+         "\"\"\n"},
+        {"CIRCLE 0,0,0,5,0,1,\xE4\nCALL s,\"\",x,\xE4\n",
+         "1: lost CIRCLE: no live line has argument 7 (attribute): \xC3\xA4\n"
+         "2: byhand CALL: a tip is in its place, and no new form: s, x; the comment lacks argument 2: \"\", "
+         "4: \xC3\xA4\n"},
+        {"GOTO my\tlabel\nLINE 1,\t2,3\t+ 4,1,1,1\t\r\n",
+         "1: lost GOTO: argument 1: my\\x09label is written as mylabel: characters were dropped\n"},
+        {"GETPLANE \"p\\n\",n,m\n",
+         "1: lost GETPLANE: no live line has argument 2: n\n"
+         "1: decoded GETPLANE: argument 1: \"p\\n\" has become \"p\\x0a\"; write it as \"p\\n\"\n"
+         "1: form GETPLANE: the rest of a text that began in the comment before it: \", n, m\n"},
+        {"CALL dotprod,1,2,3,4,5,6,r\n", "1: check CALL: the new command is below a tip\n"},
     };
     expect_items(cases);
 }
@@ -97,21 +113,20 @@ TEST(findings, arguments_that_move_up_are_lost)
 TEST(findings, values_that_were_fixed_are_frozen)
 {
     static const finding_case cases[] = {
-        {"m = 2\nSCALE 1,0,0,m\nSCALE 1,0,0,2\n",
-         "2: frozen SCALE: argument 4: m is written as its value 2\n"},
+        {"m = 2\nSCALE 1,0,0,m\nSCALE 1,0,0,2\n", "2: frozen SCALE: argument 4: m is fixed as 2\n"},
         {"m = 3\nPOLYGON m, 1, 3, p\n",
-         "2: check POLYGON: the new command stands under a tip\n"
-         "2: frozen POLYGON: argument 1 (mode): m is written as its value 2\n"},
+         "2: check POLYGON: the new command is below a tip\n"
+         "2: frozen POLYGON: argument 1 (mode): m is fixed as 2\n"},
         {"s = 1\nGENDIM 0,0,0,0,v,0,0,0,\"s\",,,,,,,s\n",
-         "2: frozen GENDIM: argument 16 (style): s is written as its value Bold\n"
+         "2: frozen GENDIM: argument 16 (style): s is fixed as Bold\n"
          "2: lost GENDIM: no live line has argument 1: 0\n"},
         {"INPUT $fmt\nINPUT \"fmt\"\n",
          "1: frozen INPUT: argument 1 (format): $fmt is written as the text \"$fmt\"\n"},
         {"TEXT 1,(2),\"t\",,,,,,,99\n",
-         "1: frozen TEXT: argument 10 (style): 99 is written as its value DEFAULT\n"
+         "1: frozen TEXT: argument 10 (style): 99 is fixed as DEFAULT\n"
          "1: form TEXT: a blank between two values where a comma is expected: "
          "TEXT \"t\", 1 (2), 0.0, 0, 0, 0, 0, , , , , , DEFAULT, , , , , , , ,\n"},
-        {"e = -1\nDELENT e\n", "2: frozen DELENT: argument 1: e is written as its value -1\n"},
+        {"e = -1\nDELENT e\n", "2: frozen DELENT: argument 1: e is fixed as -1\n"},
         {"PRANGE 1,m,0,0,0,10,10,0\n",
          "1: quiet PRANGE: commented out: 1, 0, 0, 0, 10, 10, 0; the comment lacks "
          "argument 2: m (it has 0)\n"},
@@ -135,10 +150,11 @@ TEST(findings, strings_that_cannot_be_read_back_are_decoded)
          "1: decoded PRINT: argument 1: `say \"hi\"` has become \"say \"hi\"\"; write it as `say \"hi\"`\n"},
         {"MODE a\nLEVELS 1, 2\nGROUP \"a\\nb\", 1, 2\n",
          "2: quiet LEVELS: commented out: 1, 2\n"
-         "3: quiet GROUP: commented out: \"a\\nb\"; the comment lacks argument 2: 1, 3: 2\n"
-         "3: decoded GROUP: argument 1: \"a\\nb\" has become \"a\\x0ab\"; write it as \"a\\nb\"\n"},
+         "3: quiet GROUP: commented out: \"a\\nb\", 1, 2\n"
+         "3: decoded GROUP: argument 1: \"a\\nb\" has become \"a\\x0ab\"; write it as \"a\\nb\"\n"
+         "3: form GROUP: the rest of a text that began in the comment before it: b\", 1, 2\n"},
         {"GROUP \"a // b\nc\", 1, 2\n",
-         "1: quiet GROUP: commented out: \"a // b\\x0ac\"; the comment lacks argument 2: 1, 3: 2\n"
+         "1: quiet GROUP: commented out: \"a // b\\x0ac\", 1, 2\n"
          "1: form GROUP: the rest of a text that began in the comment before it: "
          "c\", 1, 2\n"},
         {"PRINT \"open\nEXIT", "1: decoded PRINT: argument 1: \"open\\x0aEXIT has no closing quote\n"},
@@ -182,6 +198,11 @@ TEST(findings, kept_oddities_of_live_lines_are_reported)
         {"TEXT 1,2,\"say \\\"hi\\\"\"", "form", "a blank between two values where a comma is expected"},
         {"GETMENU \"p\",\"a|b\"", "form", "an option of the script has a bar, which divides options"},
         {"PROMPT \"a\", q // b, c", "form", "a comment inside the line"},
+        {"FTEXT 1,2,f // c", "form", "a blank between two values where a comma is expected"},
+        {"FTEXT 1,2,f // c", "form", "a comment inside the line"},
+        {"LABEL 1,2,3,4,5,6,1,8,9,\"a\\nb\"", "form", "a comma directly after the word"},
+        {"NOTE 1,2,\"a\\n// b\"", "form", "a blank between two values where a comma is expected"},
+        {"GETCUR \"p\",1,2,x,y,z,v,,\"a\",\"b\"", "form", "an empty menu option that the script didn't have"},
         {"SET COLOR,,2", "lost", "no live line has argument 3: 2"},
         {"PRINT \"a\",,b", "lost", "no live line has argument 3: b"},
         {"INPUT \"%*d%d\",a,b", "lost", "no live line has argument 2: a, 3: b"},
@@ -204,6 +225,7 @@ TEST(findings, empty_places_of_the_new_form_are_no_fault)
     static const finding_case cases[] = {
         {"EXIT\nABORT\nGETKEY\nWINDOW 1,2,3,4\nGETSTR \"p\",\"d\",v\nCIRCLE 1,2,3,4,,,5\n", ""},
         {"GETFLT \"p\",1,r\nGETFLT \"p\",1,r,\"a\"\nSETATTR 1,,,5\nGETLTYPE \"p\",v\n", ""},
+        {"CIRCLE 0,0,0,5\"\nPRINT \"a\", 6\", \"b\"\nCIRCLE 0,0,0,5'6\"\n", ""},
         {"PRINT -1, ~2, (a,b), \"a|b||\", f(1)[2]\nSET COLOR, 5 6\nMODE x y\nGOTO \"a\nIF a && b\n", ""},
     };
     expect_items(cases);
@@ -289,14 +311,21 @@ TEST(findings, what_an_if_guards)
 {
     static const finding_case cases[] = {
         {"IF x\nPRINT \"a\nb\"\nIF x\n\nREM none\nGOTO a\nIF x\n", ""},
-        {"IF x\n#LINE 3\nGOTO a\n", ""},
+        {"IF x\n#LINE 3\nGOTO a\n", "2: dropped #LINE: nothing is written of it\n"},
         {"IF x\nARRAY a[2] = { 1,\n2 }\n", ""},
         {"IF a\niREDRAW\n",
          "2: dropped iREDRAW: a system command\n"
          "1: guarded IF: iREDRAW under it has become nothing\n"},
         {"IF a\nCALL dotprod,1,2,3,4,5,6,r\n",
-         "2: check CALL: the new command stands under a tip\n"
+         "2: check CALL: the new command is below a tip\n"
          "1: guarded IF: CALL under it has become several statements; it guards only the first\n"},
+        {"SET COLLECT,1\nIF a\nORDDIM 1,2,3,\"t\",w,5,1\n",
+         "1: quiet SET: commented out: COLLECT, 1\n"
+         "3: byhand ORDDIM: the new form is a comment: 1, 2, 3, \"t\", w, 5, 1\n"
+         "2: guarded IF: ORDDIM under it has become several statements; it guards only the first\n"},
+        {"IF a\nLINE 1\n",
+         "2: broken LINE: argument 2 is missing; left: 1\n"
+         "1: guarded IF: LINE under it has become no statement: its arguments failed\n"},
         {"IF a\nCLS\nGOTO b\n",
          "2: gone CLS: the new dialect has no such command\n"
          "1: guarded IF: CLS under it has become comments alone; it guards GOTO now\n"},
@@ -311,7 +340,7 @@ TEST(findings, an_added_dimension_needs_its_first)
 {
     const std::string dimension = "ORDDIM 0, 0, 0, w, 5, 1, 2\n";
     EXPECT_EQ(items_of(dimension), "1: lost ORDDIM: the statement has left nothing: 0, 0, 0, w, 5, 1, 2\n");
-    std::string first = "1: byhand ORDDIM: the new form stands as a comment: 0, 0, 0, w, 5, 1, 2\n";
+    std::string first = "1: byhand ORDDIM: the new form is a comment: 0, 0, 0, w, 5, 1, 2\n";
     EXPECT_EQ(items_of(dimension, {1, 0}), first);
     std::string added = items_of(dimension, {1, 5});
     EXPECT_NE(added.find("the comment lacks argument 6: 1, 7: 2\n"), added.npos) << added;
@@ -328,17 +357,13 @@ TEST(findings, why_reading_stopped)
          "unpaired brackets; 1 line was not read\n"},
         {"INT a b\nREM\n",
          "1: stopped INT: two words of the declaration have no comma between them; 1 line was not read\n"},
-        {"INT a[1]b\n",
-         "1: stopped INT: an item of the declaration is no name with subscripts; 0 lines were not read\n"},
+        {"INT a[1]b\n", "1: stopped INT: an item of the declaration is no name with subscripts\n"},
         {"ARRAY a[2] = 1\nREM\n",
          "1: stopped ARRAY: the initial values lack one of their braces, or belong to a "
          "string list; 1 line was not read\n"},
-        {"ARRAY a[2] = { 1,\nREM\n",
-         "1: stopped ARRAY: the script ends inside this statement; 0 lines were not "
-         "read\n"},
-        {"STRING $a\n",
-         "1: stopped STRING: a STRING needs a size, and an SLIST two; 0 lines were not read\n"},
-        {"ON x\n", "1: stopped ON: ON without GOTO; 0 lines were not read\n"},
+        {"ARRAY a[2] = { 1,\nREM\n", "1: stopped ARRAY: the script ends inside this statement\n"},
+        {"STRING $a\n", "1: stopped STRING: a STRING needs a size, and an SLIST two\n"},
+        {"ON x\n", "1: stopped ON: ON without GOTO\n"},
         {"PRINT \"a\"\n\x1aREM\n", "2: stopped : byte 26, which ends a script; 1 line was not read\n"},
         {":<b>longer_name\n:<B>LONGER_NAmed\x1b\nREM\n",
          "2: stopped :<B>LONGER_NAmed\\x1b: second label <B>LONGER_NA (12 characters of a label count), "

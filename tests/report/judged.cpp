@@ -9,8 +9,6 @@
 #include <ctype.h>
 #include <strings.h>
 
-#include <algorithm>
-
 struct judged_run {
     judge_state state;
     judged_script *result;
@@ -29,14 +27,9 @@ static bool is_skipped(const std::string &line)
 static void take_statement_of(const statement_view &statement, void *context)
 {
     auto *run = static_cast<judged_run *>(context);
-    std::string output(statement.output);
-    for (size_t start = 0; start < output.size();) {
-        size_t end = std::min(output.find('\n', start), output.size());
-        std::string line = output.substr(start, end - start);
-        if (!is_skipped(line))
-            run->result->live[statement.line].push_back(line);
-        start = end + 1;
-    }
+    for (const written_line &line : statement.lines)
+        if (std::string text(line.text); line.inside ? !line.rest : !is_skipped(text))
+            run->result->live[statement.line].push_back(text);
     judge_statement(&run->state, statement);
 }
 

@@ -31,8 +31,7 @@ TEST_F(report_test, one_life_of_a_script)
     EXPECT_TRUE(has(result.out, "[changed?]"));
     EXPECT_EQ(run("--adopt .").status, 1) << "LEVELS is open";
     EXPECT_EQ(report_of(".")["output"], "edited");
-    EXPECT_TRUE(
-        has(run(".").out, "byhand LINDIM: the new form stands as a comment: 0, 0, 0, w, 5, 1, 2 [changed]"));
+    EXPECT_TRUE(has(run(".").out, "byhand LINDIM: the new form is a comment: 0, 0, 0, w, 5, 1, 2 [changed]"));
 
     // The script is mended elsewhere: the conversion takes it up beside the edits.
     edit("part.mrl", "REM last\n", "REM last\nPOINT 1,2,3\n");

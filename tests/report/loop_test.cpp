@@ -168,6 +168,12 @@ TEST_F(report_test, tells_edits_of_one_argument_from_those_of_another)
     expect("IF a\n", "IF a\nREM mine\n", "8 guarded open");
     expect("IF a\n", "IF a\nGOTO d\n", "8 guarded changed");
     expect("IF a\nGOTO d\n", "IF a == 0\n", "8 guarded changed");
+    expect("GOTO a, 1\nREM y\n", "REM y\nGOTO a\n", "4 lost open"); // moved
+    expect("REM y\nGOTO a\n", "// GOTO a, 1\nREM y\n", "4 lost open");
+    write("a.mrl", "IF a\nCLS\n");
+    run("--convert --force a.mrl");
+    write("a_conv.mrl", read("a_conv.mrl") + "GOTO z\n");
+    EXPECT_TRUE(has(states(), "1 guarded changed")) << states();
 }
 
 TEST_F(report_test, counts_no_item_as_done_that_is_compared_with_the_wrong_text)
@@ -183,7 +189,8 @@ TEST_F(report_test, counts_no_item_as_done_that_is_compared_with_the_wrong_text)
     EXPECT_EQ(states(), "1 gone changed\n");
     report_result done = run("a.mrl");
     EXPECT_EQ(done.status, 0);
-    EXPECT_TRUE(has(done.out, "1 script: 1 gone; 1 has nothing left to do")) << done.out;
+    EXPECT_TRUE(has(done.out, "1 script: 1 gone, 1 of them changed or accepted; 1 has nothing left to do"))
+        << done.out;
     edit("a.mrl", "CLS\n", "CLS\nREM x\n");
     EXPECT_EQ(states(), "1 gone open\n") << "behind";
 }
@@ -309,11 +316,15 @@ TEST_F(report_test, adopts_no_output_that_lacks_something)
     refused("it is cut off");
     write("a_conv.mrl", was.substr(0, was.find("EXIT")));
     refused("it lacks 1 line of what is written now at its end");
+    write("a.mrl", "CLEAR\nCLS\nEXIT\n");
+    write("a_conv.mrl", "EXIT // mine\n");
+    refused("it lacks 1 line of what is written now at its end");
+    write("a.mrl", loop_script);
     write("a_conv.mrl", "mine\n" + was);
     fs::last_write_time(folder / "a_conv.mrl", fs::last_write_time(folder / "a.mrl") - std::chrono::hours(1));
     refused("it is older than its script");
     EXPECT_TRUE(has(run("--adopt --force --quiet .").err,
-                    "adopted ./a_conv.mrl, of which 1 line differ from what is written now"));
+                    "adopted ./a_conv.mrl, of which 1 line differs from what is written now"));
     EXPECT_EQ(output_state(), "edited");
     EXPECT_EQ(read("a_conv.mrl"), "mine\n" + was);
     fs::remove(folder / "a_conv.mrl");
@@ -379,7 +390,7 @@ TEST_F(report_test, uses_no_memory_with_conflict_markers)
     write(".murlreport/accepted.csv", read(".murlreport/accepted.csv") + "a,b\n");
     report_result odd = run("--accept --kind gone .");
     EXPECT_EQ(odd.status, 2);
-    EXPECT_TRUE(has(odd.err, "its row 3 has not 9 columns")) << odd.err;
+    EXPECT_TRUE(has(odd.err, "its row 3 doesn't have 9 columns")) << odd.err;
     EXPECT_TRUE(has(read(".murlreport/accepted.csv"), "\na,b\n"));
 }
 
@@ -522,13 +533,16 @@ TEST_F(report_test, accepts_what_is_selected)
         << rows;
     EXPECT_TRUE(has(rows, ",1,\"not needed, \"\"really\"\"\"\n")) << rows;
     EXPECT_EQ(run("--accept a.mrl:4 a.mrl:6").err,
-              "murlreport: nothing is accepted in a.mrl:6: no item that can be, without its kind named\n"
+              "murlreport: nothing is accepted in a.mrl:6: it has no item\n"
               "murlreport: accepted 1 item of a.mrl\n")
         << "a system command is never open";
-    EXPECT_EQ(run("--accept --command line .").err, "") << "broken by its name alone";
-    EXPECT_EQ(run("--accept a.mrl:7 a.mrl:99").err,
-              "murlreport: nothing is accepted in a.mrl:7: no item that can be, without its kind named\n"
-              "murlreport: nothing is accepted in a.mrl:99: no item that can be, without its kind named\n");
+    EXPECT_EQ(run("--accept --command line .").err,
+              "murlreport: nothing is accepted: no open item is selected\n")
+        << "broken by its name alone";
+    EXPECT_EQ(
+        run("--accept a.mrl:7 a.mrl:99").err,
+        "murlreport: nothing is accepted in a.mrl:7: name the kind of its item by --kind, if it is open\n"
+        "murlreport: nothing is accepted in a.mrl:99: it has no item\n");
     EXPECT_EQ(run("--accept --kind broken .").err, "murlreport: accepted 1 item of ./a.mrl\n");
     EXPECT_EQ(run("--accept --kind unknown .").status, 0);
     report_result done = run(".");

@@ -5,6 +5,7 @@
 #include "report/findings/judge_command.h"
 #include "report/findings/judge_text.h"
 #include "report/show.h"
+#include "rules/rule_table.h"
 #include "statements/statement_text.h"
 
 #include <fmt/core.h>
@@ -97,7 +98,8 @@ static int statements_left(const statement_view &statement)
 // How a statement is called in a detail: by its command or its first characters.
 static std::string statement_name(const statement_view &statement)
 {
-    return statement.row != nullptr ? statement.row->name : shown_cut(text_cut(statement.output, 400), 40);
+    return statement.row != nullptr ? statement.row->name
+                                    : shown_cut(text_trimmed(text_cut(statement.output, 400)), 40);
 }
 
 static void own_first_live(report_item *item, const statement_view &statement)
@@ -107,18 +109,32 @@ static void own_first_live(report_item *item, const statement_view &statement)
         item->own_lines.push_back(live.front());
 }
 
-// The statement under an IF. The guarded item belongs to the IF.
+// What has become of the statement under an IF that is not the one statement that the IF guards; null if it
+// is.
+static const char *guarded_fate(const statement_view &statement, int lines)
+{
+    bool command = statement.row != nullptr;
+    if (command && statement.record->done.fetched < 0)
+        return "no statement: its arguments failed";
+    bool by_hand =
+        command && rule_find(statement.row->id)->effect != EFFECT_SYSTEM && rule_is_by_hand(rule_last.row);
+    if (lines > 1 || (lines == 1 && by_hand))
+        return "several statements; it guards only the first";
+    if (lines == 1)
+        return nullptr;
+    return lines_of(statement, false).empty() ? "nothing" : "comments alone";
+}
+
+// The statement under an IF. The guarded item belongs to the IF. Its detail has no line numbers: what was
+// accepted stays so where lines are added above.
 static void judge_guarded(judge_state *state, const statement_view &statement)
 {
     uint32_t line = std::exchange(state->if_line, 0);
-    int lines = line != 0 ? statements_left(statement) : 1;
-    if (lines == 1)
+    int lines = statements_left(statement);
+    const char *fate = line != 0 ? guarded_fate(statement, lines) : nullptr;
+    if (fate == nullptr)
         return;
-    // No line numbers: what was accepted stays so where lines are added above.
-    const char *become = lines > 1                            ? "several statements; it guards only the first"
-                         : lines_of(statement, false).empty() ? "nothing"
-                                                              : "comments alone";
-    std::string detail = fmt::format("{} under it has become {}", statement_name(statement), become);
+    std::string detail = fmt::format("{} under it has become {}", statement_name(statement), fate);
     report_item *item = add_item(state, statement, ITEM_GUARDED, std::move(detail), {state->if_output_line});
     item->line = line;
     item->output_line = state->if_output_line;
@@ -190,6 +206,8 @@ static void judge_kind(judge_state *state, const statement_view &statement)
         judge_broken(state, statement);
     } else if (statement.row != nullptr) {
         judge_command(state, statement);
+    } else if (statement.record->done.head.kind == KIND_KEYWORD && statement.output.empty()) {
+        add_item(state, statement, ITEM_DROPPED, "nothing is written of it", {})->summed = true;
     } else if (std::string detail = unknown_detail(statement); !detail.empty()) {
         add_item(state, statement, ITEM_UNKNOWN, std::move(detail), lines_of(statement, true));
     }

@@ -47,16 +47,14 @@ static std::string_view take_name(std::string_view *form)
     return name;
 }
 
-// The name of an argument in the old form of its command; "..." repeats the last one. Empty if it has none.
+// The name of an argument in the old form of its command. Empty if it has none, as what "..." stands for.
 static std::string argument_name(const rule_row *row, int32_t position)
 {
     std::string_view form = row != nullptr ? row->old_form : "";
-    std::string_view last_name;
     for (int32_t at = 1; !form.empty();) {
         std::string_view name = take_name(&form);
         if (name == "...")
-            return std::string(last_name);
-        last_name = name;
+            return {};
         size_t range = name.find("..");
         if (range == std::string_view::npos) {
             if (at++ == position)
@@ -103,6 +101,17 @@ static void add_detail(std::string *detail, const std::string &text)
     *detail += text;
 }
 
+// True if an argument is the word that its row stands for, such as dotprod: the row's form has it.
+static bool is_row_word(int32_t position, std::string_view text, const std::string &name)
+{
+    const char *when = rule_last.row != nullptr ? rule_last.row->when : nullptr;
+    std::string word = " is " + name;
+    std::string_view condition = when != nullptr ? when : "";
+    return position == 1 && condition.size() >= word.size() &&
+           condition.substr(condition.size() - word.size()) == word &&
+           text_is_word(text.data(), text.size(), name.c_str());
+}
+
 // What the line has after the last argument that the command takes, without commas that nothing follows.
 static std::string_view surplus_of(const statement_view &statement)
 {
@@ -124,9 +133,12 @@ std::string arguments_in_detail(const statement_view &statement)
     bool comment = !lines_of(statement, false).empty();
     std::string there;
     std::string lacking;
-    for (int32_t position = 1; position <= statement.record->done.fetched; position++) {
-        if (argument_text(position).empty())
+    for (int32_t position = 1; position <= argument_last(statement); position++) {
+        if (argument_text(position).empty()) {
+            if (std::string_view typed = argument_typed(statement, position); !typed.empty())
+                add_detail(&lacking, argument_shown(statement, position, argument_name(row, position)));
             continue;
+        }
         argument_use use = argument_use_of(statement, position, false);
         bool value = use.value && expression_is_constant(argument_text(position));
         if (!comment || use.text || value)
@@ -213,6 +225,22 @@ static void add_decoded(const statement_view &statement, int32_t position, const
                 text_cut(use.written, SIZE_MAX), lines);
 }
 
+// An argument that was typed and of which the fetcher has left nothing: an empty string, or letters that it
+// drops. In a menu an empty option is between bars, and what a line has as "" is there.
+static void add_empty(const statement_view &statement, int32_t position, const std::string &name,
+                      bool carried_out, argument_findings *lost)
+{
+    std::string_view typed = argument_typed(statement, position);
+    if (!carried_out || typed.empty() || is_option(statement, position))
+        return;
+    bool there = argument_is_string(position) &&
+                 std::any_of(statement.lines.begin(), statement.lines.end(), [](const written_line &line) {
+                     return line.live && line.text.find("\"\"") != std::string_view::npos;
+                 });
+    if (!there)
+        add_finding(lost, argument_shown(statement, position, name), typed, lines_of(statement, true));
+}
+
 static void take_findings(judge_state *state, const statement_view &statement, item_kind kind,
                           const char *start, argument_findings *findings)
 {
@@ -233,14 +261,17 @@ static void add_clause(argument_findings *lost, const std::string &clause, std::
     lost->lines = std::move(lines);
 }
 
-// True if the fetcher has dropped characters: outside of strings it keeps printable ASCII alone.
+// True if the fetcher has dropped characters: outside of strings it keeps printable ASCII and blanks alone.
+// White space counts where it kept two words apart.
 static bool has_dropped(const statement_view &statement, int32_t position)
 {
-    auto is_other = [](char c) { return !text_is(c, CHAR_GRAPH) && !text_is(c, CHAR_WHITE); };
     std::string_view typed = argument_typed(statement, position);
-    std::string_view text = argument_text(position);
-    return std::count_if(typed.begin(), typed.end(), is_other) >
-           std::count_if(text.begin(), text.end(), is_other);
+    auto is_word = [&](size_t at) { return at < typed.size() && text_is(typed[at], CHAR_WORD); };
+    for (size_t at = 0; at < typed.size() && !argument_is_string(position); at++)
+        if (!text_is(typed[at], CHAR_GRAPH) && typed[at] != ' ' &&
+            (!text_is(typed[at], CHAR_WHITE) || (is_word(at - 1) && is_word(at + 1))))
+            return true;
+    return false;
 }
 
 // True if what was written of an argument that is no string stands in quotes, and so is a string now.
@@ -283,13 +314,13 @@ static void add_surplus(const statement_view &statement, argument_findings *lost
 
 static void add_dropped(const statement_view &statement, argument_findings *lost)
 {
-    for (int32_t position = 1; position <= statement.record->done.fetched; position++) {
+    for (int32_t position = 1; position <= argument_last(statement); position++) {
         argument_use use = argument_use_of(statement, position, true);
         if (!use.text || !has_dropped(statement, position))
             continue;
         add_clause(lost,
-                   fmt::format("argument {}: {} is written as {}: characters that aren't ASCII were dropped",
-                               position, shown_cut(argument_typed(statement, position), text_shown),
+                   fmt::format("argument {}: {} is written as {}: characters were dropped", position,
+                               shown_cut(argument_typed(statement, position), text_shown),
                                shown_cut(use.written, text_shown)),
                    {use.line});
         lost->texts.emplace_back(argument_typed(statement, position));
@@ -331,12 +362,15 @@ void judge_arguments(judge_state *state, const statement_view &statement, bool c
     argument_findings frozen;
     argument_findings decoded;
     argument_findings lost;
-    for (int32_t position = 1; position <= statement.record->done.fetched; position++) {
+    for (int32_t position = 1; position <= argument_last(statement); position++) {
         std::string_view text = argument_text(position);
         std::string name = argument_name(rule_last.row, position);
-        // A word that its row stands for is in the row's form.
-        if (text.empty() || text_is_word(text.data(), text.size(), name.c_str()))
+        if (is_row_word(position, text, name))
             continue;
+        if (text.empty()) {
+            add_empty(statement, position, name, carried_out, &lost);
+            continue;
+        }
         argument_use comment = argument_use_of(statement, position, false);
         bool broken_comment = comment.text && comment.written.find('\n') != std::string_view::npos;
         argument_use use = carried_out ? argument_use_of(statement, position, true) : argument_use{};
@@ -357,8 +391,7 @@ void judge_arguments(judge_state *state, const statement_view &statement, bool c
             continue;
         if (use.value) {
             add_finding(&frozen,
-                        fmt::format("{} is written as its value {}",
-                                    argument_shown(statement, position, name),
+                        fmt::format("{} is fixed as {}", argument_shown(statement, position, name),
                                     shown(text_trimmed(use.written))),
                         text_trimmed(use.written), {use.line});
             frozen.items.push_back(item_of(statement, use));

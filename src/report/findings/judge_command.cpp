@@ -12,7 +12,7 @@
 static const char *byhand_detail(const rule_row *row)
 {
     bool there = strstr(row->new_form.text, "new MURL command syntax:") != nullptr;
-    return there ? "the new form stands as a comment" : "a tip stands in its place, and no new form";
+    return there ? "the new form is a comment" : "a tip is in its place, and no new form";
 }
 
 // The item of an effect; item_kind_count if it has none.
@@ -24,7 +24,7 @@ struct effect_item {
 static effect_item effect_item_of(const rule_row *row)
 {
     switch (row->effect) {
-    case EFFECT_TIP: return {ITEM_CHECK, "the new command stands under a tip"};
+    case EFFECT_TIP: return {ITEM_CHECK, "the new command is below a tip"};
     case EFFECT_BY_HAND:
     case EFFECT_BY_HAND_NO_TIP: return {ITEM_BYHAND, byhand_detail(row)};
     case EFFECT_COMMENTED: return {ITEM_QUIET, "commented out"};

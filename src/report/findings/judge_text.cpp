@@ -69,6 +69,13 @@ static std::string_view command_in(std::string_view text)
     return {};
 }
 
+bool is_inch_mark(std::string_view line, size_t at)
+{
+    char before = at > 0 ? line[at - 1] : ' ';
+    return line[at] == '"' &&
+           (text_is(before, CHAR_DIGIT) || before == '.' || before == ')' || before == ']');
+}
+
 size_t comment_in(std::string_view line)
 {
     char quote = 0;
@@ -76,7 +83,7 @@ size_t comment_in(std::string_view line)
         char c = line[at];
         if (quote != 0)
             quote = c == quote ? '\0' : quote;
-        else if (c == '"' || c == '`')
+        else if ((c == '"' && !is_inch_mark(line, at)) || c == '`')
             quote = c;
         else if (line.substr(at, 2) == "//")
             return at;

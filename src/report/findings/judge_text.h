@@ -17,6 +17,9 @@ std::string broken_left(std::string_view output);
 // plain.
 std::string broken_hint(std::string_view command, std::string_view source);
 
+// True if a double quote outside of strings follows a number, and so is the sign of inches.
+bool is_inch_mark(std::string_view line, size_t at);
+
 // Where a comment begins in a line, outside of strings; npos if there is none.
 size_t comment_in(std::string_view line);
 

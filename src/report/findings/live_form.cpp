@@ -86,7 +86,7 @@ static std::string_view take_item(std::string_view *list, bool *more)
     size_t at = 0;
     for (; at < list->size(); at++) {
         char c = (*list)[at];
-        quoted ^= c == '"';
+        quoted ^= c == '"' && (quoted || !is_inch_mark(*list, at));
         open += quoted ? 0 : (c == '(' || c == '[') - (c == ')' || c == ']');
         if (c == ',' && !quoted && open <= 0)
             break;
@@ -175,24 +175,58 @@ std::string live_form_fault(std::string_view line, const std::vector<std::string
 
 // ---- Statements ----
 
-// The strings of a menu are those that were written without their quotes.
-static menu_gaps menu_gaps_of(const statement_view &statement)
+// The options of a menu: positions of the strings that were written without their quotes.
+struct menu_options {
+    int32_t first, last; // 0: there is none
+    int32_t begin; // position of the first option, which may be empty: there is a bar for each before it
+    bool bars;     // an option has a bar in its text
+};
+
+static menu_options options_of(const statement_view &statement)
 {
-    menu_gaps gaps{};
-    int32_t first = 0;
-    int32_t last = 0;
+    menu_options options{};
+    uint64_t start = statement.lines.empty() ? 0 : statement.lines.front().start;
     for (int32_t i = 0; i < statement.record->write_count; i++) {
         const emit_write &write = statement.record->writes[i];
         if (!argument_is_string(write.slot) || write.to - write.from + 2 != argument_text(write.slot).size())
             continue;
-        first = first == 0 ? write.slot : first;
-        last = write.slot;
-        gaps.bars |= argument_text(write.slot).find('|') != std::string_view::npos;
+        if (options.first == 0) {
+            std::string_view before = statement.output.substr(0, write.from - start);
+            options.first = write.slot;
+            options.begin =
+                write.slot - static_cast<int32_t>(before.size() - 1 - before.find_last_not_of('|'));
+        }
+        options.last = write.slot;
+        options.bars |= argument_text(write.slot).find('|') != std::string_view::npos;
     }
+    return options;
+}
+
+// True if a position is one of the menu's: its arguments are of the type of those that were written.
+static bool is_in_menu(const statement_view &statement, const menu_options &options, int32_t position)
+{
+    auto type = [&statement](int32_t at) {
+        return statement.row->spec[std::min<int32_t>(at, statement.row->spec_count) - 1] & ARG_TYPE;
+    };
+    return options.first != 0 && position >= options.begin && type(position) == type(options.first);
+}
+
+bool is_option(const statement_view &statement, int32_t position)
+{
+    return is_in_menu(statement, options_of(statement), position);
+}
+
+static menu_gaps menu_gaps_of(const statement_view &statement)
+{
+    menu_gaps gaps{};
+    const menu_options options = options_of(statement);
+    gaps.bars = options.bars;
     for (int32_t position = 1; position <= statement.record->done.fetched; position++) {
-        bool empty = without_quotes(argument_text(position)).empty();
-        gaps.all += empty && (position < last || !argument_typed(statement, position).empty());
-        gaps.inside += empty && position > first && position < last;
+        if (!without_quotes(argument_text(position)).empty())
+            continue;
+        bool in_menu = options.first == 0 || is_in_menu(statement, options, position);
+        gaps.all += in_menu && (position < options.last || !argument_typed(statement, position).empty());
+        gaps.inside += in_menu && position > options.first && position < options.last;
     }
     return gaps;
 }
@@ -231,6 +265,30 @@ static live_line live_line_of(const std::vector<const written_line *> &lines)
     return whole;
 }
 
+// Puts x in the place of the strings in a line that begins at an offset of the output: what escapes became
+// may be anything.
+static std::string without_strings(const statement_view &statement, std::string text, uint64_t start)
+{
+    for (int32_t i = 0; i < statement.record->write_count; i++) {
+        const emit_write &write = statement.record->writes[i];
+        if (!argument_is_string(write.slot) || write.from < start || write.to > start + text.size())
+            continue;
+        uint64_t quote = write.to - write.from == argument_text(write.slot).size() ? 1 : 0;
+        for (uint64_t at = write.from + quote; at + quote < write.to; at++)
+            text[at - start] = 'x';
+    }
+    return text;
+}
+
+static void add_form(judge_state *state, const statement_view &statement, const live_line &line,
+                     const std::string &fault)
+{
+    report_item *item = add_item(state, statement, ITEM_FORM,
+                                 fault + ": " + shown_cut(text_trimmed(line.text), 80), line.own);
+    item->summed = true;
+    item->own_texts.push_back(fault);
+}
+
 void judge_live_form(judge_state *state, const statement_view &statement, bool decoded)
 {
     std::vector<std::string_view> arguments;
@@ -243,20 +301,13 @@ void judge_live_form(judge_state *state, const statement_view &statement, bool d
     for (auto lines = next_live(statement, &at, &rest); !lines.empty();
          lines = next_live(statement, &at, &rest)) {
         live_line line = live_line_of(lines);
-        std::string fault;
-        if (lines.front() == blank)
-            fault = values_without_comma;
-        else if (!decoded && rest)
-            fault = "the rest of a text that began in the comment before it";
-        else if (!decoded)
-            fault = live_form_fault(line.text, arguments, gaps);
-        if (fault.empty())
-            continue;
-        report_item *item =
-            add_item(state, statement, ITEM_FORM, fault + ": " + shown_cut(text_trimmed(line.text), 80),
-                     std::move(line.own));
-        item->summed = true;
-        item->own_texts.push_back(std::move(fault));
-        return;
+        std::string read = decoded ? without_strings(statement, line.text, lines.front()->start) : line.text;
+        std::string fault = rest ? "the rest of a text that began in the comment before it"
+                                 : live_form_fault(read, arguments, gaps);
+        bool beside = std::find(lines.begin(), lines.end(), blank) != lines.end();
+        if (!fault.empty())
+            add_form(state, statement, line, fault);
+        if (beside && fault != values_without_comma)
+            add_form(state, statement, line, values_without_comma);
     }
 }

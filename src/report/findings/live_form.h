@@ -6,9 +6,12 @@
 
 #include "report/findings/judge_state.h"
 
-// Adds an item of the kind form if a live line of a command is no well-formed list. Where a string of it was
-// decoded, its quotes may be any, and only what was written side by side counts.
+// Adds an item of the kind form for each fault of a command's live lines that makes one no well-formed list.
+// Where a string was decoded, what it has become doesn't count.
 void judge_live_form(judge_state *state, const statement_view &statement, bool decoded);
+
+// True if an argument is an option of a menu, which may be empty.
+bool is_option(const statement_view &statement, int32_t position);
 
 // Menu options that the script left empty.
 struct menu_gaps {

@@ -36,7 +36,7 @@ static std::string_view near_line(const text_lines &script, uint64_t number, int
 
 static std::string first_word(std::string_view text)
 {
-    return shown_cut(text.substr(0, text.find_first_of(" \t\r\n=(,")), 40);
+    return shown_cut(text.substr(0, text.find_first_of(" \t\r\n=(,", 1)), 40);
 }
 
 static void add_hint(report_item *item, const text_lines &script)
@@ -76,7 +76,7 @@ static void add_unread(script_report *report, const text_lines &script, const so
         return;
     }
     for (report_item &item : report->items)
-        if (item.kind == ITEM_STOPPED)
+        if (item.kind == ITEM_STOPPED && unread > 0)
             item.detail +=
                 unread == 1 ? "; 1 line was not read" : fmt::format("; {} lines were not read", unread);
 }

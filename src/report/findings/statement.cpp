@@ -1,5 +1,6 @@
 #include "report/findings/statement.h"
 
+#include "report/show.h"
 #include "statements/arg_slots.h"
 #include "support/text.h"
 
@@ -21,7 +22,7 @@ static void split_lines(statement_view *statement, uint64_t start)
         std::string_view text = rest.substr(0, end);
         size_t white = std::min(text.find_first_not_of(" \t\r\v\f"), text.size());
         bool live = white < text.size() && !is_comment(text.substr(white));
-        statement->lines.push_back({start, number, text, live, false});
+        statement->lines.push_back({start, number, text, live, false, false});
         size_t taken = std::min(end + 1, rest.size());
         start += taken;
         rest.remove_prefix(taken);
@@ -43,10 +44,13 @@ static void mark_lines_inside(statement_view *statement)
         const written_line *line = line_at(lines, write.from);
         if (line == nullptr)
             continue;
+        bool of_live = line->live && !line->rest;
         for (size_t at = static_cast<size_t>(line - lines.data()) + 1; at < lines.size(); at++) {
             if (lines[at].start > write.to)
                 break;
             lines[at].inside = true;
+            lines[at].live |= of_live;
+            lines[at].rest |= !of_live;
         }
     }
 }
@@ -73,7 +77,7 @@ std::vector<const written_line *> next_live(const statement_view &statement, siz
     std::vector<const written_line *> found;
     while (*at < lines.size() && !lines[*at].live)
         ++*at;
-    *rest = *at < lines.size() && lines[*at].inside;
+    *rest = *at < lines.size() && lines[*at].rest;
     do {
         if (*at < lines.size())
             found.push_back(&lines[(*at)++]);
@@ -97,6 +101,11 @@ static const arg_slot *slot_of(int32_t position)
 {
     const arg_slot *slot = arg_slots + position;
     return slot <= slots_last ? slot : nullptr;
+}
+
+int32_t argument_last(const statement_view &statement)
+{
+    return std::max(statement.record->done.fetched, statement.record->typed_count);
 }
 
 std::string_view argument_text(int32_t position)
@@ -130,7 +139,7 @@ std::string_view argument_typed(const statement_view &statement, int32_t positio
     if (position > statement.record->typed_count)
         return argument_text(position);
     const journal_text &typed = statement.record->typed[position - 1];
-    return {typed.text, typed.size};
+    return text_trimmed({typed.text, typed.size});
 }
 
 std::string_view without_quotes(std::string_view text)
@@ -167,7 +176,7 @@ argument_use argument_use_of(const statement_view &statement, int32_t position, 
     for (int32_t i = 0; i < statement.record->write_count; i++) {
         const emit_write &write = statement.record->writes[i];
         const written_line *line = write.slot == position ? line_at(statement.lines, write.from) : nullptr;
-        if (line == nullptr || line->live != live)
+        if (line == nullptr || (line->live && !line->rest) != live)
             continue;
         std::string_view written = statement.output.substr(write.from - start, write.to - write.from);
         bool text = !write.value && is_text_of(written, argument_text(position));

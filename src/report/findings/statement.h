@@ -20,6 +20,7 @@ struct written_line {
     std::string_view text; // without its line end
     bool live;             // the new system carries it out: it is neither empty nor a comment
     bool inside;           // it begins inside of an argument's text
+    bool rest;             // that text began in a comment, which is broken off
 };
 
 struct statement_view {
@@ -51,6 +52,9 @@ const written_line *line_at(const std::vector<written_line> &lines, uint64_t off
 std::vector<uint64_t> lines_of(const statement_view &statement, bool live);
 
 // ---- Arguments, by their position from 1 ----
+
+// The last position that has an argument, or had one of which the fetcher has left nothing.
+int32_t argument_last(const statement_view &statement);
 
 // The text that rules write: a string decoded and between double quotes. Empty if it isn't there or is empty.
 std::string_view argument_text(int32_t position);

@@ -55,8 +55,8 @@ bool accepted_read(const std::string &path, accepted_rows *rows)
     }
     for (size_t i = 1; i < table.size(); i++) {
         if (table[i].size() != accepted_head().size()) {
-            report_trouble(fmt::format("{} isn't used: its row {} has not {} columns", shown(path), i + 1,
-                                       accepted_head().size()));
+            report_trouble(fmt::format("{} isn't used: its row {} doesn't have {} columns", shown(path),
+                                       i + 1, accepted_head().size()));
             rows->rows.clear();
             return false;
         }

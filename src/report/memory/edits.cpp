@@ -5,31 +5,30 @@
 #include "support/text.h"
 
 #include <algorithm>
-#include <unordered_map>
+#include <set>
 
 // Two texts with their lines as numbers, and the changes that make one out of the other.
 struct compared_texts {
     text_lines now;
     text_lines there;
     std::vector<line_change> changes;
+    std::set<std::string_view> added; // lines that only there has, in another position than now
 };
 
-static std::vector<uint32_t> line_numbers(const text_lines &text,
-                                          std::unordered_map<std::string_view, uint32_t> *known)
+static std::string_view core_at(const text_lines &text, size_t index)
 {
-    std::vector<uint32_t> numbers;
-    for (size_t i = 0; i < line_count(text); i++)
-        numbers.push_back(
-            known->emplace(line_core(lines_between(text, i, i + 1)), known->size()).first->second);
-    return numbers;
+    return line_core(lines_between(text, index, index + 1));
 }
 
 static compared_texts compare(std::string_view now, std::string_view there)
 {
-    compared_texts texts{text_split(now), text_split(there), {}};
-    std::unordered_map<std::string_view, uint32_t> known;
-    std::vector<uint32_t> before = line_numbers(texts.now, &known);
-    texts.changes = line_diff(before, line_numbers(texts.there, &known));
+    compared_texts texts{text_split(now), text_split(there), {}, {}};
+    line_numbering known;
+    std::vector<uint32_t> before = lines_number(texts.now, &known);
+    texts.changes = line_diff(before, lines_number(texts.there, &known));
+    for (const line_change &change : texts.changes)
+        for (size_t i = 0; i < change.after_count; i++)
+            texts.added.insert(core_at(texts.there, change.after_at + i));
     return texts;
 }
 
@@ -51,11 +50,29 @@ static std::vector<uint64_t> lines_there(const compared_texts &texts)
     return there;
 }
 
-std::vector<line_change> text_changes(std::string_view before, std::string_view after, size_t *lines)
+// How many lines of a stretch are neither empty nor comments.
+static size_t live_lines(const text_lines &text, size_t first, size_t count)
 {
-    compared_texts texts = compare(before, after);
-    *lines = line_count(texts.now);
-    return std::move(texts.changes);
+    size_t live = 0;
+    for (size_t i = first; i < first + count; i++)
+        live += !core_at(text, i).empty() && !is_comment(core_at(text, i)) ? 1 : 0;
+    return live;
+}
+
+size_t lines_missing(std::string_view now, std::string_view there, size_t *differing)
+{
+    compared_texts texts = compare(now, there);
+    *differing = 0;
+    for (const line_change &change : texts.changes)
+        *differing += std::max(change.before_count, change.after_count);
+    if (texts.changes.empty())
+        return 0;
+    const line_change &last = texts.changes.back();
+    if (last.before_at + last.before_count != line_count(texts.now))
+        return 0;
+    size_t written = live_lines(texts.now, last.before_at, last.before_count);
+    size_t left = live_lines(texts.there, last.after_at, last.after_count);
+    return last.after_count == 0 ? last.before_count : written - std::min(written, left);
 }
 
 std::vector<uint64_t> lines_there(std::string_view now, std::string_view there)
@@ -79,8 +96,8 @@ static std::vector<std::string_view> lines_instead(const compared_texts &texts, 
     std::vector<std::string_view> lines;
     if (change == texts.changes.end())
         return lines;
-    auto there = [&](size_t line) { return line_core(lines_between(texts.there, line, line + 1)); };
-    std::string_view word = first_word(line_core(lines_between(texts.now, index, index + 1)));
+    auto there = [&](size_t line) { return core_at(texts.there, line); };
+    std::string_view word = first_word(core_at(texts.now, index));
     for (size_t i = 0; i < change->after_count; i++) {
         bool same_position = change->before_count == change->after_count && i == index - change->before_at;
         if (same_position ||
@@ -155,13 +172,15 @@ static bool has_won(const report_item &item, std::string_view was, std::string_v
 static bool has_changed(const report_item &item, const compared_texts &texts, size_t index)
 {
     std::vector<std::string_view> lines = lines_instead(texts, index);
-    std::string_view was = line_core(lines_between(texts.now, index, index + 1));
+    std::string_view was = core_at(texts.now, index);
     auto lost = [&](std::string_view line) { return has_lost(item, was, line); };
-    auto won = [&](std::string_view line) { return has_won(item, was, line); };
+    auto won = [&](std::string_view line) { return !is_comment(line) && has_won(item, was, line); };
     auto well_formed = [&](std::string_view line) {
         return live_form_fault(line, {}, {}) != item.own_texts[0];
     };
     auto another = [&](std::string_view line) { return first_word(line) != first_word(was); };
+    if (texts.added.count(was) != 0)
+        return false; // it was moved
     if (lines.empty())
         return true;
     switch (item.kind) {
@@ -179,12 +198,12 @@ static bool has_changed(const report_item &item, const compared_texts &texts, si
 static bool guards_another(const report_item &item, const compared_texts &texts,
                            const std::vector<uint64_t> &matched)
 {
-    if (item.kind != ITEM_GUARDED || item.own_lines.size() < 2 || item.own_lines[1] > matched.size())
+    if (item.kind != ITEM_GUARDED || item.own_lines.back() > matched.size())
         return false;
-    uint64_t end = matched[item.own_lines[1] - 1];
+    bool at_end = item.own_lines.size() < 2; // nothing comes after the IF
+    uint64_t end = at_end ? line_count(texts.there) + 1 : matched[item.own_lines[1] - 1];
     for (uint64_t line = matched[item.own_lines[0] - 1]; line > 0 && line + 1 < end; line++) {
-        std::string_view text = line_core(lines_between(texts.there, line, line + 1));
-        if (!text.empty() && !is_comment(text))
+        if (live_lines(texts.there, line, 1) > 0)
             return true;
     }
     return false;

@@ -10,8 +10,9 @@
 #include <string_view>
 #include <vector>
 
-// The changes that make one text out of another; *lines is how many the first one has.
-std::vector<line_change> text_changes(std::string_view before, std::string_view after, size_t *lines);
+// How many lines of what is written now an output lacks at its end: all of a run that was deleted, and of one
+// that was replaced as many as it has fewer that are carried out. *differing: lines that differ in all.
+size_t lines_missing(std::string_view now, std::string_view there, size_t *differing);
 
 // For each line of what is written now, the line of the output that is there, from 1; 0 if it isn't there.
 std::vector<uint64_t> lines_there(std::string_view now, std::string_view there);

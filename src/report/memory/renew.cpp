@@ -143,24 +143,6 @@ void output_renew(script_run *run, folder_memory *memory, bool force)
 
 // ---- Adopting ----
 
-// Lines of what is written now that the output lacks at its end, and how many lines differ in all.
-struct adopt_difference {
-    size_t at_end = 0;
-    size_t lines = 0;
-};
-
-static adopt_difference difference_of(const script_run &run)
-{
-    adopt_difference difference;
-    size_t lines = 0;
-    for (const line_change &change : text_changes(run.now, *run.there, &lines)) {
-        difference.lines += std::max(change.before_count, change.after_count);
-        if (change.before_at + change.before_count == lines && change.after_count == 0)
-            difference.at_end = change.before_count;
-    }
-    return difference;
-}
-
 void output_adopt(script_run *run, folder_memory *memory, bool force)
 {
     std::string path = shown(run->report.output_path);
@@ -168,22 +150,22 @@ void output_adopt(script_run *run, folder_memory *memory, bool force)
         report_note("there is no " + path + " to adopt");
         return;
     }
-    adopt_difference difference = difference_of(*run);
+    size_t differing;
+    size_t missing = lines_missing(run->now, *run->there, &differing);
     std::string refusal;
     if (run->report.output == OUTPUT_CUT)
         refusal = "it is cut off";
     else if (run->report.output != OUTPUT_SAME && run->report.output_older)
         refusal = "it is older than its script";
-    else if (difference.at_end > 0)
-        refusal =
-            fmt::format("it lacks {} of what is written now at its end", counted(difference.at_end, "line"));
+    else if (missing > 0)
+        refusal = fmt::format("it lacks {} of what is written now at its end", counted(missing, "line"));
     if (!refusal.empty() && !force) {
         report_trouble(fmt::format("{} isn't adopted: {} (--force overrides)", path, refusal));
         return;
     }
     if (!remember(run, memory))
         return;
-    report_note(fmt::format("adopted {}, of which {} differ from what is written now", path,
-                            counted(difference.lines, "line")));
+    report_note(fmt::format("adopted {}, of which {} {} from what is written now", path,
+                            counted(differing, "line"), differing == 1 ? "differs" : "differ"));
     script_compare(run);
 }

@@ -63,7 +63,7 @@ static void text_summed(const std::string &path, const std::vector<const report_
     put(fmt::format("{}:{}: {}: {} {} (--all lists them): {}{}\n", path, first->line, kind_shown(first->kind),
                     items.size(),
                     first->kind == ITEM_DROPPED ? "system commands"
-                                                : "statements without their first attributes",
+                                                : "statements without one of their attributes",
                     list, counts.size() > 6 ? ", ..." : ""));
 }
 
@@ -94,8 +94,8 @@ static void text_script(FILE *, const script_report &script, const script_bodies
         }
         if (asked->all || !item.summed)
             text_item(path, item);
-        else if (item.kind != ITEM_FORM) // which the totals have
-            summed.push_back(&item);
+        else if (item.kind == ITEM_DROPPED || (item.kind != ITEM_FORM && is_open(item)))
+            summed.push_back(&item); // the totals have those of the kind form
     }
     text_summed(path, summed);
     if (const char *words = output_words(script.output); words != nullptr)
@@ -136,6 +136,7 @@ static void text_end(FILE *, const report_totals &totals)
         else if (kind != ITEM_CHECK)
             add(totals.by_kind[kind], kind_table[kind].word);
     }
+    add(totals.settled, "of them changed or accepted");
     line += fmt::format("{} {} {}", line.back() == ':' ? "" : ";",
                         totals.done == 1 ? "1 has" : fmt::format("{} have", totals.done),
                         totals.filtered ? "none of these" : "nothing left to do");
