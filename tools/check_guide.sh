@@ -69,7 +69,8 @@ marked=$(items '(gone|byhand|check|quiet),')
 expect 1 samples "$marked" "In the samples this finds $marked lines, one for each item of these kinds, and nothing else."
 expect 2 samples 0 'which stops the reading (the samples have none)'
 system=$(items '(dropped|broken),[rieud][A-Z]')
-dropped=$(items 'dropped,')
+# What is dropped and no system command is #LINE.
+dropped=$(items 'dropped,[^#]')
 expect 3 samples "$system" "in the samples this finds $system lines, $dropped that leave nothing and one that is"
 expect 4 samples 0 'after its condition (the samples have none)'
 
