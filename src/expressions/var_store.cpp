@@ -62,7 +62,7 @@ static double value_load(int8_t type, const unsigned char *from)
     }
 }
 
-static void value_store(int8_t type, double value, unsigned char *to)
+static inline void value_store(int8_t type, double value, unsigned char *to)
 {
     if (type == VAR_DOUBLE) {
         memcpy(to, &value, sizeof value);

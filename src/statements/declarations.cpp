@@ -222,13 +222,11 @@ static bool value_read(const char *text, double *value)
     const char *c = digits;
     double number = 0;
     double scale = 1;
-    for (bool fraction = false; text_is(*c, CHAR_DIGIT) || (*c == '.' && !fraction); c++) {
-        fraction |= *c == '.';
-        if (*c == '.')
-            continue;
+    for (; text_is(*c, CHAR_DIGIT); c++)
         number = number * 10 + (*c - '0');
-        scale *= fraction ? 10 : 1;
-    }
+    if (*c == '.')
+        for (c++; text_is(*c, CHAR_DIGIT); c++, scale *= 10)
+            number = number * 10 + (*c - '0');
     // Up to 15 digits both are exact, so that the division rounds as the library does.
     if (!text_is(*digits, CHAR_DIGIT) || c - digits > 15 || text_is(*c, CHAR_WORD))
         return sscanf(text, "%lf", value) == 1;
