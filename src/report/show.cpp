@@ -1,5 +1,7 @@
 #include "report/show.h"
 
+#include "support/text.h"
+
 #include <fmt/core.h>
 
 #include <stdint.h>
@@ -90,9 +92,12 @@ std::string shown_whole(std::string_view text)
 
 std::string_view text_trimmed(std::string_view text)
 {
-    constexpr std::string_view white = " \t\r\n\v\f";
-    text.remove_prefix(std::min(text.find_first_not_of(white), text.size()));
-    return text.substr(0, text.find_last_not_of(white) + 1);
+    auto is_white = [](char c) { return text_is(c, CHAR_WHITE); };
+    while (!text.empty() && is_white(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && is_white(text.back()))
+        text.remove_suffix(1);
+    return text;
 }
 
 std::string_view text_begin(std::string_view text, size_t size)

@@ -225,8 +225,10 @@ static bool value_read(const char *text, double *value)
     for (; text_is(*c, CHAR_DIGIT); c++)
         number = number * 10 + (*c - '0');
     if (*c == '.')
-        for (c++; text_is(*c, CHAR_DIGIT); c++, scale *= 10)
+        for (c++; text_is(*c, CHAR_DIGIT); c++) {
             number = number * 10 + (*c - '0');
+            scale *= 10;
+        }
     // Up to 15 digits both are exact, so that the division rounds as the library does.
     if (!text_is(*digits, CHAR_DIGIT) || c - digits > 15 || text_is(*c, CHAR_WORD))
         return sscanf(text, "%lf", value) == 1;

@@ -56,8 +56,9 @@ bool is_attribute(const std::string &name)
     return is_numbered(name) && name[0] == 'a';
 }
 
-std::string argument_shown(const statement_view &statement, int32_t position, const std::string &name)
+std::string argument_shown(const statement_view &statement, int32_t position, const rule_row *row)
 {
+    std::string name = argument_name(row, position);
     std::string text = shown_cut(argument_typed(statement, position), text_shown);
     if (is_attribute(name))
         return fmt::format("{} (attribute): {}", position, text);

@@ -18,4 +18,4 @@ std::string argument_name(const rule_row *row, int32_t position);
 bool is_attribute(const std::string &name);
 
 // An argument in a detail: its number, its name if that says something, and its text as typed.
-std::string argument_shown(const statement_view &statement, int32_t position, const std::string &name);
+std::string argument_shown(const statement_view &statement, int32_t position, const rule_row *row);

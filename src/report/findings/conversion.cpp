@@ -7,7 +7,6 @@
 #include "support/output.h"
 #include "support/text.h"
 
-#include <algorithm>
 #include <new>
 
 // The conversion that runs.
@@ -33,9 +32,9 @@ static void take_label(const char *name)
 // Counts the lines of the output up to an offset.
 static void count_to(uint64_t offset)
 {
-    auto begin = run.output->begin();
-    run.line += static_cast<uint64_t>(
-        std::count(begin + static_cast<long>(run.counted), begin + static_cast<long>(offset), '\n'));
+    const std::string &output = *run.output;
+    for (size_t at = run.counted; (at = output.find('\n', at)) < offset; at++)
+        run.line++;
     run.counted = offset;
 }
 

@@ -39,14 +39,14 @@ static void add_detail(std::string *detail, const std::string &text)
 }
 
 // True if an argument is the word that its row stands for, such as dotprod: the row's form has it.
-static bool is_row_word(int32_t position, std::string_view text, const std::string &name)
+static bool is_row_word(int32_t position)
 {
-    const char *when = rule_last.row != nullptr ? rule_last.row->when : nullptr;
-    std::string word = " is " + name;
-    std::string_view condition = when != nullptr ? when : "";
-    return position == 1 && condition.size() >= word.size() &&
-           condition.substr(condition.size() - word.size()) == word &&
-           text_is_word(text.data(), text.size(), name.c_str());
+    if (position != 1 || rule_last.row == nullptr || rule_last.row->when == nullptr)
+        return false;
+    std::string_view when = rule_last.row->when;
+    std::string_view text = argument_text(position);
+    std::string word(when.substr(when.rfind(' ') + 1));
+    return text_is_word(text.data(), text.size(), word.c_str()) && argument_name(rule_last.row, 1) == word;
 }
 
 // What the line has after the last argument that the command takes, without commas that nothing follows.
@@ -73,7 +73,7 @@ std::string arguments_in_detail(const statement_view &statement)
     for (int32_t position = 1; position <= argument_last(statement); position++) {
         if (argument_text(position).empty()) {
             if (std::string_view typed = argument_typed(statement, position); !typed.empty())
-                add_detail(&lacking, argument_shown(statement, position, argument_name(row, position)));
+                add_detail(&lacking, argument_shown(statement, position, row));
             continue;
         }
         argument_use use = argument_use_of(statement, position, false);
@@ -81,7 +81,7 @@ std::string arguments_in_detail(const statement_view &statement)
         if (!comment || use.text || value)
             add_detail(&there, shown_cut(argument_typed(statement, position), text_shown));
         else
-            add_detail(&lacking, argument_shown(statement, position, argument_name(row, position)) +
+            add_detail(&lacking, argument_shown(statement, position, row) +
                                      (use.value ? " (it has " + shown(use.written) + ")" : ""));
     }
     std::string detail = there.empty() ? "" : ": " + there;
@@ -95,12 +95,12 @@ std::string arguments_in_detail(const statement_view &statement)
 // ---- Statements that are carried out ----
 
 // A constant 0 where nothing could be as well.
-static bool is_default(const statement_view &statement, int32_t position, const std::string &name)
+static bool is_default(const statement_view &statement, int32_t position, bool attribute)
 {
     int32_t at = std::min<int32_t>(position, statement.row->spec_count) - 1;
     uint8_t spec = statement.row->spec[at];
     uint8_t type = spec & ARG_TYPE;
-    return ((spec & ARG_OPTIONAL) != 0 || is_attribute(name)) && type >= ARG_LONG && type <= ARG_DOUBLE &&
+    return ((spec & ARG_OPTIONAL) != 0 || attribute) && type >= ARG_LONG && type <= ARG_DOUBLE &&
            expression_is_constant(argument_text(position)) && argument_value(position) == 0;
 }
 
@@ -147,7 +147,7 @@ static void add_finding(argument_findings *findings, const std::string &detail, 
 }
 
 static void add_decoded(const statement_view &statement, int32_t position, const argument_use &use,
-                        const std::string &name, argument_findings *findings)
+                        argument_findings *findings)
 {
     std::string_view typed = argument_typed(statement, position);
     std::string fault = is_unclosed(typed)
@@ -158,14 +158,14 @@ static void add_decoded(const statement_view &statement, int32_t position, const
     for (char c : use.written)
         if (c == '\n')
             lines.push_back(lines.back() + 1);
-    add_finding(findings, argument_shown(statement, position, name) + " has " + fault,
+    add_finding(findings, argument_shown(statement, position, rule_last.row) + " has " + fault,
                 text_cut(use.written, SIZE_MAX), lines);
 }
 
 // An argument that was typed and of which the fetcher has left nothing: an empty string, or letters that it
 // drops. In a menu an empty option is between bars, and what a line has as "" is there.
-static void add_empty(const statement_view &statement, int32_t position, const std::string &name,
-                      bool carried_out, argument_findings *lost)
+static void add_empty(const statement_view &statement, int32_t position, bool carried_out,
+                      argument_findings *lost)
 {
     std::string_view typed = argument_typed(statement, position);
     if (!carried_out || typed.empty() || is_option(statement, position))
@@ -175,7 +175,8 @@ static void add_empty(const statement_view &statement, int32_t position, const s
                      return line.live && line.text.find("\"\"") != std::string_view::npos;
                  });
     if (!there)
-        add_finding(lost, argument_shown(statement, position, name), typed, lines_of(statement, true));
+        add_finding(lost, argument_shown(statement, position, rule_last.row), typed,
+                    lines_of(statement, true));
 }
 
 static void take_findings(judge_state *state, const statement_view &statement, item_kind kind,
@@ -252,8 +253,9 @@ static void add_surplus(const statement_view &statement, argument_findings *lost
 static void add_dropped(const statement_view &statement, argument_findings *lost)
 {
     for (int32_t position = 1; position <= argument_last(statement); position++) {
-        argument_use use = argument_use_of(statement, position, true);
-        if (!use.text || !has_dropped(statement, position))
+        argument_use use =
+            has_dropped(statement, position) ? argument_use_of(statement, position, true) : argument_use{};
+        if (!use.text)
             continue;
         add_clause(lost,
                    fmt::format("argument {}: {} is written as {}: characters were dropped", position,
@@ -294,56 +296,72 @@ static void add_moved(const statement_view &statement, argument_findings *lost)
     }
 }
 
-void judge_arguments(judge_state *state, const statement_view &statement, bool carried_out)
+// The findings of a statement's arguments, by kind.
+struct findings_by_kind {
+    argument_findings frozen, decoded, lost;
+};
+
+// What has become of an argument in the line that is carried out.
+static void judge_live(const statement_view &statement, int32_t position, const argument_use &use,
+                       findings_by_kind *findings)
 {
-    argument_findings frozen;
-    argument_findings decoded;
-    argument_findings lost;
-    for (int32_t position = 1; position <= argument_last(statement); position++) {
-        std::string_view text = argument_text(position);
-        std::string name = argument_name(rule_last.row, position);
-        if (is_row_word(position, text, name))
-            continue;
-        if (text.empty()) {
-            add_empty(statement, position, name, carried_out, &lost);
-            continue;
-        }
+    std::string_view text = argument_text(position);
+    std::string shown_argument = argument_shown(statement, position, rule_last.row);
+    if (use.text) {
+        add_finding(&findings->frozen,
+                    fmt::format("{} is written as the text \"{}\"", shown_argument,
+                                shown_cut(use.written, text_shown)),
+                    fmt::format("\"{}\"", use.written), {use.line});
+        findings->frozen.items.push_back(SIZE_MAX);
+    } else if (use.value) {
+        add_finding(&findings->frozen,
+                    fmt::format("{} is fixed as {}", shown_argument, shown(text_trimmed(use.written))),
+                    text_trimmed(use.written), {use.line});
+        findings->frozen.items.push_back(item_of(statement, use));
+    } else if (bool attribute = is_attribute(argument_name(rule_last.row, position));
+               !is_default(statement, position, attribute)) {
+        findings->lost.attributes_only &= attribute;
+        add_finding(&findings->lost, shown_argument, text, lines_of(statement, true));
+    }
+}
+
+static void judge_argument(const statement_view &statement, int32_t position, bool carried_out,
+                           findings_by_kind *findings)
+{
+    argument_use use = carried_out ? argument_use_of(statement, position, true) : argument_use{};
+    if (argument_is_string(position)) {
         argument_use comment = argument_use_of(statement, position, false);
         bool broken_comment = comment.text && comment.written.find('\n') != std::string_view::npos;
-        argument_use use = carried_out ? argument_use_of(statement, position, true) : argument_use{};
         if (use.text && is_decoded(statement, position, use.written))
-            add_decoded(statement, position, use, name, &decoded);
+            add_decoded(statement, position, use, &findings->decoded);
         else if (broken_comment && is_decoded(statement, position, comment.written))
-            add_decoded(statement, position, comment, name, &decoded);
-        if (use.text && is_quoted(statement, position, use)) {
+            add_decoded(statement, position, comment, &findings->decoded);
+    }
+    bool written =
+        use.text ? !is_quoted(statement, position, use) : use.value && is_whole_value(position, use);
+    if (carried_out && !written)
+        judge_live(statement, position, use, findings);
+}
 
-            add_finding(&frozen,
-                        fmt::format("{} is written as the text \"{}\"",
-                                    argument_shown(statement, position, name),
-                                    shown_cut(use.written, text_shown)),
-                        fmt::format("\"{}\"", use.written), {use.line});
-            frozen.items.push_back(SIZE_MAX);
-        }
-        if (!carried_out || use.text || (use.value && is_whole_value(position, use)))
+void judge_arguments(judge_state *state, const statement_view &statement, bool carried_out)
+{
+    findings_by_kind findings;
+    for (int32_t position = 1; position <= argument_last(statement); position++) {
+        if (is_row_word(position))
             continue;
-        if (use.value) {
-            add_finding(&frozen,
-                        fmt::format("{} is fixed as {}", argument_shown(statement, position, name),
-                                    shown(text_trimmed(use.written))),
-                        text_trimmed(use.written), {use.line});
-            frozen.items.push_back(item_of(statement, use));
-        } else if (!is_default(statement, position, name)) {
-            lost.attributes_only &= is_attribute(name);
-            add_finding(&lost, argument_shown(statement, position, name), text, lines_of(statement, true));
-        }
+        if (argument_text(position).empty())
+            add_empty(statement, position, carried_out, &findings.lost);
+        else
+            judge_argument(statement, position, carried_out, &findings);
     }
-    take_findings(state, statement, ITEM_FROZEN, "argument ", &frozen);
-    bool arguments_lost = !lost.detail.empty();
+    take_findings(state, statement, ITEM_FROZEN, "argument ", &findings.frozen);
+    bool arguments_lost = !findings.lost.detail.empty();
     if (carried_out) {
-        add_moved(statement, &lost);
-        add_dropped(statement, &lost);
-        add_surplus(statement, &lost);
+        add_moved(statement, &findings.lost);
+        add_dropped(statement, &findings.lost);
+        add_surplus(statement, &findings.lost);
     }
-    take_findings(state, statement, ITEM_LOST, arguments_lost ? "no live line has argument " : "", &lost);
-    take_findings(state, statement, ITEM_DECODED, "argument ", &decoded);
+    take_findings(state, statement, ITEM_LOST, arguments_lost ? "no live line has argument " : "",
+                  &findings.lost);
+    take_findings(state, statement, ITEM_DECODED, "argument ", &findings.decoded);
 }
