@@ -7,22 +7,9 @@ cd "$(dirname -- "$(readlink -f -- "$0")")/.."
 work=$MURL_BUILD/browser
 need report 'the page is not tried'
 need chromium 'the page is not tried'
-{ command -v node && command -v npm; } >/dev/null || need node 'the page is not tried'
-# A version that Debian's node takes: later ones want a newer node.
-driver=playwright-core@1.58.0
-validator=@microsoft/sarif-multitool@5.7.0
-
-# Installs a package of npm in a folder of its own, once. False if it can't be had.
-npm_install() { # PACKAGE@VERSION
-    mkdir -p "$work/$1"
-    [ -e "$work/$1/complete" ] ||
-        (cd "$work/$1" && PLAYWRIGHT_SKIP_BROWSER_DOWNLOAD=1 npm install --no-audit --no-fund --prefix . "$1" \
-            && touch complete) >"$work/npm.log" 2>&1 </dev/null
-}
-
+need_npm playwright-core@1.58.0 'the page is not tried' # later ones want a newer node than Debian's
 rm -rf "$work/tree" "$work/many" "$work/large"
 mkdir -p "$work/tree" "$work/many" "$work/large"
-npm_install $driver || skip 'playwright-core can not be had from npm'
 report=$PWD/report
 
 # The tree of the report's tests, a script of lines that lose the same, and one whose name and text spell markup, in Latin-1.
@@ -52,13 +39,13 @@ awk 'BEGIN {
 "$report" --quiet --html "$work/many.html" "$work/many" 2>"$work/err" || [ $? = 1 ]
 [ ! -s "$work/err" ] || fail "the second use of ./report tells: $(cat "$work/err")"
 
-CHROMIUM=$(command -v chromium || command -v chromium-browser) NODE_PATH=$work/$driver/node_modules \
+CHROMIUM=$(command -v chromium || command -v chromium-browser) NODE_PATH=$modules \
     node tests/report/browser.js "$work/page.html" "$work/many.html" "$work/large.html" "$work" || fail 'the page fails in a browser'
 
 # What the validator finds in the report of the tree, and in a copy with a line number that no file has. Its exit status
 # is 0 whatever it finds, and of a file that it can't read it says nothing at all: a good one has notes.
-npm_install $validator || skip 'the page passes; SARIF is not validated: sarif-multitool can not be had from npm'
-multitool=$work/$validator/node_modules/@microsoft/sarif-multitool-linux/Sarif.Multitool
+need_npm @microsoft/sarif-multitool@5.7.0 'the page passes; SARIF is not validated'
+multitool=$modules/@microsoft/sarif-multitool-linux/Sarif.Multitool
 [ -x "$multitool" ] || skip 'the page passes; SARIF is not validated: sarif-multitool is not made for this system'
 find_faults() { # FILE: its errors and warnings but for the address of a home page, which murlreport has none of
     "$multitool" validate --level 'Error;Warning;Note' "$1" >"$1.found" 2>&1 || return

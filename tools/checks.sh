@@ -26,6 +26,18 @@ need() {
     skip "$2: the packages for $1 are not there"
 }
 
+# Sets modules to a folder with a package from npm, NAME@VERSION, and what it needs. If it can't be had the rest of the
+# step is skipped.
+#   need_npm PACKAGE CONSEQUENCE
+need_npm() {
+    { command -v node && command -v npm; } >/dev/null || need node "$2"
+    modules=$MURL_BUILD/npm/$1/node_modules
+    [ ! -e "${modules%/*}/complete" ] || return 0
+    mkdir -p "${modules%/*}"
+    (cd "${modules%/*}" && PLAYWRIGHT_SKIP_BROWSER_DOWNLOAD=1 npm install --no-audit --no-fund --prefix . "$1" \
+        && touch complete) >"$MURL_BUILD/npm.log" 2>&1 </dev/null || skip "$2: $1 can not be had from npm"
+}
+
 # Ends a step that can't be run to its end. ./check tells the reason in its last line.
 skip() {
     tell "skipped: $1"
