@@ -212,7 +212,7 @@ static void count_lines(const unsigned char *upto)
     assert(upto >= counted.upto);
     counted.line += static_cast<uint32_t>(count_line_feeds(counted.upto, upto));
     counted.upto = upto;
-    auto offset = static_cast<ptrdiff_t>(upto - window_start);
+    auto offset = static_cast<uint32_t>(upto - window_start);
     for (; counted.folds < folds_used && folds[counted.folds].offset <= offset; counted.folds++)
         counted.line += folds[counted.folds].joins;
 }

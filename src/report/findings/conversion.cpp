@@ -12,8 +12,8 @@
 // The conversion that runs.
 static struct {
     std::string *output;
-    uint64_t counted; // bytes of the output whose lines are counted
-    uint64_t line;    // of the output, where the next byte goes
+    size_t counted; // bytes of the output whose lines are counted
+    uint64_t line;  // of the output, where the next byte goes
     take_statement take;
     void *context;
     std::string label; // that was refused
@@ -30,7 +30,7 @@ static void take_label(const char *name)
 }
 
 // Counts the lines of the output up to an offset.
-static void count_to(uint64_t offset)
+static void count_to(size_t offset)
 {
     const std::string &output = *run.output;
     for (size_t at = run.counted; (at = output.find('\n', at)) < offset; at++)
@@ -41,7 +41,7 @@ static void count_to(uint64_t offset)
 static void take_record(const journal_record &record)
 {
     out_flush();
-    uint64_t start = record.done.head.output_start;
+    auto start = static_cast<size_t>(record.done.head.output_start);
     count_to(start);
     std::string_view output = std::string_view(*run.output).substr(start);
     run.take(statement_view_of(record, output, start, run.line), run.context);

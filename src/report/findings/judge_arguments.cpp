@@ -224,7 +224,7 @@ static bool is_quoted(const statement_view &statement, int32_t position, const a
 // Which item of its line's list a use is; SIZE_MAX if it is none.
 static size_t item_of(const statement_view &statement, const argument_use &use)
 {
-    size_t number = use.line - statement.lines.front().number;
+    auto number = static_cast<size_t>(use.line - statement.lines.front().number);
     std::vector<std::string_view> items = list_items(statement.lines[number].text);
     auto holds = [&use](std::string_view item) {
         return item.data() <= use.written.data() && use.written.data() < item.data() + item.size();
@@ -272,8 +272,8 @@ static bool has_moved_up(const statement_view &statement, const emit_write &befo
 {
     if (before.slot == 0 || write.slot < before.slot + 2 || write.from < before.to || write.from == write.to)
         return false;
-    std::string_view output = statement.output.substr(before.to - statement.lines.front().start);
-    std::string_view between = output.substr(0, write.from - before.to);
+    auto begin = static_cast<size_t>(before.to - statement.lines.front().start);
+    std::string_view between = statement.output.substr(begin, static_cast<size_t>(write.from - before.to));
     if (between.find_first_not_of(", ") != std::string_view::npos ||
         std::count(between.begin(), between.end(), ',') >= write.slot - before.slot)
         return false;

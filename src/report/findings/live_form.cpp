@@ -191,7 +191,7 @@ static menu_options options_of(const statement_view &statement)
         if (!argument_is_string(write.slot) || write.to - write.from + 2 != argument_text(write.slot).size())
             continue;
         if (options.first == 0) {
-            std::string_view before = statement.output.substr(0, write.from - start);
+            std::string_view before = statement.output.substr(0, static_cast<size_t>(write.from - start));
             options.first = write.slot;
             options.begin =
                 write.slot - static_cast<int32_t>(before.size() - 1 - before.find_last_not_of('|'));
@@ -242,7 +242,8 @@ static const written_line *blank_between(const statement_view &statement)
         if (line == nullptr || !line->live || before.slot == 0 || write.slot == before.slot ||
             before.from == before.to || write.from == write.to || write.from <= before.to)
             continue;
-        std::string_view between = statement.output.substr(before.to - statement.lines.front().start);
+        auto begin = static_cast<size_t>(before.to - statement.lines.front().start);
+        std::string_view between = statement.output.substr(begin);
         if (between.find_first_not_of(' ') == write.from - before.to)
             return line;
     }
@@ -275,7 +276,7 @@ static std::string without_strings(const statement_view &statement, std::string 
             continue;
         uint64_t quote = write.to - write.from == argument_text(write.slot).size() ? 1 : 0;
         for (uint64_t at = write.from + quote; at + quote < write.to; at++)
-            text[at - start] = 'x';
+            text[static_cast<size_t>(at - start)] = 'x';
     }
     return text;
 }

@@ -13,7 +13,7 @@ constexpr size_t statement_kept = 300; // characters of a line that an item hold
 constexpr std::string_view magic("Murivo\0", 7);
 
 // A line of the script by its number from 1, trimmed; empty before the first and after the last one.
-static std::string_view line_of(const text_lines &script, uint64_t number)
+static std::string_view line_of(const text_lines &script, size_t number)
 {
     if (number == 0 || number > line_count(script))
         return {};
@@ -24,11 +24,11 @@ static std::string_view line_of(const text_lines &script, uint64_t number)
 }
 
 // The nearest line with a text, in steps of 1 or -1.
-static std::string_view near_line(const text_lines &script, uint64_t number, int step)
+static std::string_view near_line(const text_lines &script, size_t number, int step)
 {
     std::string_view line;
     do {
-        number += static_cast<uint64_t>(step);
+        number += static_cast<size_t>(step);
         line = line_of(script, number);
     } while (line.empty() && number > 0 && number <= line_count(script));
     return line;
@@ -56,7 +56,7 @@ static uint64_t unread_lines(const text_lines &script, const source_end &end, bo
     constexpr std::string_view empty(" \t\r\n\v\f\0\x1a", 8);
     uint64_t count = 0;
     *text_left = false;
-    for (uint64_t number = end.line; number <= line_count(script); number++) {
+    for (size_t number = end.line; number <= line_count(script); number++) {
         std::string_view line = lines_between(script, number - 1, number);
         if (end.by_byte && number == end.line)
             line.remove_prefix(std::min(line.find('\x1a'), line.size()));

@@ -178,7 +178,8 @@ argument_use argument_use_of(const statement_view &statement, int32_t position, 
         const written_line *line = write.slot == position ? line_at(statement.lines, write.from) : nullptr;
         if (line == nullptr || (line->live && !line->rest) != live)
             continue;
-        std::string_view written = statement.output.substr(write.from - start, write.to - write.from);
+        std::string_view written = statement.output.substr(static_cast<size_t>(write.from - start),
+                                                           static_cast<size_t>(write.to - write.from));
         bool text = !write.value && is_text_of(written, argument_text(position));
         use.text |= text;
         use.value |= write.value;

@@ -201,8 +201,11 @@ static bool guards_another(const report_item &item, const compared_texts &texts,
     if (item.kind != ITEM_GUARDED || item.own_lines.back() > matched.size())
         return false;
     bool at_end = item.own_lines.size() < 2; // nothing comes after the IF
-    uint64_t end = at_end ? line_count(texts.there) + 1 : matched[item.own_lines[1] - 1];
-    for (uint64_t line = matched[item.own_lines[0] - 1]; line > 0 && line + 1 < end; line++) {
+    auto matched_of = [&](uint64_t line) {
+        return static_cast<size_t>(matched[static_cast<size_t>(line - 1)]);
+    };
+    size_t end = at_end ? line_count(texts.there) + 1 : matched_of(item.own_lines[1]);
+    for (size_t line = matched_of(item.own_lines[0]); line > 0 && line + 1 < end; line++) {
         if (live_lines(texts.there, line, 1) > 0)
             return true;
     }
@@ -215,14 +218,15 @@ void edits_find(script_report *report, std::string_view now, std::string_view th
     std::vector<uint64_t> matched = lines_there(texts);
     for (report_item &item : report->items) {
         auto changed = [&](uint64_t line) {
-            return line > 0 && line <= matched.size() && matched[line - 1] == 0 &&
-                   has_changed(item, texts, line - 1);
+            auto index = static_cast<size_t>(line - 1);
+            return line > 0 && line <= matched.size() && matched[index] == 0 &&
+                   has_changed(item, texts, index);
         };
         bool edited = std::any_of(item.own_lines.begin(), item.own_lines.end(), changed) ||
                       guards_another(item, texts, matched);
         item.state = edited ? STATE_CHANGED : STATE_OPEN;
         for (uint64_t line = item.output_line; line < item.output_line + item.output_lines; line++)
             if (item.there_line == 0 && line <= matched.size())
-                item.there_line = matched[line - 1];
+                item.there_line = matched[static_cast<size_t>(line - 1)];
     }
 }

@@ -40,8 +40,8 @@ std::string memory_new_name(const std::string &output)
 std::string script_hash_of(std::string_view bytes)
 {
     uint64_t hash = 0xCBF29CE484222325; // FNV-1a
-    for (unsigned char c : bytes)
-        hash = (hash ^ c) * 0x100000001B3;
+    for (char c : bytes)
+        hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3;
     return fmt::format("{:016x}", hash);
 }
 

@@ -89,8 +89,10 @@ static std::vector<std::string_view> lines_in(const text_lines &text, page_range
 {
     std::vector<std::string_view> lines;
     for (uint64_t line = range.from; line > 0 && line - range.from < range.count && line <= line_count(text);
-         line++)
-        lines.push_back(lines_between(text, line - 1, line));
+         line++) {
+        auto index = static_cast<size_t>(line - 1);
+        lines.push_back(lines_between(text, index, index + 1));
+    }
     return lines;
 }
 
@@ -101,8 +103,8 @@ static page_range there_range(const page_texts &texts, const report_item &item)
     size_t count = line_count(texts.written);
     if (item.output_line == 0 || item.output_line > count)
         return {};
-    size_t first = item.output_line - 1;
-    size_t end = first + std::min<uint64_t>(item.output_lines, count - first);
+    auto first = static_cast<size_t>(item.output_line - 1);
+    size_t end = first + static_cast<size_t>(std::min<uint64_t>(item.output_lines, count - first));
     bool starts = first < end && texts.there_of[first] != 0;
     uint64_t from = starts ? texts.there_of[first] : texts.before[first] + 1;
     bool ends = first < end && texts.there_of[end - 1] != 0;
