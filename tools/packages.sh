@@ -22,6 +22,8 @@ group_packages() {
     mutation) echo python3 ;;
     windows) group_packages report && echo g++-mingw-w64-x86-64-posix ;;
     html) echo cmark-gfm ;;
+    web) group_packages report && echo emscripten ;;
+    unzip) echo unzip ;;
     wine) echo wine wine64 ;;
     dialog) echo xvfb xdotool ;;
     packages) echo dpkg-dev debhelper rpm file gzip mandoc lintian bash ;;

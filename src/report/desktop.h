@@ -1,6 +1,6 @@
 // What murlreport needs of the user's desktop: the browser, and what a shell would do where there is none.
 //
-// Each side (desktop_posix.cpp, desktop_windows.cpp) is a whole file of its own.
+// Each side (desktop_posix.cpp, desktop_windows.cpp, desktop_web.cpp) is a whole file of its own.
 #pragma once
 
 #include <string>

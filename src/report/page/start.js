@@ -1,8 +1,11 @@
 
 // ---- Keys, buttons, and the start ----
 
+const framed = parent !== window; // by the page that converts: its button is for both, and the frame's system is its theme
+const themeNow = () => (!framed && recall('murlreport-theme')) || 'system';
+
 function setTheme(theme) {
-  remember('murlreport-theme', theme === 'system' ? null : theme);
+  if (!framed) remember('murlreport-theme', theme === 'system' ? null : theme);
   const dark = theme === 'dark' || (theme === 'system' && matchMedia('(prefers-color-scheme: dark)').matches);
   document.documentElement.dataset.theme = dark ? 'dark' : 'light';
   $('theme').textContent = 'Theme: ' + theme;
@@ -10,7 +13,7 @@ function setTheme(theme) {
 
 function nextTheme() {
   const themes = ['system', 'light', 'dark'];
-  setTheme(themes[(themes.indexOf(recall('murlreport-theme') || 'system') + 1) % themes.length]);
+  if (!framed) setTheme(themes[(themes.indexOf(themeNow()) + 1) % themes.length]);
 }
 
 const keys = {
@@ -56,8 +59,9 @@ function showForPrint() {
 }
 
 function start() {
-  setTheme(recall('murlreport-theme') || 'system');
-  matchMedia('(prefers-color-scheme: dark)').addEventListener('change', () => setTheme(recall('murlreport-theme') || 'system'));
+  $('theme').hidden = framed;
+  setTheme(themeNow());
+  matchMedia('(prefers-color-scheme: dark)').addEventListener('change', () => setTheme(themeNow()));
   const clicks = {
     theme: nextTheme, 'help-button': () => $('help').showModal(), save: saveTicks, 'open-all': () => openAll(true), 'close-all': () => openAll(false), clear: clearFilters,
     gravest: () => { view.sort = 'gravest'; view.up = false; filterAgain(); },
