@@ -241,7 +241,7 @@ check_zip_program() {
     echo "packages: the zip's program converts the samples as wanted"
 }
 
-for group in windows html packages linux; do
+for group in windows html packages linux web; do
     need $group 'the packages are not made'
 done
 rm -rf "$work"
@@ -254,7 +254,7 @@ deb=$dist/murlconv_$version-1_$(dpkg --print-architecture).deb
 zip=$dist/murlconv-$version-windows.zip
 tools/package.sh "$dist" >"$work/packages"
 {
-    printf '%s\n' "$deb" "$zip" "$dist/murlconv-$version.tar.gz" "$dist/SHA256SUMS"
+    printf '%s\n' "$deb" "$zip" "$dist/murlconv-$version.tar.gz" "$dist/murlconv-$version.html" "$dist/SHA256SUMS"
     for arch in x86_64 aarch64; do
         printf '%s\n' "$dist/murlconv-$version-linux-$arch.tar.gz" "$dist/murlconv-$version-1.$arch.rpm"
     done

@@ -6,6 +6,7 @@
 #     murlconv-VERSION-windows.zip
 #     murlconv-VERSION-linux-ARCH.tar.gz    programs that need no library, for x86_64 and aarch64
 #     murlconv-VERSION-1.ARCH.rpm           the same
+#     murlconv-VERSION.html                 the page that converts in a browser
 #     SHA256SUMS
 # Nothing in them depends on who makes them, when and where: all times are those of the version's day.
 set -eu
@@ -20,7 +21,7 @@ day=$(sed -n '/^## /{s/.*, //p;q;}' CHANGELOG.md)
 SOURCE_DATE_EPOCH=$(date -u -d "$day" +%s)
 export SOURCE_DATE_EPOCH
 
-tools/packages.sh build report windows html packages linux
+tools/packages.sh build report windows html packages linux web
 mkdir -p "$dist"
 dist=$(cd -- "$dist" && pwd -P)
 # Not in the checkout: what makes debs and rpms takes no path with a blank.
@@ -121,6 +122,7 @@ make_deb
 make_zip
 make_linux x86_64 libc6-dev "libstdc++-$(x86_64-linux-gnu-g++ -dumpversion)-dev"
 make_linux aarch64 libc6-dev-arm64-cross "libstdc++-$(aarch64-linux-gnu-g++ -dumpversion)-dev-arm64-cross"
+tools/build_web.sh "$dist" >"$work/page"
 cd "$dist"
 sha256sum -- *"$version"* >SHA256SUMS
 sed "s|.*  |$dist/|" SHA256SUMS
