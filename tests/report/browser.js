@@ -114,7 +114,7 @@ async function opensARowInPlace(page) {
   await page.click('#close-all');
   await page.click('#list .toggle');
   const row = '#list .item:has(code:text-matches("^VPOLYGON"))';
-  assert.deepEqual(await texts(page, row + ' .line-head .kind'), ['argument lost', 'look at it'], 'one row for a statement, its kinds as labels');
+  assert.deepEqual(await texts(page, row + ' .line-head .kind'), ['value fixed', 'argument lost', 'look at it'], 'one row for a statement, its kinds as labels');
   assert.equal(await page.$$eval(row + ' .tick', (boxes) => boxes.length), 1, 'and one tick');
   await page.click(row + ' .what');
   assert.ok((await texts(page, row + ' .old .text')).some((text) => text.startsWith('VPOLYGON')), 'the old line');
