@@ -463,7 +463,7 @@ TEST_F(report_test, leaves_what_was_there_when_a_write_fails)
     write("a_conv.mrl.tmp", "mine");
     report_result full = run("--convert --quiet .", "trap '' XFSZ; ulimit -f 16;");
     EXPECT_EQ(full.status, 2);
-    EXPECT_EQ(full.err, "murlreport: can't write ./a_conv.mrl: File too large\n");
+    EXPECT_EQ(full.err.find("murlreport: can't write ./a_conv.mrl: File too large\n"), 0u) << full.err;
     EXPECT_EQ(read("a_conv.mrl"), was);
     EXPECT_EQ(output_state(), "old");
     EXPECT_EQ(names(), ".murlreport a.mrl a_conv.mrl a_conv.mrl.tmp");

@@ -201,7 +201,7 @@ TEST_F(report_test, leaves_the_report_that_was_there_when_it_fails)
     EXPECT_EQ(read("x.json"), "before");
     report_result full = run("--quiet --json x.json a.mrl", "trap '' XFSZ; ulimit -f 16;");
     EXPECT_EQ(full.status, 2);
-    EXPECT_EQ(full.err, "murlreport: can't write x.json\n");
+    EXPECT_EQ(full.err.find("murlreport: can't write x.json\n"), 0u) << full.err;
     EXPECT_EQ(read("x.json"), "before");
     EXPECT_EQ(names(), "a.mrl x.json x.json.part");
     fs::create_symlink("x.json", folder / "link.json");
