@@ -326,6 +326,9 @@ TEST(findings, what_an_if_guards)
         {"IF a\nLINE 1\n",
          "2: broken LINE: argument 2 is missing; left: 1\n"
          "1: guarded IF: LINE under it has become no statement: its arguments failed\n"},
+        {"IF a\nCIRCLE ,5\nGOTO b\n",
+         "2: broken CIRCLE: argument 1 is missing; left: 5\n"
+         "1: guarded IF: CIRCLE under it has become no statement: its arguments failed; it guards 5 now\n"},
         {"IF a\nCLS\nGOTO b\n",
          "2: gone CLS: the new dialect has no such command\n"
          "1: guarded IF: CLS under it has become comments alone; it guards GOTO now\n"},

@@ -198,6 +198,7 @@ static void judge_rest(judge_state *state, const statement_view &statement)
     for (uint64_t line : lines_of(statement, true))
         broken.own_lines.push_back(line);
     state->line_left = statement.record->done.line_left;
+    judge_next_live(state, statement);
 }
 
 static void judge_kind(judge_state *state, const statement_view &statement)
