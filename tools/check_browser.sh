@@ -5,9 +5,7 @@ set -eu
 cd "$(dirname -- "$(readlink -f -- "$0")")/.."
 . tools/checks.sh
 work=$MURL_BUILD/browser
-need report 'the page is not tried'
-need chromium 'the page is not tried'
-need_npm playwright-core@1.58.0 'the page is not tried' # later ones want a newer node than Debian's
+need_browser 'the page is not tried'
 rm -rf "$work/tree" "$work/many" "$work/large"
 mkdir -p "$work/tree" "$work/many" "$work/large"
 report=$PWD/report

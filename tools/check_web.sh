@@ -4,13 +4,11 @@ set -eu
 cd "$(dirname -- "$(readlink -f -- "$0")")/.."
 . tools/checks.sh
 work=$MURL_BUILD/check_web
-need report 'the page that converts is not tried'
-need chromium 'the page that converts is not tried'
+need_browser 'the page that converts is not tried'
 need unzip 'the page that converts is not tried'
 rm -rf "$work"
 mkdir -p "$work/in" "$work/out" "$work/look" "$work/native"
 page=$(tools/build_web.sh "$work")
-need_npm playwright-core@1.58.0 'the page that converts is not tried' # later ones want a newer node than Debian's
 report=$root/report
 
 # ---- What goes in ----

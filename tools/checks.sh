@@ -38,6 +38,14 @@ need_npm() {
         && touch complete) >"$MURL_BUILD/npm.log" 2>&1 </dev/null || skip "$2: $1 can not be had from npm"
 }
 
+# Gets what drives a page that murlreport's build makes: Chromium, and playwright-core in modules.
+#   need_browser CONSEQUENCE
+need_browser() {
+    need report "$1"
+    need chromium "$1"
+    need_npm playwright-core@1.58.0 "$1" # later ones want a newer node than Debian's
+}
+
 # Ends a step that can't be run to its end. ./check tells the reason in its last line.
 skip() {
     tell "skipped: $1"
