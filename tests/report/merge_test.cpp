@@ -2,6 +2,7 @@
 #include "report/memory/line_diff.h"
 #include "report/memory/merge.h"
 #include "report/memory/text_lines.h"
+#include "report/show.h"
 
 #include "common/run.h"
 
@@ -243,7 +244,8 @@ static std::string respelt(triple_maker *maker, const std::string &text, const s
     std::string result = maker->below(3) == 0 ? "\xEF\xBB\xBF" : "";
     std::string_view rest = text, line;
     while (line_take(&rest, &line))
-        result += blanks[maker->below(5)] + std::string(line_core(line)) + blanks[maker->below(5)] + line_end;
+        result +=
+            blanks[maker->below(5)] + std::string(text_trimmed(line)) + blanks[maker->below(5)] + line_end;
     if (maker->below(3) == 0)
         result.resize(result.find_last_not_of("\r\n") + 1);
     return result;

@@ -2,6 +2,7 @@
 
 #include "report/findings/live_form.h"
 #include "report/memory/text_lines.h"
+#include "report/show.h"
 #include "support/text.h"
 
 #include <algorithm>
@@ -12,23 +13,19 @@ struct compared_texts {
     text_lines now;
     text_lines there;
     std::vector<line_change> changes;
-    std::set<std::string_view> added; // lines that only there has, in another position than now
 };
 
 static std::string_view core_at(const text_lines &text, size_t index)
 {
-    return line_core(lines_between(text, index, index + 1));
+    return text_trimmed(lines_between(text, index, index + 1));
 }
 
 static compared_texts compare(std::string_view now, std::string_view there)
 {
-    compared_texts texts{text_split(now), text_split(there), {}, {}};
+    compared_texts texts{text_split(now), text_split(there), {}};
     line_numbering known;
     std::vector<uint32_t> before = lines_number(texts.now, &known);
     texts.changes = line_diff(before, lines_number(texts.there, &known));
-    for (const line_change &change : texts.changes)
-        for (size_t i = 0; i < change.after_count; i++)
-            texts.added.insert(core_at(texts.there, change.after_at + i));
     return texts;
 }
 
@@ -123,7 +120,7 @@ static std::string without_blanks(std::string_view text)
 // How often a text is in a line, and no part of a longer name or number.
 static size_t count_in(std::string_view there, std::string_view wanted)
 {
-    std::string line = without_blanks(there), text = without_blanks(line_core(wanted));
+    std::string line = without_blanks(there), text = without_blanks(text_trimmed(wanted));
     auto joins = [](char c) { return text_is(c, CHAR_WORD) || c == '.' || c == '$' || c == '@'; };
     size_t count = 0;
     for (size_t at = line.find(text); !text.empty() && at != std::string_view::npos;
@@ -168,8 +165,19 @@ static bool has_won(const report_item &item, std::string_view was, std::string_v
     });
 }
 
-// True if the edit of an own line is one that the item asks for.
-static bool has_changed(const report_item &item, const compared_texts &texts, size_t index)
+// The lines that an edit has added.
+static std::set<std::string_view> lines_added(const compared_texts &texts)
+{
+    std::set<std::string_view> added;
+    for (const line_change &change : texts.changes)
+        for (size_t i = 0; i < change.after_count; i++)
+            added.insert(core_at(texts.there, change.after_at + i));
+    return added;
+}
+
+// True if the edit of an own line is one that the item asks for. A line that was added elsewhere was moved.
+static bool has_changed(const report_item &item, const compared_texts &texts,
+                        const std::set<std::string_view> &added, size_t index)
 {
     std::vector<std::string_view> lines = lines_instead(texts, index);
     std::string_view was = core_at(texts.now, index);
@@ -179,8 +187,8 @@ static bool has_changed(const report_item &item, const compared_texts &texts, si
         return live_form_fault(line, {}, {}) != item.own_texts[0];
     };
     auto another = [&](std::string_view line) { return first_word(line) != first_word(was); };
-    if (texts.added.count(was) != 0)
-        return false; // it was moved
+    if (added.count(was) != 0)
+        return false;
     if (lines.empty())
         return true;
     switch (item.kind) {
@@ -216,11 +224,12 @@ void edits_find(script_report *report, std::string_view now, std::string_view th
 {
     compared_texts texts = compare(now, there);
     std::vector<uint64_t> matched = lines_there(texts);
+    std::set<std::string_view> added = lines_added(texts);
     for (report_item &item : report->items) {
         auto changed = [&](uint64_t line) {
             auto index = static_cast<size_t>(line - 1);
             return line > 0 && line <= matched.size() && matched[index] == 0 &&
-                   has_changed(item, texts, index);
+                   has_changed(item, texts, added, index);
         };
         bool edited = std::any_of(item.own_lines.begin(), item.own_lines.end(), changed) ||
                       guards_another(item, texts, matched);

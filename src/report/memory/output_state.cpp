@@ -2,6 +2,7 @@
 
 #include "report/memory/merge.h"
 #include "report/memory/text_lines.h"
+#include "report/show.h"
 
 const char *const output_state_words[] = {"none", "same", "cut", "unknown", "old", "edited", "behind"};
 
@@ -14,7 +15,7 @@ static bool is_cut_from(std::string_view text, std::string_view whole)
     while (line_take(&text, &line)) {
         if (!line_take(&whole, &whole_line))
             return false;
-        std::string_view core = line_core(line), whole_core = line_core(whole_line);
+        std::string_view core = text_trimmed(line), whole_core = text_trimmed(whole_line);
         if (line.back() != '\n')
             return whole_core.substr(0, core.size()) == core;
         if (core != whole_core)

@@ -81,7 +81,7 @@ static std::string lines_shown(std::string_view text, const char *start)
     for (size_t i = 0; line_take(&text, &line); i++) {
         if (i == block_lines_shown)
             return result + fmt::format("\n{}...", start);
-        result += fmt::format("\n{}{}", start, shown_cut(line_core(line), 200));
+        result += fmt::format("\n{}{}", start, shown_cut(text_trimmed(line), 200));
     }
     return result;
 }

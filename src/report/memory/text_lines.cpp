@@ -30,11 +30,6 @@ std::string_view line_end(std::string_view line)
     return line.substr(line.size() - (line.size() > 1 && line[line.size() - 2] == '\r' ? 2 : 1));
 }
 
-std::string_view line_core(std::string_view line)
-{
-    return text_trimmed(line);
-}
-
 bool same_text(std::string_view a, std::string_view b)
 {
     a = text_body(a);
@@ -45,10 +40,10 @@ bool same_text(std::string_view a, std::string_view b)
         bool more_b = line_take(&b, &line_b);
         // Without its last line end, a text of one blank line is empty.
         if (more_a != more_b)
-            return first && line_core(more_a ? line_a : line_b).empty() && a.empty() && b.empty();
+            return first && text_trimmed(more_a ? line_a : line_b).empty() && a.empty() && b.empty();
         if (!more_a)
             return true;
-        if (line_core(line_a) != line_core(line_b))
+        if (text_trimmed(line_a) != text_trimmed(line_b))
             return false;
     }
 }
@@ -76,7 +71,7 @@ std::vector<uint32_t> lines_number(const text_lines &text, line_numbering *known
 {
     std::vector<uint32_t> numbers;
     for (size_t i = 0; i < line_count(text); i++) {
-        std::string_view core = line_core(lines_between(text, i, i + 1));
+        std::string_view core = text_trimmed(lines_between(text, i, i + 1));
         size_t hash = std::hash<std::string_view>()(core);
         numbers.push_back(known->emplace(std::pair(hash, core), known->size()).first->second);
     }

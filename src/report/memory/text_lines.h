@@ -21,9 +21,6 @@ bool line_take(std::string_view *rest, std::string_view *line);
 // The line end of a line; empty if it has none.
 std::string_view line_end(std::string_view line);
 
-// What of a line counts: all but the white space at both ends, its line end among it.
-std::string_view line_core(std::string_view line);
-
 // True if two texts have the same lines.
 bool same_text(std::string_view a, std::string_view b);
 
@@ -41,5 +38,5 @@ std::string_view lines_between(const text_lines &text, size_t first, size_t end)
 // The number of each line of a text: equal lines have equal numbers in all texts that are numbered by one
 // numbering. It is sorted, because a hash table is slow for lines of one hash, and somebody may have made
 // such.
-using line_numbering = std::map<std::pair<size_t, std::string_view>, uint32_t>; // by hash and line_core
+using line_numbering = std::map<std::pair<size_t, std::string_view>, uint32_t>; // by hash and trimmed text
 std::vector<uint32_t> lines_number(const text_lines &text, line_numbering *known);

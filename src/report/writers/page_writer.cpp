@@ -135,7 +135,7 @@ static json page_body(const page_texts &texts, const report_item &item, uint64_t
     std::vector<std::string_view> written =
         lines_in(texts.written, {item.output_line, std::min(item.output_lines, lines_shown)});
     if (std::equal(there_lines.begin(), there_lines.end(), written.begin(), written.end(),
-                   [](auto a, auto b) { return line_core(a) == line_core(b); }))
+                   [](auto a, auto b) { return text_trimmed(a) == text_trimmed(b); }))
         written.clear();
     return json::array({page_lines(from, lines_in(texts.script, {from, last + context_lines + 1 - from})),
                         page_lines(there.from, there_lines), page_lines(item.output_line, written)});
