@@ -111,7 +111,7 @@ void source_name_record()
         prompt_report(-prompt_no_memory, line_directives.line_number);
         return;
     }
-    *line_directives.source_name_result = static_cast<char *>(memcpy(block, name, size + 1));
+    *line_directives.source_name_slot = static_cast<char *>(memcpy(block, name, size + 1));
 }
 
 const char *base_name(const char *path)

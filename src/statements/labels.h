@@ -28,7 +28,7 @@ struct line_directive_state {
     char source_name[512];        // the file name
     const char *source_name_base; // a path whose last part a plain file name replaces
     bool source_name_recording;   // switch: source_name_record is called for each name
-    char **source_name_result;    // receives a recorded name, which its owner frees
+    char **source_name_slot;      // receives a recorded name, which its owner frees
 };
 extern line_directive_state line_directives;
 
@@ -45,7 +45,7 @@ int32_t line_directive(const char *word);
 // The operands of a #LINE: a number, perhaps with a + after it, and perhaps a name. Returns STATEMENT_TEXT.
 int32_t line_directive_parse(const char *text);
 
-// Stores the base name of source_name in *source_name_result, a block from malloc. Without memory the process
+// Stores the base name of source_name in *source_name_slot, a block from malloc. Without memory the process
 // ends with prompt 203.
 void source_name_record();
 

@@ -173,7 +173,7 @@ TEST_F(memory_test, ends_the_process_where_a_name_can_not_be_recorded)
     char *recorded = nullptr;
     auto record = [&] {
         line_directives.source_name_recording = true;
-        line_directives.source_name_result = &recorded;
+        line_directives.source_name_slot = &recorded;
         calls = 0;
         failing_call = 1;
         counting = true;

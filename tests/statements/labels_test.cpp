@@ -102,7 +102,7 @@ TEST(line_directives, record_a_name_if_that_is_switched_on)
     char *recorded = nullptr;
     line_directives.source_name_base = "dir/sub/main.mrl";
     line_directives.source_name_recording = true;
-    line_directives.source_name_result = &recorded;
+    line_directives.source_name_slot = &recorded;
     line_directive_parse("3 other/part.mrl");
     EXPECT_STREQ(line_directives.source_name, "dir/sub/part.mrl");
     EXPECT_STREQ(recorded, "part.mrl");
