@@ -294,6 +294,9 @@ TEST_F(report_test, merges_what_was_edited_and_what_has_changed)
     EXPECT_EQ(read("a_conv.mrl"), edited);
     EXPECT_EQ(read(".murlreport/a_conv.mrl.new"), converted(read("a.mrl")));
     EXPECT_EQ(output_state(), "behind");
+    EXPECT_TRUE(has(run("--summary .").out, "output behind, of 1 script: it was edited"));
+    edit("a.mrl", "REM theirs\n", "");
+    EXPECT_TRUE(has(run("--convert --quiet .").err, "conflict\n  yours: REM mine\n  now:   (deleted)\n"));
     write("a_conv.mrl", edited + "\n");
     EXPECT_TRUE(has(run("--adopt --quiet .").err, "adopted ./a_conv.mrl, of which ")) << "a line is mine";
     EXPECT_EQ(output_state(), "edited");

@@ -76,6 +76,8 @@ static bool write_output(script_run *run, folder_memory *memory, std::string tex
 
 static std::string lines_shown(std::string_view text, const char *start)
 {
+    if (text.empty())
+        return fmt::format("\n{}(deleted)", start);
     std::string result;
     std::string_view line;
     for (size_t i = 0; line_take(&text, &line); i++) {
