@@ -15,9 +15,9 @@ _arguments -s \
   '--accept[accept the open items that --kind, --command or FILE:LINE select]' \
   '--reason=[with --accept: why]:text: ' \
   '--accept-from=[accept the items that were ticked in the page]:file:_files' \
-  '--prune[forget what is no longer there]' \
-  '--adopt[say that what is written now is in the outputs]' \
+  '--prune[forget what was accepted or remembered of what is gone]' \
+  '--adopt[say that the outputs have all that is written now]' \
   '--one-run[carry the SET COLLECT state from script to script]' \
   '--convert[convert what has changed; edited outputs are merged]' \
-  '--force[with --convert and --adopt: whatever is there]' \
+  '--force[with --convert replace any output, with --adopt refuse none]' \
   '*:script or folder:_files -g "(#i)*.mr[lp]"'

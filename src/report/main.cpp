@@ -17,7 +17,8 @@ constexpr const char *description =
     "A path is a script, or a folder that is searched for *.mrl and *.mrp.";
 
 constexpr const char *statuses =
-    "Exit status: 0 nothing left, 1 something is left or an output isn't up to date, 2 trouble.";
+    "Exit status: 0 nothing is left, 1 something is left or an output isn't up to date, 2 something could "
+    "not be done.";
 
 static void define_options(CLI::App *app, report_options *asked)
 {
@@ -56,11 +57,11 @@ static void define_options(CLI::App *app, report_options *asked)
                   "accept the open items that --kind, --command or FILE:LINE select");
     app->add_option("--reason", options.reason, "with --accept: why")->needs("--accept")->type_name("TEXT");
     file("--accept-from", &options.accept_from, "accept the items that were ticked in the page and saved");
-    app->add_flag("--prune", options.prune, "forget what was accepted or remembered and is no longer there");
-    app->add_flag("--adopt", options.adopt, "say that what is written now is in the outputs");
+    app->add_flag("--prune", options.prune, "forget what was accepted or remembered of what is gone");
+    app->add_flag("--adopt", options.adopt, "say that the outputs have all that is written now");
     app->add_flag("--one-run", options.one_run, "carry the SET COLLECT state from script to script");
     app->add_flag("--force", options.force,
-                  "with --convert and --adopt: whatever is there; read named outputs too");
+                  "with --convert replace any output, with --adopt refuse none; read named outputs");
     app->set_version_flag("-V,--version", "murlreport " MURL_VERSION);
     app->footer(statuses);
 }
