@@ -51,8 +51,8 @@ static std::unordered_set<std::string> files_taken(const std::vector<script_path
 static const char *refusal(const std::string &path, const std::unordered_set<std::string> &taken)
 {
     if (is_script_name(path) || taken.count(file_identity(path)) != 0)
-        return "it is a script, the output of one, or in a memory of conversions";
-    return is_in_memory(path) ? "it is in a memory of conversions" : nullptr;
+        return "it is a script, the output of one, or a file in .murlreport";
+    return is_in_memory(path) ? "it is a file in .murlreport" : nullptr;
 }
 
 static bool paths_allowed(const std::vector<std::string> &paths, const std::vector<script_path> &scripts)

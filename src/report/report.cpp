@@ -280,7 +280,7 @@ static bool choose_page(report_options *options, const std::string &folder_key)
     if (options->open && options->html.empty())
         options->html = open_page_path(folder_key);
     if (options->open && options->html.empty())
-        report_trouble("there is no place for the page that is the user's alone; name one by --html");
+        report_trouble("there is no folder for the page that only you can write to; name a file with --html");
     return !options->open || !options->html.empty();
 }
 

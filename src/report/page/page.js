@@ -37,7 +37,7 @@ function fillSelect(select, words, labels) {
     ...sorted.map((word) => make('option', { value: word }, labels(word) + ' (' + counts.get(word) + ')')));
 }
 
-// ---- Files by kinds ----
+// ---- Files by kind ----
 
 let tableRows = 200; // more files than that are listed when they are asked for
 
@@ -118,7 +118,7 @@ function shownGroups() {
   const alike = cards.map((card) => ({
     key: card.key, card, rows: [...new Set(card.items.filter((item) => isSelected(item) && shown.has(item.row)).map((item) => item.row))],
   }));
-  const parts = [['First: mend in the script and convert it again', mend], ['Then: what is alike in many lines', alike], ['Then: finish in the converted script', finish]];
+  const parts = [['First: fix in the script and convert it again', mend], ['Then: what is alike in many lines', alike], ['Then: finish in the converted script', finish]];
   for (const part of parts) {
     part[1] = part[1].filter((group) => group.rows.length > 0);
     for (const group of part[1])
@@ -145,7 +145,7 @@ function showList(all) {
   const before = at;
   setAt(before && (entries.find((entry) => isSameEntry(entry, before)) || null), false);
   $('empty').hidden = entries.length > 0;
-  $('empty').textContent = allItems.length === 0 ? 'Nothing is left.' : 'Nothing by this filter.';
+  $('empty').textContent = allItems.length === 0 ? 'Nothing is left.' : 'Nothing passes this filter.';
 }
 
 function toggleGroup(entry) {
