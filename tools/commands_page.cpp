@@ -277,22 +277,22 @@ static std::string form_text(const form_code &form, const std::string &word, con
 
 static const char page_head[] = R"(# What becomes of each command
 
-For each command: the old arguments by name, what becomes of it in a word, the new form, and an example before and
-after. In the old form, what may be left out stands in brackets, and `...` for any number more like the last. An argument
-without a name of its own is called by its position after a letter: `n` a number, `s` a string or a print item, `v` a
-variable, `w` a word, `a` an attribute; `a4..a6` stands for `a4`, `a5`, `a6`. In the new form
+For each command this page shows its arguments in the old dialect, a word for what becomes of it, the new form, and an
+example before and after. In the old form, brackets enclose what may be left out, and `...` means any number more like
+the last. An argument without a name of its own is named by a letter and its position: `n` is a number, `s` a string or
+a print item, `v` a variable, `w` a word, `a` an attribute; `a4..a6` means `a4`, `a5`, `a6`. In the new form
 
-- a name stands for the text of that argument, which is copied as typed, an expression as the expression. In a quoted
-  string the escapes are decoded, so that a `\n` becomes a line end, except in INPUT's format; backquotes become quotes;
-- a name in parentheses stands for a number or a word that was made of the argument's value;
-- each argument in brackets is written only if there is one, and `[, ]` only if the last argument isn't 0;
-- of any other argument that was left out the comma stays, so a line may end in a comma and a blank;
-- the command word is written as it was typed, its case too. New words are in capitals, and so are these, however they
-  were typed: )";
+- a name means the text of that argument, copied as it was typed, an expression as the expression. In a quoted string
+  the escapes are decoded, so that a `\n` becomes a line end, except in INPUT's format; backquotes become quotes;
+- a name in parentheses means a number or a word made from the argument's value;
+- each argument in brackets is written only if it was given, and `[, ]` only if the last argument isn't 0;
+- any other argument that was left out leaves its comma, so a line may end in a comma and a blank;
+- the command word is written as it was typed, in the same case. New words are in capitals, and so are these, however
+  they were typed: )";
 
 static const char effects_head[] = R"(.
 
-The words for what becomes of a command:
+These words say what becomes of a command:
 
 | word | meaning |
 |---|---|
@@ -300,37 +300,40 @@ The words for what becomes of a command:
 
 static const char entity_prose[] = R"(
 The arguments of an entity command that are called `a` are attributes, moved by their position alone. On a new line the
-first one is gone, and the constant 0 has its position; the others follow up to the last one that was given, with a
+first one is gone, and the constant 0 is in its position; the others follow up to the last one that was given, with a
 comma for each that was left out. With the first one alone the line ends in the 0; with none at all six commas follow
-it. A comment has the first seven attributes, the first one as typed, and with none at all seven commas. These have
-rules of their own: )";
+it. A comment has the first seven attributes, the first one as typed, and with none at all seven commas. These commands
+have rules of their own: )";
 
 static const char input_prose[] = R"(
-Nine menu strings at most become one string, joined by bars. A gap among them leaves a bar, but two gaps in a row leave
-one bar alone. A comment has the strings with commas alone between them.
+Up to nine menu strings become one string, joined by bars. A string that was left out leaves a bar, but where several
+were left out, in a row or not, there may be fewer bars; the report then lists the line as `form`. A comment has the
+strings with commas between them, without blanks.
 
-An item that was left out ends the list, and those after it are gone, in these: )";
+In these commands an item that was left out ends the list, and those after it are gone: )";
 
 static const char page_foot[] = R"(## System commands
 
-The commands that the manual spells with an `r`, `i`, `e`, `d` or `u` in lower case in front, such as `rLNENDP` or
+Commands that are usually written with an `r`, `i`, `e`, `d` or `u` in lower case in front, such as `rLNENDP` or
 `ePICK`, are menu operations of the system and answers to its prompts. Like all commands they are recognised in any
 case. Their arguments are read, and nothing is written.
 
 ## Other statements
 
+"The line" in this table has one blank after its first word, however many the script has.
+
 | statement | what is written |
 |---|---|
-| `REM`, a label `:name` | the line; a second label of one name, or the 1,001st of a file, ends the file |
-| `ON x GOTO a, b` | the line; without a `GOTO` it ends the file |
+| `REM`, a label `:name` | the line; a second label of the same name, or the 1,001st label of a script, ends the output |
+| `ON x GOTO a, b` | the line; without a `GOTO` it ends the output |
 | `#LINE` | nothing |
-| `INT a, b[3]` and the other types, `LOCAL`, `ARRAY` | the line as it stands (an empty line follows `LOCAL`); a fault in it ends the file |
-| an assignment | the line, and an empty line if it was in order |
-| anything else | the line, with one blank after its first word |
-| a command with a wrong argument | a blank and what is left of the argument; the rest of the line is read as a new statement |
+| `INT a, b[3]` and the other types, `LOCAL`, `ARRAY` | the line (an empty line follows `LOCAL`); a fault in it ends the output |
+| an assignment | the line, and an empty line if its value could be computed |
+| anything else | the line |
+| a command with a wrong argument | a blank and what is left of that argument; the rest of the line is read as the next statement |
 
-An end of the file means that what has been written so far stays and nothing more comes. The run goes on with the
-next file.
+Where something ends the output, what has been written so far stays, and nothing more is written. The run goes on with
+the next script.
 )";
 
 static const char *effect_meaning(int effect)
@@ -338,7 +341,7 @@ static const char *effect_meaning(int effect)
     switch (effect) {
     case EFFECT_COPIED: return "the same word with the same arguments";
     case EFFECT_REBUILT: return "the same word; arguments are moved, joined, dropped or made constant";
-    case EFFECT_RENAMED: return "another word in its place";
+    case EFFECT_RENAMED: return "another word instead";
     case EFFECT_TIP: return "a tip, and the new command below it: check it";
     case EFFECT_BY_HAND: return "a tip; the new form is a comment, or there is none: finish it";
     case EFFECT_BY_HAND_NO_TIP: return "the new form is a comment, and no tip says so: finish it";
