@@ -1,9 +1,9 @@
-# The command line of a script; to be read by one that has set -eu, stands at the checkout's root, and has set
+# The command line of a script; to be sourced by one that runs at the checkout's root with set -eu and has set
 #   script    its own path, with links resolved; the comment at its head is its usage
 #   options   the options that it takes itself, if any
 # shellcheck shell=sh
 
-# shellcheck disable=SC2154 # script is the reader's
+# shellcheck disable=SC2154 # the caller sets script
 name=$(basename -- "$script" .sh)
 [ "$name" != run ] || name=$(basename -- "${script%/run}")/run
 

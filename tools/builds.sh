@@ -1,10 +1,10 @@
-# Where builds are made, and how; to be read after arguments.sh by a script that has set
+# Where builds are made, and how; to be sourced after arguments.sh by a script that has set
 #   root   the checkout's folder, with links resolved
 # shellcheck shell=sh
 
 # Sets MURL_BUILD to the folder that has a folder for each preset, and makes it: the one that the user has set, or
 # build in the checkout.
-# shellcheck disable=SC2154 # root is the reader's
+# shellcheck disable=SC2154 # the caller sets root
 find_build_folder() {
     MURL_BUILD=${MURL_BUILD:-$root/build}
     if ! mkdir -p -- "$MURL_BUILD" 2>/dev/null || [ ! -w "$MURL_BUILD" ]; then
@@ -23,7 +23,7 @@ find_build_folder() {
     done
 }
 
-# True if a preset's folder was made at its place for this checkout. CMake refuses one that was moved.
+# True if a preset's folder was made at its path for this checkout. CMake refuses one that was moved.
 made_here() {
     LC_ALL=C grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$root" "$1/CMakeCache.txt" 2>/dev/null &&
         LC_ALL=C grep -qxF "CMAKE_CACHEFILE_DIR:INTERNAL=$(cd -P -- "$1" && pwd)" "$1/CMakeCache.txt"
@@ -34,7 +34,7 @@ made_here() {
 configure() (
     folder=$MURL_BUILD/$1
     if [ -e "$folder/CMakeCache.txt" ] && ! made_here "$folder"; then
-        tell "$folder was made for another place; it is made anew"
+        tell "$folder was made for another path; it is made again"
         rm -rf "$folder"
     fi
     cd "$root" || exit
@@ -62,7 +62,7 @@ build_preset() (
     exit 1
 )
 
-# True if a preset's program is there, made for this checkout, and newer than all that it is made of.
+# True if a preset's program exists, was made for this checkout, and is newer than all that it is made of.
 up_to_date() {
     [ -x "$1/$2" ] && made_here "$1" && [ -z "$(find "$root/src" "$root/docs" "$root/CMakeLists.txt" \
         "$root/CMakePresets.json" -newer "$1/$2" -print -quit)" ]

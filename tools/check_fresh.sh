@@ -8,7 +8,7 @@
 # by its proxies and certificates. It is no step of ./check. The exit status is that of the command that failed, or 0.
 #
 # The Debian is a chroot with its own processes and mounts and no display; what of ./check needs more than that is
-# skipped there, and named in its last line.
+# skipped, and named in its last line.
 set -eu
 script=$(readlink -f -- "$0")
 cd "${script%/*}/.."
@@ -66,7 +66,7 @@ in_fresh() {
     [ $status = 0 ] || exit $status
 }
 
-# MB of all that is there, what was built and fetched included.
+# Size of the Debian in MB, with what was built and fetched.
 size() {
     du -sxm "$fresh" | cut -f 1
 }

@@ -1,7 +1,7 @@
 #!/bin/sh
-# What docs/finishing.md claims: that its examples are converted as shown, and what its searches find.
+# Checks what docs/finishing.md claims: that its examples are converted as shown, and what its searches find.
 #   tools/check_guide.sh MURLCONV MURLREPORT
-# An example is a block that begins with ```mrl before, and behind it a block ```mrl after. A search is an indented
+# An example is a block that begins with ```mrl before, followed by a block ```mrl after. A search is an indented
 # command that begins with find.
 set -eu
 script=$(readlink -f -- "$0")

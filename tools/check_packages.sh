@@ -6,8 +6,8 @@ cd "$(dirname -- "$0")/.."
 work=$MURL_BUILD/packages
 wine_home=$MURL_BUILD/packages_wine
 
-# A package must have these files, wanted one a line on standard input, and the samples with their converted forms.
-#   expect_files FOLDER PLACE_OF_EXAMPLES
+# A package must have these files, wanted one per line on standard input, and the samples with their converted forms.
+#   expect_files FOLDER FOLDER_OF_EXAMPLES
 expect_files() {
     {
         sed '/^$/d'
@@ -93,7 +93,7 @@ check_completion() {
 check_deb() {
     dpkg-deb -x "$deb" "$work/deb"
     [ "$(dpkg-deb -f "$deb" Package)" = murlconv ] || fail 'name of the deb'
-    # What is there on every Debian, as apt needs it.
+    # These are on every Debian, since apt needs them.
     depends=$(dpkg-deb -f "$deb" Depends | tr , '\n' | sed 's/^ *//; s/ .*//' | tr '\n' ' ')
     [ "$depends" = 'libc6 libgcc-s1 libstdc++6 ' ] || fail "the deb depends on $depends"
     doc=usr/share/doc/murlconv

@@ -1,5 +1,5 @@
 #!/bin/sh
-# ./convert and ./check where they are used: in a checkout with an odd path, reached through a link, moved after a
+# ./convert and ./check as they are used: in a checkout with an odd path, reached through a link, moved after a
 # build, by a user without a locale, where nothing can be written, without the packages. And every script of ours
 # prints its usage if it is asked to, or is given what it doesn't know.
 #   tools/check_scripts.sh [quick]     quick: not if they have passed as they are
@@ -21,7 +21,7 @@ if [ -n "${1-}" ] && [ "$(cat "$passed" 2>/dev/null)" = "$sum" ]; then
     exit
 fi
 
-# The copy that is tried is in a place that any user may enter. Its path has what paths on other machines have.
+# The copy that is tried is in a folder that any user may enter. Its path has what paths on other machines have.
 work=$(mktemp -d)
 chmod 755 "$work"
 trap 'chmod -R u+w "$work"; rm -rf "$work"' EXIT
@@ -58,7 +58,7 @@ expect_run() { # WHAT STATUS OUT
     expect out "$1"
 }
 
-# A program that takes another's place for the runs that follow: the text of a shell script.
+# Replaces a program for the runs that follow: its name, and the text of a shell script.
 stub() {
     printf '#!/bin/sh\n%s\n' "$2" >"$work/stub/$1"
     chmod +x "$work/stub/$1"
@@ -132,15 +132,15 @@ what is left to do: 'WORK/Maßstab 1 & 2/murl conv/report' PATH...
     wait
 }
 
-# A checkout that was moved since its build, is built anew; one that can't be written says what to do, and so does one
-# in whose path CMake finds what it takes for its own.
+# A checkout that was moved since its build is built again; one that can't be written to says what to do, and so does
+# one with characters in its path that mean something to CMake.
 check_moved() {
     mv "$copy" "$work/moved"
     copy=$work/moved
     run "$copy/convert" "$work/scripts/Ä.mrl"
     expect_run 'moved' 0 '' <<END
 convert: building murlconv in WORK/moved/build/release
-convert: WORK/moved/build/release was made for another place; it is made anew
+convert: WORK/moved/build/release was made for another path; it is made again
 END
     run MURL_BUILD=/proc/none "$copy/convert" "$work/scripts/Ä.mrl"
     expect_run 'nothing can be written' 1 '' <<END
@@ -181,13 +181,13 @@ check_verdicts() {
         done
     done
 
-    # Packages that are all there, and a source that isn't as it should be.
+    # All packages are installed, and a source isn't as it should be.
     stub dpkg-query 'printf installed'
     echo 'int  x;' >"$copy/src/odd.cpp"
     run "$copy/check" --allow-skips style
     [ "$status $(tail -n 1 "$work/out")" = '1 == failed: style' ] || fail 'a failed step'
 
-    # Only what builds is there, and nothing can be installed.
+    # Only what is needed to build is installed, and nothing else can be.
     # shellcheck disable=SC2016 # the stub's own
     stub dpkg-query 'case $* in *g++ | *cmake | *ninja-build) printf installed ;; *) exit 1 ;; esac'
     stub apt-get 'exit 100'
@@ -256,4 +256,4 @@ check_moved
 check_failed_build
 check_verdicts
 echo "$sum" >"$passed"
-echo 'scripts: ./convert and ./check work from odd places, and say what they do'
+echo 'scripts: ./convert and ./check work at odd paths, and say what they do'

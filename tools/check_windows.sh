@@ -1,6 +1,6 @@
 #!/bin/sh
 # The Windows side: builds murlconv.exe and its tests, and runs them under wine. Every golden pair and sample
-# must give what the POSIX build gives, with CR LF for LF.
+# must come out as from the POSIX build, with CR LF for LF.
 set -eu
 cd "$(dirname -- "$(readlink -f -- "$0")")/.."
 . tools/checks.sh
@@ -53,7 +53,7 @@ compare_scripts() {
             - "$work/windows/$output" || fail "results differ from those on POSIX"
         cmp "$work/posix/$script" "$work/windows/$script" || fail "$script was changed"
     done <"$work/scripts"
-    echo "windows: $(wc -l <"$work/scripts") scripts give what they give on POSIX"
+    echo "windows: $(wc -l <"$work/scripts") scripts come out as on POSIX"
 }
 
 # ---- Paths of every kind, in one run ----

@@ -1,6 +1,6 @@
-# What the steps of ./check share; to be read by a script in tools that has set -eu and stands at the checkout's root.
-# It sets root and MURL_BUILD, so that a step can also be run alone. The script takes no arguments, or as many as it
-# has set in most.
+# What the steps of ./check share; to be sourced by a script in tools that runs at the checkout's root with set -eu. It
+# sets root and MURL_BUILD, so that a step can also be run alone. The script takes no arguments, or as many as it has
+# set in most.
 # shellcheck shell=sh
 
 root=$(pwd -P)
@@ -11,7 +11,7 @@ arguments "${most:-0}" "$@"
 find_build_folder
 # A warning is an error in the developers' presets; where every change is tried, in all of them.
 configure_options=${CI:+-DCMAKE_COMPILE_WARNING_AS_ERROR=ON}
-# The same messages and the same order of names for everybody; and wine spells file names by it.
+# The same messages and the same order of names for everybody; and wine encodes file names by it.
 export LC_ALL=C.UTF-8
 
 fail() {

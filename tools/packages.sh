@@ -68,7 +68,7 @@ apt_install() {
 
 # A source of packages that can't be reached is no reason to give up: another may have them all.
 $as_root apt-get update >"$log" 2>&1 </dev/null || true
-# It asks, gets no for an answer, and has told by then how much it would be.
+# It asks, gets no for an answer, and has printed by then how much it would be.
 costs=$(apt_install --assume-no 2>/dev/null </dev/null | sed -n '
     s/.* \([0-9]* newly installed\),.*/\1/p
     s/^Need to get \([0-9.,]* [kMG]*B\).*/\1 to fetch/p

@@ -3,7 +3,7 @@
 #   tools/release.sh [FOLDER]     into a folder, dist if none is named
 #     what tools/package.sh makes, and winget's three manifests in winget/
 #
-# Everything is made twice, from two copies in two places, under another time zone, language and umask; if the
+# Everything is made twice, from two copies in two folders, under another time zone, language and umask; if the
 # results aren't the same byte for byte, there is no release. There is none either while packaging/home is empty or
 # SECURITY.md and the package name another contact, from a tree with changes or files that aren't committed, or when
 # CMakeLists.txt, CHANGELOG.md and debian/changelog don't have the same versions.
@@ -15,7 +15,7 @@ arguments 1 "$@"
 root=$(pwd -P)
 dist=$(readlink -f -- "${1:-dist}")
 
-# There is no release.
+# Ends without a release.
 refuse_release() {
     tell "$*"
     exit 1

@@ -1,4 +1,4 @@
-# Wine for the checks; to be read by a script at the repository's root that has set -eu.
+# Wine for the checks; to be sourced by a script that runs at the checkout's root with set -eu.
 #
 # Needs wine_home, a folder for all that wine writes, made here and removed at the end of the script.
 # shellcheck shell=sh disable=SC2154
