@@ -162,7 +162,7 @@ TEST(golden_files, all_belong_to_a_case)
     }
 }
 
-// An editor or a checkout that mends line ends would turn such a pair into one that can't fail.
+// An editor or a checkout that changes line ends would turn such a pair into one that can't fail.
 TEST(golden_files, hold_the_bytes_that_their_names_promise)
 {
     static const struct {

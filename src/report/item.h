@@ -36,7 +36,7 @@ struct kind_row {
     const char *label;   // a few plain words for the page
     const char *title;   // what has happened
     const char *to_do;   // what the script's author does about it
-    bool mend_in_script; // first mended in the script, which is then converted again
+    bool mend_in_script; // first fixed in the script, which is then converted again
 };
 extern const kind_row kind_table[item_kind_count];
 

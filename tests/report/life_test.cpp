@@ -1,4 +1,4 @@
-// One life of a script: converted, finished by hand, mended, merged, renamed and deleted.
+// One life of a script: converted, finished by hand, fixed, merged, renamed and deleted.
 #include "run_report.h"
 
 #include <stdlib.h>
@@ -33,7 +33,7 @@ TEST_F(report_test, one_life_of_a_script)
     EXPECT_EQ(report_of(".")["output"], "edited");
     EXPECT_TRUE(has(run(".").out, "byhand LINDIM: the new form is a comment: 0, 0, 0, w, 5, 1, 2 [changed]"));
 
-    // The script is mended elsewhere: the conversion takes it up beside the edits.
+    // The script is fixed elsewhere: the conversion takes it up beside the edits.
     edit("part.mrl", "REM last\n", "REM last\nPOINT 1,2,3\n");
     EXPECT_EQ(report_of(".")["output"], "behind");
     result = run("--convert .");
@@ -42,7 +42,7 @@ TEST_F(report_test, one_life_of_a_script)
     EXPECT_TRUE(has(read("part_conv.mrl"), "VIEWCLEAR\n"));
     EXPECT_TRUE(has(read("part_conv.mrl"), "POINT 1, 2, 3"));
 
-    // Mended where it was edited, it is a conflict, which somebody resolves.
+    // Fixed where it was edited, it is a conflict, which somebody resolves.
     edit("part.mrl", "CLS", "BREAD 1,f,v");
     result = run("--convert .");
     EXPECT_EQ(result.status, 1);

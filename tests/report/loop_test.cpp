@@ -1,4 +1,4 @@
-// What --convert, --adopt and --accept do to files: the loop of mending, converting and finishing by hand.
+// What --convert, --adopt and --accept do to files: the loop of fixing, converting and finishing by hand.
 #include "run_report.h"
 
 #include "common/diff.h"

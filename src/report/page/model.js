@@ -155,7 +155,7 @@ const isShown = (row) => (view.command === '' || row.command === view.command) &
 
 const alikeFrom = 5; // so many items that say the same make a card
 
-// Items of a kind and command that say the same, over all files. What is mended in the script, each in its way,
+// Items of a kind and command that say the same, over all files. What is fixed in the script, each in its way,
 // is never a card.
 const cards = (() => {
   const found = new Map();
