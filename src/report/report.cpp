@@ -45,8 +45,9 @@ static bool is_done(const report_options &options, const script_report &report, 
     return options.filtered ? report.items.empty() : written && open == 0;
 }
 
-static void totals_add(report_state *state, const script_report &report, bool conflict)
+static void totals_add(report_state *state, const script_run &run)
 {
+    const script_report &report = run.report;
     report_totals &totals = state->totals;
     uint64_t open = 0;
     for (const report_item &item : report.items) {
@@ -61,7 +62,8 @@ static void totals_add(report_state *state, const script_report &report, bool co
     totals.statements += report.statements;
     totals.open += open;
     totals.by_output[report.output]++;
-    totals.conflicts += conflict ? 1 : 0;
+    totals.written += run.written ? 1 : 0;
+    totals.conflicts += run.conflict ? 1 : 0;
     totals.done += is_done(*state->options, report, open) ? 1 : 0;
 }
 
@@ -182,11 +184,10 @@ static void take_script(report_state *state, const script_path &script)
     if (accepts && !folder->accepted.unusable && can_write(folder))
         accept_items(state, script, folder, &run);
     items_settle(options, &run.report.items);
-    bool conflict = run.conflict;
     script_bodies bodies = options.html.empty() ? script_bodies{} : take_bodies(&run);
     progress_clear();
     outputs_script(state->outputs, run.report, bodies);
-    totals_add(state, run.report, conflict);
+    totals_add(state, run);
 }
 
 // ---- The run ----

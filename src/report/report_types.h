@@ -41,6 +41,7 @@ struct report_totals {
     uint64_t statements = 0;
     uint64_t open = 0;      // items that are left to do
     uint64_t settled = 0;   // items that were changed or accepted
+    uint64_t written = 0;   // outputs that this run has written
     uint64_t conflicts = 0; // outputs that could not be merged
     uint64_t lone = 0;      // outputs without a script, which were not read
     uint64_t by_output[output_state_count]{};

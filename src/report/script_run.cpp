@@ -40,8 +40,12 @@ static void read_output(script_run *run, const folder_memory &memory)
     if (kind != FILE_REGULAR && kind != FILE_FOLDER)
         return;
     std::string text;
-    run->unreadable = !file_read(run->report.output_path, &text);
-    if (run->unreadable)
+    bool leads_to_script = file_identity(run->report.output_path) == file_identity(run->report.path);
+    run->unreadable = leads_to_script || !file_read(run->report.output_path, &text);
+    if (leads_to_script)
+        report_trouble("won't use " + shown(run->report.output_path) +
+                       ": it leads to its script"); // by a link
+    else if (run->unreadable)
         report_trouble("can't read " + shown(run->report.output_path) + ": " + file_fault());
     else
         run->there = std::move(text);

@@ -18,6 +18,7 @@ struct script_run {
     rules_run_state started{};        // the run state before the script
     bool conflict = false;            // the output could not be merged
     bool unreadable = false;          // there is an output that can't be read
+    bool written = false;             // the output was written by this run
 };
 
 // Converts and judges a script. *carried is the run's state, which its memory goes before, unless the whole

@@ -701,4 +701,6 @@ TEST_F(report_test, writes_no_script_through_a_link)
     EXPECT_EQ(result.status, 2);
     EXPECT_TRUE(has(result.err, "it leads to its script")) << result.err;
     EXPECT_EQ(read("a.mrl"), "CLS\n");
+    write("a.mrl", "AUTO 1\n");
+    EXPECT_TRUE(has(run("a.mrl").out, ": 0 have nothing left to do")) << "its conversion is the same";
 }

@@ -68,6 +68,7 @@ static bool write_output(script_run *run, folder_memory *memory, std::string tex
     if (!file_replace(run->report.output_path, text, ""))
         return report_failed("write", run->report.output_path);
     run->there = std::move(text);
+    run->written = true;
     run->report.output_older = false;
     return remember(run, memory);
 }
@@ -115,10 +116,6 @@ void output_renew(script_run *run, folder_memory *memory, bool force)
     std::string path = shown(run->report.output_path);
     if (run->unreadable)
         return;
-    if (run->there && file_identity(run->report.output_path) == file_identity(run->report.path)) {
-        report_trouble("won't write " + path + ": it leads to its script"); // by a link
-        return;
-    }
     output_state state = run->report.output;
     if (force && state != OUTPUT_SAME)
         state = OUTPUT_OLD;

@@ -51,6 +51,7 @@ function readRow(file, data, index) {
   const [line, lastLine, command, statement, items] = data;
   const row = { file, index, line, lastLine, command, statement, open: false, height: 0 };
   row.items = items.map(([kind, state, detail, summed]) => ({ row, kind, state, detail, summed, accept: null, id: null, card: null }));
+  row.work = row.items.some((item) => item.kind !== informs);
   row.mend = row.items.some((item) => kinds[item.kind].mend);
   return row;
 }

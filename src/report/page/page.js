@@ -4,7 +4,7 @@
 const fileIsDone = (file) => outputs[file.output].well === true && file.items.every(isDone);
 
 function showSummary() {
-  const work = allRows.filter((row) => row.items.some((item) => item.kind !== informs));
+  const work = allRows.filter((row) => row.work);
   const done = work.filter((row) => row.items.every(isDone)).length;
   const clean = files.filter(fileIsDone).length;
   const states = Object.keys(outputs).map((state) => [files.filter((file) => file.output === state).length, outputs[state].label]);
@@ -83,7 +83,7 @@ function tableHead(columns) {
 
 function tableRow(row, columns) {
   const { file } = row;
-  const total = file.rows.length;
+  const total = file.rows.filter((each) => each.work).length;
   const output = outputs[file.output];
   return make('tr', {}, make('th', { scope: 'row' }, fileLink(file, file.path)),
     make('td', { 'data-kind': 'output', 'data-output': file.output }, make('b', { class: output.color, title: output.title }, output.label)),

@@ -95,7 +95,7 @@ function groupElement(entry) {
   for (const row of group.rows) for (const item of row.items) counts.set(item.kind, (counts.get(item.kind) || 0) + 1);
   const title = group.card ? cardTitle(group) : [
     make('span', { class: 'name' }, fileLink(group.file, group.mend ? group.file.path : group.file.outputPath)),
-    make('span', { class: 'counts' }, [...counts].sort(([a], [b]) => a - b).map(([kind, count]) => count + ' ' + kinds[kind].label).join(', '))];
+    make('span', { class: 'counts' }, [...counts].sort(([a], [b]) => a - b).map(([kind, count]) => kinds[kind].label + ' (' + count + ')').join(', '))];
   const words = group.card ? kinds[group.card.kind].label + ' ' + group.card.command : group.file.path;
   return make('div', { class: 'group' + (group.card ? ' card' : '') + (group.card && group.card.items.every(isDone) ? ' done' : '') },
     make('div', { class: 'group-head', onclick: opensBy(toggle) }, toggleButton(group.open, words, toggle),

@@ -123,12 +123,15 @@ static void text_end(FILE *, const report_totals &totals)
         text_kinds(totals);
     }
     for (const auto &[form, count] : totals.by_form)
-        put(fmt::format("form: {}, in {} (--all lists them)\n", form, counted(count, "line")));
+        if (!asked->all)
+            put(fmt::format("form: {}, in {} (--all lists them)\n", form, counted(count, "line")));
     for (int state = 0; asked->summary && state < output_state_count; state++)
         if (const char *words = output_words(static_cast<output_state>(state));
             words != nullptr && totals.by_output[state] > 0)
             put(fmt::format("output {}, of {}: {}\n", output_state_words[state],
                             counted(totals.by_output[state], "script"), words));
+    if (totals.written > 0)
+        put(counted(totals.written, "output") + " written\n");
     std::string line = counted(totals.scripts, "script") + ":";
     auto add = [&line](uint64_t count, const char *word) {
         if (count > 0)
