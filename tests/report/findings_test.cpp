@@ -45,6 +45,10 @@ TEST(findings, surplus_arguments_are_lost)
         {"uMACSTART 5\n", "1: dropped uMACSTART: a system command; not an argument of this command: 5\n"},
     };
     expect_items(cases);
+    std::string labels = items_of(":" + times(125, "a") + "\nGOTO x\n:" + times(127, "b") + "\nCLEAR\n");
+    EXPECT_EQ(labels.substr(0, 13), "3: unknown :b") << labels;
+    EXPECT_NE(labels.find("...: of a label of more than 126 characters one is gone"), std::string::npos)
+        << labels;
     std::string long_one = items_of("EXIT " + times(1 << 18, "12345678") + "\nCLEAR\n");
     EXPECT_EQ(long_one,
               "1: lost EXIT: not an argument of this command: " + times(7, "12345678") + "1234...\n");

@@ -143,10 +143,14 @@ static std::string unknown_reason(std::string_view text, std::string_view messag
                              shown_cut(text.substr(0, text.find_first_of(" \t\r\n=(,")), 40));
 }
 
+constexpr size_t word_max = 127; // characters of a first word; a blank is written for the one after it
+
 std::string unknown_detail(const statement_view &statement)
 {
     statement_kind kind = statement.record->done.head.kind;
     std::string_view text = text_trimmed(statement.output);
+    if (kind == KIND_LABEL && std::min(text.find_first_of(" \t\r\n"), text.size()) >= word_max)
+        return "of a label of more than 126 characters one is gone, and a blank is in its place";
     bool evaluated = kind == KIND_EXPRESSION;
     if ((!evaluated && kind != KIND_TEXT && kind != KIND_UNKNOWN) || text.empty() || is_comment(text))
         return {};
