@@ -234,9 +234,10 @@ def sites_of(path):
 
 
 def source_paths():
-    # murlreport's part isn't built here: every change of it would give the same program.
+    # murlreport's part isn't built here, nor is the journal linked: every change would give the same program.
+    other = ("windows", "journal")
     paths = [path for path in (ROOT / "src").rglob("*") if path.suffix in (".cpp", ".h")]
-    wanted = [path for path in paths if not path.name.startswith("windows") and ROOT / "src/report" not in path.parents]
+    wanted = [path for path in paths if not path.name.startswith(other) and ROOT / "src/report" not in path.parents]
     return sorted(str(path.relative_to(ROOT)) for path in wanted)
 
 
