@@ -2,10 +2,10 @@
 _arguments -s \
   '(- *)'{-h,--help}'[help]' \
   '(- *)'{-V,--version}'[version]' \
-  '--csv=[write the items as CSV]:file:_files -g "^(#i)*.mr[lp]"' \
-  '--json=[write the report as JSON]:file:_files -g "^(#i)*.mr[lp]"' \
-  '--html=[write the report as a page]:file:_files -g "^(#i)*.mr[lp]"' \
-  '--sarif=[write the items as SARIF 2.1.0]:file:_files -g "^(#i)*.mr[lp]"' \
+  '--csv=[write the items as CSV]:file:_files -F "(*.[mM][rR][lLpP])"' \
+  '--json=[write the report as JSON]:file:_files -F "(*.[mM][rR][lLpP])"' \
+  '--html=[write the report as a page]:file:_files -F "(*.[mM][rR][lLpP])"' \
+  '--sarif=[write the items as SARIF 2.1.0]:file:_files -F "(*.[mM][rR][lLpP])"' \
   '--open[show the report in the browser]' \
   '--quiet[no text on standard output]' \
   '*--kind=[only items of these kinds]:kind:_values -s , kind stopped broken guarded frozen decoded lost gone byhand check form quiet unknown base dropped' \
