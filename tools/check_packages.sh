@@ -192,6 +192,7 @@ CHANGELOG.txt
 COPYRIGHT.txt
 LICENSE.txt
 README.txt
+docs/browser.html
 docs/commands.html
 docs/finishing.html
 docs/windows.html

@@ -82,7 +82,8 @@ make_zip() {
     build_preset windows
     name_of_zip=murlconv-$version-windows
     quietly cmake --install "$MURL_BUILD/windows" --prefix "$work/$name_of_zip"
-    tools/docs_html.sh "$work/$name_of_zip/docs" docs/commands.md docs/finishing.md docs/windows.md
+    tools/docs_html.sh "$work/$name_of_zip/docs" docs/browser.md docs/commands.md docs/finishing.md \
+        docs/windows.md
     add_licences "$work/$name_of_zip/licences" mingw-w64-common gcc-mingw-w64-base
     find "$work/$name_of_zip/licences" -type f -exec perl -pi -e 's/\r?\n/\r\n/' {} +
     find "$work/$name_of_zip" -exec touch --date="@$SOURCE_DATE_EPOCH" {} +
