@@ -42,7 +42,8 @@ pack_tar() {
         --mode=u+rw,go=rX -cf - "$1" | gzip -9n >"$dist/$1.tar.gz"
 }
 
-# The licences of Debian's packages that are linked in, and the texts that they refer to.
+# The licences of Debian's packages that are linked in, and the texts that they refer to for what is linked in: of
+# the other texts, tools and documents alone are under them.
 add_licences() { # FOLDER PACKAGE...
     folder=$1
     shift
