@@ -214,17 +214,24 @@ check_release() {
         [ ! -e "$work/dist" ] || fail "a release in spite of '$1'"
     }
     mkdir "$work/kept"
-    cp -R packaging/home CHANGELOG.md SECURITY.md debian/control debian/changelog "$work/kept"
+    cp -R packaging/home CHANGELOG.md README.md SECURITY.md debian/control debian/changelog "$work/kept"
     (
         cd "$copy"
         run git init --quiet
         printf 'address=\ncontact=\n' >packaging/home
         expect_refused 'packaging/home has no address and contact yet'
         printf 'address=https://example.org/\ncontact=bugs@example.org\n' >packaging/home
-        expect_refused "SECURITY.md doesn't name the contact bugs@example.org"
-        echo bugs@example.org >>SECURITY.md
-        expect_refused "the maintainer in debian/control isn't bugs@example.org"
-        sed -i 's/^Maintainer: .*/Maintainer: the murlconv authors <bugs@example.org>/' debian/control
+        for document in README.md SECURITY.md; do
+            expect_refused "$document doesn't name the contact bugs@example.org"
+            echo bugs@example.org >>$document
+        done
+        maintainer='the murlconv authors <bugs@example.org>'
+        expect_refused "the maintainer in debian/control isn't $maintainer"
+        sed -i "s/^Maintainer: .*/Maintainer: $maintainer/" debian/control
+        expect_refused "the newest entry of debian/changelog isn't by $maintainer"
+        sed -i "s/^ -- .*>/ -- $maintainer/" debian/changelog
+        expect_refused "the home page in debian/control isn't https://example.org/"
+        sed -i '1aHomepage: https://example.org/' debian/control
         expect_refused 'not committed:'
         sed -i '/^ -- /s/2026 /2025 /' debian/changelog
         expect_refused 'CHANGELOG.md and debian/changelog disagree:'

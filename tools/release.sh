@@ -5,8 +5,8 @@
 #
 # Everything is made twice, from two copies in two folders, under another time zone, language and umask; if the
 # results aren't the same byte for byte, there is no release. There is none either while packaging/home is empty or
-# SECURITY.md and the package name another contact, from a tree with changes or files that aren't committed, or when
-# CMakeLists.txt, CHANGELOG.md and debian/changelog don't have the same versions.
+# README.md, SECURITY.md and debian/control don't name what is in it, from a tree with changes or files that aren't
+# committed, or when CMakeLists.txt, CHANGELOG.md and debian/changelog don't have the same versions.
 set -eu
 script=$(readlink -f -- "$0")
 cd "$(dirname -- "$script")/.."
@@ -26,9 +26,16 @@ refuse_release() {
 address=$(sed -n 's/^address=//p' packaging/home)
 contact=$(sed -n 's/^contact=//p' packaging/home)
 { [ -n "$address" ] && [ -n "$contact" ]; } || refuse_release 'packaging/home has no address and contact yet'
-grep -qF "$contact" SECURITY.md || refuse_release "SECURITY.md doesn't name the contact $contact"
-grep -qxF "Maintainer: the murlconv authors <$contact>" debian/control ||
-    refuse_release "the maintainer in debian/control isn't $contact"
+for document in README.md SECURITY.md; do
+    grep -qF "$contact" $document || refuse_release "$document doesn't name the contact $contact"
+done
+maintainer="the murlconv authors <$contact>"
+grep -qxF "Maintainer: $maintainer" debian/control ||
+    refuse_release "the maintainer in debian/control isn't $maintainer"
+# Another name there would make it somebody else's upload of our package.
+[ "$(sed -n '/^ -- /{s/^ -- //;s/  .*//p;q;}' debian/changelog)" = "$maintainer" ] ||
+    refuse_release "the newest entry of debian/changelog isn't by $maintainer"
+grep -qxF "Homepage: $address" debian/control || refuse_release "the home page in debian/control isn't $address"
 
 version=$(sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt)
 entry=$(sed -n '/^## /{s/^## //p;q;}' CHANGELOG.md)
