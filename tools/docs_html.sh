@@ -32,15 +32,16 @@ th, td { border: 1px solid #8886; padding: .2rem .6rem; text-align: left; vertic
 </head>
 <body>
 END
-        # Headings get the ids that links to them use.
+        # Headings get the ids that links to them use, unless an anchor before them has it.
         cmark-gfm --unsafe --extension table "$document" | perl -pe '
+            $has{$1} = 1 while /<a id="([^"]*)"/g;
             s{<h([1-6])>(.*?)</h\1>}{
                 my ($level, $text) = ($1, $2);
                 my $id = lc $text;
                 $id =~ s/<[^>]*>|&[a-z]+;//g;
                 $id =~ s/[^\w\s-]//g;
                 $id =~ s/\s/-/g;
-                qq(<h$level id="$id">$text</h$level>)
+                $has{$id}++ ? qq(<h$level>$text</h$level>) : qq(<h$level id="$id">$text</h$level>)
             }ge;
             s{(href="(?![a-z]+:)[^"#]*)\.md(["#])}{$1.html$2}g'
         echo '</body>'
