@@ -78,7 +78,7 @@ foreach(program ${programs})
     set(version [[${PROJECT_VERSION}]])
     set(day [[${day}]])
     set(reporting [[${reporting}]])
-    cmake_path(ABSOLUTE_PATH CMAKE_INSTALL_PREFIX OUTPUT_VARIABLE prefix)
+    cmake_path(ABSOLUTE_PATH CMAKE_INSTALL_PREFIX NORMALIZE OUTPUT_VARIABLE prefix)
     cmake_path(APPEND prefix [[${CMAKE_INSTALL_DOCDIR}]] OUTPUT_VARIABLE documents)
     configure_file(
       [[${CMAKE_CURRENT_LIST_DIR}/${program}.1.in]] [[${CMAKE_BINARY_DIR}/${program}.1]] @ONLY NEWLINE_STYLE UNIX)")
