@@ -1,5 +1,5 @@
-# The open dialog and the message box under wine, with a user at the keyboard; read by check_windows.sh,
-# whose names this uses.
+# The dialogs, the message box and starts from the desktop under wine, with a user at the keyboard; read by
+# check_windows.sh, whose names this uses.
 #
 # No window manager runs, so a window gets the keyboard only when it is told to. A busy machine can swallow a
 # key, and each scene may be played three times.
@@ -91,6 +91,49 @@ scene_many() {
     dialog_end && [ "$(find "$scripts" -name '*_conv.mrl' | wc -l)" = 500 ]
 }
 
+# Starts murlreport as the desktop does, with a console of its own, on files of the scene.
+desktop_start() {
+    dialog_folder
+    dialog_script 'ä 1.mrl'
+    dialog_script 'Чертёж 図.mrp'
+    rm -f "$work/page.html"
+    drive=Z:$(printf '%s' "$scripts" | tr / '\134')
+    for file in "$@"; do
+        set -- "$@" "$drive\\$file"
+        shift
+    done
+    wine_run start /wait /unix "$MURL_BUILD/windows/murlreport.exe" "$@" &
+    program=$!
+}
+
+# Waits for the program's end and the page, which the browser of check_dialog copies. True if both scripts are
+# converted and in the page.
+desktop_end() {
+    status=0
+    wait "$program" || status=$?
+    for _ in 1 2 3 4 5 6 7 8 9 10; do
+        [ -s "$work/page.html" ] || sleep 1
+    done
+    [ "$status" -le 1 ] && [ -s "$scripts/ä 1_conv.mrl" ] && [ -s "$scripts/Чертёж 図_conv.mrp" ] &&
+        grep -q 'ä 1\.mrl' "$work/page.html" && grep -q 'Чертёж 図\.mrp' "$work/page.html"
+}
+
+# A double-click: the folder's path is typed.
+scene_folder() {
+    desktop_start
+    dialog=$(dialog_window 'Convert the MURL scripts of a folder') || return 1
+    sleep "$patience"
+    xdotool windowfocus --sync "$dialog"
+    xdotool type --delay 30 "$drive"
+    xdotool key Return
+    desktop_end
+}
+
+scene_drop() {
+    desktop_start 'ä 1.mrl' 'Чертёж 図.mrp'
+    desktop_end
+}
+
 # Plays a scene; a program that still waits for its user is ended with its dialog.
 dialog_play() {
     for patience in 1 4 10; do
@@ -117,8 +160,11 @@ check_dialog() {
     # What runs of wine so far has no display.
     wineserver -k || true
     wineserver -w
-    for scene in two_names cancel missing many; do
+    page=Z:$(printf '%s' "$work/page.html" | tr / '\134')
+    wine_run reg add 'HKCR\.html' /ve /d murl_page /f >/dev/null
+    wine_run reg add 'HKCR\murl_page\shell\open\command' /ve /d "cmd /c copy \"%1\" \"$page\"" /f >/dev/null
+    for scene in two_names cancel missing many folder drop; do
         dialog_play "scene_$scene"
     done
-    echo 'windows: the open dialog and the message box do their work'
+    echo 'windows: the dialogs, the message box and starts from the desktop do their work'
 }
