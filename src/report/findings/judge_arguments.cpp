@@ -306,22 +306,22 @@ static void judge_live(const statement_view &statement, int32_t position, const 
                        findings_by_kind *findings)
 {
     std::string_view text = argument_text(position);
-    std::string shown_argument = argument_shown(statement, position, rule_last.row);
+    auto argument = [&] { return argument_shown(statement, position, rule_last.row); };
     if (use.text) {
-        add_finding(&findings->frozen,
-                    fmt::format("{} is written as the text \"{}\"", shown_argument,
-                                shown_cut(use.written, text_shown)),
-                    fmt::format("\"{}\"", use.written), {use.line});
+        add_finding(
+            &findings->frozen,
+            fmt::format("{} is written as the text \"{}\"", argument(), shown_cut(use.written, text_shown)),
+            fmt::format("\"{}\"", use.written), {use.line});
         findings->frozen.items.push_back(SIZE_MAX);
     } else if (use.value) {
         add_finding(&findings->frozen,
-                    fmt::format("{} is fixed as {}", shown_argument, shown(text_trimmed(use.written))),
+                    fmt::format("{} is fixed as {}", argument(), shown(text_trimmed(use.written))),
                     text_trimmed(use.written), {use.line});
         findings->frozen.items.push_back(item_of(statement, use));
     } else if (bool attribute = is_attribute(argument_name(rule_last.row, position));
                !is_default(statement, position, attribute)) {
         findings->lost.attributes_only &= attribute;
-        add_finding(&findings->lost, shown_argument, text, lines_of(statement, true));
+        add_finding(&findings->lost, argument(), text, lines_of(statement, true));
     }
 }
 
