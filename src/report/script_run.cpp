@@ -41,13 +41,11 @@ static void read_output(script_run *run, const folder_memory &memory)
         return;
     std::string text;
     bool leads_to_script = file_identity(run->report.output_path) == file_identity(run->report.path);
-    run->unreadable = leads_to_script || !file_read(run->report.output_path, &text);
+    run->unreadable = leads_to_script || !memory_read(run->report.output_path, &text);
     if (leads_to_script)
         report_trouble("won't use " + shown(run->report.output_path) +
                        ": it leads to its script"); // by a link
-    else if (run->unreadable)
-        report_trouble("can't read " + shown(run->report.output_path) + ": " + file_fault());
-    else
+    else if (!run->unreadable)
         run->there = std::move(text);
     run->report.output_older = file_is_older(run->report.output_path, run->report.path);
 }

@@ -31,6 +31,15 @@ static void report_unreadable(const std::string &path)
     report_trouble("can't read " + shown(path) + ": " + file_fault());
 }
 
+// Reports a path that is nothing to read from.
+static void report_no_script(const std::string &path)
+{
+    if (file_kind_of(path, true) == FILE_NONE)
+        report_unreadable(path);
+    else
+        report_trouble(shown(path) + " is neither a script nor a folder");
+}
+
 // Adds a script, unless it was named before; lines that are named add up.
 static void add_script(script_walk *walk, const std::string &path, uint32_t line)
 {
@@ -59,15 +68,19 @@ static void walk_folder(script_walk *walk, const std::string &folder)
     for (const std::string &name : names) {
         std::string path = path_join(folder, name);
         file_kind kind = file_kind_of(path, false);
-        if (kind == FILE_LINK && file_kind_of(path, true) != FILE_REGULAR)
-            continue;
         if (kind == FILE_FOLDER)
             (name == memory_folder_name ? walk->found.folders : folders)
                 .push_back(name == memory_folder_name ? folder : path);
-        if (kind == FILE_FOLDER || kind == FILE_OTHER)
+        file_kind target = kind == FILE_LINK ? file_kind_of(path, true) : kind;
+        if (target == FILE_FOLDER)
             continue;
         switch (name_kind_of(path.c_str())) {
-        case NAME_SCRIPT: add_script(walk, path, 0); break;
+        case NAME_SCRIPT:
+            if (target == FILE_REGULAR)
+                add_script(walk, path, 0);
+            else
+                report_no_script(path);
+            break;
         case NAME_LONE:
             walk->met++;
             walk->found.lone.push_back(path);
@@ -94,7 +107,6 @@ static void take_path(script_walk *walk, const std::string &path, uint32_t line)
 {
     size_t before = walk->met;
     switch (file_kind_of(path, true)) {
-    case FILE_NONE: report_unreadable(path); break;
     case FILE_REGULAR:
         if (!walk->all && name_kind_of(path.c_str()) == NAME_OUTPUT)
             report_note("skipped " + shown(path) + ", the output of a script beside it (--force reads it)");
@@ -106,7 +118,7 @@ static void take_path(script_walk *walk, const std::string &path, uint32_t line)
         if (walk->met == before)
             report_trouble("no script in " + shown(path));
         break;
-    default: report_trouble(shown(path) + " is neither a script nor a folder"); break;
+    default: report_no_script(path); break;
     }
 }
 

@@ -47,8 +47,10 @@ TEST(findings, surplus_arguments_are_lost)
     expect_items(cases);
     std::string labels = items_of(":" + times(125, "a") + "\nGOTO x\n:" + times(127, "b") + "\nCLEAR\n");
     EXPECT_EQ(labels.substr(0, 13), "3: unknown :b") << labels;
-    EXPECT_NE(labels.find("...: of a label of more than 126 characters one is gone"), std::string::npos)
+    EXPECT_NE(labels.find("...: of a word of more than 126 characters one is gone"), std::string::npos)
         << labels;
+    EXPECT_EQ(items_of("// " + times(3896, "x") + "\n// " + times(3897, "x") + "LINE 0,0,0,1,1,0\n"),
+              "2: unknown //: of a comment of more than 3,900 characters the rest is read as a statement\n");
     std::string long_one = items_of("EXIT " + times(1 << 18, "12345678") + "\nCLEAR\n");
     EXPECT_EQ(long_one,
               "1: lost EXIT: not an argument of this command: " + times(7, "12345678") + "1234...\n");
@@ -292,8 +294,9 @@ TEST(findings, failed_and_unknown_statements)
         {"RETRUN\nENDIF\n",
          "1: unknown RETRUN: RETRUN is no command; it went through unchanged\n"
          "2: unknown ENDIF: ENDIF is no command; it went through unchanged\n"},
-        {"LINE(0,0,0,1,1,0)\n",
-         "1: unknown LINE: a parenthesis directly after LINE; it went through unchanged\n"},
+        {"LINE(0,0,0,1,1,0)\nEXIT,1\n",
+         "1: unknown LINE: a parenthesis directly after LINE; it went through unchanged\n"
+         "2: unknown EXIT: a comma directly after EXIT; it went through unchanged\n"},
         {"100 LINE 0,0,0,1,1,0\n", "1: unknown 100: a number precedes LINE; it went through unchanged\n"},
         {"\xEF\xBB\xBFLINE 0,0,0,1,1,0\n",
          "1: unknown LINE: a byte order mark begins the line; it "
@@ -336,6 +339,11 @@ TEST(findings, what_an_if_guards)
         {"IF a\nCLS\nGOTO b\n",
          "2: gone CLS: the new dialect has no such command\n"
          "1: guarded IF: CLS under it has become comments alone; it guards GOTO now\n"},
+        {"IF a\nGROUP \"a\\nb\",1,2\nGOTO b\n",
+         "2: quiet GROUP: commented out: \"a\\nb\", 1, 2\n"
+         "2: decoded GROUP: argument 1: \"a\\nb\" has become \"a\\x0ab\"; write it as \"a\\nb\"\n"
+         "2: form GROUP: the rest of a text that began in the comment before it: b\", 1, 2\n"
+         "1: guarded IF: GROUP under it has become a comment, and the rest of a text that began in it\n"},
     };
     for (const finding_case &c : cases) {
         std::string items = items_of(c.script);
@@ -369,7 +377,7 @@ TEST(findings, why_reading_stopped)
          "1: stopped ARRAY: the initial values lack one of their braces, or belong to a "
          "string list; 1 line was not read\n"},
         {"ARRAY a[2] = { 1,\nREM\n", "1: stopped ARRAY: the script ends inside this statement\n"},
-        {"STRING $a\n", "1: stopped STRING: a STRING needs a size, and an SLIST two\n"},
+        {"STRING $a\n", "1: stopped STRING: a STRING needs one size, and an SLIST two\n"},
         {"ON x\n", "1: stopped ON: ON without GOTO\n"},
         {"PRINT \"a\"\n\x1aREM\n", "2: stopped : byte 26, which ends a script; 1 line was not read\n"},
         {":<b>longer_name\n:<B>LONGER_NAmed\x1b\nREM\n",

@@ -176,6 +176,32 @@ TEST_F(report_test, tells_edits_of_one_argument_from_those_of_another)
     EXPECT_TRUE(has(states(), "1 guarded changed")) << states();
 }
 
+// A remark, a line that has become a comment, and a line that somebody has mended beside it are no edit of an
+// item; another spelling of what is lost is.
+TEST_F(report_test, takes_what_is_carried_out_for_an_edit)
+{
+    write("a.mrl",
+          "LINE 0,0,0,1,1,0,col\nLINE 0,0,0,2,2,0,col\nWAIT 1\nNOTE 1,2,\"a\"\n"
+          "PRINT \"say \\\"hi\\\"\"\nWAIT 2\nGETCUR \"P\",1,2,x,,z,k,0,\"Yes\",\"No\"\n"
+          "LINE 0,0,0,3,3,0,c+1\n");
+    run("--convert a.mrl");
+    auto expect = [this](const char *from, const char *to, const char *state) {
+        edit("a_conv.mrl", from, to);
+        EXPECT_TRUE(has(states(), state)) << states() << read("a_conv.mrl");
+    };
+    expect("1, 1, 0, 0\n", "1, 1, 0, 0 // to do: col\n", "1 lost open");
+    expect("1, 1, 0, 0 // to do: col\nLINE", "1, 1, 0, col\n// LINE", "1 lost changed\n2 lost open");
+    expect("NOTE \"a\", 1 2", "// NOTE \"a\", 1 2", "4 form open");
+    expect("PRINT \"say \"hi\"\"\nWAIT 2\n", "WAIT 2\n// PRINT \"say \"hi\"\"\n", "5 decoded open");
+    expect("// PRINT \"say \"hi\"\"\n", "", "5 decoded changed");
+    expect("k, \"|Yes|\"", "k, 0, \"|Yes|no\"", "7 lost changed");
+    expect("3, 3, 0, 0\n", "3, 3, 0, C + 1\n", "8 lost changed");
+    write("a_conv.mrl", "<<<<<<< mine\n" + read("a_conv.mrl") + "=======\n>>>>>>> theirs\n");
+    report_result result = run("a.mrl");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_TRUE(has(result.err, "a_conv.mrl has conflict markers and isn't used")) << result.err;
+}
+
 TEST_F(report_test, counts_no_item_as_done_that_is_compared_with_the_wrong_text)
 {
     write("a.mrl", "CLS\n");

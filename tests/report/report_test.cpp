@@ -102,6 +102,10 @@ TEST_F(report_test, ends_with_trouble_on_wrong_usage)
         EXPECT_GE(std::count(result.err.begin(), result.err.end(), '\n'), 1) << arguments;
         EXPECT_EQ(result.err.compare(0, 12, "murlreport: "), 0) << result.err;
     }
+    fs::create_directories(folder / "links");
+    write("links/a.mrl", "REM x\n");
+    fs::create_symlink("gone.mrl", folder / "links/b.mrl");
+    EXPECT_TRUE(has(run("links").err, "can't read links/b.mrl: "));
     if (geteuid() != 0) {
         EXPECT_EQ(run("closed").status, 2);
         EXPECT_EQ(run(".").status, 2);

@@ -24,7 +24,7 @@ static std::string store_fault(int32_t code)
                "size";
     case VAR_SYSTEM_NAME: return "a name that starts with @ can't be declared";
     case VAR_SCALAR: return "the variable exists already, and one of the two is no array";
-    case VAR_DIMENSIONS: return "a STRING needs a size, and an SLIST two";
+    case VAR_DIMENSIONS: return "a STRING needs one size, and an SLIST two";
     case VAR_TYPE: return "the type doesn't fit the variable or the prefix of its name";
     default: return fmt::format("the variable can't be declared ({})", code);
     }
@@ -84,14 +84,18 @@ static bool is_comment_statement(const statement_view &statement)
     return is_text(statement) && (statement.output.empty() || is_comment(statement.output));
 }
 
-// Statements that the output has in place of one. What isn't a command went through as it is.
-static int statements_left(const statement_view &statement)
+// Statements that the output has instead of one. What isn't a command went through as it is. *broken is set
+// if one is the rest of a text that began in a comment.
+static int statements_left(const statement_view &statement, bool *broken = nullptr)
 {
     size_t at = 0;
     bool rest;
     int count = 0;
-    while (!next_live(statement, &at, &rest).empty())
+    while (!next_live(statement, &at, &rest).empty()) {
         count++;
+        if (broken != nullptr)
+            *broken |= rest;
+    }
     return statement.row == nullptr && count > 1 ? 1 : count;
 }
 
@@ -111,7 +115,7 @@ static void own_first_live(report_item *item, const statement_view &statement)
 
 // What has become of the statement under an IF that is not the one statement that the IF guards; null if it
 // is.
-static const char *guarded_fate(const statement_view &statement, int lines)
+static const char *guarded_fate(const statement_view &statement, int lines, bool broken)
 {
     bool command = statement.row != nullptr;
     if (command && statement.record->done.fetched < 0)
@@ -121,7 +125,7 @@ static const char *guarded_fate(const statement_view &statement, int lines)
     if (lines > 1 || (lines == 1 && by_hand))
         return "several statements; it guards only the first";
     if (lines == 1)
-        return nullptr;
+        return broken ? "a comment, and the rest of a text that began in it" : nullptr;
     return lines_of(statement, false).empty() ? "nothing" : "comments alone";
 }
 
@@ -130,8 +134,9 @@ static const char *guarded_fate(const statement_view &statement, int lines)
 static void judge_guarded(judge_state *state, const statement_view &statement)
 {
     uint32_t line = std::exchange(state->if_line, 0);
-    int lines = statements_left(statement);
-    const char *fate = line != 0 ? guarded_fate(statement, lines) : nullptr;
+    bool broken = false;
+    int lines = statements_left(statement, &broken);
+    const char *fate = line != 0 ? guarded_fate(statement, lines, broken) : nullptr;
     if (fate == nullptr)
         return;
     std::string detail = fmt::format("{} under it has become {}", statement_name(statement), fate);

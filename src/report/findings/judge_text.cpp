@@ -2,6 +2,7 @@
 
 #include "report/show.h"
 #include "statements/arg_text.h"
+#include "statements/statement_text.h"
 #include "support/text.h"
 
 #include <fmt/core.h>
@@ -127,8 +128,8 @@ static std::string unknown_reason(std::string_view text, std::string_view messag
     char next = word.size() < text.size() ? text[word.size()] : '\0';
     if (!word.empty() && text_is(word[0], CHAR_DIGIT) && !command_in(text.substr(word.size())).empty())
         return fmt::format("a number precedes {}", command_in(text.substr(word.size())));
-    if (is_command(word) && next == '(')
-        return fmt::format("a parenthesis directly after {}", word);
+    if (is_command(word) && (next == '(' || next == ','))
+        return fmt::format("a {} directly after {}", next == '(' ? "parenthesis" : "comma", word);
     if (has_assignment(text)) {
         bool comment = comment_in(text) != std::string_view::npos;
         return comment ? "the value wasn't taken: // on the line"
@@ -145,13 +146,25 @@ static std::string unknown_reason(std::string_view text, std::string_view messag
 
 constexpr size_t word_max = 127; // characters of a first word; a blank is written for the one after it
 
+// What has become of a line that doesn't fit the converter's buffers; empty if it does.
+static std::string overlong(statement_kind kind, std::string_view text)
+{
+    bool comment = is_comment(text);
+    if (kind == KIND_TEXT && comment && text.size() >= static_cast<size_t>(line_buf_capacity))
+        return "of a comment of more than 3,900 characters the rest is read as a statement";
+    if (!comment && std::min(text.find_first_of(" \t\r\n"), text.size()) >= word_max)
+        return "of a word of more than 126 characters one is gone, and a blank is in its place";
+    return {};
+}
+
 std::string unknown_detail(const statement_view &statement)
 {
     statement_kind kind = statement.record->done.head.kind;
     std::string_view text = text_trimmed(statement.output);
-    if (kind == KIND_LABEL && std::min(text.find_first_of(" \t\r\n"), text.size()) >= word_max)
-        return "of a label of more than 126 characters one is gone, and a blank is in its place";
     bool evaluated = kind == KIND_EXPRESSION;
+    if (kind == KIND_LABEL || kind == KIND_TEXT || kind == KIND_UNKNOWN)
+        if (std::string fault = overlong(kind, text); !fault.empty())
+            return fault;
     if ((!evaluated && kind != KIND_TEXT && kind != KIND_UNKNOWN) || text.empty() || is_comment(text))
         return {};
     bool one_word = word_at(text, 0).size() == text.size() && text_is(text[0], CHAR_LETTER);

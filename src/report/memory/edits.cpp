@@ -1,5 +1,6 @@
 #include "report/memory/edits.h"
 
+#include "report/findings/judge_text.h"
 #include "report/findings/live_form.h"
 #include "report/memory/text_lines.h"
 #include "report/show.h"
@@ -82,8 +83,9 @@ static std::string_view first_word(std::string_view line)
     return line.substr(0, line.find_first_of(" \t,=([/"));
 }
 
-// The lines of the output that may be there in the place of a line that isn't: the one in the same position
-// where a change has as many lines on both sides, else those of the change that begin with the same word.
+// The lines of the output that may be there instead of a line that isn't: the one in the same position where
+// a change has as many lines on both sides, else those of the change that begin with the same word. Of fewer
+// such lines than there were, each stands for one only.
 static std::vector<std::string_view> lines_instead(const compared_texts &texts, size_t index)
 {
     auto after = [index](const line_change &change) {
@@ -94,25 +96,39 @@ static std::vector<std::string_view> lines_instead(const compared_texts &texts, 
     if (change == texts.changes.end())
         return lines;
     auto there = [&](size_t line) { return core_at(texts.there, line); };
+    if (change->before_count == change->after_count)
+        return {there(change->after_at + index - change->before_at)};
     std::string_view word = first_word(core_at(texts.now, index));
-    for (size_t i = 0; i < change->after_count; i++) {
-        bool same_position = change->before_count == change->after_count && i == index - change->before_at;
-        if (same_position ||
-            (change->before_count != change->after_count && first_word(there(change->after_at + i)) == word))
+    for (size_t i = 0; i < change->after_count; i++)
+        if (first_word(there(change->after_at + i)) == word)
             lines.push_back(there(change->after_at + i));
+    size_t were = 0, number = 0;
+    for (size_t i = change->before_at; i < change->before_at + change->before_count; i++) {
+        bool same_word = first_word(core_at(texts.now, i)) == word;
+        were += same_word ? 1 : 0;
+        number += same_word && i < index ? 1 : 0;
     }
-    return lines;
+    if (lines.size() >= were)
+        return lines;
+    return number < lines.size() ? std::vector{lines[number]} : std::vector<std::string_view>();
 }
 
-// A text without blanks beside its commas, which people write as they like.
-static std::string without_blanks(std::string_view text)
+// True of a character that makes one name or number with another beside it.
+static bool is_joining(char c)
+{
+    return text_is(c, CHAR_WORD) || c == '.' || c == '$' || c == '@';
+}
+
+// A text without what people write as they like: the case of letters, and blanks beside commas and operators.
+static std::string plain_spelling(std::string_view text)
 {
     std::string result;
     for (size_t i = 0; i < text.size(); i++) {
         size_t next = text.find_first_not_of(" \t", i);
-        bool before_comma = next != std::string_view::npos && text[next] == ',';
-        if (next == i || !(before_comma || (!result.empty() && result.back() == ',')))
-            result += text[i];
+        bool divides = next != std::string_view::npos && !result.empty() && is_joining(text[next]) &&
+                       (is_joining(result.back()) || result.back() == ' ');
+        if (next == i || divides)
+            result += static_cast<char>(char_lower(text[i]));
     }
     return result;
 }
@@ -120,14 +136,13 @@ static std::string without_blanks(std::string_view text)
 // How often a text is in a line, and no part of a longer name or number.
 static size_t count_in(std::string_view there, std::string_view wanted)
 {
-    std::string line = without_blanks(there), text = without_blanks(text_trimmed(wanted));
-    auto joins = [](char c) { return text_is(c, CHAR_WORD) || c == '.' || c == '$' || c == '@'; };
+    std::string line = plain_spelling(there), text = plain_spelling(text_trimmed(wanted));
     size_t count = 0;
     for (size_t at = line.find(text); !text.empty() && at != std::string_view::npos;
          at = line.find(text, at + 1)) {
         size_t end = at + text.size();
-        bool begins = at == 0 || !joins(line[at - 1]) || !joins(text.front());
-        count += begins && (end == line.size() || !joins(line[end]) || !joins(text.back())) ? 1 : 0;
+        bool begins = at == 0 || !is_joining(line[at - 1]) || !is_joining(text.front());
+        count += begins && (end == line.size() || !is_joining(line[end]) || !is_joining(text.back())) ? 1 : 0;
     }
     return count;
 }
@@ -155,42 +170,54 @@ static bool has_lost(const report_item &item, std::string_view was, std::string_
     return number == item.own_texts.size();
 }
 
-// True if a line has the texts of arguments that weren't written in it.
+// True if a line has the texts of arguments that weren't written in it, strings without their quotes: an
+// option of a menu has none.
 static bool has_won(const report_item &item, std::string_view was, std::string_view there)
 {
     const std::vector<std::string> &texts = item.own_texts;
     return std::all_of(texts.begin(), texts.end(), [&](const std::string &text) {
         auto times = static_cast<size_t>(std::count(texts.begin(), texts.end(), text));
-        return count_in(there, text) >= count_in(was, text) + times;
+        std::string_view content = without_quotes(text).empty() ? text : without_quotes(text);
+        return count_in(there, content) >= count_in(was, content) + times;
     });
 }
 
-// The lines that an edit has added.
-static std::set<std::string_view> lines_added(const compared_texts &texts)
+// The lines that an edit has added, and the texts of comments among them.
+struct added_lines {
+    std::set<std::string_view> lines, commented;
+};
+
+static added_lines lines_added(const compared_texts &texts)
 {
-    std::set<std::string_view> added;
+    added_lines added;
     for (const line_change &change : texts.changes)
-        for (size_t i = 0; i < change.after_count; i++)
-            added.insert(core_at(texts.there, change.after_at + i));
+        for (size_t i = 0; i < change.after_count; i++) {
+            std::string_view line = core_at(texts.there, change.after_at + i);
+            added.lines.insert(line);
+            if (is_comment(line))
+                added.commented.insert(text_trimmed(line.substr(line[0] == '/' ? 2 : 3)));
+        }
     return added;
 }
 
-// True if the edit of an own line is one that the item asks for. A line that was added elsewhere was moved.
-static bool has_changed(const report_item &item, const compared_texts &texts,
-                        const std::set<std::string_view> &added, size_t index)
+// True if the edit of an own line is one that the item asks for. A line that was added elsewhere was moved,
+// and one that has become a comment is still to be done.
+static bool has_changed(const report_item &item, const compared_texts &texts, const added_lines &added,
+                        size_t index)
 {
     std::vector<std::string_view> lines = lines_instead(texts, index);
     std::string_view was = core_at(texts.now, index);
-    auto lost = [&](std::string_view line) { return has_lost(item, was, line); };
-    auto won = [&](std::string_view line) { return !is_comment(line) && has_won(item, was, line); };
+    auto live = [](std::string_view line) { return line.substr(0, comment_in(line)); };
+    auto lost = [&](std::string_view line) { return !is_comment(line) && has_lost(item, was, live(line)); };
+    auto won = [&](std::string_view line) { return !is_comment(line) && has_won(item, was, live(line)); };
     auto well_formed = [&](std::string_view line) {
-        return live_form_fault(line, {}, {}) != item.own_texts[0];
+        return !is_comment(line) && live_form_fault(line, {}, {}) != item.own_texts[0];
     };
     auto another = [&](std::string_view line) { return first_word(line) != first_word(was); };
-    if (added.count(was) != 0)
+    if (added.lines.count(was) != 0)
         return false;
     if (lines.empty())
-        return true;
+        return added.commented.count(was) == 0;
     switch (item.kind) {
     case ITEM_GUARDED:
         return index + 1 == item.own_lines[0] || std::all_of(lines.begin(), lines.end(), another);
@@ -224,7 +251,7 @@ void edits_find(script_report *report, std::string_view now, std::string_view th
 {
     compared_texts texts = compare(now, there);
     std::vector<uint64_t> matched = lines_there(texts);
-    std::set<std::string_view> added = lines_added(texts);
+    added_lines added = lines_added(texts);
     for (report_item &item : report->items) {
         auto changed = [&](uint64_t line) {
             auto index = static_cast<size_t>(line - 1);
