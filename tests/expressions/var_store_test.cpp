@@ -136,6 +136,7 @@ TEST_F(var_store_test, stores_in_the_width_of_the_type)
         {VAR_FLOAT, 1.5, 1.5},
         {VAR_FLOAT, 0.1, 0.1f},
         {VAR_FLOAT, 1e300, HUGE_VAL},
+        {VAR_FLOAT, -0x1.ffffffp127, -HUGE_VAL}, // half a step beyond the largest
         {VAR_DOUBLE, 0.1, 0.1},
     };
     for (const auto &c : cases) {

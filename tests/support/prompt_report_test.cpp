@@ -95,7 +95,8 @@ TEST_F(prompt_report_test, missing_file_or_prompt_is_named)
 TEST_F(prompt_report_test, text_is_found_by_its_whole_number)
 {
     write_prompts(
-        "\n    \nno number\n12  twelve\n-5  minus\n  5 five\n5   again\n1200four digits\n9\n203\n204 end");
+        "\n    \nno number\n12  twelve\n-5  minus\n  5 five\n5   again\n1200four digits\n9\n203\n+8  a "
+        "sign\n204 end");
     struct {
         int32_t code;
         const char *want;
@@ -103,8 +104,9 @@ TEST_F(prompt_report_test, text_is_found_by_its_whole_number)
         {12, "twelve\n"},
         {5, "five\n"}, // neither -5, nor the second 5
         {1200, "four digits\n"},
-        {203, "\n"},   // a line too short for a text
-        {9, "\n"},     // the line before does not show through
+        {203, "\n"}, // a line too short for a text
+        {9, "\n"},   // the line before does not show through
+        {8, "a sign\n"},
         {204, "en\n"}, // the last character is always dropped
         {-255, "Prompt not found: errfile = mcomp.txt, pnum = 255\n"},
         {120, "Prompt not found: errfile = mcomp.txt, pnum = 120\n"},
@@ -187,9 +189,9 @@ TEST_F(prompt_report_test, code_decides_on_the_end_of_the_process)
 {
     for (int32_t code : {1, 203, 236, -236, -242, -243, -244, -245, -246, -254, -255})
         EXPECT_NE(report(code, -1), "") << code;
-    write_prompts("0   zero\n203 no memory for a name\n");
+    write_prompts("0   zero\n203 no memory for a name: %d\n");
     EXPECT_EQ(last_report(0, -1), "zero\n");
-    EXPECT_EQ(last_report(-203, 7), "mcomp: no memory for a name\n");
+    EXPECT_EQ(last_report(-203, 7), "mcomp: no memory for a name: %d\n") << "without values";
     for (int32_t code : {-1, -235, -237, -241, -247, -253, -256})
         EXPECT_NE(last_report(code, -1), "") << code;
 }
