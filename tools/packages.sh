@@ -26,7 +26,7 @@ group_packages() {
     unzip) echo unzip ;;
     wine) echo wine wine64 ;;
     dialog) echo xvfb xdotool ;;
-    packages) echo dpkg-dev debhelper rpm file gzip mandoc lintian bash ;;
+    packages) echo build-essential dpkg-dev debhelper rpm file gzip mandoc lintian bash ;;
     linux) group_packages report && echo g++-aarch64-linux-gnu qemu-user-static ;;
     bench) echo libbenchmark-dev hyperfine time ;;
     hostile) echo python3 time ;;
