@@ -45,11 +45,16 @@ std::string script_hash_of(std::string_view bytes)
     return fmt::format("{:016x}", hash);
 }
 
-// True if a text has the lines that version control writes around a conflict.
-static bool has_conflict_markers(const std::string &text)
+// True if a line of a text begins with another.
+static bool has_line(std::string_view text, const std::string &start)
 {
-    std::string lines = "\n" + text;
-    return lines.find("\n<<<<<<< ") != std::string::npos && lines.find("\n>>>>>>> ") != std::string::npos;
+    return text.substr(0, start.size()) == start || text.find("\n" + start) != std::string_view::npos;
+}
+
+// True if a text has the lines that version control writes around a conflict.
+static bool has_conflict_markers(std::string_view text)
+{
+    return has_line(text, "<<<<<<< ") && has_line(text, ">>>>>>> ");
 }
 
 bool memory_read(const std::string &path, std::string *text)

@@ -76,9 +76,8 @@ static const char *output_words(output_state state)
         return "it isn't known what murlconv wrote there; --adopt takes it as an edited conversion";
     case OUTPUT_OLD: return "the script or murlconv has changed since; --convert writes it again";
     case OUTPUT_BEHIND:
-        return "it was edited, and the script or murlconv has changed since; --convert merges them, or says "
-               "how "
-               "to end a conflict";
+        return "it was edited, and the script or murlconv has changed since; --convert merges them, or "
+               "says how to end a conflict";
     default: return nullptr;
     }
 }
