@@ -152,24 +152,20 @@ TEST_F(report_test, tells_edits_of_one_argument_from_those_of_another)
           "m = 2\nSCALE 2,0,0,m\nREM x\nGOTO a, 1\nREM y\nFTEXT 1,2,f1\nREM z\n"
           "IF a\nCLS\nGOTO b\nREM end\n");
     run("--convert a.mrl");
-    auto expect = [this](const char *from, const char *to, const char *state) {
-        edit("a_conv.mrl", from, to);
-        EXPECT_TRUE(has(states(), state)) << states() << read("a_conv.mrl");
-    };
-    expect("SCALE 2, 2, 0, 0", "SCALE 2, n, 0, 0", "2 frozen open");
-    expect("SCALE 2, n, 0, 0", "SCALE m, 2, 0, 0", "2 frozen changed");
-    expect("GOTO a", "GOTO a1", "4 lost open");
-    expect("GOTO a1", "GOTO a, 1", "4 lost changed");
-    expect("FTEXT f1, 1 2, 0.0, 0", "FTEXT f1, 1 2, 0.0, 90", "6 form open");
-    expect("FTEXT f1, 1 2, 0.0, 90", "FTEXT f1, 1, 2, 0.0, 90", "6 form changed");
-    expect("GOTO b", "GOTO c", "8 guarded open");
-    expect("GOTO c", "CLEAR", "8 guarded changed");
-    expect("CLEAR", "GOTO b", "8 guarded open");
-    expect("IF a\n", "IF a\nREM mine\n", "8 guarded open");
-    expect("IF a\n", "IF a\nGOTO d\n", "8 guarded changed");
-    expect("IF a\nGOTO d\n", "IF a == 0\n", "8 guarded changed");
-    expect("GOTO a, 1\nREM y\n", "REM y\nGOTO a\n", "4 lost open"); // moved
-    expect("REM y\nGOTO a\n", "// GOTO a, 1\nREM y\n", "4 lost open");
+    expect_after_edit("SCALE 2, 2, 0, 0", "SCALE 2, n, 0, 0", "2 frozen open");
+    expect_after_edit("SCALE 2, n, 0, 0", "SCALE m, 2, 0, 0", "2 frozen changed");
+    expect_after_edit("GOTO a", "GOTO a1", "4 lost open");
+    expect_after_edit("GOTO a1", "GOTO a, 1", "4 lost changed");
+    expect_after_edit("FTEXT f1, 1 2, 0.0, 0", "FTEXT f1, 1 2, 0.0, 90", "6 form open");
+    expect_after_edit("FTEXT f1, 1 2, 0.0, 90", "FTEXT f1, 1, 2, 0.0, 90", "6 form changed");
+    expect_after_edit("GOTO b", "GOTO c", "8 guarded open");
+    expect_after_edit("GOTO c", "CLEAR", "8 guarded changed");
+    expect_after_edit("CLEAR", "GOTO b", "8 guarded open");
+    expect_after_edit("IF a\n", "IF a\nREM mine\n", "8 guarded open");
+    expect_after_edit("IF a\n", "IF a\nGOTO d\n", "8 guarded changed");
+    expect_after_edit("IF a\nGOTO d\n", "IF a == 0\n", "8 guarded changed");
+    expect_after_edit("GOTO a, 1\nREM y\n", "REM y\nGOTO a\n", "4 lost open"); // moved
+    expect_after_edit("REM y\nGOTO a\n", "// GOTO a, 1\nREM y\n", "4 lost open");
     write("a.mrl", "IF a\nCLS\n");
     run("--convert --force a.mrl");
     write("a_conv.mrl", read("a_conv.mrl") + "GOTO z\n");
@@ -185,21 +181,35 @@ TEST_F(report_test, takes_what_is_carried_out_for_an_edit)
           "PRINT \"say \\\"hi\\\"\"\nWAIT 2\nGETCUR \"P\",1,2,x,,z,k,0,\"Yes\",\"No\"\n"
           "LINE 0,0,0,3,3,0,c+1\n");
     run("--convert a.mrl");
-    auto expect = [this](const char *from, const char *to, const char *state) {
-        edit("a_conv.mrl", from, to);
-        EXPECT_TRUE(has(states(), state)) << states() << read("a_conv.mrl");
-    };
-    expect("1, 1, 0, 0\n", "1, 1, 0, 0 // to do: col\n", "1 lost open");
-    expect("1, 1, 0, 0 // to do: col\nLINE", "1, 1, 0, col\n// LINE", "1 lost changed\n2 lost open");
-    expect("NOTE \"a\", 1 2", "// NOTE \"a\", 1 2", "4 form open");
-    expect("PRINT \"say \"hi\"\"\nWAIT 2\n", "WAIT 2\n// PRINT \"say \"hi\"\"\n", "5 decoded open");
-    expect("// PRINT \"say \"hi\"\"\n", "", "5 decoded changed");
-    expect("k, \"|Yes|\"", "k, 0, \"|Yes|no\"", "7 lost changed");
-    expect("3, 3, 0, 0\n", "3, 3, 0, C + 1\n", "8 lost changed");
+    expect_after_edit("1, 1, 0, 0\n", "1, 1, 0, 0 // to do: col\n", "1 lost open");
+    expect_after_edit("1, 1, 0, 0 // to do: col\nLINE", "1, 1, 0, col\n// LINE",
+                      "1 lost changed\n2 lost open");
+    expect_after_edit("NOTE \"a\", 1 2", "// NOTE \"a\", 1 2", "4 form open");
+    expect_after_edit("PRINT \"say \"hi\"\"\nWAIT 2\n", "WAIT 2\n// PRINT \"say \"hi\"\"\n",
+                      "5 decoded open");
+    expect_after_edit("// PRINT \"say \"hi\"\"\n", "", "5 decoded changed");
+    expect_after_edit("k, \"|Yes|\"", "k, 0, \"|Yes|no\"", "7 lost changed");
+    expect_after_edit("3, 3, 0, 0\n", "3, 3, 0, C + 1\n", "8 lost changed");
     write("a_conv.mrl", "<<<<<<< mine\n" + read("a_conv.mrl") + "=======\n>>>>>>> theirs\n");
     report_result result = run("a.mrl");
     EXPECT_EQ(result.status, 2);
     EXPECT_TRUE(has(result.err, "a_conv.mrl has conflict markers and isn't used")) << result.err;
+}
+
+TEST_F(report_test, finds_the_edits_of_a_script_that_was_edited_everywhere)
+{
+    std::string script, edited;
+    for (int i = 0; i < 5000; i++) {
+        std::string number = std::to_string(i);
+        script += "LINE 0,0,0,1,1,0,c" + number + "\n";
+        edited += "LINE 1, 0, 0, 1, 1, 0, c" + number + "\n";
+    }
+    write("a.mrl", script);
+    run("--convert --quiet a.mrl");
+    write("a_conv.mrl", "REM mine\n" + edited);
+    report_result result = run("a.mrl", "ulimit -t 15;");
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_TRUE(has(result.out, "5000 of them changed")) << result.out;
 }
 
 TEST_F(report_test, counts_no_item_as_done_that_is_compared_with_the_wrong_text)

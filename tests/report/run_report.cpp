@@ -70,6 +70,12 @@ std::string report_test::states()
     return found;
 }
 
+void report_test::expect_after_edit(const std::string &from, const std::string &to, const std::string &state)
+{
+    edit("a_conv.mrl", from, to);
+    EXPECT_TRUE(has(states(), state)) << state << "\n" << states() << read("a_conv.mrl");
+}
+
 std::string report_test::names(const std::string &inside)
 {
     std::set<std::string> sorted;

@@ -40,6 +40,9 @@ protected:
     std::string output_state();
     std::string states();
 
+    // Edits a_conv.mrl, and expects a text among the states.
+    void expect_after_edit(const std::string &from, const std::string &to, const std::string &state);
+
     // The names in the folder, dots left out, sorted, with blanks between.
     std::string names(const std::string &inside = ".");
 

@@ -7,6 +7,7 @@
 #include "support/text.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 // Two texts with their lines as numbers, and the changes that make one out of the other.
@@ -83,34 +84,63 @@ static std::string_view first_word(std::string_view line)
     return line.substr(0, line.find_first_of(" \t,=([/"));
 }
 
-// The lines of the output that may be there instead of a line that isn't: the one in the same position where
-// a change has as many lines on both sides, else those of the change that begin with the same word. Of fewer
-// such lines than there were, each stands for one only.
-static std::vector<std::string_view> lines_instead(const compared_texts &texts, size_t index)
+// Lines of a change that begin with the same word, in both texts, by their indexes.
+struct same_word_lines {
+    std::vector<size_t> before, after;
+};
+
+// What an edit has added, and the words of its changes.
+struct edit_lines {
+    std::set<std::string_view> added, commented; // the latter: the texts of comments among those added
+    std::vector<std::map<std::string_view, same_word_lines>> words; // by change
+};
+
+static edit_lines edit_lines_of(const compared_texts &texts)
 {
-    auto after = [index](const line_change &change) {
+    edit_lines edit;
+    for (const line_change &change : texts.changes) {
+        auto &words = edit.words.emplace_back();
+        for (size_t i = 0; i < change.before_count; i++)
+            words[first_word(core_at(texts.now, change.before_at + i))].before.push_back(change.before_at +
+                                                                                         i);
+        for (size_t i = 0; i < change.after_count; i++) {
+            std::string_view line = core_at(texts.there, change.after_at + i);
+            words[first_word(line)].after.push_back(change.after_at + i);
+            edit.added.insert(line);
+            if (is_comment(line))
+                edit.commented.insert(text_trimmed(line.substr(line[0] == '/' ? 2 : 3)));
+        }
+    }
+    return edit;
+}
+
+constexpr size_t more_lines_max = 64; // that are looked at for one line
+
+// The lines of the output that may be there instead of a line that isn't: the one in the same position where
+// a change has as many lines on both sides, else those of the change that begin with the same word. They are
+// in the order of those that they stand for: of fewer, each stands for one, and of more, a line may be the
+// next few too.
+static std::vector<std::string_view> lines_instead(const compared_texts &texts, const edit_lines &edit,
+                                                   size_t index)
+{
+    auto is_before = [index](const line_change &change) {
         return change.before_at + change.before_count <= index;
     };
-    auto change = std::find_if_not(texts.changes.begin(), texts.changes.end(), after);
-    std::vector<std::string_view> lines;
+    auto change = std::partition_point(texts.changes.begin(), texts.changes.end(), is_before);
     if (change == texts.changes.end())
-        return lines;
-    auto there = [&](size_t line) { return core_at(texts.there, line); };
+        return {};
     if (change->before_count == change->after_count)
-        return {there(change->after_at + index - change->before_at)};
-    std::string_view word = first_word(core_at(texts.now, index));
-    for (size_t i = 0; i < change->after_count; i++)
-        if (first_word(there(change->after_at + i)) == word)
-            lines.push_back(there(change->after_at + i));
-    size_t were = 0, number = 0;
-    for (size_t i = change->before_at; i < change->before_at + change->before_count; i++) {
-        bool same_word = first_word(core_at(texts.now, i)) == word;
-        were += same_word ? 1 : 0;
-        number += same_word && i < index ? 1 : 0;
-    }
-    if (lines.size() >= were)
-        return lines;
-    return number < lines.size() ? std::vector{lines[number]} : std::vector<std::string_view>();
+        return {core_at(texts.there, change->after_at + index - change->before_at)};
+    const auto &words = edit.words[static_cast<size_t>(change - texts.changes.begin())];
+    const same_word_lines &same = words.at(first_word(core_at(texts.now, index)));
+    auto number = static_cast<size_t>(std::lower_bound(same.before.begin(), same.before.end(), index) -
+                                      same.before.begin());
+    size_t more = same.after.size() - std::min(same.after.size(), same.before.size());
+    size_t end = std::min(same.after.size(), number + 1 + std::min(more, more_lines_max));
+    std::vector<std::string_view> lines;
+    for (size_t i = number; i < end; i++)
+        lines.push_back(core_at(texts.there, same.after[i]));
+    return lines;
 }
 
 // True of a character that makes one name or number with another beside it.
@@ -182,30 +212,12 @@ static bool has_won(const report_item &item, std::string_view was, std::string_v
     });
 }
 
-// The lines that an edit has added, and the texts of comments among them.
-struct added_lines {
-    std::set<std::string_view> lines, commented;
-};
-
-static added_lines lines_added(const compared_texts &texts)
-{
-    added_lines added;
-    for (const line_change &change : texts.changes)
-        for (size_t i = 0; i < change.after_count; i++) {
-            std::string_view line = core_at(texts.there, change.after_at + i);
-            added.lines.insert(line);
-            if (is_comment(line))
-                added.commented.insert(text_trimmed(line.substr(line[0] == '/' ? 2 : 3)));
-        }
-    return added;
-}
-
 // True if the edit of an own line is one that the item asks for. A line that was added elsewhere was moved,
 // and one that has become a comment is still to be done.
-static bool has_changed(const report_item &item, const compared_texts &texts, const added_lines &added,
+static bool has_changed(const report_item &item, const compared_texts &texts, const edit_lines &edit,
                         size_t index)
 {
-    std::vector<std::string_view> lines = lines_instead(texts, index);
+    std::vector<std::string_view> lines = lines_instead(texts, edit, index);
     std::string_view was = core_at(texts.now, index);
     auto live = [](std::string_view line) { return line.substr(0, comment_in(line)); };
     auto lost = [&](std::string_view line) { return !is_comment(line) && has_lost(item, was, live(line)); };
@@ -214,10 +226,10 @@ static bool has_changed(const report_item &item, const compared_texts &texts, co
         return !is_comment(line) && live_form_fault(line, {}, {}) != item.own_texts[0];
     };
     auto another = [&](std::string_view line) { return first_word(line) != first_word(was); };
-    if (added.lines.count(was) != 0)
+    if (edit.added.count(was) != 0)
         return false;
     if (lines.empty())
-        return added.commented.count(was) == 0;
+        return edit.commented.count(was) == 0;
     switch (item.kind) {
     case ITEM_GUARDED:
         return index + 1 == item.own_lines[0] || std::all_of(lines.begin(), lines.end(), another);
@@ -251,12 +263,12 @@ void edits_find(script_report *report, std::string_view now, std::string_view th
 {
     compared_texts texts = compare(now, there);
     std::vector<uint64_t> matched = lines_there(texts);
-    added_lines added = lines_added(texts);
+    edit_lines edit = edit_lines_of(texts);
     for (report_item &item : report->items) {
         auto changed = [&](uint64_t line) {
             auto index = static_cast<size_t>(line - 1);
             return line > 0 && line <= matched.size() && matched[index] == 0 &&
-                   has_changed(item, texts, added, index);
+                   has_changed(item, texts, edit, index);
         };
         bool edited = std::any_of(item.own_lines.begin(), item.own_lines.end(), changed) ||
                       guards_another(item, texts, matched);
