@@ -47,6 +47,8 @@ int kind_find(std::string_view word)
 
 std::string item_state_word(const report_item &item)
 {
+    if (item.kind == ITEM_DROPPED)
+        return state_words[STATE_NONE];
     return std::string(state_words[item.state]) + (item.state == STATE_CHANGED && item.doubtful ? "?" : "");
 }
 

@@ -74,7 +74,8 @@ struct report_item {
     std::vector<size_t> own_items; // of frozen: which item of its line's list each text is; SIZE_MAX: none
 };
 
-// The state of an item in a word, with a question mark if it is doubtful.
+// The state of an item in a word, with a question mark if it is doubtful; none if it is for information
+// alone.
 std::string item_state_word(const report_item &item);
 
 // True if an item counts as left to do.

@@ -7,10 +7,17 @@
 #include <stdint.h>
 #include <string.h>
 
+// What a write is made of.
+enum emit_source : uint8_t {
+    EMIT_TEXT,  // the argument's text, or a part of it
+    EMIT_VALUE, // a number or a word computed from its value; nothing if there is no word for it
+    EMIT_OPTION // an option of a menu string, which may be empty: its text without quotes
+};
+
 // A write of an argument.
 struct emit_write {
     int32_t slot;
-    bool value;    // a number or a word computed from its value; else its text, or a part of that
+    emit_source source;
     uint64_t from; // offset of its first byte in the output
     uint64_t to;   // and of the byte after its last
 };
@@ -19,10 +26,10 @@ struct emit_write {
 extern void (*emit_wrote)(const emit_write &write);
 
 // Reports to the hook which bytes of the output were written of a slot.
-inline void emit_report(const arg_slot *slot, bool value, uint64_t from, uint64_t to)
+inline void emit_report(const arg_slot *slot, emit_source source, uint64_t from, uint64_t to)
 {
     if (emit_wrote != nullptr)
-        emit_wrote({static_cast<int32_t>(slot - arg_slots), value, from, to});
+        emit_wrote({static_cast<int32_t>(slot - arg_slots), source, from, to});
 }
 
 // Bytes that a form may write through one out_reserve: all its literals and texts of at most slot_text_slack
@@ -46,7 +53,7 @@ inline char *put_text(char *output, const char *text, size_t size)
 inline char *put_slot(char *output, const arg_slot *slot)
 {
     uint64_t from = out_file.start + static_cast<uint64_t>(output - out_file.buffer);
-    emit_report(slot, false, from, from + slot->text_size);
+    emit_report(slot, EMIT_TEXT, from, from + slot->text_size);
     return put_text(output, slot->text, slot->text_size);
 }
 

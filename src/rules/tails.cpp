@@ -68,7 +68,7 @@ void emit_text_tail(const arg_slot *first)
         emit_arguments(first + 3, 1);
     } else {
         out_text(", 0");
-        emit_report(first + 3, true, out_tell() - 1, out_tell());
+        emit_report(first + 3, EMIT_VALUE, out_tell() - 1, out_tell());
     }
     emit_arguments(first, 3);
     emit_arguments(first + 4, 2);
@@ -76,11 +76,12 @@ void emit_text_tail(const arg_slot *first)
     if (style < text_style_low || style > text_style_high)
         style = 0;
     // Kept: a style below 0 writes nothing, not even a comma, so that all after it is one position early.
+    uint64_t from = out_tell();
     if (style >= 0) {
-        uint64_t from = out_tell() + 2;
+        from += 2;
         out_text(text_styles[style]);
-        emit_report(first + 6, true, from, out_tell());
     }
+    emit_report(first + 6, EMIT_VALUE, from, out_tell());
     emit_arguments(first + 7, text_attr_count - 7);
 }
 
@@ -99,7 +100,7 @@ static const arg_slot *emit_menu_arguments(const arg_slot *slot, int count)
 {
     for (const arg_slot *end = slot + count; slot < end && slot->state != slot_unfilled; slot++) {
         out_char(',');
-        emit_report(slot, false, out_tell(), out_tell() + slot->text_size);
+        emit_report(slot, EMIT_TEXT, out_tell(), out_tell() + slot->text_size);
         out_bytes(slot->text, slot->text_size);
     }
     return slot;
@@ -130,15 +131,15 @@ void emit_menu_string(const arg_slot *first)
         bool present = !slot_absent(first + i);
         if (i > 0 && (present || menu_count > written))
             out_char('|');
+        const arg_slot *entry = menu_entries + i;
+        uint64_t from = out_tell();
         if (present) {
             // Without the character at either end: the quotes, or whatever a raw text has there.
-            const arg_slot *entry = menu_entries + i;
             last_empty = entry->text_size <= 2;
-            if (!last_empty) {
-                emit_report(entry, false, out_tell(), out_tell() + entry->text_size - 2);
+            if (!last_empty)
                 out_bytes(entry->text + 1, entry->text_size - 2);
-            }
         }
+        emit_report(entry, EMIT_OPTION, from, out_tell());
         // Kept: a gap counts too if the string before it wasn't empty, so that two gaps in a row leave one
         // bar.
         if (i > 0 && !last_empty)
@@ -267,7 +268,7 @@ void emit_scan_format(const arg_slot *slot, int32_t count)
         else
             out_char(static_cast<unsigned char>(format[i]));
     }
-    emit_report(slot, false, from, out_tell());
+    emit_report(slot, EMIT_TEXT, from, out_tell());
     out_char('"');
     emit_arguments(slot + 1, std::min(scan_format_variables(format, size), count - 1));
 }

@@ -88,6 +88,10 @@ TEST(findings, arguments_that_no_live_line_has_are_lost)
          "1: lost CIRCLE: no live line has argument 7 (attribute): \xC3\xA4\n"
          "2: byhand CALL: a tip is in its place, and no new form: s, x; the comment lacks argument 2: \"\", "
          "4: \xC3\xA4\n"},
+        {"LEVELS gr\xF6\xDF"
+         "e,1\n",
+         "1: quiet LEVELS: commented out: gr\xC3\xB6\xC3\x9F"
+         "e (the comment has gre), 1\n"},
         {"GOTO my\tlabel\nLINE 1,\t2,3\t+ 4,1,1,1\t\r\n",
          "1: lost GOTO: argument 1: my\\x09label is written as mylabel: characters were dropped\n"},
         {"GETPLANE \"p\\n\",n,m\n",
@@ -108,7 +112,7 @@ TEST(findings, arguments_that_move_up_are_lost)
          "1: lost LABEL: argument 12 has moved up: the empty one before it has no comma\n"
          "1: form LABEL: a comma directly after the word: LABEL, 1, 2, 3, 4, 5, 6, 7, 8, 9, \"s\", 3.5\n"},
         {"LINE 1,2,3,4,5,6,,,3\nWINDOW 1,2,3,4\nGETENT \"p\",v,,,\nSETATTR 1,,3\nEXEC\nEXEC ,\"p\"\n", ""},
-        {"GETFLT \"p\",1,r,\"a\",,\"b\"\n", ""},
+        {"GETFLT \"p\",1,r,\"a\",,\"b\"\nGETMENU \"p\",\"\",\"\",\"\"\nGETMENU \"p\",,\"\"\n", ""},
         {"GETFLT \"p\",1,r,\"a\",,,\"b\"\n",
          "1: form GETFLT: an empty menu option of the script is missing: "
          "GETDBL \"p\", 1, r, \"a||b\"\n"},
@@ -191,11 +195,12 @@ TEST(findings, kept_oddities_of_live_lines_are_reported)
         {"POLYLINE 3, p, 0, 1, 0", "form", "a comma directly after the word"},
         {"LABEL 1,2,3,4,5,6,7,8,9,\"s\"", "form", "a comma directly after the word"},
         {"CALL dotprod,1,,3,4,5,6,r", "form", "an assignment lacks its value: adVec1[1] ="},
-        {"GETMENU \"p\",,,\"a\",,$b", "form", "an empty menu option that the script didn't have"},
+        {"GETMENU \"p\",\"a\",,,\"b\"", "form", "an empty menu option of the script is missing"},
+        {"GETMENU \"p\",\"a\",,\"\"", "form", "an empty menu option of the script is missing"},
         {"GETCUR \"p\",1,2,3,4,5,w,7,\"a\",,,\"b\"", "form", "an empty menu option of the script is missing"},
         {"GETMENU \"p\",\"a\",,,,,,,,,,5", "lost", "no live line has argument 12: 5"},
         {"GETINT \"p\",1,v,\"a\",,,,,,,,,5", "lost", "no live line has argument 13: 5"},
-        {"TEXT 1,2,\"t\",,,,,,,-3", "lost", "no live line has argument 10 (style): -3"},
+        {"TEXT 1,2,\"t\",,,,,,,-3", "lost", "argument 10 (style): -3 (what follows it has moved up)"},
         {"LABEL 1,2,3,4,5,6,7,8,9,\"s\",1,2,3,4,5,6,7,8,9,10,11", "lost",
          "no live line has argument 21 "
          "(attribute): 11"},
@@ -257,13 +262,12 @@ TEST(findings, the_form_of_a_line)
         {"LINE 1, 2 +", "an operator lacks its operand"},
         {"LINE 1, * 2", "an operator lacks its operand"},
         {"a[0] = ", "an assignment lacks its value"},
-        {"PRINT \"a||b\"", "an empty menu option that the script didn't have"},
+        {"GETMENU \"||a||b|\"", ""},
+        {"GETCUR x, |||", "an operator lacks its operand"},
     };
     for (const auto &c : cases)
-        EXPECT_EQ(live_form_fault(c.line, {}, {0, 0}), c.fault) << c.line;
-    EXPECT_EQ(live_form_fault("WRITE f, a b", {"a b"}, {0, 0}), "") << "as the script had it";
-    EXPECT_EQ(live_form_fault("PRINT \"||a||b|\"", {}, {4, 1}), "");
-    EXPECT_EQ(live_form_fault("PRINT \"a||b\"", {}, {2, 2}), "an empty menu option of the script is missing");
+        EXPECT_EQ(live_form_fault(c.line, {}), c.fault) << c.line;
+    EXPECT_EQ(live_form_fault("WRITE f, a b", {"a b"}), "") << "as the script had it";
 }
 
 // ---- Statements ----

@@ -99,7 +99,7 @@ TEST_F(report_test, follows_the_edits_of_a_converted_script)
     write("a.mrl", loop_script);
     auto wanted = [](const char *settext, const char *lindim, const char *cls) {
         return std::string("2 lost ") + settext + "\n7 lost open\n5 gone " + cls + "\n3 byhand " + lindim +
-               "\n8 quiet open\n6 dropped open\n";
+               "\n8 quiet open\n6 dropped none\n";
     };
     EXPECT_TRUE(has(states(), "3 byhand none"));
     EXPECT_EQ(run("--convert a.mrl").status, 1);
@@ -132,7 +132,9 @@ TEST_F(report_test, looks_at_what_an_edit_has_brought)
     ASSERT_TRUE(has(states(), "3 decoded open")) << states() << was;
     edit("a_conv.mrl", "PRINT \"a\"b\"", "PRINT  \"a\"b\"");
     EXPECT_TRUE(has(states(), "3 decoded open")) << "the string is still the decoded one";
-    edit("a_conv.mrl", "PRINT  \"a\"b\"", "PRINT 'a\"b'");
+    edit("a_conv.mrl", "PRINT  \"a\"b\"", "PRINT \"a\\\"b\"\"");
+    EXPECT_TRUE(has(states(), "3 decoded open")) << "it has a quote too many now";
+    edit("a_conv.mrl", "PRINT \"a\\\"b\"\"", "PRINT \"a\\\"b\"");
     EXPECT_TRUE(has(states(), "3 decoded changed"));
     ASSERT_TRUE(has(states(), "5 lost open")) << states() << was;
     std::string edited = read("a_conv.mrl");

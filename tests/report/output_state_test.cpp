@@ -69,6 +69,10 @@ TEST(output_states, follow_from_the_texts)
         {"a", "b\n", "a\n", "cut"},            // it can't be known from one that was cut before the line end
         {"a\n", "a\nb\n", "a\nb\n", "edited"}, // lines deleted at the end
         {"x\n", "a\n", "a\n", "edited"},
+        {"a\nx\nPOI", "a\nb\nPOINT 1\nc\n", "a\nb\nPOINT 1\nc\n", "cut"}, // edited, and then cut off
+        {"a\nx\nPOI\n", "a\nb\nPOINT 1\nc\n", "a\nb\nPOINT 1\nc\n", "edited"},
+        {"a\nx\nPOI", "a\nb\nPOINT 1\n\n", "a\nb\nPOINT 1\n\n", "edited"}, // one line that was made shorter
+        {"x\nLINE", "a\nLINE\nLINE 1\nc\n", "a\nLINE\nLINE 1\nc\n", "edited"}, // others were deleted
         {"a\nx\n", "y\nx\n", "a\nb\n", "behind"},
         {"a\nb\nx\n", "a\nb\nc\n", "a\nb\n", "behind"},             // a conflict
         {"y\nb\nc\nx\n", "y\nb\nc\nd\n", "a\nb\nc\nd\n", "edited"}, // it has the change that now brings

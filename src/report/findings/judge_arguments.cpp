@@ -62,6 +62,19 @@ static std::string surplus_shown(const statement_view &statement)
     return shown_cut(surplus_of(statement), text_shown);
 }
 
+// True if the fetcher has dropped characters: outside of strings it keeps printable ASCII and blanks alone.
+// White space counts where it kept two words apart.
+static bool has_dropped(const statement_view &statement, int32_t position)
+{
+    std::string_view typed = argument_typed(statement, position);
+    auto is_word = [&](size_t at) { return at < typed.size() && text_is(typed[at], CHAR_WORD); };
+    for (size_t at = 0; at < typed.size() && !argument_is_string(position); at++)
+        if (!text_is(typed[at], CHAR_GRAPH) && typed[at] != ' ' &&
+            (!text_is(typed[at], CHAR_WHITE) || (is_word(at - 1) && is_word(at + 1))))
+            return true;
+    return false;
+}
+
 // ---- Statements that have become comments ----
 
 std::string arguments_in_detail(const statement_view &statement)
@@ -79,7 +92,10 @@ std::string arguments_in_detail(const statement_view &statement)
         argument_use use = argument_use_of(statement, position, false);
         bool value = use.value && expression_is_constant(argument_text(position));
         if (!comment || use.text || value)
-            add_detail(&there, shown_cut(argument_typed(statement, position), text_shown));
+            add_detail(&there, shown_cut(argument_typed(statement, position), text_shown) +
+                                   (comment && has_dropped(statement, position)
+                                        ? " (the comment has " + shown_cut(use.written, text_shown) + ")"
+                                        : ""));
         else
             add_detail(&lacking, argument_shown(statement, position, row) +
                                      (use.value ? " (it has " + shown(use.written) + ")" : ""));
@@ -97,8 +113,7 @@ std::string arguments_in_detail(const statement_view &statement)
 // A constant 0 where nothing could be as well.
 static bool is_default(const statement_view &statement, int32_t position, bool attribute)
 {
-    int32_t at = std::min<int32_t>(position, statement.row->spec_count) - 1;
-    uint8_t spec = statement.row->spec[at];
+    uint8_t spec = argument_spec(statement, position);
     uint8_t type = spec & ARG_TYPE;
     return ((spec & ARG_OPTIONAL) != 0 || attribute) && type >= ARG_LONG && type <= ARG_DOUBLE &&
            expression_is_constant(argument_text(position)) && argument_value(position) == 0;
@@ -199,19 +214,6 @@ static void add_clause(argument_findings *lost, const std::string &clause, std::
     lost->lines = std::move(lines);
 }
 
-// True if the fetcher has dropped characters: outside of strings it keeps printable ASCII and blanks alone.
-// White space counts where it kept two words apart.
-static bool has_dropped(const statement_view &statement, int32_t position)
-{
-    std::string_view typed = argument_typed(statement, position);
-    auto is_word = [&](size_t at) { return at < typed.size() && text_is(typed[at], CHAR_WORD); };
-    for (size_t at = 0; at < typed.size() && !argument_is_string(position); at++)
-        if (!text_is(typed[at], CHAR_GRAPH) && typed[at] != ' ' &&
-            (!text_is(typed[at], CHAR_WHITE) || (is_word(at - 1) && is_word(at + 1))))
-            return true;
-    return false;
-}
-
 // True if what was written of an argument that is no string stands in quotes, and so is a string now.
 static bool is_quoted(const statement_view &statement, int32_t position, const argument_use &use)
 {
@@ -237,7 +239,7 @@ static size_t item_of(const statement_view &statement, const argument_use &use)
 // numbers that the new form has no word for.
 static bool is_whole_value(int32_t position, const argument_use &use)
 {
-    return expression_is_constant(argument_text(position)) &&
+    return expression_is_constant(argument_text(position)) && !use.written.empty() &&
            (argument_value(position) == 0 || text_trimmed(use.written) != "DEFAULT");
 }
 
@@ -270,7 +272,8 @@ static void add_dropped(const statement_view &statement, argument_findings *lost
 // it.
 static bool has_moved_up(const statement_view &statement, const emit_write &before, const emit_write &write)
 {
-    if (before.slot == 0 || write.slot < before.slot + 2 || write.from < before.to || write.from == write.to)
+    if (before.slot == 0 || write.slot < before.slot + 2 || write.from < before.to ||
+        write.from == write.to || write.source == EMIT_OPTION)
         return false;
     auto begin = static_cast<size_t>(before.to - statement.lines.front().start);
     std::string_view between = statement.output.substr(begin, static_cast<size_t>(write.from - before.to));
@@ -313,6 +316,9 @@ static void judge_live(const statement_view &statement, int32_t position, const 
             fmt::format("{} is written as the text \"{}\"", argument(), shown_cut(use.written, text_shown)),
             fmt::format("\"{}\"", use.written), {use.line});
         findings->frozen.items.push_back(SIZE_MAX);
+    } else if (use.value && use.written.empty()) {
+        findings->lost.attributes_only = false;
+        add_finding(&findings->lost, argument() + " (what follows it has moved up)", text, {use.line});
     } else if (use.value) {
         add_finding(&findings->frozen,
                     fmt::format("{} is fixed as {}", argument(), shown(text_trimmed(use.written))),

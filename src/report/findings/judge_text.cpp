@@ -92,6 +92,21 @@ size_t comment_in(std::string_view line)
     return std::string_view::npos;
 }
 
+bool has_open_string(std::string_view line)
+{
+    char quote = 0;
+    for (size_t at = 0; at < line.size(); at++) {
+        char c = line[at];
+        if (quote != 0 && c == '\\')
+            at++;
+        else if (quote != 0)
+            quote = c == quote ? '\0' : quote;
+        else if ((c == '"' && !is_inch_mark(line, at)) || c == '`')
+            quote = c;
+    }
+    return quote != 0;
+}
+
 std::string broken_hint(std::string_view command, std::string_view source)
 {
     if (comment_in(source) != std::string_view::npos)
@@ -128,7 +143,7 @@ static std::string unknown_reason(std::string_view text, std::string_view messag
     char next = word.size() < text.size() ? text[word.size()] : '\0';
     if (!word.empty() && text_is(word[0], CHAR_DIGIT) && !command_in(text.substr(word.size())).empty())
         return fmt::format("a number precedes {}", command_in(text.substr(word.size())));
-    if (is_command(word) && (next == '(' || next == ','))
+    if ((is_command(word) || word == "ON") && (next == '(' || next == ','))
         return fmt::format("a {} directly after {}", next == '(' ? "parenthesis" : "comma", word);
     if (has_assignment(text)) {
         bool comment = comment_in(text) != std::string_view::npos;

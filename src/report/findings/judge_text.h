@@ -23,6 +23,10 @@ bool is_inch_mark(std::string_view line, size_t at);
 // Where a comment begins in a line, outside of strings; npos if there is none.
 size_t comment_in(std::string_view line);
 
+// True if a string in a line has no closing quote, or one too many; a backslash takes the meaning of the
+// character after it.
+bool has_open_string(std::string_view line);
+
 // Why a line that is no command, no keyword and no evaluated assignment goes through; empty if it is one of
 // these.
 std::string unknown_detail(const statement_view &statement);

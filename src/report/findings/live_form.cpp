@@ -112,41 +112,19 @@ static bool is_string(std::string_view item)
     return item.size() >= 2 && item.front() == '"' && item.find('"', 1) == item.size() - 1;
 }
 
-// Options are between bars: an empty one is a bar at either end, or after another.
-static std::string menu_fault(std::string_view menu, const menu_gaps &gaps)
+// Why an item of a list is none; empty if it is well formed.
+static std::string item_fault(std::string_view item, const std::vector<std::string_view> &arguments)
 {
-    int all = menu.front() == '|';
-    int inside = 0;
-    for (size_t at = 0; at < menu.size(); at++) {
-        bool empty = menu[at] == '|' && (at + 1 == menu.size() || menu[at + 1] == '|');
-        all += empty;
-        inside += empty && at > 0 && menu.find_first_not_of('|', at) != menu.npos &&
-                  menu.find_first_not_of('|') < at;
-    }
-    if (all > gaps.all)
-        return "an empty menu option that the script didn't have";
-    return inside < gaps.inside ? "an empty menu option of the script is missing" : std::string();
-}
-
-// An item as it is shown; empty if it is well formed.
-static std::string item_fault(std::string_view item, const std::vector<std::string_view> &arguments,
-                              const menu_gaps &gaps)
-{
-    if (gaps.bars && is_string(item) && item.find('|') != item.npos)
-        return "an option of the script has a bar, which divides options";
-    if (item.empty() || std::find(arguments.begin(), arguments.end(), item) != arguments.end())
+    if (item.empty() || is_string(item) ||
+        std::find(arguments.begin(), arguments.end(), item) != arguments.end())
         return {};
-    bool bars = item.find('|') != item.npos;
-    if (is_string(item) || (bars && item.find_first_not_of('|') == item.npos))
-        return bars ? menu_fault(without_quotes(item), gaps) : std::string();
     if (std::count(item.begin(), item.end(), '"') % 2 != 0 && item.front() == '"')
         return "an open quote";
     const char *fault = expression_fault(item);
     return fault != nullptr ? fault : std::string();
 }
 
-std::string live_form_fault(std::string_view line, const std::vector<std::string_view> &arguments,
-                            const menu_gaps &gaps)
+std::string live_form_fault(std::string_view line, const std::vector<std::string_view> &arguments)
 {
     line = text_trimmed(line);
     if (comment_in(line) != line.npos)
@@ -161,75 +139,80 @@ std::string live_form_fault(std::string_view line, const std::vector<std::string
     std::string_view list = line.substr(word);
     if (line[word] != ' ') {
         std::string_view value = text_trimmed(line.substr(std::min(line.find('='), line.size() - 1) + 1));
-        return value.empty() ? "an assignment lacks its value" : item_fault(value, arguments, gaps);
+        return value.empty() ? "an assignment lacks its value" : item_fault(value, arguments);
     }
     if (std::find(arguments.begin(), arguments.end(), text_trimmed(list)) != arguments.end())
         return {};
     for (bool more = true; more;) {
-        std::string fault = item_fault(take_item(&list, &more), arguments, gaps);
+        std::string fault = item_fault(take_item(&list, &more), arguments);
         if (!fault.empty())
             return fault;
     }
     return {};
 }
 
-// ---- Statements ----
+// ---- Menus ----
 
-// The options of a menu: positions of the strings that were written without their quotes.
-struct menu_options {
-    int32_t first, last; // 0: there is none
-    int32_t begin; // position of the first option, which may be empty: there is a bar for each before it
-    bool bars;     // an option has a bar in its text
-};
+static constexpr const char *option_missing = "an empty menu option of the script is missing";
+static constexpr const char *option_added = "an empty menu option that the script didn't have";
+static constexpr const char *option_divided = "an option of the script has a bar, which divides options";
 
-static menu_options options_of(const statement_view &statement)
+bool is_menu_fault(std::string_view fault)
 {
-    menu_options options{};
-    uint64_t start = statement.lines.empty() ? 0 : statement.lines.front().start;
-    for (int32_t i = 0; i < statement.record->write_count; i++) {
-        const emit_write &write = statement.record->writes[i];
-        if (!argument_is_string(write.slot) || write.to - write.from + 2 != argument_text(write.slot).size())
-            continue;
-        if (options.first == 0) {
-            std::string_view before = statement.output.substr(0, static_cast<size_t>(write.from - start));
-            options.first = write.slot;
-            options.begin =
-                write.slot - static_cast<int32_t>(before.size() - 1 - before.find_last_not_of('|'));
-        }
-        options.last = write.slot;
-        options.bars |= argument_text(write.slot).find('|') != std::string_view::npos;
-    }
-    return options;
+    return fault == option_missing || fault == option_added || fault == option_divided;
 }
 
-// True if a position is one of the menu's: its arguments are of the type of those that were written.
-static bool is_in_menu(const statement_view &statement, const menu_options &options, int32_t position)
+static std::string_view output_between(const statement_view &statement, uint64_t from, uint64_t to)
 {
-    auto type = [&statement](int32_t at) {
-        return statement.row->spec[std::min<int32_t>(at, statement.row->spec_count) - 1] & ARG_TYPE;
-    };
-    return options.first != 0 && position >= options.begin && type(position) == type(options.first);
+    return statement.output.substr(static_cast<size_t>(from - statement.lines.front().start),
+                                   static_cast<size_t>(to - from));
+}
+
+// The options of the menu string that a statement's new form has, in order, empty ones included. None if they
+// have left neither quotes nor bars.
+static std::vector<emit_write> options_of(const statement_view &statement)
+{
+    std::vector<emit_write> options;
+    for (int32_t i = 0; i < statement.record->write_count; i++)
+        if (const emit_write &write = statement.record->writes[i]; write.source == EMIT_OPTION)
+            options.push_back(write);
+    bool written = !options.empty() &&
+                   (options.back().to > options.front().from ||
+                    output_between(statement, options.front().from - 1, options.front().from) == "\"");
+    return written ? options : std::vector<emit_write>();
 }
 
 bool is_option(const statement_view &statement, int32_t position)
 {
-    return is_in_menu(statement, options_of(statement), position);
+    const std::vector<emit_write> options = options_of(statement);
+    return std::any_of(options.begin(), options.end(),
+                       [position](const emit_write &option) { return option.slot == position; });
 }
 
-static menu_gaps menu_gaps_of(const statement_view &statement)
+// Options are divided by bars: from the first one that the command has to the last one that was typed there
+// is one before each but the first, and none elsewhere. GETCUR's options may begin with an argument before
+// them.
+static const char *menu_fault(const statement_view &statement, const std::vector<emit_write> &options)
 {
-    menu_gaps gaps{};
-    const menu_options options = options_of(statement);
-    gaps.bars = options.bars;
-    for (int32_t position = 1; position <= statement.record->done.fetched; position++) {
-        if (!without_quotes(argument_text(position)).empty())
-            continue;
-        bool in_menu = options.first == 0 || is_in_menu(statement, options, position);
-        gaps.all += in_menu && (position < options.last || !argument_typed(statement, position).empty());
-        gaps.inside += in_menu && position > options.first && position < options.last;
+    auto type = [&](size_t i) { return argument_spec(statement, options[i].slot) & ARG_TYPE; };
+    size_t first = 0, end = options.size();
+    while (first + 1 < end && type(first) != type(end - 1))
+        first++;
+    while (end > first && argument_typed(statement, options[end - 1].slot).empty())
+        end--;
+    const char *fault = nullptr;
+    for (size_t i = 0; i < options.size(); i++) {
+        if (output_between(statement, options[i].from, options[i].to).find('|') != std::string_view::npos)
+            return option_divided;
+        bool bar = i > 0 && options[i].from > options[i - 1].to;
+        bool wanted = i > first && i < end;
+        if (bar != wanted && fault != option_added)
+            fault = bar ? option_added : option_missing;
     }
-    return gaps;
+    return fault;
 }
+
+// ---- Statements ----
 
 // The line in which two arguments have only a blank between them: read again, they could be one expression.
 static const written_line *blank_between(const statement_view &statement)
@@ -295,8 +278,9 @@ void judge_live_form(judge_state *state, const statement_view &statement, bool d
     std::vector<std::string_view> arguments;
     for (int32_t position = 1; position <= statement.record->done.fetched; position++)
         arguments.push_back(text_trimmed(argument_text(position)));
-    const menu_gaps gaps = menu_gaps_of(statement);
     const written_line *blank = blank_between(statement);
+    const std::vector<emit_write> options = options_of(statement);
+    const written_line *menu = options.empty() ? nullptr : line_at(statement.lines, options.front().from);
     size_t at = 0;
     bool rest;
     for (auto lines = next_live(statement, &at, &rest); !lines.empty();
@@ -304,11 +288,15 @@ void judge_live_form(judge_state *state, const statement_view &statement, bool d
         live_line line = live_line_of(lines);
         std::string read = decoded ? without_strings(statement, line.text, lines.front()->start) : line.text;
         std::string fault = rest ? "the rest of a text that began in the comment before it"
-                                 : live_form_fault(read, arguments, gaps);
-        bool beside = std::find(lines.begin(), lines.end(), blank) != lines.end();
+                                 : live_form_fault(read, arguments);
+        auto has = [&lines](const written_line *one) {
+            return std::find(lines.begin(), lines.end(), one) != lines.end();
+        };
         if (!fault.empty())
             add_form(state, statement, line, fault);
-        if (beside && fault != values_without_comma)
+        if (has(blank) && fault != values_without_comma)
             add_form(state, statement, line, values_without_comma);
+        if (const char *bars = has(menu) ? menu_fault(statement, options) : nullptr; bars != nullptr)
+            add_form(state, statement, line, bars);
     }
 }

@@ -10,15 +10,8 @@
 // Where a string was decoded, what it has become doesn't count.
 void judge_live_form(judge_state *state, const statement_view &statement, bool decoded);
 
-// True if an argument is an option of a menu, which may be empty.
+// True if an argument is an option of the statement's menu string, which may be empty.
 bool is_option(const statement_view &statement, int32_t position);
-
-// Menu options that the script left empty.
-struct menu_gaps {
-    int all = 0;       // at most
-    int inside = 0;    // between two others
-    bool bars = false; // an option has a bar in its text
-};
 
 // The items of a line's list: what is between commas outside of quotes and parentheses, trimmed. The first
 // one begins after the line's word.
@@ -26,5 +19,7 @@ std::vector<std::string_view> list_items(std::string_view line);
 
 // Why a line is none, given the texts of the statement's arguments, which are right as they are; empty if it
 // is one.
-std::string live_form_fault(std::string_view line, const std::vector<std::string_view> &arguments,
-                            const menu_gaps &gaps);
+std::string live_form_fault(std::string_view line, const std::vector<std::string_view> &arguments);
+
+// True if a fault is one of a menu string's bars, which a line alone doesn't show.
+bool is_menu_fault(std::string_view fault);

@@ -134,6 +134,11 @@ double argument_value(int32_t position)
     }
 }
 
+uint8_t argument_spec(const statement_view &statement, int32_t position)
+{
+    return statement.row->spec[std::min<int32_t>(position, statement.row->spec_count) - 1];
+}
+
 std::string_view argument_typed(const statement_view &statement, int32_t position)
 {
     if (position > statement.record->typed_count)
@@ -180,10 +185,11 @@ argument_use argument_use_of(const statement_view &statement, int32_t position, 
             continue;
         std::string_view written = statement.output.substr(static_cast<size_t>(write.from - start),
                                                            static_cast<size_t>(write.to - write.from));
-        bool text = !write.value && is_text_of(written, argument_text(position));
+        bool value = write.source == EMIT_VALUE;
+        bool text = !value && is_text_of(written, argument_text(position));
         use.text |= text;
-        use.value |= write.value;
-        if (use.line == 0 && (text || write.value)) {
+        use.value |= value;
+        if (use.line == 0 && (text || value)) {
             use.line = line->number;
             use.written = written;
         }

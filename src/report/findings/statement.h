@@ -61,13 +61,16 @@ std::string_view argument_text(int32_t position);
 bool argument_is_string(int32_t position);
 double argument_value(int32_t position); // of a numeric argument; else 0
 
+// The byte of the command's spec that a position is fetched by: the last one goes on.
+uint8_t argument_spec(const statement_view &statement, int32_t position);
+
 // The text as typed; as rules write it where that isn't known.
 std::string_view argument_typed(const statement_view &statement, int32_t position);
 
 // What the lines of one sort have of an argument.
 struct argument_use {
     bool text = false;        // its text, quotes apart
-    bool value = false;       // a number or word made of its value
+    bool value = false;       // a number or word made of its value; nothing where there is no word for it
     uint64_t line = 0;        // number of the line that has it, the first one
     std::string_view written; // what is there
 };

@@ -74,6 +74,26 @@ size_t lines_missing(std::string_view now, std::string_view there, size_t *diffe
     return last.after_count == 0 ? last.before_count : written - std::min(written, left);
 }
 
+bool is_cut_short(std::string_view last, std::string_view there)
+{
+    std::string_view end = text_trimmed(there.substr(there.rfind('\n') + 1));
+    compared_texts texts = end.empty() ? compared_texts{} : compare(last, there);
+    if (texts.changes.empty())
+        return false;
+    const line_change &change = texts.changes.back();
+    size_t before_end = change.before_at + change.before_count;
+    if (before_end != line_count(texts.now) ||
+        change.after_at + change.after_count != line_count(texts.there) ||
+        live_lines(texts.now, change.before_at, change.before_count) <=
+            live_lines(texts.there, change.after_at, change.after_count))
+        return false;
+    for (size_t i = change.before_at; i < before_end; i++)
+        if (std::string_view line = core_at(texts.now, i);
+            line.size() > end.size() && line.substr(0, end.size()) == end)
+            return change.after_count > 0;
+    return false;
+}
+
 std::vector<uint64_t> lines_there(std::string_view now, std::string_view there)
 {
     return lines_there(compare(now, there));
@@ -220,10 +240,16 @@ static bool has_changed(const report_item &item, const compared_texts &texts, co
     std::vector<std::string_view> lines = lines_instead(texts, edit, index);
     std::string_view was = core_at(texts.now, index);
     auto live = [](std::string_view line) { return line.substr(0, comment_in(line)); };
-    auto lost = [&](std::string_view line) { return !is_comment(line) && has_lost(item, was, live(line)); };
+    auto lost = [&](std::string_view line) {
+        bool open = item.kind == ITEM_DECODED && has_open_string(line);
+        return !is_comment(line) && !open && has_lost(item, was, live(line));
+    };
     auto won = [&](std::string_view line) { return !is_comment(line) && has_won(item, was, live(line)); };
     auto well_formed = [&](std::string_view line) {
-        return !is_comment(line) && live_form_fault(line, {}, {}) != item.own_texts[0];
+        bool mended = is_menu_fault(item.own_texts[0]) ? std::count(line.begin(), line.end(), '|') !=
+                                                             std::count(was.begin(), was.end(), '|')
+                                                       : live_form_fault(line, {}) != item.own_texts[0];
+        return !is_comment(line) && mended;
     };
     auto another = [&](std::string_view line) { return first_word(line) != first_word(was); };
     if (edit.added.count(was) != 0)

@@ -1,5 +1,6 @@
 #include "report/memory/output_state.h"
 
+#include "report/memory/edits.h"
 #include "report/memory/merge.h"
 #include "report/memory/text_lines.h"
 #include "report/show.h"
@@ -43,6 +44,8 @@ output_state output_state_of(std::optional<std::string_view> there, std::string_
         return OUTPUT_UNKNOWN;
     if (same_text(*there, *memory))
         return OUTPUT_OLD;
+    if (is_cut_short(*memory, *there))
+        return OUTPUT_CUT;
     if (same_text(*memory, now))
         return OUTPUT_EDITED;
     merge_result merged = merge_texts(*memory, *there, now);

@@ -8,9 +8,9 @@
 
 // In the order in which they are tested.
 enum output_state : uint8_t {
-    OUTPUT_NONE,    // there is no output
-    OUTPUT_SAME,    // it is what is written now
-    OUTPUT_CUT,     // it is empty, or the beginning of what is or was written and ends inside a line
+    OUTPUT_NONE, // there is no output
+    OUTPUT_SAME, // it is what is written now
+    OUTPUT_CUT,  // it is empty, or ends inside a line as the beginning of what is or was written, edits apart
     OUTPUT_UNKNOWN, // it isn't known what was written
     OUTPUT_OLD,     // it is what was written last, which isn't what is written now
     OUTPUT_EDITED,  // it was edited, and lacks nothing of what is written now
