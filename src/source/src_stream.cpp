@@ -63,7 +63,7 @@ static struct {
     uint32_t line;             // at the pointer
     const unsigned char *upto; // everything before it is counted
     size_t folds;              // records that are counted
-} counted;
+} line_counter;
 
 // ---- Reading ----
 
@@ -186,7 +186,7 @@ void src_open(const char *name, plat_file *stream)
     src.pos = src.end = window_start;
     source_ended = cut_short = false;
     folds_used = 0;
-    counted = {1, window_start, 0};
+    line_counter = {1, window_start, 0};
     window_start[-1] = 0;
     if (key_load != nullptr)
         key_load(name, &src_key);
@@ -209,12 +209,13 @@ void src_open(const char *name, plat_file *stream)
 // Counts the lines before a pointer that aren't counted yet.
 static void count_lines(const unsigned char *upto)
 {
-    assert(upto >= counted.upto);
-    counted.line += static_cast<uint32_t>(count_line_feeds(counted.upto, upto));
-    counted.upto = upto;
+    assert(upto >= line_counter.upto);
+    line_counter.line += static_cast<uint32_t>(count_line_feeds(line_counter.upto, upto));
+    line_counter.upto = upto;
     auto offset = static_cast<uint32_t>(upto - window_start);
-    for (; counted.folds < folds_used && folds[counted.folds].offset <= offset; counted.folds++)
-        counted.line += folds[counted.folds].joins;
+    for (; line_counter.folds < folds_used && folds[line_counter.folds].offset <= offset;
+         line_counter.folds++)
+        line_counter.line += folds[line_counter.folds].joins;
 }
 
 // Moves the unread text down to a pointer, which becomes pos.
@@ -236,8 +237,8 @@ static void move_unread(unsigned char *to)
     memmove(to, src.pos, size);
     src.pos = to;
     src.end = to + size;
-    counted.upto = to;
-    counted.folds -= passed;
+    line_counter.upto = to;
+    line_counter.folds -= passed;
 }
 
 bool src_more(unsigned char *keep)
@@ -304,7 +305,7 @@ bool src_ended()
 uint32_t src_line()
 {
     count_lines(src.pos);
-    return counted.line;
+    return line_counter.line;
 }
 
 // Characters from pos on up to the next one before which a line was joined across a lone line feed; size if
@@ -328,11 +329,11 @@ static void unjoin()
     if (fold == folds + folds_used || fold->offset != offset || !fold->across_lf)
         return;
     count_lines(src.pos);
-    counted.line--; // the line feed is counted when it is read
+    line_counter.line--; // the line feed is counted when it is read
     fold->across_lf = false;
     src.pos -= 2;
     memcpy(src.pos, "\\\n", 2);
-    counted.upto = src.pos;
+    line_counter.upto = src.pos;
 }
 
 src_piece src_take_line(size_t size, unsigned char *keep)

@@ -99,13 +99,13 @@ constexpr auto rows_make()
     return rows;
 }
 
-static constexpr auto table = rows_make();
+static constexpr auto cmd_rows = rows_make();
 
 static constexpr auto command_index = word_index_make<4096>(command_rows);
 
 const cmd_row &command_row_at(int32_t index)
 {
-    return table[static_cast<size_t>(index)];
+    return cmd_rows[static_cast<size_t>(index)];
 }
 
 // Index of the row of a name. For constants: a name that no row has doesn't compile.

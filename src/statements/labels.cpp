@@ -41,7 +41,7 @@ static int32_t label_report(const char *name, int32_t result)
 int32_t label_define(const char *word)
 {
     label_row row{};
-    strncpy(row.name, word + 1, label_name_length);
+    memcpy(row.name, word + 1, strnlen(word + 1, label_name_length));
     for (int i = 0; i < label_name_length; i++)
         row.key[i] = static_cast<char>(char_lower(row.name[i]));
     (void)rem_copy(word);

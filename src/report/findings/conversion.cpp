@@ -17,25 +17,25 @@ static struct {
     take_statement take;
     void *context;
     std::string label; // that was refused
-} run;
+} converting;
 
 static void take_output(const char *bytes, size_t size)
 {
-    run.output->append(bytes, size);
+    converting.output->append(bytes, size);
 }
 
 static void take_label(const char *name)
 {
-    run.label = name;
+    converting.label = name;
 }
 
 // Counts the lines of the output up to an offset.
 static void count_to(size_t offset)
 {
-    const std::string &output = *run.output;
-    for (size_t at = run.counted; (at = output.find('\n', at)) < offset; at++)
-        run.line++;
-    run.counted = offset;
+    const std::string &output = *converting.output;
+    for (size_t at = converting.counted; (at = output.find('\n', at)) < offset; at++)
+        converting.line++;
+    converting.counted = offset;
 }
 
 static void take_record(const journal_record &record)
@@ -43,8 +43,8 @@ static void take_record(const journal_record &record)
     out_flush();
     auto start = static_cast<size_t>(record.done.head.output_start);
     count_to(start);
-    std::string_view output = std::string_view(*run.output).substr(start);
-    run.take(statement_view_of(record, output, start, run.line), run.context);
+    std::string_view output = std::string_view(*converting.output).substr(start);
+    converting.take(statement_view_of(record, output, start, converting.line), converting.context);
 }
 
 bool script_convert(const std::string &path, rules_run_state *state, std::string *output, take_statement take,
@@ -58,7 +58,7 @@ bool script_convert(const std::string &path, rules_run_state *state, std::string
     }
     if (pools_init() != 0)
         throw std::bad_alloc();
-    run = {output, 0, 1, take, context, {}};
+    converting = {output, 0, 1, take, context, {}};
     rules_run = *state;
     label_refused = take_label;
     out_sink = take_output;
@@ -77,7 +77,7 @@ bool script_convert(const std::string &path, rules_run_state *state, std::string
 
 const std::string &refused_label()
 {
-    return run.label;
+    return converting.label;
 }
 
 // A row has the line after its label's.

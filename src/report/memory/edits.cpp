@@ -99,7 +99,7 @@ std::vector<uint64_t> lines_there(std::string_view now, std::string_view there)
     return lines_there(compare(now, there));
 }
 
-static std::string_view first_word(std::string_view line)
+static std::string_view leading_word(std::string_view line)
 {
     return line.substr(0, line.find_first_of(" \t,=([/"));
 }
@@ -121,11 +121,11 @@ static edit_lines edit_lines_of(const compared_texts &texts)
     for (const line_change &change : texts.changes) {
         auto &words = edit.words.emplace_back();
         for (size_t i = 0; i < change.before_count; i++)
-            words[first_word(core_at(texts.now, change.before_at + i))].before.push_back(change.before_at +
-                                                                                         i);
+            words[leading_word(core_at(texts.now, change.before_at + i))].before.push_back(change.before_at +
+                                                                                           i);
         for (size_t i = 0; i < change.after_count; i++) {
             std::string_view line = core_at(texts.there, change.after_at + i);
-            words[first_word(line)].after.push_back(change.after_at + i);
+            words[leading_word(line)].after.push_back(change.after_at + i);
             edit.added.insert(line);
             if (is_comment(line))
                 edit.commented.insert(text_trimmed(line.substr(line[0] == '/' ? 2 : 3)));
@@ -152,7 +152,7 @@ static std::vector<std::string_view> lines_instead(const compared_texts &texts, 
     if (change->before_count == change->after_count)
         return {core_at(texts.there, change->after_at + index - change->before_at)};
     const auto &words = edit.words[static_cast<size_t>(change - texts.changes.begin())];
-    const same_word_lines &same = words.at(first_word(core_at(texts.now, index)));
+    const same_word_lines &same = words.at(leading_word(core_at(texts.now, index)));
     auto number = static_cast<size_t>(std::lower_bound(same.before.begin(), same.before.end(), index) -
                                       same.before.begin());
     size_t more = same.after.size() - std::min(same.after.size(), same.before.size());
@@ -251,7 +251,7 @@ static bool has_changed(const report_item &item, const compared_texts &texts, co
                                                        : live_form_fault(line, {}) != item.own_texts[0];
         return !is_comment(line) && mended;
     };
-    auto another = [&](std::string_view line) { return first_word(line) != first_word(was); };
+    auto another = [&](std::string_view line) { return leading_word(line) != leading_word(was); };
     if (edit.added.count(was) != 0)
         return false;
     if (lines.empty())
