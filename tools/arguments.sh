@@ -22,6 +22,16 @@ refuse() {
     exit 2
 }
 
+# Sets dist to the folder to write to: the one that was named, seen from where the script was started, or else dist in
+# the checkout. The script has changed its folder once.
+find_dist() {
+    case ${1-} in
+    '') dist=dist ;;
+    /*) dist=$1 ;;
+    *) dist=$OLDPWD/$1 ;;
+    esac
+}
+
 # Ends the script for --help, for an option that it doesn't take, and for more words than it takes.
 #   arguments MOST "$@"
 arguments() {

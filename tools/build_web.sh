@@ -6,7 +6,7 @@ set -eu
 cd "$(dirname -- "$(readlink -f -- "$0")")/.."
 most=1
 . tools/checks.sh
-dist=${1:-dist}
+find_dist "$@"
 need web 'the page that converts is not built'
 # The zip library becomes part of the page, so its bytes are compared with those that were looked at.
 need_npm fflate@0.8.2 'the page that converts is not built'

@@ -13,7 +13,7 @@ set -eu
 cd "$(dirname -- "$0")/.."
 most=1
 . tools/checks.sh
-dist=${1:-dist}
+find_dist "$@"
 umask 022
 export TZ=UTC
 version=$(sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt)

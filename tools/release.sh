@@ -13,7 +13,8 @@ cd "$(dirname -- "$script")/.."
 . tools/arguments.sh
 arguments 1 "$@"
 root=$(pwd -P)
-dist=$(readlink -f -- "${1:-dist}")
+find_dist "$@"
+dist=$(readlink -f -- "$dist")
 
 # Ends without a release.
 refuse_release() {
