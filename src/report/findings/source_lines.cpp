@@ -17,7 +17,7 @@ static std::string_view line_of(const text_lines &script, size_t number)
 {
     if (number == 0 || number > line_count(script))
         return {};
-    std::string_view line = text_trimmed(lines_between(script, number - 1, number));
+    std::string_view line = line_core(script, number - 1);
     if (number == 1 && line.substr(0, magic.size()) == magic)
         line = text_trimmed(line.substr(magic.size()));
     return text_begin(line, statement_kept);

@@ -10,30 +10,9 @@
 #include <map>
 #include <set>
 
-// Two texts with their lines as numbers, and the changes that make one out of the other.
-struct compared_texts {
-    text_lines now;
-    text_lines there;
-    std::vector<line_change> changes;
-};
-
-static std::string_view core_at(const text_lines &text, size_t index)
+static std::vector<uint64_t> lines_there(const text_changes &texts)
 {
-    return text_trimmed(lines_between(text, index, index + 1));
-}
-
-static compared_texts compare(std::string_view now, std::string_view there)
-{
-    compared_texts texts{text_split(now), text_split(there), {}};
-    line_numbering known;
-    std::vector<uint32_t> before = lines_number(texts.now, &known);
-    texts.changes = line_diff(before, lines_number(texts.there, &known));
-    return texts;
-}
-
-static std::vector<uint64_t> lines_there(const compared_texts &texts)
-{
-    std::vector<uint64_t> there(line_count(texts.now));
+    std::vector<uint64_t> there(line_count(texts.before));
     size_t at = 0;
     uint64_t line = 1;
     auto match_up_to = [&](size_t end) {
@@ -54,49 +33,29 @@ static size_t live_lines(const text_lines &text, size_t first, size_t count)
 {
     size_t live = 0;
     for (size_t i = first; i < first + count; i++)
-        live += !core_at(text, i).empty() && !is_comment(core_at(text, i)) ? 1 : 0;
+        live += !line_core(text, i).empty() && !is_comment(line_core(text, i)) ? 1 : 0;
     return live;
 }
 
 size_t lines_missing(std::string_view now, std::string_view there, size_t *differing)
 {
-    compared_texts texts = compare(now, there);
+    text_changes texts = text_diff(now, there);
     *differing = 0;
     for (const line_change &change : texts.changes)
         *differing += std::max(change.before_count, change.after_count);
     if (texts.changes.empty())
         return 0;
     const line_change &last = texts.changes.back();
-    if (last.before_at + last.before_count != line_count(texts.now))
+    if (last.before_at + last.before_count != line_count(texts.before))
         return 0;
-    size_t written = live_lines(texts.now, last.before_at, last.before_count);
-    size_t left = live_lines(texts.there, last.after_at, last.after_count);
+    size_t written = live_lines(texts.before, last.before_at, last.before_count);
+    size_t left = live_lines(texts.after, last.after_at, last.after_count);
     return last.after_count == 0 ? last.before_count : written - std::min(written, left);
-}
-
-bool is_cut_short(std::string_view last, std::string_view there)
-{
-    std::string_view end = text_trimmed(there.substr(there.rfind('\n') + 1));
-    compared_texts texts = end.empty() ? compared_texts{} : compare(last, there);
-    if (texts.changes.empty())
-        return false;
-    const line_change &change = texts.changes.back();
-    size_t before_end = change.before_at + change.before_count;
-    if (before_end != line_count(texts.now) ||
-        change.after_at + change.after_count != line_count(texts.there) ||
-        live_lines(texts.now, change.before_at, change.before_count) <=
-            live_lines(texts.there, change.after_at, change.after_count))
-        return false;
-    for (size_t i = change.before_at; i < before_end; i++)
-        if (std::string_view line = core_at(texts.now, i);
-            line.size() > end.size() && line.substr(0, end.size()) == end)
-            return change.after_count > 0;
-    return false;
 }
 
 std::vector<uint64_t> lines_there(std::string_view now, std::string_view there)
 {
-    return lines_there(compare(now, there));
+    return lines_there(text_diff(now, there));
 }
 
 static std::string_view leading_word(std::string_view line)
@@ -115,16 +74,16 @@ struct edit_lines {
     std::vector<std::map<std::string_view, same_word_lines>> words; // by change
 };
 
-static edit_lines edit_lines_of(const compared_texts &texts)
+static edit_lines edit_lines_of(const text_changes &texts)
 {
     edit_lines edit;
     for (const line_change &change : texts.changes) {
         auto &words = edit.words.emplace_back();
         for (size_t i = 0; i < change.before_count; i++)
-            words[leading_word(core_at(texts.now, change.before_at + i))].before.push_back(change.before_at +
-                                                                                           i);
+            words[leading_word(line_core(texts.before, change.before_at + i))].before.push_back(
+                change.before_at + i);
         for (size_t i = 0; i < change.after_count; i++) {
-            std::string_view line = core_at(texts.there, change.after_at + i);
+            std::string_view line = line_core(texts.after, change.after_at + i);
             words[leading_word(line)].after.push_back(change.after_at + i);
             edit.added.insert(line);
             if (is_comment(line))
@@ -140,7 +99,7 @@ constexpr size_t more_lines_max = 64; // that are looked at for one line
 // a change has as many lines on both sides, else those of the change that begin with the same word. They are
 // in the order of those that they stand for: of fewer, each stands for one, and of more, a line may be the
 // next few too.
-static std::vector<std::string_view> lines_instead(const compared_texts &texts, const edit_lines &edit,
+static std::vector<std::string_view> lines_instead(const text_changes &texts, const edit_lines &edit,
                                                    size_t index)
 {
     auto is_before = [index](const line_change &change) {
@@ -150,16 +109,16 @@ static std::vector<std::string_view> lines_instead(const compared_texts &texts, 
     if (change == texts.changes.end())
         return {};
     if (change->before_count == change->after_count)
-        return {core_at(texts.there, change->after_at + index - change->before_at)};
+        return {line_core(texts.after, change->after_at + index - change->before_at)};
     const auto &words = edit.words[static_cast<size_t>(change - texts.changes.begin())];
-    const same_word_lines &same = words.at(leading_word(core_at(texts.now, index)));
+    const same_word_lines &same = words.at(leading_word(line_core(texts.before, index)));
     auto number = static_cast<size_t>(std::lower_bound(same.before.begin(), same.before.end(), index) -
                                       same.before.begin());
     size_t more = same.after.size() - std::min(same.after.size(), same.before.size());
     size_t end = std::min(same.after.size(), number + 1 + std::min(more, more_lines_max));
     std::vector<std::string_view> lines;
     for (size_t i = number; i < end; i++)
-        lines.push_back(core_at(texts.there, same.after[i]));
+        lines.push_back(line_core(texts.after, same.after[i]));
     return lines;
 }
 
@@ -234,11 +193,11 @@ static bool has_won(const report_item &item, std::string_view was, std::string_v
 
 // True if the edit of an own line is one that the item asks for. A line that was added elsewhere was moved,
 // and one that has become a comment is still to be done.
-static bool has_changed(const report_item &item, const compared_texts &texts, const edit_lines &edit,
+static bool has_changed(const report_item &item, const text_changes &texts, const edit_lines &edit,
                         size_t index)
 {
     std::vector<std::string_view> lines = lines_instead(texts, edit, index);
-    std::string_view was = core_at(texts.now, index);
+    std::string_view was = line_core(texts.before, index);
     auto live = [](std::string_view line) { return line.substr(0, comment_in(line)); };
     auto lost = [&](std::string_view line) {
         bool open = item.kind == ITEM_DECODED && has_open_string(line);
@@ -268,7 +227,7 @@ static bool has_changed(const report_item &item, const compared_texts &texts, co
 }
 
 // True if the output has a new statement between an IF and what it guarded.
-static bool guards_another(const report_item &item, const compared_texts &texts,
+static bool guards_another(const report_item &item, const text_changes &texts,
                            const std::vector<uint64_t> &matched)
 {
     if (item.kind != ITEM_GUARDED || item.own_lines.back() > matched.size())
@@ -277,9 +236,9 @@ static bool guards_another(const report_item &item, const compared_texts &texts,
     auto matched_of = [&](uint64_t line) {
         return static_cast<size_t>(matched[static_cast<size_t>(line - 1)]);
     };
-    size_t end = at_end ? line_count(texts.there) + 1 : matched_of(item.own_lines[1]);
+    size_t end = at_end ? line_count(texts.after) + 1 : matched_of(item.own_lines[1]);
     for (size_t line = matched_of(item.own_lines[0]); line > 0 && line + 1 < end; line++) {
-        if (live_lines(texts.there, line, 1) > 0)
+        if (live_lines(texts.after, line, 1) > 0)
             return true;
     }
     return false;
@@ -287,7 +246,7 @@ static bool guards_another(const report_item &item, const compared_texts &texts,
 
 void edits_find(script_report *report, std::string_view now, std::string_view there)
 {
-    compared_texts texts = compare(now, there);
+    text_changes texts = text_diff(now, there);
     std::vector<uint64_t> matched = lines_there(texts);
     edit_lines edit = edit_lines_of(texts);
     for (report_item &item : report->items) {

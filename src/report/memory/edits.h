@@ -14,10 +14,6 @@
 // that was replaced as many as it has fewer that are carried out. *differing: lines that differ in all.
 size_t lines_missing(std::string_view now, std::string_view there, size_t *differing);
 
-// True if an edited output was cut off: it ends inside a line, which is the beginning of one of those of what
-// was written that it lacks at its end, and lacks more than that one.
-bool is_cut_short(std::string_view last, std::string_view there);
-
 // For each line of what is written now, the line of the output that is there, from 1; 0 if it isn't there.
 std::vector<uint64_t> lines_there(std::string_view now, std::string_view there);
 

@@ -234,3 +234,12 @@ std::vector<line_change> line_diff(const std::vector<uint32_t> &before, const st
                  static_cast<size_t>(added.at[gap - 1] + 1), static_cast<size_t>(added.gap_size(gap))});
     return changes;
 }
+
+text_changes text_diff(std::string_view before, std::string_view after)
+{
+    text_changes texts{text_split(before), text_split(after), {}};
+    line_numbering known;
+    std::vector<uint32_t> numbers = lines_number(texts.before, &known);
+    texts.changes = line_diff(numbers, lines_number(texts.after, &known));
+    return texts;
+}

@@ -6,9 +6,12 @@
 // stretch, more lines may count as changed than need be.
 #pragma once
 
+#include "report/memory/text_lines.h"
+
 #include <stddef.h>
 #include <stdint.h>
 
+#include <string_view>
 #include <vector>
 
 // Lines that are replaced: none were deleted where before_count is 0, none added where after_count is 0.
@@ -21,3 +24,11 @@ struct line_change {
 
 // The changes that make after out of before, in order, with at least one equal line between two of them.
 std::vector<line_change> line_diff(const std::vector<uint32_t> &before, const std::vector<uint32_t> &after);
+
+// Two texts as lines, and the changes that make one out of the other. Views point into the texts that were
+// handed over, which the caller keeps.
+struct text_changes {
+    text_lines before, after;
+    std::vector<line_change> changes;
+};
+text_changes text_diff(std::string_view before, std::string_view after);

@@ -1,6 +1,6 @@
 #include "report/memory/output_state.h"
 
-#include "report/memory/edits.h"
+#include "report/memory/line_diff.h"
 #include "report/memory/merge.h"
 #include "report/memory/text_lines.h"
 #include "report/show.h"
@@ -25,6 +25,36 @@ static bool is_cut_from(std::string_view text, std::string_view whole)
     return false;
 }
 
+static size_t lines_with_text(const text_lines &text, size_t first, size_t count)
+{
+    size_t with_text = 0;
+    for (size_t i = first; i < first + count; i++)
+        with_text += line_core(text, i).empty() ? 0 : 1;
+    return with_text;
+}
+
+// True if an edited output was cut off: it ends inside a line, as the beginning of one of those of what was
+// written that it lacks at its end, and lacks more than that one.
+static bool is_cut_short(std::string_view there, std::string_view last)
+{
+    std::string_view end = text_trimmed(there.substr(there.rfind('\n') + 1));
+    text_changes texts = end.empty() ? text_changes{} : text_diff(last, there);
+    if (texts.changes.empty())
+        return false;
+    const line_change &change = texts.changes.back();
+    size_t last_end = change.before_at + change.before_count;
+    bool at_end = last_end == line_count(texts.before) && change.after_count > 0 &&
+                  change.after_at + change.after_count == line_count(texts.after);
+    bool lacking = lines_with_text(texts.before, change.before_at, change.before_count) >
+                   lines_with_text(texts.after, change.after_at, change.after_count);
+    for (size_t i = change.before_at; at_end && lacking && i < last_end; i++) {
+        std::string_view line = line_core(texts.before, i);
+        if (line.size() > end.size() && line.substr(0, end.size()) == end)
+            return true;
+    }
+    return false;
+}
+
 // A disk that was full can leave zeros or line ends alone.
 static bool is_empty(std::string_view text)
 {
@@ -44,7 +74,7 @@ output_state output_state_of(std::optional<std::string_view> there, std::string_
         return OUTPUT_UNKNOWN;
     if (same_text(*there, *memory))
         return OUTPUT_OLD;
-    if (is_cut_short(*memory, *there))
+    if (is_cut_short(*there, *memory))
         return OUTPUT_CUT;
     if (same_text(*memory, now))
         return OUTPUT_EDITED;

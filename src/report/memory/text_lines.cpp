@@ -67,11 +67,16 @@ std::string_view lines_between(const text_lines &text, size_t first, size_t end)
     return text.body.substr(text.starts[first], text.starts[end] - text.starts[first]);
 }
 
+std::string_view line_core(const text_lines &text, size_t index)
+{
+    return text_trimmed(lines_between(text, index, index + 1));
+}
+
 std::vector<uint32_t> lines_number(const text_lines &text, line_numbering *known)
 {
     std::vector<uint32_t> numbers;
     for (size_t i = 0; i < line_count(text); i++) {
-        std::string_view core = text_trimmed(lines_between(text, i, i + 1));
+        std::string_view core = line_core(text, i);
         size_t hash = std::hash<std::string_view>()(core);
         numbers.push_back(known->emplace(std::pair(hash, core), known->size()).first->second);
     }
