@@ -24,6 +24,7 @@ refuse() {
 
 # Sets dist to the folder to write to: the one that was named, seen from where the script was started, or else dist in
 # the checkout. The script has changed its folder once.
+# shellcheck disable=SC2034 # for the script
 find_dist() {
     case ${1-} in
     '') dist=dist ;;
