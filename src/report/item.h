@@ -54,9 +54,10 @@ extern const char *const state_words[];
 struct report_item {
     item_kind kind;
     item_state state;
-    bool doubtful; // changed only if the output, of which nothing is remembered, is of what is written now
-    bool summed;   // one of many alike, which the text reports in one line unless all are asked for
-    uint32_t line; // of the script, where the statement begins
+    bool doubtful; // changed only if the output, of which nothing is remembered, is of what is written now,
+                   // or if the script, which has changed since, still means the same
+    bool summed;           // one of many alike, which the text reports in one line unless all are asked for
+    uint32_t line;         // of the script, where the statement begins
     uint32_t last_line;    // of the script, where it ends
     uint64_t output_line;  // of what is written now: where its output begins, or would have begun
     uint64_t output_lines; // lines of its output; 0: nothing is left
@@ -72,6 +73,7 @@ struct report_item {
     // be gone, of lost those of the arguments, which must be there. None: any change counts.
     std::vector<std::string> own_texts;
     std::vector<size_t> own_items; // of frozen: which item of its line's list each text is; SIZE_MAX: none
+    size_t own_places; // of lost, empty places that the list of its line lacks; of form, bars of its menu
 };
 
 // The state of an item in a word, with a question mark if it is doubtful; none if it is for information
@@ -88,7 +90,8 @@ struct script_report {
     uint32_t statements = 0;
     uint32_t converted = 0; // statements without an item
     output_state output = OUTPUT_NONE;
-    bool output_older = false; // the output is older than the script
+    bool output_older = false;   // the output is older than the script
+    bool script_changed = false; // the script isn't what it was when the output was remembered
     std::vector<report_item> items;
 };
 

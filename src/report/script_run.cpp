@@ -39,10 +39,19 @@ static void read_output(script_run *run, const folder_memory &memory)
     file_kind kind = file_kind_of(run->report.output_path, true);
     if (kind != FILE_REGULAR && kind != FILE_FOLDER)
         return;
+    run->report.script_changed =
+        memory_script_changed(memory, path_name(run->report.output_path), run->script);
     std::string text;
     bool leads_to_script = file_identity(run->report.output_path) == file_identity(run->report.path);
     run->unreadable = leads_to_script || !memory_read(run->report.output_path, &text);
-    if (leads_to_script)
+    const std::string_view blank(" \t\r\n\0", 5);
+    if (!run->unreadable && text.find('\0') != text.npos && run->now.find('\0') == text.npos &&
+        text.find_first_not_of(blank) != text.npos) {
+        run->unreadable = true;
+        report_trouble(
+            shown(run->report.output_path) +
+            " has NUL bytes, as a text in UTF-16 has, and isn't used; save it in the script's encoding");
+    } else if (leads_to_script)
         report_trouble("won't use " + shown(run->report.output_path) +
                        ": it leads to its script"); // by a link
     else if (!run->unreadable)
@@ -97,7 +106,8 @@ void script_compare(script_run *run)
     for (report_item &item : report.items) {
         if (report.output == OUTPUT_SAME)
             item.there_line = item.output_lines > 0 ? item.output_line : 0;
-        item.doubtful = report.output == OUTPUT_UNKNOWN && item.state == STATE_CHANGED;
+        item.doubtful =
+            item.state == STATE_CHANGED && (report.output == OUTPUT_UNKNOWN || report.script_changed);
         if (!compared)
             item.state = report.output == OUTPUT_NONE ? STATE_NONE : STATE_OPEN;
     }

@@ -35,7 +35,7 @@ static void emit_number(form_kind kind, const rule_choice &choice, const arg_slo
     case PUT_NUMBER: out_format("%d", choice.number); break;
     default: out_format("%d", slot_lval(slot)); break;
     }
-    emit_report(slot, EMIT_VALUE, from, out_tell());
+    emit_report(slot, kind == PUT_NUMBER ? EMIT_CODE : EMIT_VALUE, from, out_tell());
 }
 
 // Writes a number or a tail.

@@ -10,7 +10,8 @@
 // What a write is made of.
 enum emit_source : uint8_t {
     EMIT_TEXT,  // the argument's text, or a part of it
-    EMIT_VALUE, // a number or a word computed from its value; nothing if there is no word for it
+    EMIT_VALUE, // its value as a number
+    EMIT_CODE,  // what stands for its value in the new dialect; nothing if nothing does
     EMIT_OPTION // an option of a menu string, which may be empty: its text without quotes
 };
 

@@ -81,7 +81,7 @@ void emit_text_tail(const arg_slot *first)
         from += 2;
         out_text(text_styles[style]);
     }
-    emit_report(first + 6, EMIT_VALUE, from, out_tell());
+    emit_report(first + 6, EMIT_CODE, from, out_tell());
     emit_arguments(first + 7, text_attr_count - 7);
 }
 

@@ -47,6 +47,8 @@ TEST(findings, surplus_arguments_are_lost)
     expect_items(cases);
     std::string labels = items_of(":" + times(125, "a") + "\nGOTO x\n:" + times(127, "b") + "\nCLEAR\n");
     EXPECT_EQ(labels.substr(0, 13), "3: unknown :b") << labels;
+    EXPECT_EQ(items_of("INT v1" + times(1000, ",v234") + "\n"),
+              "1: unknown INT: it begins with no word; it went through unchanged\n");
     EXPECT_NE(labels.find("...: of a word of more than 126 characters one is gone"), std::string::npos)
         << labels;
     EXPECT_EQ(items_of("// " + times(3896, "x") + "\n// " + times(3897, "x") + "LINE 0,0,0,1,1,0\n"),
@@ -137,6 +139,12 @@ TEST(findings, values_that_were_fixed_are_frozen)
          "1: form TEXT: a blank between two values where a comma is expected: "
          "TEXT \"t\", 1 (2), 0.0, 0, 0, 0, 0, , , , , , DEFAULT, , , , , , , ,\n"},
         {"e = -1\nDELENT e\n", "2: frozen DELENT: argument 1: e is fixed as -1\n"},
+        {"SCALE 1,2,3,5'\nSCALE 1,2,3,2.5\nSCALE 1,2,3,3000000000\nSCALE 1,2,3,2.0\nDELENT 0'\n",
+         "1: frozen SCALE: argument 4: 5' is fixed as 0\n2: frozen SCALE: argument 4: 2.5 is fixed as 2\n"
+         "3: frozen SCALE: argument 4: 3000000000 is fixed as -1294967296\n"
+         "5: lost DELENT: no live line has argument 1: 0'\n"},
+        {"n = 12\nVIEW n,1,0,0,0,1,0,0,0,1\nVIEW 12,1,0,0,0,1,0,0,0,1\n",
+         "2: frozen VIEW: argument 1 (number): n has chosen this form by its value, 12\n"},
         {"PRANGE 1,m,0,0,0,10,10,0\n",
          "1: quiet PRANGE: commented out: 1, 0, 0, 0, 10, 10, 0; the comment lacks "
          "argument 2: m (it has 0)\n"},
@@ -383,6 +391,11 @@ TEST(findings, why_reading_stopped)
         {"ARRAY a[2] = { 1,\nREM\n", "1: stopped ARRAY: the script ends inside this statement\n"},
         {"STRING $a\n", "1: stopped STRING: a STRING needs one size, and an SLIST two\n"},
         {"ON x\n", "1: stopped ON: ON without GOTO\n"},
+        {"CLEAR\nREM end", ""},
+        {"CLEAR\n// en\x1a\n", ""},
+        {"REM en\x1a"
+         "d\nCLEAR\n",
+         "1: stopped : byte 26, which ends a script; 2 lines were not read\n"},
         {"PRINT \"a\"\n\x1aREM\n", "2: stopped : byte 26, which ends a script; 1 line was not read\n"},
         {":<b>longer_name\n:<B>LONGER_NAmed\x1b\nREM\n",
          "2: stopped :<B>LONGER_NAmed\\x1b: second label <B>LONGER_NA (12 characters of a label count), "

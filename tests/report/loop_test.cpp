@@ -147,6 +147,80 @@ TEST_F(report_test, looks_at_what_an_edit_has_brought)
     EXPECT_FALSE(has(states(), "changed"));
 }
 
+// Edits that look like work, with what is left to do after each.
+TEST_F(report_test, an_edit_that_does_nothing_ends_no_item)
+{
+    static const struct {
+        const char *script, *from, *to, *state;
+    } cases[] = {
+        {"GETENTXY 1,2,e,1\n", ", 1", ", 1 // ok?", "1 form open"},
+        {"TEXT 1,2,\"a\\\"b\",h\n", "TEXT \"a\"b\"", "TEXT \"a\\\"b\"", "1 decoded changed\n1 form open"},
+        {"TEXT 1,2,\"a\\\"b\",h\n", "\"a\"b\", 1 2", "\"a\\\"b\", 1, 2", "1 form changed"},
+        {"GETMENU \"p\",\"a\",,,\"b\"\n", "a||b", "c||b", "1 form open"},
+        {"GETMENU \"p\",\"a\",,,\"b\"\n", "a||b", "a|||b", "1 form changed"},
+        {"GETENT \"p\", v, , w\n", "v, w", "v , w, // x", "1 lost open"},
+        {"GETENT \"p\", v, , w\n", "v, w", "v, , w", "1 lost changed"},
+        {"BOX 1,2\n", "BOX 1,2", "box 1, 2 // ?", "1 unknown open"},
+        {"BOX 1,2\n", "BOX 1,2", "// BOX 1,2", "1 unknown open"},
+        {"BOX 1,2\n", "BOX 1,2", "RECTANGLE 1,2", "1 unknown changed"},
+        {"LEVELS 1,2\n", "LEVELS 1, 2", "LEVELS 1, 2 todo", "1 quiet open"},
+        {"LINE 0,0,x y,1,1,0\n", " x\n", "LINE 0,0,0,1,1,0\n", "1 broken open"},
+        {"LINE 0,0,x y,1,1,0\n", " x\n1,1,0\n", "LINE 0,0,0,1,1,0\n", "1 broken changed"},
+        {"IF n > 2\nCLS\nPRINT 1\n", "IF n > 2", "if n>2 // x", "1 guarded open"},
+        {"GROUP \"L\xF6\",1,2\nCLEAR\n", "L\xF6", "L\xC3\xB6", "1 quiet open"},
+        {"PRINT \"\xF6 \\\"x\\\"\"\n", "\xF6", "\xC3\xB6", "1 decoded open"},
+    };
+    for (const auto &c : cases) {
+        write("a.mrl", c.script);
+        run("--convert --force a.mrl");
+        expect_after_edit(c.from, c.to, c.state);
+    }
+}
+
+// What an output doesn't show: the script has changed where the same is written, or another program has
+// spoilt the file.
+TEST_F(report_test, looks_twice_at_an_edited_output)
+{
+    write("a.mrl", "n = 4\nm = 4\nSCALE 1,2,3,n\nPRINT 1\nPRINT 2\n");
+    run("--convert a.mrl");
+    edit("a_conv.mrl", "SCALE 4", "SCALE n");
+    EXPECT_EQ(run("a.mrl").status, 0);
+    edit("a.mrl", "3,n", "3,m");
+    report_result result = run("a.mrl");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(has(result.out, "[changed?]")) << result.out;
+    EXPECT_TRUE(has(result.out, "a_conv.mrl: output edited: the script has changed since")) << result.out;
+    result = run("--convert a.mrl");
+    EXPECT_TRUE(has(result.err, "look whether your edits still fit")) << result.err;
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(run("a.mrl").status, 0);
+
+    const std::string edited = read("a_conv.mrl");
+    write("a_conv.mrl", edited.substr(0, edited.rfind("PRINT 2")) + "PRI");
+    result = run("--convert a.mrl");
+    EXPECT_EQ(output_state(), "cut");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(has(result.err, "it was edited, and is cut off")) << result.err;
+    EXPECT_TRUE(has(read("a_conv.mrl"), "SCALE n")) << "the edit is still there";
+
+    std::string wide;
+    for (char c : edited)
+        wide += c + std::string(1, '\0');
+    write("a_conv.mrl", wide);
+    result = run("--convert a.mrl");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_TRUE(has(result.err, "a_conv.mrl has NUL bytes, as a text in UTF-16 has, and isn't used"))
+        << result.err;
+    EXPECT_EQ(read("a_conv.mrl"), wide);
+
+    write("b.mrl", "x = 1" + std::string(1, '\0') + " + 2\nINT a, b\r\r\n");
+    result = run("b.mrl");
+    EXPECT_TRUE(has(result.out, "b.mrl:1: lost x: a NUL byte, as a text in UTF-16 has, is on the line"))
+        << result.out;
+    EXPECT_TRUE(has(result.out, "b.mrl:2: unknown INT: of a carriage return inside the line \\r is left"))
+        << result.out;
+}
+
 // The values and texts of an item may also stand elsewhere in its line.
 TEST_F(report_test, tells_edits_of_one_argument_from_those_of_another)
 {

@@ -71,8 +71,11 @@ TEST(output_states, follow_from_the_texts)
         {"x\n", "a\n", "a\n", "edited"},
         {"a\nx\nPOI", "a\nb\nPOINT 1\nc\n", "a\nb\nPOINT 1\nc\n", "cut"}, // edited, and then cut off
         {"a\nx\nPOI\n", "a\nb\nPOINT 1\nc\n", "a\nb\nPOINT 1\nc\n", "edited"},
-        {"a\nx\nPOI", "a\nb\nPOINT 1\n\n", "a\nb\nPOINT 1\n\n", "edited"}, // one line that was made shorter
-        {"x\nLINE", "a\nLINE\nLINE 1\nc\n", "a\nLINE\nLINE 1\nc\n", "edited"}, // others were deleted
+        {"a\nx\nPOI", "a\nb\nPOINT 1\n\n", "a\nb\nPOINT 1\n\n", "cut"},
+        {"x\nLINE", "a\nLINE\nLINE 1\nc\n", "a\nLINE\nLINE 1\nc\n", "cut"}, // at the end of a line
+        {"x\nLINE\n", "a\nLINE\nLINE 1\nc\n", "a\nLINE\nLINE 1\nc\n", "edited"},
+        {"x\nc", "a\nLINE\nc\n", "a\nLINE\nc\n", "edited"},
+        {"x\nNEW", "a\n// tip\n// LINE\n", "a\n// tip\n// LINE\n", "edited"},
         {"a\nx\n", "y\nx\n", "a\nb\n", "behind"},
         {"a\nb\nx\n", "a\nb\nc\n", "a\nb\n", "behind"},             // a conflict
         {"y\nb\nc\nx\n", "y\nb\nc\nd\n", "a\nb\nc\nd\n", "edited"}, // it has the change that now brings

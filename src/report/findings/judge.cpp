@@ -54,25 +54,6 @@ static std::string stop_reason(int32_t result)
     }
 }
 
-// How many lines were not read is added when the script's lines are looked at.
-static void judge_end(judge_state *state, const statement_view &statement)
-{
-    const statement_result &done = statement.record->done;
-    if (done.result == STATEMENT_END && done.source_complete && done.head.kind == KIND_NONE)
-        return;
-    statement_view end = statement;
-    bool by_byte = done.head.kind == KIND_NONE;
-    if (by_byte)
-        end.line = end.last_line = done.next_line;
-    state->end = {done.next_line, by_byte};
-    add_item(state, end, ITEM_STOPPED,
-             by_byte || done.result != STATEMENT_END ? stop_reason(done.result)
-                                                     : "the script ends inside this statement",
-             {});
-}
-
-// ---- What an IF guards ----
-
 static bool is_text(const statement_view &statement)
 {
     statement_kind kind = statement.record->done.head.kind;
@@ -83,6 +64,27 @@ static bool is_comment_statement(const statement_view &statement)
 {
     return is_text(statement) && (statement.output.empty() || is_comment(statement.output));
 }
+
+// How many lines were not read is added when the script's lines are looked at.
+static void judge_end(judge_state *state, const statement_view &statement)
+{
+    const statement_result &done = statement.record->done;
+    // A comment needs no line end.
+    bool comment = done.result == STATEMENT_END && is_comment(statement.output);
+    bool by_byte = done.head.kind == KIND_NONE || comment;
+    if (done.result == STATEMENT_END && done.source_complete && by_byte)
+        return;
+    statement_view end = statement;
+    if (by_byte)
+        end.line = end.last_line = done.next_line;
+    state->end = {done.next_line, by_byte};
+    add_item(state, end, ITEM_STOPPED,
+             by_byte || done.result != STATEMENT_END ? stop_reason(done.result)
+                                                     : "the script ends inside this statement",
+             {});
+}
+
+// ---- What an IF guards ----
 
 // Statements that the output has instead of one. What isn't a command went through as it is. *broken is set
 // if one is the rest of a text that began in a comment.

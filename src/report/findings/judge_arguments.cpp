@@ -9,6 +9,8 @@
 
 #include <fmt/core.h>
 
+#include <stdlib.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -110,13 +112,31 @@ std::string arguments_in_detail(const statement_view &statement)
 
 // ---- Statements that are carried out ----
 
+// True if an argument is a number and nothing else.
+static bool is_number(int32_t position, double *value)
+{
+    std::string text(text_trimmed(argument_text(position)));
+    char *end;
+    *value = strtod(text.c_str(), &end);
+    return !text.empty() && *end == '\0' && expression_is_constant(text);
+}
+
+// True if an argument has a mark of feet or inches, and so no value outside of the drawing.
+static bool has_unit(int32_t position)
+{
+    return argument_text(position).find_first_of("'\"") != std::string_view::npos;
+}
+
 // A constant 0 where nothing could be as well.
 static bool is_default(const statement_view &statement, int32_t position, bool attribute)
 {
     uint8_t spec = argument_spec(statement, position);
     uint8_t type = spec & ARG_TYPE;
-    return ((spec & ARG_OPTIONAL) != 0 || attribute) && type >= ARG_LONG && type <= ARG_DOUBLE &&
-           expression_is_constant(argument_text(position)) && argument_value(position) == 0;
+    double number;
+    bool zero = is_number(position, &number) ? number == 0
+                                             : expression_is_constant(argument_text(position)) &&
+                                                   !has_unit(position) && argument_value(position) == 0;
+    return ((spec & ARG_OPTIONAL) != 0 || attribute) && type >= ARG_LONG && type <= ARG_DOUBLE && zero;
 }
 
 // True of a string that goes on to the end of the script.
@@ -148,6 +168,7 @@ struct argument_findings {
     std::vector<std::string> texts; // that decide whether an edit counts
     std::vector<size_t> items;
     std::vector<uint64_t> lines;
+    size_t places = 0; // empty ones that the line lacks
     bool attributes_only = true;
 };
 
@@ -203,6 +224,7 @@ static void take_findings(judge_state *state, const statement_view &statement, i
         add_item(state, statement, kind, start + findings->detail, std::move(findings->lines));
     item->own_texts = std::move(findings->texts);
     item->own_items = std::move(findings->items);
+    item->own_places = findings->places;
     item->summed = kind == ITEM_LOST && findings->attributes_only;
 }
 
@@ -235,12 +257,16 @@ static size_t item_of(const statement_view &statement, const argument_use &use)
     return item != items.end() ? static_cast<size_t>(item - items.begin()) : SIZE_MAX;
 }
 
-// True of the value of a constant that stands there as the command takes it. The word DEFAULT also stands for
-// numbers that the new form has no word for.
+// True of the value of a constant that stands there as it is, or as the new form has it. The word DEFAULT
+// also stands for numbers that the new form has no word for.
 static bool is_whole_value(int32_t position, const argument_use &use)
 {
-    return expression_is_constant(argument_text(position)) && !use.written.empty() &&
-           (argument_value(position) == 0 || text_trimmed(use.written) != "DEFAULT");
+    double number;
+    if (!expression_is_constant(argument_text(position)) || has_unit(position) || use.written.empty())
+        return false;
+    if (use.code)
+        return argument_value(position) == 0 || text_trimmed(use.written) != "DEFAULT";
+    return !is_number(position, &number) || number == strtod(std::string(use.written).c_str(), nullptr);
 }
 
 static void add_surplus(const statement_view &statement, argument_findings *lost)
@@ -257,7 +283,7 @@ static void add_dropped(const statement_view &statement, argument_findings *lost
     for (int32_t position = 1; position <= argument_last(statement); position++) {
         argument_use use =
             has_dropped(statement, position) ? argument_use_of(statement, position, true) : argument_use{};
-        if (!use.text)
+        if (!use.text || use.written.empty())
             continue;
         add_clause(lost,
                    fmt::format("argument {}: {} is written as {}: characters were dropped", position,
@@ -268,34 +294,38 @@ static void add_dropped(const statement_view &statement, argument_findings *lost
     }
 }
 
-// True if the arguments between two that a live line has one after the other are empty, and have no comma in
-// it.
-static bool has_moved_up(const statement_view &statement, const emit_write &before, const emit_write &write)
+// How many commas are missing between two arguments that a live line has one after the other, where those
+// between them are empty.
+static size_t commas_missing(const statement_view &statement, const emit_write &before,
+                             const emit_write &write)
 {
     if (before.slot == 0 || write.slot < before.slot + 2 || write.from < before.to ||
         write.from == write.to || write.source == EMIT_OPTION)
-        return false;
+        return 0;
     auto begin = static_cast<size_t>(before.to - statement.lines.front().start);
     std::string_view between = statement.output.substr(begin, static_cast<size_t>(write.from - before.to));
-    if (between.find_first_not_of(", ") != std::string_view::npos ||
-        std::count(between.begin(), between.end(), ',') >= write.slot - before.slot)
-        return false;
+    auto wanted = static_cast<size_t>(write.slot - before.slot);
+    auto commas = static_cast<size_t>(std::count(between.begin(), between.end(), ','));
+    if (between.find_first_not_of(", ") != std::string_view::npos || commas >= wanted ||
+        argument_use_of(statement, write.slot, true).line == 0)
+        return 0;
     for (int32_t position = before.slot + 1; position < write.slot; position++)
         if (!argument_text(position).empty() || argument_use_of(statement, position, true).line != 0)
-            return false;
-    return argument_use_of(statement, write.slot, true).line != 0;
+            return 0;
+    return wanted - commas;
 }
 
 static void add_moved(const statement_view &statement, argument_findings *lost)
 {
     for (int32_t i = 1; i < statement.record->write_count; i++) {
         const emit_write &write = statement.record->writes[i];
-        if (!has_moved_up(statement, statement.record->writes[i - 1], write))
-            continue;
-        add_clause(lost,
-                   fmt::format("argument {} has moved up: the empty one before it has no comma", write.slot),
-                   lines_of(statement, true));
-        return;
+        size_t missing = commas_missing(statement, statement.record->writes[i - 1], write);
+        if (missing > 0 && lost->places == 0)
+            add_clause(
+                lost,
+                fmt::format("argument {} has moved up: the empty one before it has no comma", write.slot),
+                lines_of(statement, true));
+        lost->places += missing;
     }
 }
 
@@ -331,6 +361,15 @@ static void judge_live(const statement_view &statement, int32_t position, const 
     }
 }
 
+// True if the value that an expression had when the script was read chose the row of the command, and no tip
+// says so.
+static bool has_chosen(const statement_view &statement, int32_t position)
+{
+    uint8_t type = argument_spec(statement, position) & ARG_TYPE;
+    return position == 1 && rule_last.row->when != nullptr && rule_last.row->effect != EFFECT_TIP &&
+           type >= ARG_LONG && type <= ARG_DOUBLE && !expression_is_constant(argument_text(position));
+}
+
 static void judge_argument(const statement_view &statement, int32_t position, bool carried_out,
                            findings_by_kind *findings)
 {
@@ -347,6 +386,12 @@ static void judge_argument(const statement_view &statement, int32_t position, bo
         use.text ? !is_quoted(statement, position, use) : use.value && is_whole_value(position, use);
     if (carried_out && !written)
         judge_live(statement, position, use, findings);
+    else if (carried_out && has_chosen(statement, position)) {
+        add_detail(&findings->frozen.detail,
+                   fmt::format("{} has chosen this form by its value, {}",
+                               argument_shown(statement, position, rule_last.row), argument_value(position)));
+        findings->frozen.lines = {use.line};
+    }
 }
 
 void judge_arguments(judge_state *state, const statement_view &statement, bool carried_out)

@@ -70,41 +70,43 @@ static std::string_view command_in(std::string_view text)
     return {};
 }
 
-bool is_inch_mark(std::string_view line, size_t at)
+size_t string_end(std::string_view line, size_t at)
 {
     char before = at > 0 ? line[at - 1] : ' ';
-    return line[at] == '"' &&
-           (text_is(before, CHAR_DIGIT) || before == '.' || before == ')' || before == ']');
+    bool inches =
+        line[at] == '"' && (text_is(before, CHAR_DIGIT) || before == '.' || before == ')' || before == ']');
+    for (size_t end = at + 1; !inches && end < line.size(); end++)
+        if (line[end] == line[at])
+            return end + 1;
+        else if (line[end] == '\\')
+            end++;
+    return inches ? at + 1 : std::string_view::npos;
 }
 
-size_t comment_in(std::string_view line)
+// Where a line has something outside of strings: a comment, or a string that isn't closed. npos if it has
+// neither.
+static size_t comment_or_open_string_in(std::string_view line)
 {
-    char quote = 0;
-    for (size_t at = 0; at < line.size(); at++) {
-        char c = line[at];
-        if (quote != 0)
-            quote = c == quote ? '\0' : quote;
-        else if ((c == '"' && !is_inch_mark(line, at)) || c == '`')
-            quote = c;
-        else if (line.substr(at, 2) == "//")
+    for (size_t at = 0; at < line.size();) {
+        bool quote = line[at] == '"' || line[at] == '`';
+        size_t end = quote ? string_end(line, at) : at + 1;
+        if (end == std::string_view::npos || line.substr(at, 2) == "//")
             return at;
+        at = end;
     }
     return std::string_view::npos;
 }
 
+size_t comment_in(std::string_view line)
+{
+    size_t at = comment_or_open_string_in(line);
+    return at != std::string_view::npos && line[at] == '/' ? at : std::string_view::npos;
+}
+
 bool has_open_string(std::string_view line)
 {
-    char quote = 0;
-    for (size_t at = 0; at < line.size(); at++) {
-        char c = line[at];
-        if (quote != 0 && c == '\\')
-            at++;
-        else if (quote != 0)
-            quote = c == quote ? '\0' : quote;
-        else if ((c == '"' && !is_inch_mark(line, at)) || c == '`')
-            quote = c;
-    }
-    return quote != 0;
+    size_t at = comment_or_open_string_in(line);
+    return at != std::string_view::npos && line[at] != '/';
 }
 
 std::string broken_hint(std::string_view command, std::string_view source)
@@ -167,7 +169,7 @@ static std::string overlong(statement_kind kind, std::string_view text)
     bool comment = is_comment(text);
     if (kind == KIND_TEXT && comment && text.size() >= static_cast<size_t>(line_buf_capacity))
         return "of a comment of more than 3,900 characters the rest is read as a statement";
-    if (!comment && std::min(text.find_first_of(" \t\r\n"), text.size()) >= word_max)
+    if (!comment && std::min(text.find_first_of(" \t\r\n"), text.size()) == word_max)
         return "of a word of more than 126 characters one is gone, and a blank is in its place";
     return {};
 }
@@ -177,6 +179,9 @@ std::string unknown_detail(const statement_view &statement)
     statement_kind kind = statement.record->done.head.kind;
     std::string_view text = text_trimmed(statement.output);
     bool evaluated = kind == KIND_EXPRESSION;
+    // A declaration writes a carriage return as an escape, which names nothing.
+    if (kind == KIND_KEYWORD && !is_comment(text) && text.find("\\r") < comment_in(text))
+        return "of a carriage return inside the line \\r is left";
     if (kind == KIND_LABEL || kind == KIND_TEXT || kind == KIND_UNKNOWN)
         if (std::string fault = overlong(kind, text); !fault.empty())
             return fault;

@@ -17,14 +17,14 @@ std::string broken_left(std::string_view output);
 // plain.
 std::string broken_hint(std::string_view command, std::string_view source);
 
-// True if a double quote outside of strings follows a number, and so is the sign of inches.
-bool is_inch_mark(std::string_view line, size_t at);
-
 // Where a comment begins in a line, outside of strings; npos if there is none.
 size_t comment_in(std::string_view line);
 
-// True if a string in a line has no closing quote, or one too many; a backslash takes the meaning of the
-// character after it.
+// The end of the string or the sign of inches that begins at a quote: the character after it. npos if the
+// string isn't closed. A backslash takes its meaning from the character after it.
+size_t string_end(std::string_view line, size_t at);
+
+// True if a string in a line has no closing quote, or one too many.
 bool has_open_string(std::string_view line);
 
 // Why a line that is no command, no keyword and no evaluated assignment goes through; empty if it is one of

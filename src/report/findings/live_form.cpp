@@ -29,6 +29,7 @@ static bool is_pair(char first, char second)
 }
 
 static constexpr const char *values_without_comma = "a blank between two values where a comma is expected";
+static constexpr const char *comment_inside = "a comment inside the line";
 static constexpr const char *no_character = "a character that no expression has";
 
 // Walks the tokens of a text as operand, operator, operand. Why it is no expression; null if it is one.
@@ -81,15 +82,14 @@ static const char *expression_fault(std::string_view item)
 // Takes the next item off a list: up to a comma outside of quotes and parentheses.
 static std::string_view take_item(std::string_view *list, bool *more)
 {
-    bool quoted = false;
     int open = 0;
     size_t at = 0;
-    for (; at < list->size(); at++) {
+    while (at < list->size()) {
         char c = (*list)[at];
-        quoted ^= c == '"' && (quoted || !is_inch_mark(*list, at));
-        open += quoted ? 0 : (c == '(' || c == '[') - (c == ')' || c == ']');
-        if (c == ',' && !quoted && open <= 0)
+        if (c == ',' && open <= 0)
             break;
+        open += (c == '(' || c == '[') - (c == ')' || c == ']');
+        at = std::min(c == '"' ? string_end(*list, at) : at + 1, list->size());
     }
     std::string_view item = list->substr(0, at);
     *more = at < list->size();
@@ -109,7 +109,7 @@ std::vector<std::string_view> list_items(std::string_view line)
 
 static bool is_string(std::string_view item)
 {
-    return item.size() >= 2 && item.front() == '"' && item.find('"', 1) == item.size() - 1;
+    return !item.empty() && item.front() == '"' && string_end(item, 0) == item.size();
 }
 
 // Why an item of a list is none; empty if it is well formed.
@@ -128,7 +128,7 @@ std::string live_form_fault(std::string_view line, const std::vector<std::string
 {
     line = text_trimmed(line);
     if (comment_in(line) != line.npos)
-        return "a comment inside the line";
+        return comment_inside;
     size_t word = 0;
     while (word < line.size() && text_is(line[word], CHAR_WORD))
         word++;
@@ -157,9 +157,11 @@ static constexpr const char *option_missing = "an empty menu option of the scrip
 static constexpr const char *option_added = "an empty menu option that the script didn't have";
 static constexpr const char *option_divided = "an option of the script has a bar, which divides options";
 
-bool is_menu_fault(std::string_view fault)
+bool form_is_mended(std::string_view line, std::string_view fault, size_t bars)
 {
-    return fault == option_missing || fault == option_added || fault == option_divided;
+    if (fault == option_missing || fault == option_added || fault == option_divided)
+        return static_cast<size_t>(std::count(line.begin(), line.end(), '|')) == bars;
+    return live_form_fault(fault == comment_inside ? line : line.substr(0, comment_in(line)), {}).empty();
 }
 
 static std::string_view output_between(const statement_view &statement, uint64_t from, uint64_t to)
@@ -191,8 +193,9 @@ bool is_option(const statement_view &statement, int32_t position)
 
 // Options are divided by bars: from the first one that the command has to the last one that was typed there
 // is one before each but the first, and none elsewhere. GETCUR's options may begin with an argument before
-// them.
-static const char *menu_fault(const statement_view &statement, const std::vector<emit_write> &options)
+// them. *bars: how many there should be.
+static const char *menu_fault(const statement_view &statement, const std::vector<emit_write> &options,
+                              size_t *bars)
 {
     auto type = [&](size_t i) { return argument_spec(statement, options[i].slot) & ARG_TYPE; };
     size_t first = 0, end = options.size();
@@ -200,6 +203,7 @@ static const char *menu_fault(const statement_view &statement, const std::vector
         first++;
     while (end > first && argument_typed(statement, options[end - 1].slot).empty())
         end--;
+    *bars = end - std::min(first + 1, end);
     const char *fault = nullptr;
     for (size_t i = 0; i < options.size(); i++) {
         if (output_between(statement, options[i].from, options[i].to).find('|') != std::string_view::npos)
@@ -265,12 +269,13 @@ static std::string without_strings(const statement_view &statement, std::string 
 }
 
 static void add_form(judge_state *state, const statement_view &statement, const live_line &line,
-                     const std::string &fault)
+                     const std::string &fault, size_t bars = 0)
 {
     report_item *item = add_item(state, statement, ITEM_FORM,
                                  fault + ": " + shown_cut(text_trimmed(line.text), 80), line.own);
     item->summed = true;
     item->own_texts.push_back(fault);
+    item->own_places = bars;
 }
 
 void judge_live_form(judge_state *state, const statement_view &statement, bool decoded)
@@ -296,7 +301,8 @@ void judge_live_form(judge_state *state, const statement_view &statement, bool d
             add_form(state, statement, line, fault);
         if (has(blank) && fault != values_without_comma)
             add_form(state, statement, line, values_without_comma);
-        if (const char *bars = has(menu) ? menu_fault(statement, options) : nullptr; bars != nullptr)
-            add_form(state, statement, line, bars);
+        size_t bars;
+        if (const char *wrong = has(menu) ? menu_fault(statement, options, &bars) : nullptr; wrong != nullptr)
+            add_form(state, statement, line, wrong, bars);
     }
 }

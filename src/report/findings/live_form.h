@@ -21,5 +21,6 @@ std::vector<std::string_view> list_items(std::string_view line);
 // is one.
 std::string live_form_fault(std::string_view line, const std::vector<std::string_view> &arguments);
 
-// True if a fault is one of a menu string's bars, which a line alone doesn't show.
-bool is_menu_fault(std::string_view fault);
+// True if an edited line no longer has a fault, nor another one instead. bars: of a fault of the menu, how
+// many there should be.
+bool form_is_mended(std::string_view line, std::string_view fault, size_t bars);

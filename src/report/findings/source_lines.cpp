@@ -12,15 +12,16 @@ constexpr uint32_t hint_lines = 8;     // lines of a statement that are searched
 constexpr size_t statement_kept = 300; // characters of a line that an item holds
 constexpr std::string_view magic("Murivo\0", 7);
 
-// A line of the script by its number from 1, trimmed; empty before the first and after the last one.
-static std::string_view line_of(const text_lines &script, size_t number)
+// A line of the script by its number from 1, trimmed and cut to a size; empty before the first and after the
+// last one.
+static std::string_view line_of(const text_lines &script, size_t number, size_t size = statement_kept)
 {
     if (number == 0 || number > line_count(script))
         return {};
     std::string_view line = line_core(script, number - 1);
     if (number == 1 && line.substr(0, magic.size()) == magic)
         line = text_trimmed(line.substr(magic.size()));
-    return text_begin(line, statement_kept);
+    return text_begin(line, size);
 }
 
 // The nearest line with a text, in steps of 1 or -1.
@@ -81,13 +82,40 @@ static void add_unread(script_report *report, const text_lines &script, const so
                 unread == 1 ? "; 1 line was not read" : fmt::format("; {} lines were not read", unread);
 }
 
+// A text ends at a NUL byte for many of the converter's routines, so nobody knows what is left of such a
+// line.
+static void add_nuls(script_report *report, const text_lines &script, const source_end &end)
+{
+    size_t last = end.line != 0 ? end.line - 1 : line_count(script);
+    report_item item{};
+    item.kind = ITEM_LOST;
+    item.output_line = 1;
+    uint64_t more = 0;
+    for (size_t number = 1; number <= last; number++) {
+        if (line_of(script, number, SIZE_MAX).find('\0') == std::string_view::npos)
+            continue;
+        more += item.line != 0 ? 1 : 0;
+        if (item.line == 0)
+            item.line = item.last_line = static_cast<uint32_t>(number);
+    }
+    if (item.line == 0)
+        return;
+    item.detail = "a NUL byte, as a text in UTF-16 has, " +
+                  (more > 0 ? fmt::format("here and in {} more", counted(more, "line")) : "is on the line") +
+                  ": what follows it may be gone";
+    report->items.push_back(std::move(item));
+}
+
 void source_lines_add(script_report *report, std::string_view text, const source_end &end)
 {
-    if (report->items.empty())
+    bool has_nul = text.find('\0') != std::string_view::npos;
+    if (report->items.empty() && !has_nul)
         return;
     text_lines script = text_split(text);
     if (end.line != 0)
         add_unread(report, script, end);
+    if (has_nul)
+        add_nuls(report, script, end);
     for (report_item &item : report->items) {
         item.source = line_of(script, item.line);
         item.statement = shown_cut(item.source, statement_kept);

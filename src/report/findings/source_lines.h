@@ -12,5 +12,6 @@ struct source_end {
 };
 
 // Fills in the statement of each item and those around it, the hints, and how many lines were not read. If
-// nothing but white space is left after a byte 26, the item that says so, the last one, goes.
+// nothing but white space is left after a byte 26, the item that says so, the last one, goes. Adds an item if
+// lines that were read have NUL bytes.
 void source_lines_add(script_report *report, std::string_view script, const source_end &end);

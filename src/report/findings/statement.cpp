@@ -185,10 +185,11 @@ argument_use argument_use_of(const statement_view &statement, int32_t position, 
             continue;
         std::string_view written = statement.output.substr(static_cast<size_t>(write.from - start),
                                                            static_cast<size_t>(write.to - write.from));
-        bool value = write.source == EMIT_VALUE;
+        bool value = write.source == EMIT_VALUE || write.source == EMIT_CODE;
         bool text = !value && is_text_of(written, argument_text(position));
         use.text |= text;
         use.value |= value;
+        use.code |= write.source == EMIT_CODE;
         if (use.line == 0 && (text || value)) {
             use.line = line->number;
             use.written = written;

@@ -70,7 +70,8 @@ std::string_view argument_typed(const statement_view &statement, int32_t positio
 // What the lines of one sort have of an argument.
 struct argument_use {
     bool text = false;        // its text, quotes apart
-    bool value = false;       // a number or word made of its value; nothing where there is no word for it
+    bool value = false;       // its value
+    bool code = false;        // what stands for its value; nothing where nothing does
     uint64_t line = 0;        // number of the line that has it, the first one
     std::string_view written; // what is there
 };

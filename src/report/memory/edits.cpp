@@ -28,15 +28,6 @@ static std::vector<uint64_t> lines_there(const text_changes &texts)
     return there;
 }
 
-// How many lines of a stretch are neither empty nor comments.
-static size_t live_lines(const text_lines &text, size_t first, size_t count)
-{
-    size_t live = 0;
-    for (size_t i = first; i < first + count; i++)
-        live += !line_core(text, i).empty() && !is_comment(line_core(text, i)) ? 1 : 0;
-    return live;
-}
-
 size_t lines_missing(std::string_view now, std::string_view there, size_t *differing)
 {
     text_changes texts = text_diff(now, there);
@@ -58,6 +49,39 @@ std::vector<uint64_t> lines_there(std::string_view now, std::string_view there)
     return lines_there(text_diff(now, there));
 }
 
+// ---- Lines that were edited ----
+
+// True of a character that makes one name or number with another beside it.
+static bool is_joining(char c)
+{
+    return text_is(c, CHAR_WORD) || c == '.' || c == '$' || c == '@';
+}
+
+// A text without what people write as they like: the case of letters, and blanks beside commas and operators.
+static std::string plain_spelling(std::string_view text)
+{
+    std::string result;
+    for (size_t i = 0; i < text.size(); i++) {
+        size_t next = text.find_first_not_of(" \t", i);
+        bool divides = next != std::string_view::npos && !result.empty() && is_joining(text[next]) &&
+                       (is_joining(result.back()) || result.back() == ' ');
+        if (next == i || divides)
+            result += static_cast<char>(char_lower(text[i]));
+    }
+    return result;
+}
+
+// A line without what an edit that does nothing changes: the above, the signs of a comment, a remark behind a
+// statement, and letters beyond ASCII, whose bytes depend on the encoding.
+static std::string line_essence(std::string_view line)
+{
+    while (is_comment(line))
+        line = text_trimmed(line.substr(line[0] == '/' ? 2 : 3));
+    std::string text = plain_spelling(text_trimmed(line.substr(0, comment_in(line))));
+    text.erase(std::remove_if(text.begin(), text.end(), [](char c) { return (c & 0x80) != 0; }), text.end());
+    return text;
+}
+
 static std::string_view leading_word(std::string_view line)
 {
     return line.substr(0, line.find_first_of(" \t,=([/"));
@@ -70,7 +94,8 @@ struct same_word_lines {
 
 // What an edit has added, and the words of its changes.
 struct edit_lines {
-    std::set<std::string_view> added, commented; // the latter: the texts of comments among those added
+    std::set<std::string_view> added;
+    std::set<std::string> essences;                                 // of those added
     std::vector<std::map<std::string_view, same_word_lines>> words; // by change
 };
 
@@ -86,8 +111,7 @@ static edit_lines edit_lines_of(const text_changes &texts)
             std::string_view line = line_core(texts.after, change.after_at + i);
             words[leading_word(line)].after.push_back(change.after_at + i);
             edit.added.insert(line);
-            if (is_comment(line))
-                edit.commented.insert(text_trimmed(line.substr(line[0] == '/' ? 2 : 3)));
+            edit.essences.insert(line_essence(line));
         }
     }
     return edit;
@@ -120,26 +144,6 @@ static std::vector<std::string_view> lines_instead(const text_changes &texts, co
     for (size_t i = number; i < end; i++)
         lines.push_back(line_core(texts.after, same.after[i]));
     return lines;
-}
-
-// True of a character that makes one name or number with another beside it.
-static bool is_joining(char c)
-{
-    return text_is(c, CHAR_WORD) || c == '.' || c == '$' || c == '@';
-}
-
-// A text without what people write as they like: the case of letters, and blanks beside commas and operators.
-static std::string plain_spelling(std::string_view text)
-{
-    std::string result;
-    for (size_t i = 0; i < text.size(); i++) {
-        size_t next = text.find_first_not_of(" \t", i);
-        bool divides = next != std::string_view::npos && !result.empty() && is_joining(text[next]) &&
-                       (is_joining(result.back()) || result.back() == ' ');
-        if (next == i || divides)
-            result += static_cast<char>(char_lower(text[i]));
-    }
-    return result;
 }
 
 // How often a text is in a line, and no part of a longer name or number.
@@ -179,16 +183,47 @@ static bool has_lost(const report_item &item, std::string_view was, std::string_
     return number == item.own_texts.size();
 }
 
-// True if a line has the texts of arguments that weren't written in it, strings without their quotes: an
-// option of a menu has none.
+// Items of a line's list up to the last one that isn't empty.
+static size_t list_size(std::string_view line)
+{
+    std::vector<std::string_view> items = list_items(line);
+    while (!items.empty() && items.back().empty())
+        items.pop_back();
+    return items.size();
+}
+
+// True if a line has the texts of arguments that weren't written in it, strings without their quotes, as an
+// option of a menu has none; and the empty places that its list lacked.
 static bool has_won(const report_item &item, std::string_view was, std::string_view there)
 {
     const std::vector<std::string> &texts = item.own_texts;
-    return std::all_of(texts.begin(), texts.end(), [&](const std::string &text) {
-        auto times = static_cast<size_t>(std::count(texts.begin(), texts.end(), text));
-        std::string_view content = without_quotes(text).empty() ? text : without_quotes(text);
-        return count_in(there, content) >= count_in(was, content) + times;
-    });
+    size_t more = item.own_places > 0 ? item.own_places + texts.size() : 0;
+    bool enough = more == 0 || list_size(there) >= list_size(was) + more;
+    return enough && std::all_of(texts.begin(), texts.end(), [&](const std::string &text) {
+               auto times = static_cast<size_t>(std::count(texts.begin(), texts.end(), text));
+               std::string_view content = without_quotes(text).empty() ? text : without_quotes(text);
+               return count_in(there, content) >= count_in(was, content) + times;
+           });
+}
+
+// True if a line does what an item asks for, as one that is there instead of its own.
+static bool is_done(const report_item &item, std::string_view was, std::string_view there)
+{
+    std::string_view live = there.substr(0, comment_in(there));
+    bool same = line_essence(there) == line_essence(was);
+    switch (item.kind) {
+    case ITEM_FROZEN: return !same && !is_comment(there) && has_lost(item, was, live);
+    case ITEM_DECODED:
+        return !same && !is_comment(there) && !has_open_string(there) && has_lost(item, was, live);
+    case ITEM_LOST: return !is_comment(there) && has_won(item, was, live);
+    case ITEM_FORM: return !is_comment(there) && form_is_mended(there, item.own_texts[0], item.own_places);
+    default: {
+        // A comment that has got longer says the same.
+        bool longer = is_comment(was) && is_comment(there) &&
+                      line_essence(there).compare(0, line_essence(was).size(), line_essence(was)) == 0;
+        return !same && !longer;
+    }
+    }
 }
 
 // True if the edit of an own line is one that the item asks for. A line that was added elsewhere was moved,
@@ -198,32 +233,20 @@ static bool has_changed(const report_item &item, const text_changes &texts, cons
 {
     std::vector<std::string_view> lines = lines_instead(texts, edit, index);
     std::string_view was = line_core(texts.before, index);
-    auto live = [](std::string_view line) { return line.substr(0, comment_in(line)); };
-    auto lost = [&](std::string_view line) {
-        bool open = item.kind == ITEM_DECODED && has_open_string(line);
-        return !is_comment(line) && !open && has_lost(item, was, live(line));
-    };
-    auto won = [&](std::string_view line) { return !is_comment(line) && has_won(item, was, live(line)); };
-    auto well_formed = [&](std::string_view line) {
-        bool mended = is_menu_fault(item.own_texts[0]) ? std::count(line.begin(), line.end(), '|') !=
-                                                             std::count(was.begin(), was.end(), '|')
-                                                       : live_form_fault(line, {}) != item.own_texts[0];
-        return !is_comment(line) && mended;
-    };
+    std::string essence = line_essence(was);
+    auto done = [&](std::string_view line) { return is_done(item, was, line); };
     auto another = [&](std::string_view line) { return leading_word(line) != leading_word(was); };
-    if (edit.added.count(was) != 0)
+    if (edit.added.count(was) != 0 || (essence.empty() && is_comment(was)))
         return false;
-    if (lines.empty())
-        return edit.commented.count(was) == 0;
-    switch (item.kind) {
-    case ITEM_GUARDED:
-        return index + 1 == item.own_lines[0] || std::all_of(lines.begin(), lines.end(), another);
-    case ITEM_FROZEN:
-    case ITEM_DECODED: return std::all_of(lines.begin(), lines.end(), lost);
-    case ITEM_LOST: return std::any_of(lines.begin(), lines.end(), won);
-    case ITEM_FORM: return std::all_of(lines.begin(), lines.end(), well_formed);
-    default: return true;
-    }
+    bool texts_decide = item.kind == ITEM_FROZEN || item.kind == ITEM_DECODED || item.kind == ITEM_LOST ||
+                        item.kind == ITEM_FORM;
+    if ((lines.empty() || !texts_decide) && edit.essences.count(essence) != 0)
+        return false;
+    bool guarded = item.kind == ITEM_GUARDED && index + 1 != item.own_lines[0];
+    if (item.kind == ITEM_LOST && !lines.empty())
+        return std::any_of(lines.begin(), lines.end(), done);
+    return std::all_of(lines.begin(), lines.end(), done) &&
+           (!guarded || std::all_of(lines.begin(), lines.end(), another));
 }
 
 // True if the output has a new statement between an IF and what it guarded.
@@ -255,8 +278,11 @@ void edits_find(script_report *report, std::string_view now, std::string_view th
             return line > 0 && line <= matched.size() && matched[index] == 0 &&
                    has_changed(item, texts, edit, index);
         };
-        bool edited = std::any_of(item.own_lines.begin(), item.own_lines.end(), changed) ||
-                      guards_another(item, texts, matched);
+        // Of a statement that failed, all that is left of it has to go.
+        const std::vector<uint64_t> &own = item.own_lines;
+        bool edited = item.kind == ITEM_BROKEN ? !own.empty() && std::all_of(own.begin(), own.end(), changed)
+                                               : std::any_of(own.begin(), own.end(), changed);
+        edited |= guards_another(item, texts, matched);
         item.state = edited ? STATE_CHANGED : STATE_OPEN;
         for (uint64_t line = item.output_line; line < item.output_line + item.output_lines; line++)
             if (item.there_line == 0 && line <= matched.size())

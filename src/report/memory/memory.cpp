@@ -112,6 +112,12 @@ bool memory_knows(const folder_memory &memory, const std::string &output)
            (!memory.refused && file_kind_of(memory_path(memory, output + last_ending), false) != FILE_NONE);
 }
 
+bool memory_script_changed(const folder_memory &memory, const std::string &output, std::string_view script)
+{
+    auto row = memory.written.find(output);
+    return row != memory.written.end() && row->second.script_hash != script_hash_of(script);
+}
+
 std::optional<rules_run_state> memory_start(const folder_memory &memory, const std::string &output)
 {
     auto row = memory.written.find(output);

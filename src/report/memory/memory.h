@@ -51,6 +51,9 @@ std::optional<std::string> memory_last(const folder_memory &memory, const std::s
 // True if something was written to an output before.
 bool memory_knows(const folder_memory &memory, const std::string &output);
 
+// True if an output's script isn't what it was when that was remembered.
+bool memory_script_changed(const folder_memory &memory, const std::string &output, std::string_view script);
+
 // The run state that an output's script starts from, if it is known.
 std::optional<rules_run_state> memory_start(const folder_memory &memory, const std::string &output);
 

@@ -25,16 +25,8 @@ static bool is_cut_from(std::string_view text, std::string_view whole)
     return false;
 }
 
-static size_t lines_with_text(const text_lines &text, size_t first, size_t count)
-{
-    size_t with_text = 0;
-    for (size_t i = first; i < first + count; i++)
-        with_text += line_core(text, i).empty() ? 0 : 1;
-    return with_text;
-}
-
-// True if an edited output was cut off: it ends inside a line, as the beginning of one of those of what was
-// written that it lacks at its end, and lacks more than that one.
+// True if an edited output was cut off: it ends inside a line, and either lacks lines of what was written at
+// its end, or that line is the beginning of one of them.
 static bool is_cut_short(std::string_view there, std::string_view last)
 {
     std::string_view end = text_trimmed(there.substr(there.rfind('\n') + 1));
@@ -42,23 +34,26 @@ static bool is_cut_short(std::string_view there, std::string_view last)
     if (texts.changes.empty())
         return false;
     const line_change &change = texts.changes.back();
-    size_t last_end = change.before_at + change.before_count;
-    bool at_end = last_end == line_count(texts.before) && change.after_count > 0 &&
-                  change.after_at + change.after_count == line_count(texts.after);
-    bool lacking = lines_with_text(texts.before, change.before_at, change.before_count) >
-                   lines_with_text(texts.after, change.after_at, change.after_count);
-    for (size_t i = change.before_at; at_end && lacking && i < last_end; i++) {
-        std::string_view line = line_core(texts.before, i);
-        if (line.size() > end.size() && line.substr(0, end.size()) == end)
-            return true;
-    }
-    return false;
+    size_t before_end = change.before_at + change.before_count,
+           after_end = change.after_at + change.after_count;
+    if (before_end != line_count(texts.before) || after_end != line_count(texts.after))
+        return false;
+    bool begun = false;
+    for (size_t i = change.before_at; i < before_end; i++)
+        begun |= line_core(texts.before, i).substr(0, end.size()) == end;
+    return begun || live_lines(texts.before, change.before_at, change.before_count) >
+                        live_lines(texts.after, change.after_at, change.after_count);
 }
 
 // A disk that was full can leave zeros or line ends alone.
 static bool is_empty(std::string_view text)
 {
     return text_body(text).find_first_not_of(std::string_view(" \t\v\f\r\n\0", 7)) == text.npos;
+}
+
+bool output_is_beginning(std::string_view there, std::string_view now, std::optional<std::string_view> memory)
+{
+    return is_empty(there) || is_cut_from(there, now) || (memory && is_cut_from(there, *memory));
 }
 
 output_state output_state_of(std::optional<std::string_view> there, std::string_view now,
@@ -68,7 +63,7 @@ output_state output_state_of(std::optional<std::string_view> there, std::string_
         return OUTPUT_NONE;
     if (same_text(*there, now))
         return OUTPUT_SAME;
-    if (is_empty(*there) || is_cut_from(*there, now) || (memory && is_cut_from(*there, *memory)))
+    if (output_is_beginning(*there, now, memory))
         return OUTPUT_CUT;
     if (!memory)
         return OUTPUT_UNKNOWN;

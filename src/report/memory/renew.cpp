@@ -56,6 +56,7 @@ static bool remember(script_run *run, folder_memory *memory)
                          {script_hash_of(run->script), MURL_VERSION, run->started}))
         return false;
     run->last = std::move(text);
+    run->report.script_changed = false;
     (void)file_remove(memory_path(*memory, new_name_of(*run)));
     return true;
 }
@@ -120,13 +121,28 @@ void output_renew(script_run *run, folder_memory *memory, bool force)
     if (force && state != OUTPUT_SAME)
         state = OUTPUT_OLD;
     switch (state) {
+    case OUTPUT_CUT:
+        if (!output_is_beginning(*run->there, run->now, run->last)) {
+            report_note(
+                fmt::format("kept {}: it was edited, and is cut off; complete it, and end its last line; "
+                            "--force replaces it",
+                            path));
+            break;
+        }
+        [[fallthrough]];
     case OUTPUT_NONE:
-    case OUTPUT_OLD:
-    case OUTPUT_CUT: (void)write_output(run, memory, platform_text(run->now)); break;
+    case OUTPUT_OLD: (void)write_output(run, memory, platform_text(run->now)); break;
     case OUTPUT_SAME:
         if (!run->last || !same_text(*run->last, run->now) ||
             !memory_start(*memory, path_name(run->report.output_path)))
             (void)remember(run, memory);
+        break;
+    case OUTPUT_EDITED:
+        if (run->report.script_changed && remember(run, memory))
+            report_note(
+                fmt::format("{}: the script has changed, and what is written of it hasn't: look whether your "
+                            "edits still fit",
+                            path));
         break;
     case OUTPUT_BEHIND: merge_output(run, memory); break;
     case OUTPUT_UNKNOWN:

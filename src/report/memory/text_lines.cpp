@@ -1,5 +1,6 @@
 #include "report/memory/text_lines.h"
 
+#include "report/findings/statement.h"
 #include "report/show.h"
 
 #include <functional>
@@ -70,6 +71,14 @@ std::string_view lines_between(const text_lines &text, size_t first, size_t end)
 std::string_view line_core(const text_lines &text, size_t index)
 {
     return text_trimmed(lines_between(text, index, index + 1));
+}
+
+size_t live_lines(const text_lines &text, size_t first, size_t count)
+{
+    size_t live = 0;
+    for (size_t i = first; i < first + count; i++)
+        live += line_core(text, i).empty() || is_comment(line_core(text, i)) ? 0 : 1;
+    return live;
 }
 
 std::vector<uint32_t> lines_number(const text_lines &text, line_numbering *known)

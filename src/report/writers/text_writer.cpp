@@ -71,7 +71,7 @@ static void text_summed(const std::string &path, const std::vector<const report_
 static const char *output_words(output_state state)
 {
     switch (state) {
-    case OUTPUT_CUT: return "it is empty or cut off; --convert writes it again";
+    case OUTPUT_CUT: return "it is empty or cut off; --convert writes it again, or says why not";
     case OUTPUT_UNKNOWN:
         return "it isn't known what murlconv wrote there; --adopt takes it as an edited conversion";
     case OUTPUT_OLD: return "the script or murlconv has changed since; --convert writes it again";
@@ -102,6 +102,12 @@ static void text_script(FILE *, const script_report &script, const script_bodies
     if (const char *words = output_words(script.output); words != nullptr)
         put(fmt::format("{}: output {}: {}\n", shown(script.output_path), output_state_words[script.output],
                         words));
+    auto is_doubtful = [](const report_item &item) { return item.doubtful; };
+    if (script.output == OUTPUT_EDITED && std::any_of(script.items.begin(), script.items.end(), is_doubtful))
+        put(fmt::format(
+            "{}: output edited: the script has changed since, though what is written of it hasn't; "
+            "--convert takes note of it\n",
+            shown(script.output_path)));
 }
 
 static void text_kinds(const report_totals &totals)
