@@ -56,8 +56,8 @@ struct report_item {
     item_state state;
     bool doubtful; // changed only if the output, of which nothing is remembered, is of what is written now,
                    // or if the script, which has changed since, still means the same
-    bool summed;           // one of many alike, which the text reports in one line unless all are asked for
-    uint32_t line;         // of the script, where the statement begins
+    bool summed;   // one of many alike, which the text reports in one line unless all are asked for
+    uint32_t line; // of the script, where the statement begins
     uint32_t last_line;    // of the script, where it ends
     uint64_t output_line;  // of what is written now: where its output begins, or would have begun
     uint64_t output_lines; // lines of its output; 0: nothing is left
