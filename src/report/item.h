@@ -91,7 +91,7 @@ struct script_report {
     uint32_t converted = 0; // statements without an item
     output_state output = OUTPUT_NONE;
     bool output_older = false;   // the output is older than the script
-    bool script_changed = false; // the script isn't what it was when the output was remembered
+    bool script_changed = false; // it was edited, and the script isn't what it was when that was remembered
     std::vector<report_item> items;
 };
 

@@ -39,8 +39,6 @@ static void read_output(script_run *run, const folder_memory &memory)
     file_kind kind = file_kind_of(run->report.output_path, true);
     if (kind != FILE_REGULAR && kind != FILE_FOLDER)
         return;
-    run->report.script_changed =
-        memory_script_changed(memory, path_name(run->report.output_path), run->script);
     std::string text;
     bool leads_to_script = file_identity(run->report.output_path) == file_identity(run->report.path);
     run->unreadable = leads_to_script || !memory_read(run->report.output_path, &text);
@@ -92,14 +90,16 @@ bool script_examine(const report_options &options, const std::string &path, cons
         if (!script_judge(run, &after))
             return false;
     }
-    script_compare(run);
+    script_compare(memory, run);
     return true;
 }
 
-void script_compare(script_run *run)
+void script_compare(const folder_memory &memory, script_run *run)
 {
     script_report &report = run->report;
     report.output = output_state_of(run->there, run->now, run->last);
+    report.script_changed = report.output == OUTPUT_EDITED &&
+                            memory_script_changed(memory, path_name(report.output_path), run->script);
     bool compared = report.output == OUTPUT_EDITED || report.output == OUTPUT_UNKNOWN;
     if (run->there && report.output != OUTPUT_SAME)
         edits_find(&report, run->now, *run->there);

@@ -99,7 +99,8 @@ static size_t comment_or_open_string_in(std::string_view line)
 
 size_t comment_in(std::string_view line)
 {
-    size_t at = comment_or_open_string_in(line);
+    bool may_have = line.find("//") != std::string_view::npos;
+    size_t at = may_have ? comment_or_open_string_in(line) : std::string_view::npos;
     return at != std::string_view::npos && line[at] == '/' ? at : std::string_view::npos;
 }
 

@@ -237,26 +237,11 @@ static const written_line *blank_between(const statement_view &statement)
     return nullptr;
 }
 
-// A live line, with those that a text of it goes on into.
-struct live_line {
-    std::string text;
-    std::vector<uint64_t> own;
-};
-
-static live_line live_line_of(const std::vector<const written_line *> &lines)
-{
-    live_line whole;
-    for (const written_line *line : lines) {
-        whole.text.append(whole.text.empty() ? "" : "\n").append(line->text);
-        whole.own.push_back(line->number);
-    }
-    return whole;
-}
-
 // Puts x in the place of the strings in a line that begins at an offset of the output: what escapes became
 // may be anything.
-static std::string without_strings(const statement_view &statement, std::string text, uint64_t start)
+static std::string without_strings(const statement_view &statement, std::string_view line, uint64_t start)
 {
+    std::string text(line);
     for (int32_t i = 0; i < statement.record->write_count; i++) {
         const emit_write &write = statement.record->writes[i];
         if (!argument_is_string(write.slot) || write.from < start || write.to > start + text.size())
@@ -268,11 +253,22 @@ static std::string without_strings(const statement_view &statement, std::string 
     return text;
 }
 
-static void add_form(judge_state *state, const statement_view &statement, const live_line &line,
+// Lines that are one statement of the output: a live one, with those that a text of it goes on into.
+using live_line = std::vector<const written_line *>;
+
+static std::string_view text_of(const statement_view &statement, const live_line &lines)
+{
+    return output_between(statement, lines.front()->start, lines.back()->start + lines.back()->text.size());
+}
+
+static void add_form(judge_state *state, const statement_view &statement, const live_line &lines,
                      const std::string &fault, size_t bars = 0)
 {
+    std::vector<uint64_t> own;
+    for (const written_line *line : lines)
+        own.push_back(line->number);
     report_item *item = add_item(state, statement, ITEM_FORM,
-                                 fault + ": " + shown_cut(text_trimmed(line.text), 80), line.own);
+                                 fault + ": " + shown_cut(text_trimmed(text_of(statement, lines)), 80), own);
     item->summed = true;
     item->own_texts.push_back(fault);
     item->own_places = bars;
@@ -288,21 +284,22 @@ void judge_live_form(judge_state *state, const statement_view &statement, bool d
     const written_line *menu = options.empty() ? nullptr : line_at(statement.lines, options.front().from);
     size_t at = 0;
     bool rest;
-    for (auto lines = next_live(statement, &at, &rest); !lines.empty();
+    for (live_line lines = next_live(statement, &at, &rest); !lines.empty();
          lines = next_live(statement, &at, &rest)) {
-        live_line line = live_line_of(lines);
-        std::string read = decoded ? without_strings(statement, line.text, lines.front()->start) : line.text;
-        std::string fault = rest ? "the rest of a text that began in the comment before it"
-                                 : live_form_fault(read, arguments);
+        std::string_view text = text_of(statement, lines);
+        std::string fault =
+            rest      ? "the rest of a text that began in the comment before it"
+            : decoded ? live_form_fault(without_strings(statement, text, lines.front()->start), arguments)
+                      : live_form_fault(text, arguments);
         auto has = [&lines](const written_line *one) {
             return std::find(lines.begin(), lines.end(), one) != lines.end();
         };
         if (!fault.empty())
-            add_form(state, statement, line, fault);
+            add_form(state, statement, lines, fault);
         if (has(blank) && fault != values_without_comma)
-            add_form(state, statement, line, values_without_comma);
+            add_form(state, statement, lines, values_without_comma);
         size_t bars;
         if (const char *wrong = has(menu) ? menu_fault(statement, options, &bars) : nullptr; wrong != nullptr)
-            add_form(state, statement, line, wrong, bars);
+            add_form(state, statement, lines, wrong, bars);
     }
 }

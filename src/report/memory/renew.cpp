@@ -56,7 +56,6 @@ static bool remember(script_run *run, folder_memory *memory)
                          {script_hash_of(run->script), MURL_VERSION, run->started}))
         return false;
     run->last = std::move(text);
-    run->report.script_changed = false;
     (void)file_remove(memory_path(*memory, new_name_of(*run)));
     return true;
 }
@@ -153,7 +152,7 @@ void output_renew(script_run *run, folder_memory *memory, bool force)
         break;
     default: break;
     }
-    script_compare(run);
+    script_compare(*memory, run);
 }
 
 // ---- Adopting ----
@@ -182,5 +181,5 @@ void output_adopt(script_run *run, folder_memory *memory, bool force)
         return;
     report_note(fmt::format("adopted {}, of which {} {} from what is written now", path,
                             counted(differing, "line"), differing == 1 ? "differs" : "differ"));
-    script_compare(run);
+    script_compare(*memory, run);
 }
