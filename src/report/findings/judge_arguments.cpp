@@ -1,7 +1,7 @@
 #include "report/findings/judge_arguments.h"
 
-#include "expressions/math_functions.h"
 #include "report/findings/argument_names.h"
+#include "report/findings/argument_values.h"
 #include "report/findings/live_form.h"
 #include "report/show.h"
 #include "rules/rule_table.h"
@@ -9,30 +9,8 @@
 
 #include <fmt/core.h>
 
-#include <stdlib.h>
-
 #include <algorithm>
 #include <utility>
-
-bool expression_is_constant(std::string_view text)
-{
-    for (size_t at = 0; at < text.size();) {
-        size_t end = at;
-        while (end < text.size() && (text_is(text[end], CHAR_WORD) || text[end] == '$' || text[end] == '@'))
-            end++;
-        std::string_view word = text.substr(at, end - at);
-        bool number = !word.empty() && text_is(word[0], CHAR_DIGIT);
-        bool exponent =
-            at > 0 && text[at - 1] == '.' && (word.substr(0, 1) == "e" || word.substr(0, 1) == "E");
-        size_t next = text.find_first_not_of(" \t", end);
-        bool call =
-            next != std::string_view::npos && text[next] == '(' && math_find(word.data(), word.size());
-        if (!word.empty() && !number && !exponent && !call)
-            return false;
-        at = std::max(end, at + 1);
-    }
-    return true;
-}
 
 static void add_detail(std::string *detail, const std::string &text)
 {
@@ -112,31 +90,13 @@ std::string arguments_in_detail(const statement_view &statement)
 
 // ---- Statements that are carried out ----
 
-// True if an argument is a number and nothing else.
-static bool is_number(int32_t position, double *value)
-{
-    std::string text(text_trimmed(argument_text(position)));
-    char *end;
-    *value = strtod(text.c_str(), &end);
-    return !text.empty() && *end == '\0' && expression_is_constant(text);
-}
-
-// True if an argument has a mark of feet or inches, and so no value outside of the drawing.
-static bool has_unit(int32_t position)
-{
-    return argument_text(position).find_first_of("'\"") != std::string_view::npos;
-}
-
 // A constant 0 where nothing could be as well.
 static bool is_default(const statement_view &statement, int32_t position, bool attribute)
 {
     uint8_t spec = argument_spec(statement, position);
     uint8_t type = spec & ARG_TYPE;
-    double number;
-    bool zero = is_number(position, &number) ? number == 0
-                                             : expression_is_constant(argument_text(position)) &&
-                                                   !has_unit(position) && argument_value(position) == 0;
-    return ((spec & ARG_OPTIONAL) != 0 || attribute) && type >= ARG_LONG && type <= ARG_DOUBLE && zero;
+    return ((spec & ARG_OPTIONAL) != 0 || attribute) && type >= ARG_LONG && type <= ARG_DOUBLE &&
+           is_constant_zero(position);
 }
 
 // True of a string that goes on to the end of the script.
@@ -255,18 +215,6 @@ static size_t item_of(const statement_view &statement, const argument_use &use)
     };
     auto item = std::find_if(items.begin(), items.end(), holds);
     return item != items.end() ? static_cast<size_t>(item - items.begin()) : SIZE_MAX;
-}
-
-// True of the value of a constant that stands there as it is, or as the new form has it. The word DEFAULT
-// also stands for numbers that the new form has no word for.
-static bool is_whole_value(int32_t position, const argument_use &use)
-{
-    double number;
-    if (!expression_is_constant(argument_text(position)) || has_unit(position) || use.written.empty())
-        return false;
-    if (use.code)
-        return argument_value(position) == 0 || text_trimmed(use.written) != "DEFAULT";
-    return !is_number(position, &number) || number == strtod(std::string(use.written).c_str(), nullptr);
 }
 
 static void add_surplus(const statement_view &statement, argument_findings *lost)

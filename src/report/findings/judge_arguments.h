@@ -10,6 +10,3 @@ void judge_arguments(judge_state *state, const statement_view &statement, bool c
 // Of a statement that isn't carried out: its arguments as typed, and what its comment lacks of them, to be
 // added to a detail.
 std::string arguments_in_detail(const statement_view &statement);
-
-// True if an expression has the same value wherever it is: it names no variable.
-bool expression_is_constant(std::string_view text);
