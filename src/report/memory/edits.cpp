@@ -61,12 +61,11 @@ static bool is_joining(char c)
 static std::string plain_spelling(std::string_view text)
 {
     std::string result;
-    for (size_t i = 0; i < text.size(); i++) {
-        size_t next = text.find_first_not_of(" \t", i);
-        bool divides = next != std::string_view::npos && !result.empty() && is_joining(text[next]) &&
-                       (is_joining(result.back()) || result.back() == ' ');
-        if (next == i || divides)
-            result += static_cast<char>(char_lower(text[i]));
+    for (size_t at = 0, next; (next = text.find_first_not_of(" \t", at)) != std::string_view::npos;
+         at = next + 1) {
+        if (next > at && !result.empty() && is_joining(result.back()) && is_joining(text[next]))
+            result += ' ';
+        result += static_cast<char>(char_lower(text[next]));
     }
     return result;
 }
