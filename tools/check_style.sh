@@ -56,8 +56,10 @@ tools/check_includes.sh
 configure debug
 run_tidy "$@"
 
+# Its folder remembers what was found in sources that haven't changed.
 tell cppcheck
-cppcheck --quiet --std=c++17 --enable=warning,performance,portability --error-exitcode=1 -j "$(nproc)" \
+mkdir -p "$MURL_BUILD/cppcheck"
+cppcheck --quiet --cppcheck-build-dir="$MURL_BUILD/cppcheck" --std=c++17 --enable=warning,performance,portability --error-exitcode=1 -j "$(nproc)" \
     --suppressions-list=tools/cppcheck.txt -I src src
 
 tell shellcheck
