@@ -262,7 +262,7 @@ static std::string folder_key_of(const std::vector<std::string> &paths)
     std::string real;
     for (const std::string &path : paths)
         real += path_real(path) + "\n";
-    return script_hash_of(real);
+    return hash_of(real);
 }
 
 static int status_of(const report_totals &totals)

@@ -145,6 +145,10 @@ TEST(findings, values_that_were_fixed_are_frozen)
          "5: lost DELENT: no live line has argument 1: 0'\n"},
         {"n = 12\nVIEW n,1,0,0,0,1,0,0,0,1\nVIEW 12,1,0,0,0,1,0,0,0,1\n",
          "2: frozen VIEW: argument 1 (number): n has chosen this form by its value, 12\n"},
+        {"TEXT 1,2,\"a\",3,,,,,,2.5\n",
+         "1: frozen TEXT: argument 10 (style): 2.5 is fixed as Slant\n"
+         "1: form TEXT: a blank between two values where a comma is expected: "
+         "TEXT \"a\", 1 2, 0.0, 0, 0, 0, 0, 3, , , , , Slant, , , , , , , ,\n"},
         {"PRANGE 1,m,0,0,0,10,10,0\n",
          "1: quiet PRANGE: commented out: 1, 0, 0, 0, 10, 10, 0; the comment lacks "
          "argument 2: m (it has 0)\n"},

@@ -163,6 +163,26 @@ TEST_F(report_test, an_edit_that_does_nothing_ends_no_item)
         {"BOX 1,2\n", "BOX 1,2", "box 1, 2 // ?", "1 unknown open"},
         {"BOX 1,2\n", "BOX 1,2", "// BOX 1,2", "1 unknown open"},
         {"BOX 1,2\n", "BOX 1,2", "RECTANGLE 1,2", "1 unknown changed"},
+        {"BOX 1,2\n", "BOX 1", "BOX \t 1", "1 unknown open"},
+        {"w = 2 // b\n", " // b", "", "1 unknown changed"},
+        {"NOTE 1,2,\"a\\nb\"\n", "\"a\nb\", 1 2", "\"a\\nb\", 1 2", "1 decoded changed\n1 form open"},
+        {"NOTE 1,2,\"a\\nb\"\n", "\"a\nb\", 1 2", "\"a\\nb\", 1, 2",
+         "1 decoded changed\n1 form open\n1 form changed"},
+        {"n=2\nTEXT 1,2,\"a\\nb\",3,,,,,,n\n", "TEXT \"a\nb\"", "TEXT \"a\\nb\"", "2 frozen open"},
+        {"n=2\nTEXT 1,2,\"a\\nb\",3,,,,,,n\n", "TEXT \"a\nb\"", "TEXT \"a\\nb\"", "2 decoded changed"},
+        {"TEXT x,-5,\"a\",3\n", "x -5, 0.0, 0", "x -5, 0.0, 4", "1 form open"},
+        {"TEXT x,-5,\"a\",3\n", "x -5", "x, -5", "1 form changed"},
+        {"FTEXT 1,2,notes.txt,3\n", "1 2", "1, 2", "1 form changed"},
+        {"LABEL 1,2,3,4,5,6,7,8,9,\"s\"\n", "LABEL,", "LABEL ,", "1 form open"},
+        {"LABEL 1,2,3,4,5,6,7,8,9,\"s\"\n", "LABEL,", "LABEL", "1 form changed"},
+        {"GETENTXY 1, 2, e, , v\n", "1, 2 e, v", "1, 2, e, v", "1 lost open\n1 form changed"},
+        {"GETENTXY 1, 2, e, , v\n", "1, 2 e, v", "1, 2, e, , v", "1 lost changed\n1 form changed"},
+        {"CIRCLE 1,2,0,3,7\n", "1, 2, 0, 3, 0\n", "1, 2, 0, 4, 0\nCIRCLE 9, 9, 0, 1, 7\n", "1 lost open"},
+        {"IF n\ndYESNO 1,1\nLNIE 0\n", "LNIE", "LINE", "1 guarded open"},
+        {"n=1\nXHATCH n,1,p,2\n", "XHATCH 1, p, , ", "XHATCH n, 1, p, 2", "2 frozen changed\n2 lost changed"},
+        {"GROUP \"g\",1,2\n", "REM GROUP", "GROUP", "1 quiet changed"},
+        {"GROUP \"g\",1,2\n", "REM GROUP", "REM TODO GROUP", "1 quiet open"},
+        {"GROUP \"a // b\nc\",1,2\n", "c\", 1", "// c\", 1", "1 form changed"},
         {"LEVELS 1,2\n", "LEVELS 1, 2", "LEVELS 1, 2 todo", "1 quiet open"},
         {"LINE 0,0,x y,1,1,0\n", " x\n", "LINE 0,0,0,1,1,0\n", "1 broken open"},
         {"LINE 0,0,x y,1,1,0\n", " x\n1,1,0\n", "LINE 0,0,0,1,1,0\n", "1 broken changed"},
@@ -184,6 +204,8 @@ TEST_F(report_test, looks_twice_at_an_edited_output)
     write("a.mrl", "n = 4\nm = 4\nSCALE 1,2,3,n\nPRINT 1\nPRINT 2\n");
     run("--convert a.mrl");
     edit("a_conv.mrl", "SCALE 4", "SCALE n");
+    EXPECT_EQ(run("a.mrl").status, 0);
+    edit("a.mrl", "PRINT 1\n", "  PRINT 1 \r\n"); // as an editor has it
     EXPECT_EQ(run("a.mrl").status, 0);
     edit("a.mrl", "3,n", "3,m");
     report_result result = run("a.mrl");
@@ -264,9 +286,10 @@ TEST_F(report_test, takes_what_is_carried_out_for_an_edit)
     expect_after_edit("PRINT \"say \"hi\"\"\nWAIT 2\n", "WAIT 2\n// PRINT \"say \"hi\"\"\n",
                       "5 decoded open");
     expect_after_edit("// PRINT \"say \"hi\"\"\n", "", "5 decoded changed");
-    expect_after_edit("k, \"|Yes|\"", "k, 0, \"|Yes|no\"", "7 lost changed");
-    expect_after_edit("3, 3, 0, 0\n", "3, 3, 0, C + 1\n", "8 lost changed");
-    write("a_conv.mrl", "<<<<<<< mine\n" + read("a_conv.mrl") + "=======\n>>>>>>> theirs\n");
+    expect_after_edit("k, \"|Yes|\"", "k, 0, \"|Yes|No\"", "7 lost changed");
+    expect_after_edit("3, 3, 0, 0\n", "3, 3, 0, C + 1\n", "8 lost open"); // another name
+    expect_after_edit("3, 3, 0, C", "3, 3, 0, c", "8 lost changed");
+    write("a_conv.mrl", read("a_conv.mrl") + "=======\n>>>>>>> theirs\n");
     report_result result = run("a.mrl");
     EXPECT_EQ(result.status, 2);
     EXPECT_TRUE(has(result.err, "a_conv.mrl has conflict markers and isn't used")) << result.err;

@@ -59,6 +59,8 @@ bool is_whole_value(int32_t position, const argument_use &use)
     if (!expression_is_constant(argument_text(position)) || has_unit(position) || use.written.empty())
         return false;
     if (use.code)
-        return argument_value(position) == 0 || text_trimmed(use.written) != "DEFAULT";
+        return is_number(position, &number) && number != argument_value(position)
+                   ? false
+                   : argument_value(position) == 0 || text_trimmed(use.written) != "DEFAULT";
     return !is_number(position, &number) || number == strtod(std::string(use.written).c_str(), nullptr);
 }

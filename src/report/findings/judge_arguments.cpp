@@ -70,7 +70,7 @@ std::string arguments_in_detail(const statement_view &statement)
             continue;
         }
         argument_use use = argument_use_of(statement, position, false);
-        bool value = use.value && expression_is_constant(argument_text(position));
+        bool value = use.value && is_whole_value(position, use);
         if (!comment || use.text || value)
             add_detail(&there, shown_cut(argument_typed(statement, position), text_shown) +
                                    (comment && has_dropped(statement, position)
@@ -127,6 +127,7 @@ struct argument_findings {
     std::string detail;
     std::vector<std::string> texts; // that decide whether an edit counts
     std::vector<size_t> items;
+    std::vector<std::string> typed;
     std::vector<uint64_t> lines;
     size_t places = 0; // empty ones that the line lacks
     bool attributes_only = true;
@@ -180,8 +181,12 @@ static void take_findings(judge_state *state, const statement_view &statement, i
 {
     if (findings->detail.empty())
         return;
-    report_item *item =
-        add_item(state, statement, kind, start + findings->detail, std::move(findings->lines));
+    size_t more = 0;
+    std::vector<uint64_t> lines =
+        kind == ITEM_DECODED ? findings->lines : line_heads(statement, findings->lines, &more);
+    report_item *item = add_item(state, statement, kind, start + findings->detail, std::move(lines));
+    item->own_more = more;
+    item->own_typed = std::move(findings->typed);
     item->own_texts = std::move(findings->texts);
     item->own_items = std::move(findings->items);
     item->own_places = findings->places;
@@ -294,6 +299,7 @@ static void judge_live(const statement_view &statement, int32_t position, const 
             fmt::format("{} is written as the text \"{}\"", argument(), shown_cut(use.written, text_shown)),
             fmt::format("\"{}\"", use.written), {use.line});
         findings->frozen.items.push_back(SIZE_MAX);
+        findings->frozen.typed.emplace_back(text);
     } else if (use.value && use.written.empty()) {
         findings->lost.attributes_only = false;
         add_finding(&findings->lost, argument() + " (what follows it has moved up)", text, {use.line});
@@ -302,6 +308,7 @@ static void judge_live(const statement_view &statement, int32_t position, const 
                     fmt::format("{} is fixed as {}", argument(), shown(text_trimmed(use.written))),
                     text_trimmed(use.written), {use.line});
         findings->frozen.items.push_back(item_of(statement, use));
+        findings->frozen.typed.emplace_back(text);
     } else if (bool attribute = is_attribute(argument_name(rule_last.row, position));
                !is_default(statement, position, attribute)) {
         findings->lost.attributes_only &= attribute;

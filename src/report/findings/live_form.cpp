@@ -29,6 +29,8 @@ static bool is_pair(char first, char second)
 }
 
 static constexpr const char *values_without_comma = "a blank between two values where a comma is expected";
+static constexpr const char *comma_after_word = "a comma directly after the word";
+static constexpr const char *rest_of_text = "the rest of a text that began in the comment before it";
 static constexpr const char *comment_inside = "a comment inside the line";
 static constexpr const char *no_character = "a character that no expression has";
 
@@ -135,7 +137,7 @@ std::string live_form_fault(std::string_view line, const std::vector<std::string
     if (word == line.size())
         return {};
     if (line[word] == ',')
-        return "a comma directly after the word";
+        return comma_after_word;
     std::string_view list = line.substr(word);
     if (line[word] != ' ') {
         std::string_view value = text_trimmed(line.substr(std::min(line.find('='), line.size() - 1) + 1));
@@ -156,13 +158,6 @@ std::string live_form_fault(std::string_view line, const std::vector<std::string
 static constexpr const char *option_missing = "an empty menu option of the script is missing";
 static constexpr const char *option_added = "an empty menu option that the script didn't have";
 static constexpr const char *option_divided = "an option of the script has a bar, which divides options";
-
-bool form_is_mended(std::string_view line, std::string_view fault, size_t bars)
-{
-    if (fault == option_missing || fault == option_added || fault == option_divided)
-        return static_cast<size_t>(std::count(line.begin(), line.end(), '|')) == bars;
-    return live_form_fault(fault == comment_inside ? line : line.substr(0, comment_in(line)), {}).empty();
-}
 
 static std::string_view output_between(const statement_view &statement, uint64_t from, uint64_t to)
 {
@@ -261,17 +256,34 @@ static std::string_view text_of(const statement_view &statement, const live_line
     return output_between(statement, lines.front()->start, lines.back()->start + lines.back()->text.size());
 }
 
+// Items of a list that are arguments as the script has them, and no expressions: file names and the like.
+static void add_odd_arguments(std::vector<std::string> *odd, std::string_view line,
+                              const std::vector<std::string_view> &arguments)
+{
+    for (std::string_view item : list_items(line))
+        if (std::find(arguments.begin(), arguments.end(), item) != arguments.end() &&
+            !item_fault(item, {}).empty())
+            odd->emplace_back(item);
+}
+
 static void add_form(judge_state *state, const statement_view &statement, const live_line &lines,
-                     const std::string &fault, size_t bars = 0)
+                     const std::vector<std::string_view> &arguments, const std::string &fault,
+                     size_t bars = 0)
 {
     std::vector<uint64_t> own;
     for (const written_line *line : lines)
         own.push_back(line->number);
+    size_t more = 0;
+    if (fault != rest_of_text)
+        own = line_heads(statement, own, &more);
+    std::string_view text = text_of(statement, lines);
     report_item *item = add_item(state, statement, ITEM_FORM,
-                                 fault + ": " + shown_cut(text_trimmed(text_of(statement, lines)), 80), own);
+                                 fault + ": " + shown_cut(text_trimmed(text), 80), std::move(own));
     item->summed = true;
     item->own_texts.push_back(fault);
+    add_odd_arguments(&item->own_texts, text, arguments);
     item->own_places = bars;
+    item->own_more = more;
 }
 
 void judge_live_form(judge_state *state, const statement_view &statement, bool decoded)
@@ -288,18 +300,37 @@ void judge_live_form(judge_state *state, const statement_view &statement, bool d
          lines = next_live(statement, &at, &rest)) {
         std::string_view text = text_of(statement, lines);
         std::string fault =
-            rest      ? "the rest of a text that began in the comment before it"
+            rest      ? rest_of_text
             : decoded ? live_form_fault(without_strings(statement, text, lines.front()->start), arguments)
                       : live_form_fault(text, arguments);
         auto has = [&lines](const written_line *one) {
             return std::find(lines.begin(), lines.end(), one) != lines.end();
         };
         if (!fault.empty())
-            add_form(state, statement, lines, fault);
+            add_form(state, statement, lines, arguments, fault);
         if (has(blank) && fault != values_without_comma)
-            add_form(state, statement, lines, values_without_comma);
+            add_form(state, statement, lines, arguments, values_without_comma);
         size_t bars;
         if (const char *wrong = has(menu) ? menu_fault(statement, options, &bars) : nullptr; wrong != nullptr)
-            add_form(state, statement, lines, wrong, bars);
+            add_form(state, statement, lines, arguments, wrong, bars);
     }
+}
+
+bool form_is_mended(const report_item &item, std::string_view was, std::string_view there)
+{
+    const std::string &fault = item.own_texts[0];
+    if (fault == rest_of_text)
+        return is_comment(there);
+    if (fault == option_missing || fault == option_added || fault == option_divided)
+        return !is_comment(there) &&
+               static_cast<size_t>(std::count(there.begin(), there.end(), '|')) == item.own_places;
+    if (fault != comment_inside)
+        there = there.substr(0, comment_in(there));
+    std::vector<std::string_view> before = list_items(was), after = list_items(there);
+    // A second value with a sign is no fault that a line alone shows: there has to be one more comma.
+    if ((fault == values_without_comma && after.size() <= before.size()) ||
+        (fault == comma_after_word && after[0].empty()))
+        return false;
+    std::vector<std::string_view> arguments(item.own_texts.begin() + 1, item.own_texts.end());
+    return !is_comment(there) && live_form_fault(there, arguments).empty();
 }

@@ -21,6 +21,6 @@ std::vector<std::string_view> list_items(std::string_view line);
 // is one.
 std::string live_form_fault(std::string_view line, const std::vector<std::string_view> &arguments);
 
-// True if an edited line no longer has a fault, nor another one instead. bars: of a fault of the menu, how
-// many there should be.
-bool form_is_mended(std::string_view line, std::string_view fault, size_t bars);
+// True if the line that is there no longer has the fault of an item of the kind form, nor another one
+// instead.
+bool form_is_mended(const report_item &item, std::string_view was, std::string_view there);

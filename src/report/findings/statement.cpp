@@ -94,6 +94,26 @@ std::vector<uint64_t> lines_of(const statement_view &statement, bool live)
     return numbers;
 }
 
+std::vector<uint64_t> line_heads(const statement_view &statement, const std::vector<uint64_t> &numbers,
+                                 size_t *more)
+{
+    const std::vector<written_line> &lines = statement.lines;
+    std::vector<uint64_t> heads;
+    for (uint64_t number : numbers) {
+        auto at = static_cast<size_t>(number - lines.front().number);
+        while (at > 0 && lines[at].inside)
+            at--;
+        if (std::find(heads.begin(), heads.end(), lines[at].number) == heads.end())
+            heads.push_back(lines[at].number);
+    }
+    *more = 0;
+    if (heads.size() == 1)
+        for (auto at = static_cast<size_t>(heads[0] - lines.front().number) + 1;
+             at < lines.size() && lines[at].inside; at++)
+            ++*more;
+    return heads;
+}
+
 // ---- Arguments ----
 
 // The slot of a position; null if the list ended before it.

@@ -51,6 +51,11 @@ const written_line *line_at(const std::vector<written_line> &lines, uint64_t off
 // The lines that are live, or comments; numbers of the whole output.
 std::vector<uint64_t> lines_of(const statement_view &statement, bool live);
 
+// Of lines, by their numbers, those that aren't inside of a text, or the ones before them where they are.
+// *more: how many are inside after the only one; 0 if there are several.
+std::vector<uint64_t> line_heads(const statement_view &statement, const std::vector<uint64_t> &numbers,
+                                 size_t *more);
+
 // ---- Arguments, by their position from 1 ----
 
 // The last position that has an argument, or had one of which the fetcher has left nothing.

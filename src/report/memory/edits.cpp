@@ -2,6 +2,7 @@
 
 #include "report/findings/judge_text.h"
 #include "report/findings/live_form.h"
+#include "report/memory/line_words.h"
 #include "report/memory/text_lines.h"
 #include "report/show.h"
 #include "support/text.h"
@@ -49,43 +50,6 @@ std::vector<uint64_t> lines_there(std::string_view now, std::string_view there)
     return lines_there(text_diff(now, there));
 }
 
-// ---- Lines that were edited ----
-
-// True of a character that makes one name or number with another beside it.
-static bool is_joining(char c)
-{
-    return text_is(c, CHAR_WORD) || c == '.' || c == '$' || c == '@';
-}
-
-// A text without what people write as they like: the case of letters, and blanks beside commas and operators.
-static std::string plain_spelling(std::string_view text)
-{
-    std::string result;
-    for (size_t at = 0, next; (next = text.find_first_not_of(" \t", at)) != std::string_view::npos;
-         at = next + 1) {
-        if (next > at && !result.empty() && is_joining(result.back()) && is_joining(text[next]))
-            result += ' ';
-        result += static_cast<char>(char_lower(text[next]));
-    }
-    return result;
-}
-
-// A line without what an edit that does nothing changes: the above, the signs of a comment, a remark behind a
-// statement, and letters beyond ASCII, whose bytes depend on the encoding.
-static std::string line_essence(std::string_view line)
-{
-    while (is_comment(line))
-        line = text_trimmed(line.substr(line[0] == '/' ? 2 : 3));
-    std::string text = plain_spelling(text_trimmed(line.substr(0, comment_in(line))));
-    text.erase(std::remove_if(text.begin(), text.end(), [](char c) { return (c & 0x80) != 0; }), text.end());
-    return text;
-}
-
-static std::string_view leading_word(std::string_view line)
-{
-    return line.substr(0, line.find_first_of(" \t,=([/"));
-}
-
 // Lines of a change that begin with the same word, in both texts, by their indexes.
 struct same_word_lines {
     std::vector<size_t> before, after;
@@ -94,8 +58,8 @@ struct same_word_lines {
 // What an edit has added, and the words of its changes.
 struct edit_lines {
     std::set<std::string_view> added;
-    std::set<std::string> essences;                                 // of those added
-    std::vector<std::map<std::string_view, same_word_lines>> words; // by change
+    std::set<std::string> essences;                            // of those added
+    std::vector<std::map<std::string, same_word_lines>> words; // by change
 };
 
 static edit_lines edit_lines_of(const text_changes &texts)
@@ -110,7 +74,7 @@ static edit_lines edit_lines_of(const text_changes &texts)
             std::string_view line = line_core(texts.after, change.after_at + i);
             words[leading_word(line)].after.push_back(change.after_at + i);
             edit.added.insert(line);
-            edit.essences.insert(line_essence(line));
+            edit.essences.insert((is_comment(line) ? "/" : "") + line_essence(line));
         }
     }
     return edit;
@@ -145,21 +109,17 @@ static std::vector<std::string_view> lines_instead(const text_changes &texts, co
     return lines;
 }
 
-// How often a text is in a line, and no part of a longer name or number.
-static size_t count_in(std::string_view there, std::string_view wanted)
+// True if a line has a text of several as often more as they have it.
+static bool has_again(const std::vector<std::string> &texts, const std::string &text, std::string_view was,
+                      std::string_view there, size_t replaced = 0)
 {
-    std::string line = plain_spelling(there), text = plain_spelling(text_trimmed(wanted));
-    size_t count = 0;
-    for (size_t at = line.find(text); !text.empty() && at != std::string_view::npos;
-         at = line.find(text, at + 1)) {
-        size_t end = at + text.size();
-        bool begins = at == 0 || !is_joining(line[at - 1]) || !is_joining(text.front());
-        count += begins && (end == line.size() || !is_joining(line[end]) || !is_joining(text.back())) ? 1 : 0;
-    }
-    return count;
+    auto times = static_cast<size_t>(std::count(texts.begin(), texts.end(), text));
+    std::string_view content = without_quotes(text).empty() ? text : without_quotes(text);
+    return count_in(there, content) + replaced >= count_in(was, content) + times;
 }
 
-// True if a line no longer has a value that was written in it, as an item of its list or elsewhere.
+// True if a line no longer has a value that was written in it, as an item of its list or elsewhere, or has
+// the expression that the value is of.
 static bool has_lost_value(const report_item &item, size_t number, std::string_view was,
                            std::string_view there)
 {
@@ -171,7 +131,8 @@ static bool has_lost_value(const report_item &item, size_t number, std::string_v
         return count_in(after[at], text) == 0;
     auto times = static_cast<size_t>(std::count(item.own_texts.begin(), item.own_texts.end(), text));
     size_t left = count_in(there, text);
-    return left == 0 || left + times <= count_in(was, text);
+    return left == 0 || left + times <= count_in(was, text) ||
+           (number < item.own_typed.size() && has_again(item.own_typed, item.own_typed[number], was, there));
 }
 
 static bool has_lost(const report_item &item, std::string_view was, std::string_view there)
@@ -182,70 +143,85 @@ static bool has_lost(const report_item &item, std::string_view was, std::string_
     return number == item.own_texts.size();
 }
 
-// Items of a line's list up to the last one that isn't empty.
-static size_t list_size(std::string_view line)
+// True if a line has the texts of arguments that weren't written in it, strings without their quotes, as an
+// option of a menu has none; and the empty places that its list lacked. frozen: of the same statement, whose
+// values are gone from the line; or null.
+static bool has_won(const report_item &item, const report_item *frozen, std::string_view was,
+                    std::string_view there)
 {
-    std::vector<std::string_view> items = list_items(line);
-    while (!items.empty() && items.back().empty())
-        items.pop_back();
-    return items.size();
+    if (item.own_places > 0 && empty_items(there) < empty_items(was) + item.own_places)
+        return false;
+    return std::all_of(item.own_texts.begin(), item.own_texts.end(), [&](const std::string &text) {
+        auto replaced =
+            frozen == nullptr ? 0 : std::count(frozen->own_texts.begin(), frozen->own_texts.end(), text);
+        return has_again(item.own_texts, text, was, there, static_cast<size_t>(replaced));
+    });
 }
 
-// True if a line has the texts of arguments that weren't written in it, strings without their quotes, as an
-// option of a menu has none; and the empty places that its list lacked.
-static bool has_won(const report_item &item, std::string_view was, std::string_view there)
+// True if a line says something else than the one that an item is about.
+static bool says_another(const report_item &item, std::string_view was, std::string_view there)
 {
-    const std::vector<std::string> &texts = item.own_texts;
-    size_t more = item.own_places > 0 ? item.own_places + texts.size() : 0;
-    bool enough = more == 0 || list_size(there) >= list_size(was) + more;
-    return enough && std::all_of(texts.begin(), texts.end(), [&](const std::string &text) {
-               auto times = static_cast<size_t>(std::count(texts.begin(), texts.end(), text));
-               std::string_view content = without_quotes(text).empty() ? text : without_quotes(text);
-               return count_in(there, content) >= count_in(was, content) + times;
-           });
+    std::string before = line_essence(was), after = line_essence(there);
+    if (is_comment(was) && is_comment(there)) // more words in a comment say the same
+        return after.find(before) == std::string::npos;
+    bool remark_mended = item.kind == ITEM_UNKNOWN &&
+                         item.detail.find(": // on the line") != std::string::npos &&
+                         comment_in(there) == std::string_view::npos;
+    return before != after || (is_comment(was) != is_comment(there) && is_comment(was)) ||
+           (remark_mended && !is_comment(there));
 }
 
 // True if a line does what an item asks for, as one that is there instead of its own.
-static bool is_done(const report_item &item, std::string_view was, std::string_view there)
+static bool is_done(const report_item &item, const report_item *frozen, std::string_view was,
+                    std::string_view there)
 {
     std::string_view live = there.substr(0, comment_in(there));
-    bool same = line_essence(there) == line_essence(was);
     switch (item.kind) {
-    case ITEM_FROZEN: return !same && !is_comment(there) && has_lost(item, was, live);
-    case ITEM_DECODED:
-        return !same && !is_comment(there) && !has_open_string(there) && has_lost(item, was, live);
-    case ITEM_LOST: return !is_comment(there) && has_won(item, was, live);
-    case ITEM_FORM: return !is_comment(there) && form_is_mended(there, item.own_texts[0], item.own_places);
-    default: {
-        // A comment that has got longer says the same.
-        bool longer = is_comment(was) && is_comment(there) &&
-                      line_essence(there).compare(0, line_essence(was).size(), line_essence(was)) == 0;
-        return !same && !longer;
-    }
+    case ITEM_FROZEN:
+        return !is_comment(there) && says_another(item, was, there) && has_lost(item, was, live);
+    case ITEM_DECODED: // of a string over several lines, each of them has an open one
+        return !is_comment(there) && says_another(item, was, there) && !has_open_string(there) &&
+               (has_open_string(was) || has_lost(item, was, live));
+    case ITEM_LOST: return !is_comment(there) && has_won(item, frozen, was, live);
+    case ITEM_FORM: return form_is_mended(item, was, there);
+    default: return says_another(item, was, there);
     }
 }
 
-// True if the edit of an own line is one that the item asks for. A line that was added elsewhere was moved,
-// and one that has become a comment is still to be done.
-static bool has_changed(const report_item &item, const text_changes &texts, const edit_lines &edit,
-                        size_t index)
+// What has become of an own line that isn't there any more.
+enum line_fate { FATE_OPEN, FATE_GONE, FATE_DONE };
+
+// A line that was added elsewhere was moved, and one that has become a comment is still to be done.
+static line_fate fate_of(const report_item &item, const report_item *frozen, const text_changes &texts,
+                         const edit_lines &edit, size_t index)
 {
     std::vector<std::string_view> lines = lines_instead(texts, edit, index);
-    std::string_view was = line_core(texts.before, index);
-    std::string essence = line_essence(was);
-    auto done = [&](std::string_view line) { return is_done(item, was, line); };
-    auto another = [&](std::string_view line) { return leading_word(line) != leading_word(was); };
-    if (edit.added.count(was) != 0 || (essence.empty() && is_comment(was)))
-        return false;
-    bool texts_decide = item.kind == ITEM_FROZEN || item.kind == ITEM_DECODED || item.kind == ITEM_LOST ||
-                        item.kind == ITEM_FORM;
-    if ((lines.empty() || !texts_decide) && edit.essences.count(essence) != 0)
-        return false;
-    bool guarded = item.kind == ITEM_GUARDED && index + 1 != item.own_lines[0];
-    if (item.kind == ITEM_LOST && !lines.empty())
-        return std::any_of(lines.begin(), lines.end(), done);
-    return std::all_of(lines.begin(), lines.end(), done) &&
-           (!guarded || std::all_of(lines.begin(), lines.end(), another));
+    std::string_view first = line_core(texts.before, index);
+    std::string essence = line_essence(first);
+    if (edit.added.count(first) != 0 || (essence.empty() && is_comment(first)))
+        return FATE_OPEN;
+    bool still_there =
+        edit.essences.count("/" + essence) != 0 || (!is_comment(first) && edit.essences.count(essence) != 0);
+    if (lines.empty())
+        return still_there ? FATE_OPEN : FATE_GONE;
+    std::string was(first);
+    for (size_t more = 1; more <= item.own_more && index + more < line_count(texts.before); more++)
+        was.append(" ").append(line_core(texts.before, index + more));
+    auto like = [&was](std::string_view a, std::string_view b) {
+        return likeness(a, was) < likeness(b, was);
+    };
+    return is_done(item, frozen, was, *std::max_element(lines.begin(), lines.end(), like)) ? FATE_DONE
+                                                                                           : FATE_OPEN;
+}
+
+// Own lines of all items but those that are guarded.
+static std::set<uint64_t> lines_of_others(const script_report &report)
+{
+    std::set<uint64_t> lines;
+    for (const report_item &item : report.items)
+        if (item.kind != ITEM_GUARDED)
+            lines.insert(item.own_lines.begin(), item.own_lines.end());
+    return lines;
 }
 
 // True if the output has a new statement between an IF and what it guarded.
@@ -266,25 +242,59 @@ static bool guards_another(const report_item &item, const text_changes &texts,
     return false;
 }
 
+// The texts of a comparison, what an edit has made of their lines, and the items' lines.
+struct edit_view {
+    text_changes texts;
+    std::vector<uint64_t> matched;
+    edit_lines edit;
+    std::set<uint64_t> of_others;
+};
+
+// True if the edits of an item's own lines are those that it asks for.
+static bool is_settled(const report_item &item, const report_item *frozen, const edit_view &view)
+{
+    size_t gone = 0, done = 0;
+    for (size_t i = 0; i < item.own_lines.size(); i++) {
+        uint64_t line = item.own_lines[i];
+        auto index = static_cast<size_t>(line - 1);
+        if (line == 0 || line > view.matched.size() || view.matched[index] != 0)
+            continue;
+        line_fate fate = fate_of(item, frozen, view.texts, view.edit, index);
+        gone += fate == FATE_GONE ? 1 : 0;
+        // What an IF guards now may be mended for another item, or be the same statement in other words.
+        bool of_guarded = item.kind == ITEM_GUARDED && i > 0;
+        if (fate == FATE_DONE && of_guarded) {
+            std::vector<std::string_view> lines = lines_instead(view.texts, view.edit, index);
+            std::string word = leading_word(line_core(view.texts.before, index));
+            auto same = [&word](std::string_view there) { return leading_word(there) == word; };
+            if (view.of_others.count(line) != 0 || std::any_of(lines.begin(), lines.end(), same))
+                continue;
+        }
+        done += fate == FATE_DONE ? 1 : 0;
+    }
+    switch (item.kind) {
+    case ITEM_BROKEN:
+    case ITEM_DECODED: return gone + done > 0 && gone + done == item.own_lines.size();
+    case ITEM_FROZEN:
+    case ITEM_LOST:
+    case ITEM_FORM: return done > 0 || (gone > 0 && gone == item.own_lines.size());
+    default: return gone + done > 0 || guards_another(item, view.texts, view.matched);
+    }
+}
+
 void edits_find(script_report *report, std::string_view now, std::string_view there)
 {
-    text_changes texts = text_diff(now, there);
-    std::vector<uint64_t> matched = lines_there(texts);
-    edit_lines edit = edit_lines_of(texts);
+    edit_view view{text_diff(now, there), {}, {}, lines_of_others(*report)};
+    view.matched = lines_there(view.texts);
+    view.edit = edit_lines_of(view.texts);
+    const report_item *frozen = nullptr;
     for (report_item &item : report->items) {
-        auto changed = [&](uint64_t line) {
-            auto index = static_cast<size_t>(line - 1);
-            return line > 0 && line <= matched.size() && matched[index] == 0 &&
-                   has_changed(item, texts, edit, index);
-        };
-        // Of a statement that failed, all that is left of it has to go.
-        const std::vector<uint64_t> &own = item.own_lines;
-        bool edited = item.kind == ITEM_BROKEN ? !own.empty() && std::all_of(own.begin(), own.end(), changed)
-                                               : std::any_of(own.begin(), own.end(), changed);
-        edited |= guards_another(item, texts, matched);
-        item.state = edited ? STATE_CHANGED : STATE_OPEN;
+        bool of_frozen = frozen != nullptr && frozen->output_line == item.output_line;
+        item.state = is_settled(item, of_frozen ? frozen : nullptr, view) ? STATE_CHANGED : STATE_OPEN;
+        if (item.kind == ITEM_FROZEN && item.state == STATE_CHANGED)
+            frozen = &item;
         for (uint64_t line = item.output_line; line < item.output_line + item.output_lines; line++)
-            if (item.there_line == 0 && line <= matched.size())
-                item.there_line = matched[static_cast<size_t>(line - 1)];
+            if (item.there_line == 0 && line <= view.matched.size())
+                item.there_line = view.matched[static_cast<size_t>(line - 1)];
     }
 }

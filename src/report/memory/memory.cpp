@@ -2,6 +2,7 @@
 
 #include "report/csv.h"
 #include "report/files.h"
+#include "report/memory/text_lines.h"
 #include "report/messages.h"
 #include "report/show.h"
 
@@ -37,7 +38,16 @@ std::string memory_new_name(const std::string &output)
     return output + new_ending;
 }
 
-std::string script_hash_of(std::string_view bytes)
+std::string script_hash_of(std::string_view script)
+{
+    std::string lines;
+    std::string_view rest = text_body(script), line;
+    while (line_take(&rest, &line))
+        lines.append(text_trimmed(line)).append("\n");
+    return hash_of(lines);
+}
+
+std::string hash_of(std::string_view bytes)
 {
     uint64_t hash = 0xCBF29CE484222325; // FNV-1a
     for (char c : bytes)
@@ -51,10 +61,10 @@ static bool has_line(std::string_view text, const std::string &start)
     return text.substr(0, start.size()) == start || text.find("\n" + start) != std::string_view::npos;
 }
 
-// True if a text has the lines that version control writes around a conflict.
+// True if a text has a line that version control writes around a conflict. One of them may be gone.
 static bool has_conflict_markers(std::string_view text)
 {
-    return has_line(text, "<<<<<<< ") && has_line(text, ">>>>>>> ");
+    return has_line(text, "<<<<<<< ") || has_line(text, ">>>>>>> ");
 }
 
 bool memory_read(const std::string &path, std::string *text)

@@ -18,7 +18,7 @@ inline constexpr char memory_folder_name[] = ".murlreport";
 
 // What written.csv has of an output.
 struct written_row {
-    std::string script_hash; // of the script's bytes, in hexadecimal digits
+    std::string script_hash; // of the script's lines
     std::string version;     // of murlconv
     rules_run_state started; // the run's state before the script
 };
@@ -74,5 +74,7 @@ bool memory_save(folder_memory *memory);
 // Forgets the outputs whose scripts are gone, and reports each.
 void memory_prune(folder_memory *memory);
 
-// The hash of a script's bytes, as written.csv has it.
-std::string script_hash_of(std::string_view bytes);
+// A hash in hexadecimal digits: of bytes, and of a script without what the habits of editors change, as
+// written.csv has it.
+std::string hash_of(std::string_view bytes);
+std::string script_hash_of(std::string_view script);

@@ -92,7 +92,7 @@ static void sarif_script(FILE *file, const script_report &script, const script_b
         json suppressions = json::array();
         if (item.state == STATE_ACCEPTED)
             suppressions.push_back({{"kind", "external"}, {"status", "accepted"}});
-        std::string print = script_hash_of(accepted_row_of(name, item));
+        std::string print = hash_of(accepted_row_of(name, item));
         uint64_t alike = ++prints[print];
         json region = {{"startLine", item.line}, {"endLine", std::max(item.line, item.last_line)}};
         fputs(std::exchange(first_result, false) ? "\n" : ",\n", file);
