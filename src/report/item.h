@@ -73,10 +73,13 @@ struct report_item {
     // be gone, of lost those of the arguments, which must be there. None: any change counts.
     std::vector<std::string> own_texts;
     std::vector<size_t> own_items; // of frozen: which item of its line's list each text is; SIZE_MAX: none
-    std::vector<std::string> own_typed; // of frozen: what was typed for each text
-    size_t own_places; // of lost, empty places that the list of its line lacks; of form, bars of its menu
-    size_t own_more;   // of frozen, lost and form: lines after the own one that belong to it, as a text of it
-                       // goes on
+    // Of frozen, what was typed for each text; of form, the two values that have no comma between them.
+    std::vector<std::string> own_typed;
+    bool guards_itself; // of guarded: the second own line is of the statement under the IF, not of one after
+                        // it
+    size_t own_places;  // of lost, empty places that the list of its line lacks; of form, bars of its menu
+    size_t own_more; // of frozen, lost and form: lines after the own one that belong to it, as a text of it
+                     // goes on
 };
 
 // The state of an item in a word, with a question mark if it is doubtful; none if it is for information

@@ -24,24 +24,28 @@ static bool script_judge(script_run *run, rules_run_state *after)
     run->report.items.clear();
     run->report.statements = run->report.converted = 0;
     *after = run->started;
-    if (!file_read(run->report.path, &run->script) ||
-        !script_convert(run->report.path, after, &run->now, take_statement_of, &judge)) {
+    text_lines lines{};
+    judge.script = &lines;
+    bool is_read = file_read(run->report.path, &run->script);
+    if (is_read)
+        lines = text_split(run->script);
+    if (!is_read || !script_convert(run->report.path, after, &run->now, take_statement_of, &judge)) {
         report_trouble("can't read " + shown(run->report.path) + ": " + file_fault());
         return false;
     }
-    source_lines_add(&run->report, run->script, judge.end);
+    source_lines_add(&run->report, lines, judge.end);
     return true;
 }
 
 static void read_output(script_run *run, const folder_memory &memory)
 {
-    run->last = memory_last(memory, path_name(run->report.output_path));
+    run->last = memory_last(memory, path_name(run->report.output_path), run->now);
     file_kind kind = file_kind_of(run->report.output_path, true);
     if (kind != FILE_REGULAR && kind != FILE_FOLDER)
         return;
     std::string text;
     bool leads_to_script = file_identity(run->report.output_path) == file_identity(run->report.path);
-    run->unreadable = leads_to_script || !memory_read(run->report.output_path, &text);
+    run->unreadable = leads_to_script || !memory_read(run->report.output_path, &text, run->now);
     const std::string_view blank(" \t\r\n\0", 5);
     if (!run->unreadable && text.find('\0') != text.npos && run->now.find('\0') == text.npos &&
         text.find_first_not_of(blank) != text.npos) {

@@ -182,6 +182,8 @@ TEST(findings, strings_that_cannot_be_read_back_are_decoded)
         {"PRINT \"open\nEXIT", "1: decoded PRINT: argument 1: \"open\\x0aEXIT has no closing quote\n"},
         {"PRINT \"a\\000b\"\n",
          "1: decoded PRINT: argument 1: \"a\\000b\" has become \"a\"; write it as \"a\\000b\"\n"},
+        {"WRITE f, 1, \"a,b\", x\nWRITE f, 1, \"a, b\"\nLINE 0,0,6\",5,8\",0\n",
+         "1: decoded WRITE: argument 3: \"a goes on behind a comma, and the blanks there have changed\n"},
         {"PRINT `plain`, \"a\\tb\", \"100%\"\n", ""},
         {"INPUT \"%d\\n%s\\r\", a, b\n", ""},
         {"PRINT \"C:\\\\\"\n",

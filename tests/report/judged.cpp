@@ -39,10 +39,12 @@ judged_script judged(const std::string &script, rules_run_state state)
     judged_script result;
     judged_run run{{}, &result};
     run.state.report = &result.report;
+    const text_lines lines = text_split(script);
+    run.state.script = &lines;
     reset_run();
     write_file(path, script);
     EXPECT_TRUE(script_convert(path, &state, &result.output, take_statement_of, &run));
-    source_lines_add(&result.report, script, run.state.end);
+    source_lines_add(&result.report, lines, run.state.end);
     return result;
 }
 

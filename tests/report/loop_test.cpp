@@ -181,6 +181,19 @@ TEST_F(report_test, an_edit_that_does_nothing_ends_no_item)
         {"IF n\ndYESNO 1,1\nLNIE 0\n", "LNIE", "LINE", "1 guarded open"},
         {"n=1\nXHATCH n,1,p,2\n", "XHATCH 1, p, , ", "XHATCH n, 1, p, 2", "2 frozen changed\n2 lost changed"},
         {"GROUP \"g\",1,2\n", "REM GROUP", "GROUP", "1 quiet changed"},
+        {"WAIT 2\nSCALE 1,2,3,n\n", "WAIT 2\nSCALE 0, 1, 2, 3", "SCALE 0, 1, 2, 9\nWAIT 3", "2 frozen open"},
+        {"WAIT 2\nBOX 1\n", "WAIT 2\nBOX 1", "box  1\nWAIT 3", "2 unknown open"},
+        {"LINE 0,0,0,1,1,0\nLINE 1,1,0,2,2,0,3\n", "LINE 0, 0, 0, 1, 1, 0, 0, , , , , , \nLINE 1, 1, 0, 2, 2",
+         "LINE 1, 1, 0, 5, 5", "2 lost open"},
+        {"CIRCLE 1,2,0,3\nCIRCLE 4,4,0,6,7\n", "CIRCLE 1, 2, 0, 3, 0, , , , , , \nCIRCLE 4, 4, 0, 6, 0",
+         "CIRCLE 4, 4, 0, 6, 7\nWAIT 1", "2 lost changed"},
+        {"NOTE 10,-5,\"a\",,,,,,,,,,,,,,,,,9\n", "10 -5", "10 -5, 9", "1 form open"},
+        {"TEXT 1,2,\"a\"\n", "1 2, 0.0, 0, 0, 0, 0, , , , , , DEFAULT, , , , , , , , ", "1, 2",
+         "1 form changed"},
+        {"CALL dotprod,1,,3,4,5,6,r\n", "adVec1[1] = ", "// adVec1[1] = ", "1 form open"},
+        {"n=1\nSCALE 2,3,4,n\n", "SCALE 1", "SCALE 1*n", "2 frozen changed"},
+        {"n=12\nVIEW n,1,0,0,0,1,0,0,0,1,7\n", "0, 1\n", "0, 1, 7\n", "2 frozen open"},
+        {"IF a\nREAD f,1,x\nLINE 0,0,0,1,1,0,3\n", "IF a\n", "IF a\nGETKEY\n", "1 guarded changed"},
         {"GROUP \"g\",1,2\n", "REM GROUP", "REM TODO GROUP", "1 quiet open"},
         {"GROUP \"a // b\nc\",1,2\n", "c\", 1", "// c\", 1", "1 form changed"},
         {"LEVELS 1,2\n", "LEVELS 1, 2", "LEVELS 1, 2 todo", "1 quiet open"},
@@ -293,6 +306,9 @@ TEST_F(report_test, takes_what_is_carried_out_for_an_edit)
     report_result result = run("a.mrl");
     EXPECT_EQ(result.status, 2);
     EXPECT_TRUE(has(result.err, "a_conv.mrl has conflict markers and isn't used")) << result.err;
+    write("b.mrl", "PRINT \"\\n>>>>>>> pick\"\n"); // the script has them
+    run("--convert b.mrl");
+    EXPECT_EQ(run("b.mrl").status, 1);
 }
 
 TEST_F(report_test, finds_the_edits_of_a_script_that_was_edited_everywhere)

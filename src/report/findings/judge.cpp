@@ -151,6 +151,7 @@ static void judge_guarded(judge_state *state, const statement_view &statement)
         state->open_guard = state->report->items.size() - 1;
     else
         own_first_live(item, statement);
+    item->guards_itself = lines > 0;
 }
 
 // The first statement after a guarded one that has gone is what its IF guards now.

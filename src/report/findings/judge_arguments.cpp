@@ -3,6 +3,7 @@
 #include "report/findings/argument_names.h"
 #include "report/findings/argument_values.h"
 #include "report/findings/live_form.h"
+#include "report/findings/quoted_words.h"
 #include "report/show.h"
 #include "rules/rule_table.h"
 #include "support/text.h"
@@ -342,11 +343,25 @@ static void judge_argument(const statement_view &statement, int32_t position, bo
     if (carried_out && !written)
         judge_live(statement, position, use, findings);
     else if (carried_out && has_chosen(statement, position)) {
-        add_detail(&findings->frozen.detail,
-                   fmt::format("{} has chosen this form by its value, {}",
-                               argument_shown(statement, position, rule_last.row), argument_value(position)));
-        findings->frozen.lines = {use.line};
+        add_finding(&findings->frozen,
+                    fmt::format("{} has chosen this form by its value, {}",
+                                argument_shown(statement, position, rule_last.row), argument_value(position)),
+                    text_trimmed(use.written), {use.line});
+        findings->frozen.items.push_back(item_of(statement, use));
+        findings->frozen.typed.emplace_back();
     }
+}
+
+// Such a text is written with one blank behind each of its commas, whatever the script has there.
+static void add_parted(const judge_state &state, const statement_view &statement, argument_findings *decoded)
+{
+    for (quoted_words words = quoted_words_from(statement, 1); words.last > 0;
+         words = quoted_words_from(statement, words.last + 1))
+        if (!script_has(state, statement, words.written))
+            add_finding(decoded,
+                        fmt::format("{} goes on behind a comma, and the blanks there have changed",
+                                    argument_shown(statement, words.first, rule_last.row)),
+                        words.written, {words.line});
 }
 
 void judge_arguments(judge_state *state, const statement_view &statement, bool carried_out)
@@ -363,6 +378,7 @@ void judge_arguments(judge_state *state, const statement_view &statement, bool c
     take_findings(state, statement, ITEM_FROZEN, "argument ", &findings.frozen);
     bool arguments_lost = !findings.lost.detail.empty();
     if (carried_out) {
+        add_parted(*state, statement, &findings.decoded);
         add_moved(statement, &findings.lost);
         add_dropped(statement, &findings.lost);
         add_surplus(statement, &findings.lost);

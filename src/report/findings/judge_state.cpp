@@ -1,6 +1,14 @@
 #include "report/findings/judge_state.h"
 
+#include <algorithm>
 #include <utility>
+
+bool script_has(const judge_state &state, const statement_view &statement, std::string_view text)
+{
+    size_t end = std::min<size_t>(statement.last_line, line_count(*state.script));
+    size_t first = std::min<size_t>(statement.line - 1, end);
+    return lines_between(*state.script, first, end).find(text) != std::string_view::npos;
+}
 
 report_item *add_item(judge_state *state, const statement_view &statement, item_kind kind, std::string detail,
                       std::vector<uint64_t> own)

@@ -213,8 +213,9 @@ static const char *menu_fault(const statement_view &statement, const std::vector
 
 // ---- Statements ----
 
-// The line in which two arguments have only a blank between them: read again, they could be one expression.
-static const written_line *blank_between(const statement_view &statement)
+// Two arguments that have only a blank between them: read again, they could be one expression. The index of
+// the second one's write; 0 if there are none.
+static int32_t blank_between(const statement_view &statement)
 {
     const journal_record &record = *statement.record;
     for (int32_t i = 1; i < record.write_count; i++) {
@@ -224,12 +225,10 @@ static const written_line *blank_between(const statement_view &statement)
         if (line == nullptr || !line->live || before.slot == 0 || write.slot == before.slot ||
             before.from == before.to || write.from == write.to || write.from <= before.to)
             continue;
-        auto begin = static_cast<size_t>(before.to - statement.lines.front().start);
-        std::string_view between = statement.output.substr(begin);
-        if (between.find_first_not_of(' ') == write.from - before.to)
-            return line;
+        if (output_between(statement, before.to, write.from).find_first_not_of(' ') == std::string_view::npos)
+            return i;
     }
-    return nullptr;
+    return 0;
 }
 
 // Puts x in the place of the strings in a line that begins at an offset of the output: what escapes became
@@ -266,9 +265,8 @@ static void add_odd_arguments(std::vector<std::string> *odd, std::string_view li
             odd->emplace_back(item);
 }
 
-static void add_form(judge_state *state, const statement_view &statement, const live_line &lines,
-                     const std::vector<std::string_view> &arguments, const std::string &fault,
-                     size_t bars = 0)
+static report_item *add_form(judge_state *state, const statement_view &statement, const live_line &lines,
+                             const std::vector<std::string_view> &arguments, const std::string &fault)
 {
     std::vector<uint64_t> own;
     for (const written_line *line : lines)
@@ -282,8 +280,8 @@ static void add_form(judge_state *state, const statement_view &statement, const 
     item->summed = true;
     item->own_texts.push_back(fault);
     add_odd_arguments(&item->own_texts, text, arguments);
-    item->own_places = bars;
     item->own_more = more;
+    return item;
 }
 
 void judge_live_form(judge_state *state, const statement_view &statement, bool decoded)
@@ -291,7 +289,9 @@ void judge_live_form(judge_state *state, const statement_view &statement, bool d
     std::vector<std::string_view> arguments;
     for (int32_t position = 1; position <= statement.record->done.fetched; position++)
         arguments.push_back(text_trimmed(argument_text(position)));
-    const written_line *blank = blank_between(statement);
+    const emit_write *writes = statement.record->writes;
+    const int32_t blank = blank_between(statement);
+    const written_line *beside = blank > 0 ? line_at(statement.lines, writes[blank].from) : nullptr;
     const std::vector<emit_write> options = options_of(statement);
     const written_line *menu = options.empty() ? nullptr : line_at(statement.lines, options.front().from);
     size_t at = 0;
@@ -306,31 +306,56 @@ void judge_live_form(judge_state *state, const statement_view &statement, bool d
         auto has = [&lines](const written_line *one) {
             return std::find(lines.begin(), lines.end(), one) != lines.end();
         };
-        if (!fault.empty())
+        if (!fault.empty() && !(has(beside) && fault == values_without_comma))
             add_form(state, statement, lines, arguments, fault);
-        if (has(blank) && fault != values_without_comma)
-            add_form(state, statement, lines, arguments, values_without_comma);
+        if (has(beside)) {
+            report_item *item = add_form(state, statement, lines, arguments, values_without_comma);
+            for (const emit_write &write : {writes[blank - 1], writes[blank]})
+                item->own_typed.emplace_back(output_between(statement, write.from, write.to));
+        }
         size_t bars;
         if (const char *wrong = has(menu) ? menu_fault(statement, options, &bars) : nullptr; wrong != nullptr)
-            add_form(state, statement, lines, arguments, wrong, bars);
+            add_form(state, statement, lines, arguments, wrong)->own_places = bars;
     }
+}
+
+// True if a list has a comma between the two values that had a blank there. Of other values it has to have
+// one item more than it had.
+static bool has_comma_between(const std::vector<std::string> &values, std::string_view was,
+                              std::string_view there)
+{
+    std::vector<std::string_view> before = list_items(was), after = list_items(there);
+    auto is_value = [](std::string_view item, const std::string &value) {
+        return item == text_trimmed(value);
+    };
+    for (size_t i = 1; values.size() == 2 && i < after.size(); i++)
+        if (is_value(after[i - 1], values[0]) && is_value(after[i], values[1]))
+            return true;
+    auto has_both = [&values](std::string_view item) {
+        size_t first = item.find(values[0]);
+        return first == 0 && text_trimmed(item.substr(values[0].size())) == values[1];
+    };
+    bool still = values.size() == 2 && std::any_of(after.begin(), after.end(), has_both);
+    return !still && after.size() > before.size();
 }
 
 bool form_is_mended(const report_item &item, std::string_view was, std::string_view there)
 {
     const std::string &fault = item.own_texts[0];
-    if (fault == rest_of_text)
-        return is_comment(there);
-    if (fault == option_missing || fault == option_added || fault == option_divided)
-        return !is_comment(there) &&
-               static_cast<size_t>(std::count(there.begin(), there.end(), '|')) == item.own_places;
+    if (fault == rest_of_text || is_comment(there))
+        return fault == rest_of_text && is_comment(there);
+    auto bars = [](std::string_view line) {
+        return static_cast<size_t>(std::count(line.begin(), line.end(), '|'));
+    };
+    if (fault == option_added)
+        return bars(there) <= item.own_places && bars(there) < bars(was);
+    if (fault == option_missing || fault == option_divided)
+        return bars(there) == item.own_places;
     if (fault != comment_inside)
         there = there.substr(0, comment_in(there));
-    std::vector<std::string_view> before = list_items(was), after = list_items(there);
-    // A second value with a sign is no fault that a line alone shows: there has to be one more comma.
-    if ((fault == values_without_comma && after.size() <= before.size()) ||
-        (fault == comma_after_word && after[0].empty()))
+    if ((fault == values_without_comma && !has_comma_between(item.own_typed, was, there)) ||
+        (fault == comma_after_word && list_items(there)[0].empty()))
         return false;
     std::vector<std::string_view> arguments(item.own_texts.begin() + 1, item.own_texts.end());
-    return !is_comment(there) && live_form_fault(there, arguments).empty();
+    return live_form_fault(there, arguments).empty();
 }

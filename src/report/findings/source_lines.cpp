@@ -106,12 +106,11 @@ static void add_nuls(script_report *report, const text_lines &script, const sour
     report->items.push_back(std::move(item));
 }
 
-void source_lines_add(script_report *report, std::string_view text, const source_end &end)
+void source_lines_add(script_report *report, const text_lines &script, const source_end &end)
 {
-    bool has_nul = text.find('\0') != std::string_view::npos;
+    bool has_nul = script.body.find('\0') != std::string_view::npos;
     if (report->items.empty() && !has_nul)
         return;
-    text_lines script = text_split(text);
     if (end.line != 0)
         add_unread(report, script, end);
     if (has_nul)

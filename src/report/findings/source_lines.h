@@ -2,8 +2,7 @@
 #pragma once
 
 #include "report/item.h"
-
-#include <string_view>
+#include "report/memory/text_lines.h"
 
 // Where reading ended before the script's end.
 struct source_end {
@@ -14,4 +13,4 @@ struct source_end {
 // Fills in the statement of each item and those around it, the hints, and how many lines were not read. If
 // nothing but white space is left after a byte 26, the item that says so, the last one, goes. Adds an item if
 // lines that were read have NUL bytes.
-void source_lines_add(script_report *report, std::string_view script, const source_end &end);
+void source_lines_add(script_report *report, const text_lines &script, const source_end &end);

@@ -38,20 +38,26 @@ std::string memory_new_name(const std::string &output)
     return output + new_ending;
 }
 
-std::string script_hash_of(std::string_view script)
+constexpr uint64_t hash_start = 0xCBF29CE484222325; // FNV-1a
+
+static uint64_t hash_add(uint64_t hash, std::string_view bytes)
 {
-    std::string lines;
-    std::string_view rest = text_body(script), line;
-    while (line_take(&rest, &line))
-        lines.append(text_trimmed(line)).append("\n");
-    return hash_of(lines);
+    for (char c : bytes)
+        hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3;
+    return hash;
 }
 
 std::string hash_of(std::string_view bytes)
 {
-    uint64_t hash = 0xCBF29CE484222325; // FNV-1a
-    for (char c : bytes)
-        hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3;
+    return fmt::format("{:016x}", hash_add(hash_start, bytes));
+}
+
+std::string script_hash_of(std::string_view script)
+{
+    uint64_t hash = hash_start;
+    std::string_view rest = text_body(script), line;
+    while (line_take(&rest, &line))
+        hash = hash_add(hash_add(hash, text_trimmed(line)), "\n");
     return fmt::format("{:016x}", hash);
 }
 
@@ -67,11 +73,11 @@ static bool has_conflict_markers(std::string_view text)
     return has_line(text, "<<<<<<< ") || has_line(text, ">>>>>>> ");
 }
 
-bool memory_read(const std::string &path, std::string *text)
+bool memory_read(const std::string &path, std::string *text, std::string_view now)
 {
     if (!file_read(path, text))
         report_failed("read", path);
-    else if (has_conflict_markers(*text))
+    else if (has_conflict_markers(*text) && !has_conflict_markers(now))
         report_trouble(shown(path) + " has conflict markers and isn't used; resolve them");
     else
         return true;
@@ -105,13 +111,14 @@ folder_memory memory_load(const std::string &folder)
     return memory;
 }
 
-std::optional<std::string> memory_last(const folder_memory &memory, const std::string &output)
+std::optional<std::string> memory_last(const folder_memory &memory, const std::string &output,
+                                       std::string_view now)
 {
     std::string path = memory_path(memory, output + last_ending);
     std::string text;
     if (memory.refused || file_kind_of(path, false) != FILE_REGULAR)
         return {};
-    if (!memory_read(path, &text))
+    if (!memory_read(path, &text, now))
         return {};
     return text;
 }

@@ -34,9 +34,9 @@ struct folder_memory {
 // Reads the memory of a folder of scripts. What can't be used is reported.
 folder_memory memory_load(const std::string &folder);
 
-// Reads a file of a memory. False, and reported, if it can't be read, or if version control has left conflict
-// markers in it.
-bool memory_read(const std::string &path, std::string *text);
+// Reads a file of a memory, or an output. False, and reported, if it can't be read, or if version control has
+// left conflict markers in it, unless the text that is written now has such lines, too.
+bool memory_read(const std::string &path, std::string *text, std::string_view now = {});
 
 // The path of a file of the memory.
 std::string memory_path(const folder_memory &memory, const std::string &name);
@@ -46,7 +46,8 @@ std::string memory_new_name(const std::string &output);
 
 // What was written last to an output, by its name; none if that isn't known, or if version control has left
 // conflict markers in it, which is reported.
-std::optional<std::string> memory_last(const folder_memory &memory, const std::string &output);
+std::optional<std::string> memory_last(const folder_memory &memory, const std::string &output,
+                                       std::string_view now);
 
 // True if something was written to an output before.
 bool memory_knows(const folder_memory &memory, const std::string &output);

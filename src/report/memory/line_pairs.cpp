@@ -1,0 +1,119 @@
+#include "report/memory/line_pairs.h"
+
+#include "report/memory/line_words.h"
+
+#include <algorithm>
+#include <map>
+#include <string>
+
+// A line of a change that has no pair yet.
+struct single_line {
+    size_t index;
+    std::string essence;
+};
+
+using single_lines = std::vector<single_line>;
+
+constexpr size_t compared_max = 4096; // pairs of lines that are compared; where there are more, order decides
+
+static single_lines singles_of(const text_lines &text, size_t first, size_t count)
+{
+    single_lines lines;
+    for (size_t i = first; i < first + count; i++)
+        lines.push_back({i, line_essence(line_core(text, i))});
+    return lines;
+}
+
+struct line_candidate {
+    size_t alike; // characters in a thousand
+    size_t apart; // lines between their positions
+    size_t before, after;
+};
+
+static std::vector<line_candidate> candidates_of(const single_lines &before, const single_lines &after,
+                                                 size_t alike_min)
+{
+    std::vector<line_candidate> candidates;
+    for (size_t b = 0; b < before.size(); b++)
+        for (size_t a = 0; a < after.size(); a++) {
+            const std::string &was = before[b].essence, &is = after[a].essence;
+            size_t size = std::max<size_t>(std::max(was.size(), is.size()), 1);
+            size_t alike = likeness(was, is) * 1000 / size;
+            if (alike >= alike_min)
+                candidates.push_back({alike, b > a ? b - a : a - b, b, a});
+        }
+    std::stable_sort(candidates.begin(), candidates.end(),
+                     [](const line_candidate &x, const line_candidate &y) {
+                         return x.alike != y.alike ? x.alike > y.alike : x.apart < y.apart;
+                     });
+    return candidates;
+}
+
+static void remove_paired(single_lines *lines, const std::vector<char> &is_paired)
+{
+    single_lines left;
+    for (size_t i = 0; i < lines->size(); i++)
+        if (is_paired[i] == 0)
+            left.push_back(std::move((*lines)[i]));
+    *lines = std::move(left);
+}
+
+// Makes pairs of the lines that are most alike, and takes them off both sides.
+static void pair_alike(single_lines *before, single_lines *after, size_t alike_min,
+                       std::vector<size_t> *pairs)
+{
+    std::vector<char> before_paired(before->size()), after_paired(after->size());
+    auto pair = [&](size_t b, size_t a) {
+        (*pairs)[(*before)[b].index] = (*after)[a].index;
+        before_paired[b] = after_paired[a] = 1;
+    };
+    if (before->size() * after->size() > compared_max) {
+        for (size_t i = 0; alike_min == 0 && i < std::min(before->size(), after->size()); i++)
+            pair(i, i);
+    } else {
+        for (const line_candidate &candidate : candidates_of(*before, *after, alike_min))
+            if (before_paired[candidate.before] == 0 && after_paired[candidate.after] == 0)
+                pair(candidate.before, candidate.after);
+    }
+    remove_paired(before, before_paired);
+    remove_paired(after, after_paired);
+}
+
+static void pair_change(const text_changes &texts, const line_change &change, std::vector<size_t> *pairs)
+{
+    std::map<std::string, std::pair<single_lines, single_lines>> by_word;
+    for (single_line &line : singles_of(texts.before, change.before_at, change.before_count))
+        by_word[leading_word(line_core(texts.before, line.index))].first.push_back(std::move(line));
+    for (single_line &line : singles_of(texts.after, change.after_at, change.after_count))
+        by_word[leading_word(line_core(texts.after, line.index))].second.push_back(std::move(line));
+    single_lines before, after;
+    for (auto &[word, lines] : by_word) {
+        pair_alike(&lines.first, &lines.second, 0, pairs);
+        std::move(lines.first.begin(), lines.first.end(), std::back_inserter(before));
+        std::move(lines.second.begin(), lines.second.end(), std::back_inserter(after));
+    }
+    auto by_index = [](const single_line &a, const single_line &b) { return a.index < b.index; };
+    std::sort(before.begin(), before.end(), by_index);
+    std::sort(after.begin(), after.end(), by_index);
+    pair_alike(&before, &after, 500, pairs);
+    for (size_t i = 0; before.size() == after.size() && i < before.size(); i++)
+        (*pairs)[before[i].index] = after[i].index;
+}
+
+std::vector<size_t> lines_paired(const text_changes &texts)
+{
+    std::vector<size_t> pairs(line_count(texts.before), no_line);
+    size_t before = 0, after = 0;
+    auto match_up_to = [&](size_t end) {
+        while (before < end)
+            pairs[before++] = after++;
+    };
+    for (const line_change &change : texts.changes) {
+        match_up_to(change.before_at);
+        pair_change(texts, change, &pairs);
+        before += change.before_count;
+        after += change.after_count;
+    }
+    match_up_to(pairs.size());
+    return pairs;
+}

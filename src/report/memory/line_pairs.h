@@ -1,0 +1,17 @@
+// Which lines stand for which where a text was edited.
+#pragma once
+
+#include "report/memory/line_diff.h"
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include <vector>
+
+constexpr size_t no_line = SIZE_MAX;
+
+// For each line before the index of the one after that stands for it: the same one, or in a change the one
+// that is most like it. Lines are alike if they begin with the same word or have half of their characters in
+// common; of what is then left, if it is as much on both sides, the lines in the same positions are pairs.
+// no_line: there is none.
+std::vector<size_t> lines_paired(const text_changes &texts);
