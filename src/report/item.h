@@ -57,15 +57,16 @@ struct report_item {
     bool doubtful; // changed only if the output, of which nothing is remembered, is of what is written now,
                    // or if the script, which has changed since, still means the same
     bool summed;   // one of many alike, which the text reports in one line unless all are asked for
-    uint32_t line; // of the script, where the statement begins
-    uint32_t last_line;    // of the script, where it ends
+    bool guards_itself; // of guarded: the second own line is of the statement under the IF, not of one after
+                        // it
+    uint32_t line;      // of the script, where the statement begins
+    uint32_t last_line; // of the script, where it ends
     uint64_t output_line;  // of what is written now: where its output begins, or would have begun
     uint64_t output_lines; // lines of its output; 0: nothing is left
     uint64_t there_line;   // of the output that is there: the first of its lines that is; 0: none is
     std::string command;   // as the command table spells it; else the statement's first word
-    std::string statement; // the line of the script, as it is shown
     std::string detail;
-    std::string source; // the line of the script, trimmed, in its own bytes
+    std::string source; // the line of the script, trimmed and cut to 300 characters, in its own bytes
     std::string before; // the line of the script before the statement that has a text, and the one after it
     std::string after;
     std::vector<uint64_t> own_lines; // of what is written now: those that the item is about, from 1
@@ -75,11 +76,8 @@ struct report_item {
     std::vector<size_t> own_items; // of frozen: which item of its line's list each text is; SIZE_MAX: none
     // Of frozen, what was typed for each text; of form, the two values that have no comma between them.
     std::vector<std::string> own_typed;
-    bool guards_itself; // of guarded: the second own line is of the statement under the IF, not of one after
-                        // it
-    size_t own_places;  // of lost, empty places that the list of its line lacks; of form, bars of its menu
-    size_t own_more; // of frozen, lost and form: lines after the own one that belong to it, as a text of it
-                     // goes on
+    uint32_t own_places; // of lost, empty places that the list of its line lacks; of form, bars of its menu
+    uint32_t own_more;   // of frozen, lost and form: lines after the own one into which a text of it goes on
 };
 
 // The state of an item in a word, with a question mark if it is doubtful; none if it is for information

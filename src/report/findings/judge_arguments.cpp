@@ -186,11 +186,11 @@ static void take_findings(judge_state *state, const statement_view &statement, i
     std::vector<uint64_t> lines =
         kind == ITEM_DECODED ? findings->lines : line_heads(statement, findings->lines, &more);
     report_item *item = add_item(state, statement, kind, start + findings->detail, std::move(lines));
-    item->own_more = more;
+    item->own_more = static_cast<uint32_t>(more);
     item->own_typed = std::move(findings->typed);
     item->own_texts = std::move(findings->texts);
     item->own_items = std::move(findings->items);
-    item->own_places = findings->places;
+    item->own_places = static_cast<uint32_t>(findings->places);
     item->summed = kind == ITEM_LOST && findings->attributes_only;
 }
 

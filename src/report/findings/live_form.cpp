@@ -280,7 +280,7 @@ static report_item *add_form(judge_state *state, const statement_view &statement
     item->summed = true;
     item->own_texts.push_back(fault);
     add_odd_arguments(&item->own_texts, text, arguments);
-    item->own_more = more;
+    item->own_more = static_cast<uint32_t>(more);
     return item;
 }
 
@@ -315,7 +315,7 @@ void judge_live_form(judge_state *state, const statement_view &statement, bool d
         }
         size_t bars;
         if (const char *wrong = has(menu) ? menu_fault(statement, options, &bars) : nullptr; wrong != nullptr)
-            add_form(state, statement, lines, arguments, wrong)->own_places = bars;
+            add_form(state, statement, lines, arguments, wrong)->own_places = static_cast<uint32_t>(bars);
     }
 }
 

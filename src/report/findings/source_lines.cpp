@@ -117,7 +117,6 @@ void source_lines_add(script_report *report, const text_lines &script, const sou
         add_nuls(report, script, end);
     for (report_item &item : report->items) {
         item.source = line_of(script, item.line);
-        item.statement = shown_cut(item.source, statement_kept);
         item.before = near_line(script, item.line, -1);
         item.after = near_line(script, item.last_line, 1);
         if (item.command.empty() && !(item.kind == ITEM_STOPPED && end.by_byte))

@@ -24,7 +24,7 @@ static void csv_script(FILE *file, const script_report &script, const script_bod
         std::string row = csv_text(
             {path, std::to_string(item.line), item.there_line == 0 ? "" : std::to_string(item.there_line),
              std::to_string(item.output_line), kind_table[item.kind].word, plain_cell(item.command),
-             plain_cell(item.statement), plain_cell(item.detail), item_state_word(item)});
+             plain_cell(shown(item.source)), plain_cell(item.detail), item_state_word(item)});
         fwrite(row.data(), 1, row.size(), file);
     }
 }

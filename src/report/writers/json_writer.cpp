@@ -16,7 +16,7 @@ static json json_item(const report_item &item)
             {"written_lines", item.output_lines},
             {"kind", kind_table[item.kind].word},
             {"command", item.command},
-            {"statement", item.statement},
+            {"statement", shown(item.source)},
             {"detail", item.detail},
             {"state", item_state_word(item)}};
 }

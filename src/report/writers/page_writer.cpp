@@ -169,7 +169,7 @@ static void page_script(FILE *file, const script_report &script, const script_bo
             kinds.push_back(json::array({item->kind, item_state_word(*item), item->detail, item->summed}));
             accepts.push_back(row_of(path, *item));
         }
-        list.push_back(json::array({first.line, last, first.command, first.statement, std::move(kinds)}));
+        list.push_back(json::array({first.line, last, first.command, shown(first.source), std::move(kinds)}));
     }
     put_data(file, "script",
              {{"path", shown(script.path)},
