@@ -46,9 +46,8 @@ static void read_output(script_run *run, const folder_memory &memory)
     std::string text;
     bool leads_to_script = file_identity(run->report.output_path) == file_identity(run->report.path);
     run->unreadable = leads_to_script || !memory_read(run->report.output_path, &text, run->now);
-    const std::string_view blank(" \t\r\n\0", 5);
     if (!run->unreadable && text.find('\0') != text.npos && run->now.find('\0') == text.npos &&
-        text.find_first_not_of(blank) != text.npos) {
+        !output_is_beginning(text, run->now, run->last)) {
         run->unreadable = true;
         report_trouble(
             shown(run->report.output_path) +

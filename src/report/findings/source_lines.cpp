@@ -82,8 +82,8 @@ static void add_unread(script_report *report, const text_lines &script, const so
                 unread == 1 ? "; 1 line was not read" : fmt::format("; {} lines were not read", unread);
 }
 
-// A text ends at a NUL byte for many of the converter's routines, so nobody knows what is left of such a
-// line.
+// Many of the converter's routines take a NUL byte for the end of the text: what follows it on the line may
+// be missing in the output.
 static void add_nuls(script_report *report, const text_lines &script, const source_end &end)
 {
     size_t last = end.line != 0 ? end.line - 1 : line_count(script);

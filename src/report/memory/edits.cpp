@@ -9,26 +9,7 @@
 #include "support/text.h"
 
 #include <algorithm>
-#include <map>
 #include <set>
-
-static std::vector<uint64_t> lines_there(const text_changes &texts)
-{
-    std::vector<uint64_t> there(line_count(texts.before));
-    size_t at = 0;
-    uint64_t line = 1;
-    auto match_up_to = [&](size_t end) {
-        while (at < end)
-            there[at++] = line++;
-    };
-    for (const line_change &change : texts.changes) {
-        match_up_to(change.before_at);
-        at += change.before_count;
-        line += change.after_count;
-    }
-    match_up_to(there.size());
-    return there;
-}
 
 size_t lines_missing(std::string_view now, std::string_view there, size_t *differing)
 {
@@ -48,14 +29,18 @@ size_t lines_missing(std::string_view now, std::string_view there, size_t *diffe
 
 std::vector<uint64_t> lines_there(std::string_view now, std::string_view there)
 {
-    return lines_there(text_diff(now, there));
+    text_changes texts = text_diff(now, there);
+    std::vector<size_t> kept = lines_kept(texts);
+    std::vector<uint64_t> lines;
+    for (size_t index : kept)
+        lines.push_back(index + 1); // no_line becomes 0
+    return lines;
 }
 
 // Two texts, how their lines belong together, and what the edit has added.
 struct edit_view {
     text_changes texts;
-    std::vector<uint64_t> matched; // as lines_there has them
-    std::vector<size_t> pairs;
+    std::vector<size_t> kept, pairs; // as lines_kept and lines_paired have them
     std::set<std::string_view> added;
     std::set<std::string> essences; // of those added; of comments with a slash before it
     std::set<uint64_t> of_others;   // own lines of all items but those that are guarded
@@ -64,7 +49,7 @@ struct edit_view {
 static edit_view edit_view_of(const script_report &report, std::string_view now, std::string_view there)
 {
     edit_view view{text_diff(now, there), {}, {}, {}, {}, {}};
-    view.matched = lines_there(view.texts);
+    view.kept = lines_kept(view.texts);
     view.pairs = lines_paired(view.texts);
     for (const line_change &change : view.texts.changes)
         for (size_t i = change.after_at; i < change.after_at + change.after_count; i++) {
@@ -134,11 +119,12 @@ static bool says_another(const report_item &item, std::string_view was, std::str
     std::string before = line_essence(was), after = line_essence(there);
     if (is_comment(was) && is_comment(there)) // more words in a comment say the same
         return after.find(before) == std::string::npos;
-    bool remark_mended = item.kind == ITEM_UNKNOWN &&
-                         item.detail.find(": // on the line") != std::string::npos &&
-                         comment_in(there) == std::string_view::npos;
-    return before != after || (is_comment(was) != is_comment(there) && is_comment(was)) ||
-           (remark_mended && !is_comment(there));
+    if (is_comment(was) || before != after)
+        return true;
+    // The value of an assignment isn't taken because of a remark.
+    bool had_remark = item.kind == ITEM_UNKNOWN && was.find('=') < comment_in(was) &&
+                      comment_in(was) != std::string_view::npos;
+    return had_remark && !is_comment(there) && comment_in(there) == std::string_view::npos;
 }
 
 // True if a line does what an item asks for, as one that is there instead of its own. A line that has the
@@ -147,14 +133,15 @@ static bool is_done(const report_item &item, const report_item *frozen, std::str
                     std::string_view there)
 {
     std::string_view live = there.substr(0, comment_in(there));
-    bool typed = count_in(there, item.source) > 0;
+    auto is_typed = [&] { return count_in(there, item.source) > 0; };
     switch (item.kind) {
     case ITEM_FROZEN:
-        return !is_comment(there) && says_another(item, was, there) && (typed || has_lost(item, was, live));
+        return !is_comment(there) && says_another(item, was, there) &&
+               (is_typed() || has_lost(item, was, live));
     case ITEM_DECODED: // of a string over several lines, each of them has an open one
         return !is_comment(there) && says_another(item, was, there) && !has_open_string(there) &&
                (has_open_string(was) || has_lost(item, was, live));
-    case ITEM_LOST: return !is_comment(there) && (typed || has_won(item, frozen, was, live));
+    case ITEM_LOST: return !is_comment(there) && (is_typed() || has_won(item, frozen, was, live));
     case ITEM_FORM: return form_is_mended(item, was, there);
     default: return says_another(item, was, there);
     }
@@ -220,8 +207,8 @@ static bool guarded_changed(const report_item &item, const edit_view &view, size
 // True if a line or one after it that belongs to it isn't there any more.
 static bool is_touched(const report_item &item, const edit_view &view, size_t index)
 {
-    for (size_t i = index; i <= index + item.own_more && i < view.matched.size(); i++)
-        if (view.matched[i] == 0)
+    for (size_t i = index; i <= index + item.own_more && i < view.kept.size(); i++)
+        if (view.kept[i] == no_line)
             return true;
     return false;
 }
@@ -233,7 +220,7 @@ static bool is_settled(const report_item &item, const report_item *frozen, const
     for (size_t i = 0; i < item.own_lines.size(); i++) {
         uint64_t line = item.own_lines[i];
         auto index = static_cast<size_t>(line - 1);
-        if (line == 0 || line > view.matched.size() || !is_touched(item, view, index))
+        if (line == 0 || line > view.kept.size() || !is_touched(item, view, index))
             continue;
         line_fate fate = fate_of(item, frozen, view, index);
         gone += fate == FATE_GONE ? 1 : 0;
@@ -260,7 +247,7 @@ void edits_find(script_report *report, std::string_view now, std::string_view th
         if (item.kind == ITEM_FROZEN && item.state == STATE_CHANGED)
             frozen = &item;
         for (uint64_t line = item.output_line; line < item.output_line + item.output_lines; line++)
-            if (item.there_line == 0 && line <= view.matched.size())
-                item.there_line = view.matched[static_cast<size_t>(line - 1)];
+            if (item.there_line == 0 && line <= view.kept.size())
+                item.there_line = view.kept[static_cast<size_t>(line - 1)] + 1; // no_line becomes 0
     }
 }

@@ -100,20 +100,27 @@ static void pair_change(const text_changes &texts, const line_change &change, st
         (*pairs)[before[i].index] = after[i].index;
 }
 
-std::vector<size_t> lines_paired(const text_changes &texts)
+std::vector<size_t> lines_kept(const text_changes &texts)
 {
-    std::vector<size_t> pairs(line_count(texts.before), no_line);
+    std::vector<size_t> kept(line_count(texts.before), no_line);
     size_t before = 0, after = 0;
-    auto match_up_to = [&](size_t end) {
+    auto keep_up_to = [&](size_t end) {
         while (before < end)
-            pairs[before++] = after++;
+            kept[before++] = after++;
     };
     for (const line_change &change : texts.changes) {
-        match_up_to(change.before_at);
-        pair_change(texts, change, &pairs);
+        keep_up_to(change.before_at);
         before += change.before_count;
         after += change.after_count;
     }
-    match_up_to(pairs.size());
+    keep_up_to(kept.size());
+    return kept;
+}
+
+std::vector<size_t> lines_paired(const text_changes &texts)
+{
+    std::vector<size_t> pairs = lines_kept(texts);
+    for (const line_change &change : texts.changes)
+        pair_change(texts, change, &pairs);
     return pairs;
 }

@@ -10,6 +10,9 @@
 
 constexpr size_t no_line = SIZE_MAX;
 
+// For each line before the index of the same one after; no_line: it is changed or gone.
+std::vector<size_t> lines_kept(const text_changes &texts);
+
 // For each line before the index of the one after that stands for it: the same one, or in a change the one
 // that is most like it. Lines are alike if they begin with the same word or have half of their characters in
 // common; of what is then left, if it is as much on both sides, the lines in the same positions are pairs.

@@ -45,7 +45,7 @@ std::string memory_path(const folder_memory &memory, const std::string &name);
 std::string memory_new_name(const std::string &output);
 
 // What was written last to an output, by its name; none if that isn't known, or if version control has left
-// conflict markers in it, which is reported.
+// conflict markers in it, which is reported. now: what is written now, which may have such lines, too.
 std::optional<std::string> memory_last(const folder_memory &memory, const std::string &output,
                                        std::string_view now);
 

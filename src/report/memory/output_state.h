@@ -21,7 +21,7 @@ constexpr int output_state_count = OUTPUT_BEHIND + 1;
 // The states' words are part of the interface: people and programs select by them.
 extern const char *const output_state_words[output_state_count];
 
-// True if an output is empty, or ends inside a line as the beginning of what is or was written: nobody's work
+// True if an output is empty, or ends inside a line as the beginning of what is or was written: no edit
 // is in it.
 bool output_is_beginning(std::string_view there, std::string_view now,
                          std::optional<std::string_view> memory);
