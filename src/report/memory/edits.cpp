@@ -32,6 +32,7 @@ std::vector<uint64_t> lines_there(std::string_view now, std::string_view there)
     text_changes texts = text_diff(now, there);
     std::vector<size_t> kept = lines_kept(texts);
     std::vector<uint64_t> lines;
+    lines.reserve(kept.size());
     for (size_t index : kept)
         lines.push_back(index + 1); // no_line becomes 0
     return lines;
