@@ -69,9 +69,9 @@ size_t empty_items(std::string_view line)
 
 size_t likeness(std::string_view a, std::string_view b)
 {
-    size_t most = std::min(a.size(), b.size());
-    auto begin = static_cast<size_t>(std::mismatch(a.begin(), a.begin() + most, b.begin()).first - a.begin());
-    auto end = static_cast<size_t>(std::mismatch(a.rbegin(), a.rbegin() + (most - begin), b.rbegin()).first -
-                                   a.rbegin());
-    return begin + end;
+    auto begin = std::mismatch(a.begin(), a.end(), b.begin(), b.end()).first;
+    auto rest = a.rend() - (begin - a.begin());
+    auto rest_of_b = b.rend() - (begin - a.begin());
+    auto end = std::mismatch(a.rbegin(), rest, b.rbegin(), rest_of_b).first;
+    return static_cast<size_t>((begin - a.begin()) + (end - a.rbegin()));
 }
