@@ -145,7 +145,7 @@ TEST(properties, a_script_converts_alike_by_any_number_of_bytes_at_a_time)
     for (const fs::path &path : all_scripts()) {
         std::string script = read_file(path);
         std::string output = converted(script);
-        for (size_t limit : {1, 61, 300, 4096})
+        for (size_t limit : {1U, 61U, 300U, 4096U})
             EXPECT_EQ(unified_diff(converted(script, nullptr, limit), output), "") << path << " by " << limit;
     }
 }
@@ -216,7 +216,7 @@ TEST(properties, a_look_at_a_spline_changes_nothing)
 // fourth argument.
 TEST(properties, a_look_at_a_spline_ends_after_65536_characters)
 {
-    for (size_t before : {131072 - 70000, 131072 - 9000, 131072 - 2000, 131072 - 20}) {
+    for (size_t before : {131072U - 70000, 131072U - 9000, 131072U - 2000, 131072U - 20}) {
         const std::string head = "REM " + times(before, "x") + "\n";
         for (const auto &[count, is_3d] :
              std::vector<std::pair<size_t, bool>>{{3901, true}, {8193, true}, {65536, true}, {65537, false}})

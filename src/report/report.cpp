@@ -53,8 +53,8 @@ static void totals_add(report_state *state, const script_run &run)
     for (const report_item &item : report.items) {
         totals.by_kind[item.kind]++;
         state->commands[item.command]++;
-        open += is_open(item) ? 1 : 0;
-        totals.settled += is_open(item) || item.kind == ITEM_DROPPED ? 0 : 1;
+        open += is_open(item);
+        totals.settled += !is_open(item) && item.kind != ITEM_DROPPED;
         if (item.kind == ITEM_FORM && is_open(item))
             totals.by_form[item.command + ": " + item.detail.substr(0, item.detail.find(": "))]++;
     }
@@ -62,9 +62,9 @@ static void totals_add(report_state *state, const script_run &run)
     totals.statements += report.statements;
     totals.open += open;
     totals.by_output[report.output]++;
-    totals.written += run.written ? 1 : 0;
-    totals.conflicts += run.conflict ? 1 : 0;
-    totals.done += is_done(*state->options, report, open) ? 1 : 0;
+    totals.written += run.written;
+    totals.conflicts += run.conflict;
+    totals.done += is_done(*state->options, report, open);
 }
 
 static void totals_settle(report_state *state)

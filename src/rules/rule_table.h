@@ -13,6 +13,7 @@
 #include "rules/form.h"
 #include "statements/command_rows.h"
 
+#include <stddef.h>
 #include <stdint.h>
 
 // How the output of a command differs from its statement.
@@ -103,8 +104,9 @@ inline bool rule_is_by_hand(const rule_row *row)
 
 // ---- For the families ----
 
-template <int count> constexpr rule_family rule_family_make(const rule_row (&rows)[count])
+template <size_t size> constexpr rule_family rule_family_make(const rule_row (&rows)[size])
 {
+    constexpr int count = size;
     rule_family family{rows[0].id, rows[count - 1].id, rows, count, {}};
     for (int i = count - 1; i >= 0; i--)
         family.first_row[rows[i].id - family.first_id] = static_cast<uint8_t>(i + 1);

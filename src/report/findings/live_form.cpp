@@ -61,7 +61,7 @@ static const char *expression_fault(std::string_view item)
         } else if (closes || marks) {
             if (!operand && token.code != ')')
                 return no_operand;
-            open -= closes ? 1 : 0;
+            open -= closes;
             operand = true;
         } else if (!operand && !is_sign(token.code)) {
             return is_binary(token.code) ? no_operand : no_character;

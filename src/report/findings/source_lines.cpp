@@ -94,7 +94,7 @@ static void add_nuls(script_report *report, const text_lines &script, const sour
     for (size_t number = 1; number <= last; number++) {
         if (line_of(script, number, SIZE_MAX).find('\0') == std::string_view::npos)
             continue;
-        more += item.line != 0 ? 1 : 0;
+        more += item.line != 0;
         if (item.line == 0)
             item.line = item.last_line = static_cast<uint32_t>(number);
     }

@@ -101,7 +101,7 @@ uint64_t accepted_apply(accepted_rows *rows, script_report *report)
         if (items.size() > accepted->second.count)
             continue;
         for (report_item *item : items) {
-            settled += is_open(*item) ? 1 : 0;
+            settled += is_open(*item);
             item->state = STATE_ACCEPTED;
         }
     }

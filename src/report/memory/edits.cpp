@@ -224,9 +224,9 @@ static bool is_settled(const report_item &item, const report_item *frozen, const
         if (line == 0 || line > view.kept.size() || !is_touched(item, view, index))
             continue;
         line_fate fate = fate_of(item, frozen, view, index);
-        gone += fate == FATE_GONE ? 1 : 0;
+        gone += fate == FATE_GONE;
         bool counts = item.kind != ITEM_GUARDED || i == 0 || guarded_changed(item, view, index);
-        done += fate == FATE_DONE && counts ? 1 : 0;
+        done += fate == FATE_DONE && counts;
     }
     switch (item.kind) {
     case ITEM_BROKEN:

@@ -53,7 +53,7 @@ size_t count_in(std::string_view there, std::string_view wanted)
          at = line.find(text, at + 1)) {
         size_t end = at + text.size();
         bool begins = at == 0 || !is_joining(line[at - 1]) || !is_joining(text.front());
-        count += begins && (end == line.size() || !is_joining(line[end]) || !is_joining(text.back())) ? 1 : 0;
+        count += begins && (end == line.size() || !is_joining(line[end]) || !is_joining(text.back()));
     }
     return count;
 }
