@@ -62,8 +62,12 @@ std::string report_test::output_state()
 
 std::string report_test::states()
 {
+    return states(report_of("a.mrl"));
+}
+
+std::string report_test::states(const json &report)
+{
     std::string found;
-    const json report = report_of("a.mrl");
     for (const json &item : report["items"])
         found += std::to_string(item["line"].get<int>()) + " " + item["kind"].get<std::string>() + " " +
                  item["state"].get<std::string>() + "\n";

@@ -36,9 +36,11 @@ protected:
     // The report of the first script as JSON.
     nlohmann::json report_of(const std::string &arguments);
 
-    // The word of the output's state of a.mrl, and those of all its items, each with its line and kind.
+    // The word of the output's state of a.mrl, and those of all items of a script, each with its line and
+    // kind.
     std::string output_state();
     std::string states();
+    static std::string states(const nlohmann::json &report);
 
     // Edits a_conv.mrl, and expects a text among the states.
     void expect_after_edit(const std::string &from, const std::string &to, const std::string &state);
