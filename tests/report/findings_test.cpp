@@ -143,6 +143,12 @@ TEST(findings, values_that_were_fixed_are_frozen)
          "1: frozen SCALE: argument 4: 5' is fixed as 0\n2: frozen SCALE: argument 4: 2.5 is fixed as 2\n"
          "3: frozen SCALE: argument 4: 3000000000 is fixed as -1294967296\n"
          "5: lost DELENT: no live line has argument 1: 0'\n"},
+        {"SCALE 1,2,3,(2.5)\nSCALE 1,2,3,5/2\nSCALE 1,2,3,4/2\nDELENT 1/2\nPOINT 1/3,0,0,0/5\nDRAWENT 5/2\n",
+         "1: frozen SCALE: argument 4: (2.5) is fixed as 2\n2: frozen SCALE: argument 4: 5/2 is fixed as 2\n"
+         "4: lost DELENT: no live line has argument 1: 1/2\n"
+         "6: byhand DRAWENT: a tip is in its place, and no new form; the comment lacks argument 1: 5/2 (it "
+         "has "
+         "2)\n"},
         {"n = 12\nVIEW n,1,0,0,0,1,0,0,0,1\nVIEW 12,1,0,0,0,1,0,0,0,1\n",
          "2: frozen VIEW: argument 1 (number): n has chosen this form by its value, 12\n"},
         {"TEXT 1,2,\"a\",3,,,,,,2.5\n",

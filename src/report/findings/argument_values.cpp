@@ -28,39 +28,29 @@ bool expression_is_constant(std::string_view text)
     return true;
 }
 
-// True if an argument is a number and nothing else.
-static bool is_number(int32_t position, double *value)
+// True of a constant that has the same value outside of the drawing: it has no mark of feet or inches.
+static bool is_constant(int32_t position)
 {
-    std::string text(text_trimmed(argument_text(position)));
-    char *end;
-    *value = strtod(text.c_str(), &end);
-    return !text.empty() && *end == '\0' && expression_is_constant(text);
-}
-
-// True if an argument has a mark of feet or inches, and so no value outside of the drawing.
-static bool has_unit(int32_t position)
-{
-    return argument_text(position).find_first_of("'\"") != std::string_view::npos;
+    std::string_view text = argument_text(position);
+    return expression_is_constant(text) && text.find_first_of("'\"") == std::string_view::npos;
 }
 
 bool is_constant_zero(int32_t position)
 {
-    double number;
-    if (is_number(position, &number))
-        return number == 0;
-    return expression_is_constant(argument_text(position)) && !has_unit(position) &&
-           argument_value(position) == 0;
+    return is_constant(position) && argument_number(position) == 0;
 }
 
-// The word DEFAULT also stands for numbers that the new form has no word for.
+// A number is compared with what was written of it; the decimals of an expression may have no end. The word
+// DEFAULT also stands for numbers that the new form has no word for.
 bool is_whole_value(int32_t position, const argument_use &use)
 {
-    double number;
-    if (!expression_is_constant(argument_text(position)) || has_unit(position) || use.written.empty())
+    double value = argument_value(position);
+    if (!is_constant(position) || use.written.empty() || argument_number(position) != value)
         return false;
     if (use.code)
-        return is_number(position, &number) && number != argument_value(position)
-                   ? false
-                   : argument_value(position) == 0 || text_trimmed(use.written) != "DEFAULT";
-    return !is_number(position, &number) || number == strtod(std::string(use.written).c_str(), nullptr);
+        return value == 0 || text_trimmed(use.written) != "DEFAULT";
+    std::string text(text_trimmed(argument_text(position))), written(use.written);
+    char *end;
+    double number = strtod(text.c_str(), &end);
+    return *end != '\0' || number == strtod(written.c_str(), nullptr);
 }

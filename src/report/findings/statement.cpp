@@ -140,18 +140,20 @@ bool argument_is_string(int32_t position)
     return slot != nullptr && slot->holds == HOLDS_STRING;
 }
 
+double argument_number(int32_t position)
+{
+    const arg_slot *slot = slot_of(position);
+    bool numeric = slot != nullptr && (slot_holds(slot, HOLDS_LONG) || slot_holds(slot, HOLDS_INT) ||
+                                       slot_holds(slot, HOLDS_FLOAT) || slot_holds(slot, HOLDS_DOUBLE));
+    return numeric ? slot_number(slot) : 0;
+}
+
 double argument_value(int32_t position)
 {
     const arg_slot *slot = slot_of(position);
-    if (slot == nullptr)
-        return 0;
-    switch (slot->holds & ~HOLDS_PLAIN) {
-    case HOLDS_LONG: return slot_lval(slot);
-    case HOLDS_INT: return slot_ival(slot);
-    case HOLDS_FLOAT: return slot_fval(slot);
-    case HOLDS_DOUBLE: return slot_dval(slot);
-    default: return 0;
-    }
+    double number = argument_number(position);
+    bool whole = slot != nullptr && (slot_holds(slot, HOLDS_LONG) || slot_holds(slot, HOLDS_INT));
+    return whole ? int_from_double(number) : number;
 }
 
 uint8_t argument_spec(const statement_view &statement, int32_t position)

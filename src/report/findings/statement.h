@@ -64,7 +64,10 @@ int32_t argument_last(const statement_view &statement);
 // The text that rules write: a string decoded and between double quotes. Empty if it isn't there or is empty.
 std::string_view argument_text(int32_t position);
 bool argument_is_string(int32_t position);
-double argument_value(int32_t position); // of a numeric argument; else 0
+
+// The value of a numeric argument, and what its type holds of it; 0 of other ones.
+double argument_number(int32_t position);
+double argument_value(int32_t position);
 
 // The byte of the command's spec that a position is fetched by: the last one goes on.
 uint8_t argument_spec(const statement_view &statement, int32_t position);
