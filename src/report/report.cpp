@@ -158,7 +158,7 @@ static script_bodies take_bodies(script_run *run)
 {
     script_bodies bodies;
     bodies.there = run->there.value_or("");
-    bodies.there_of = lines_there(run->now, bodies.there);
+    bodies.there_of = lines_there(run->report, run->now, bodies.there);
     bodies.script = std::move(run->script);
     bodies.written = std::move(run->now);
     for (std::string *body : {&bodies.script, &bodies.there, &bodies.written})

@@ -202,6 +202,12 @@ TEST_F(report_test, an_edit_that_does_nothing_ends_no_item)
         {"IF n > 2\nCLS\nPRINT 1\n", "IF n > 2", "if n>2 // x", "1 guarded open"},
         {"GROUP \"L\xF6\",1,2\nCLEAR\n", "L\xF6", "L\xC3\xB6", "1 quiet open"},
         {"PRINT \"\xF6 \\\"x\\\"\"\n", "\xF6", "\xC3\xB6", "1 decoded open"},
+        // The output of a statement is deleted, and the next one begins with the same lines.
+        {"REDRAW 1\nREDRAW 2\n", "REM **** WARNING: REDRAW has NOT been implemented\nREM REDRAW 1\n", "",
+         "1 gone changed\n2 gone open"},
+        {"IF n\nCLS 1\nIF n\nCLS 2\n", "IF n\nREM **** WARNING: CLS has NOT been implemented\nREM CLS 1\n",
+         "", "1 guarded changed\n3 guarded open\n2 gone changed\n4 gone open"},
+        {"PRINT \"a\\nb\"\nPRINT \"a\\nc\"\n", "PRINT \"a\nb\"\n", "", "1 decoded changed\n2 decoded open"},
     };
     auto name = [](size_t i) { return std::to_string(1000 + i); }; // all in one run, in their order
     for (size_t i = 0; i < std::size(cases); i++)

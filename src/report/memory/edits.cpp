@@ -27,10 +27,44 @@ size_t lines_missing(std::string_view now, std::string_view there, size_t *diffe
     return last.after_count == 0 ? last.before_count : written - std::min(written, left);
 }
 
-std::vector<uint64_t> lines_there(std::string_view now, std::string_view there)
+// Moves lines that are gone, and nothing in their place, up to where outputs of statements begin and end, if
+// they could be there as well: of statements that begin with the same line, such as a tip's, people delete
+// the whole output of one.
+static void move_to_statements(const script_report &report, text_changes *texts)
+{
+    std::set<size_t> ends; // of outputs, with their beginnings
+    for (const report_item &item : report.items)
+        for (uint64_t line : {item.output_line, item.output_line + item.output_lines})
+            ends.insert(static_cast<size_t>(line - 1));
+    size_t kept_from = 0; // after the change before
+    for (line_change &change : texts->changes) {
+        size_t best = 0, best_ends = 0;
+        for (size_t up = 0; change.after_count == 0; up++) {
+            size_t at = change.before_at - up, end = at + change.before_count;
+            if (size_t found = ends.count(at) + ends.count(end); found > 0 && found >= best_ends) {
+                best = up;
+                best_ends = found;
+            }
+            if (at == kept_from || line_core(texts->before, at - 1) != line_core(texts->before, end - 1))
+                break;
+        }
+        change.before_at -= best;
+        change.after_at -= best;
+        kept_from = change.before_at + change.before_count;
+    }
+}
+
+// How a script's output that is there has come from what is written now.
+static text_changes output_changes(const script_report &report, std::string_view now, std::string_view there)
 {
     text_changes texts = text_diff(now, there);
-    std::vector<size_t> kept = lines_kept(texts);
+    move_to_statements(report, &texts);
+    return texts;
+}
+
+std::vector<uint64_t> lines_there(const script_report &report, std::string_view now, std::string_view there)
+{
+    std::vector<size_t> kept = lines_kept(output_changes(report, now, there));
     std::vector<uint64_t> lines;
     lines.reserve(kept.size());
     for (size_t index : kept)
@@ -49,7 +83,7 @@ struct edit_view {
 
 static edit_view edit_view_of(const script_report &report, std::string_view now, std::string_view there)
 {
-    edit_view view{text_diff(now, there), {}, {}, {}, {}, {}};
+    edit_view view{output_changes(report, now, there), {}, {}, {}, {}, {}};
     view.kept = lines_kept(view.texts);
     view.pairs = lines_paired(view.texts);
     for (const line_change &change : view.texts.changes)

@@ -15,7 +15,7 @@
 size_t lines_missing(std::string_view now, std::string_view there, size_t *differing);
 
 // For each line of what is written now, the line of the output that is there, from 1; 0 if it isn't there.
-std::vector<uint64_t> lines_there(std::string_view now, std::string_view there);
+std::vector<uint64_t> lines_there(const script_report &report, std::string_view now, std::string_view there);
 
 // Sets the items of an edited output to changed or open. An item is changed if one of its own lines is no
 // longer there; where the item has texts, the line that is there in its place decides.
