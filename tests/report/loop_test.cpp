@@ -202,6 +202,13 @@ TEST_F(report_test, an_edit_that_does_nothing_ends_no_item)
         {"IF n > 2\nCLS\nPRINT 1\n", "IF n > 2", "if n>2 // x", "1 guarded open"},
         {"GROUP \"L\xF6\",1,2\nCLEAR\n", "L\xF6", "L\xC3\xB6", "1 quiet open"},
         {"PRINT \"\xF6 \\\"x\\\"\"\n", "\xF6", "\xC3\xB6", "1 decoded open"},
+        {"GETINT \"[k|l]\", 5, n, \"a\", , , \"b\", , \"c\"\n", "5", "6", "1 form open"},
+        {"GETINT \"[k|l]\", 5, n, \"a\", , , \"b\", , \"c\"\n", "b|c", "b||c", "1 form changed"},
+        {"GETMENU \"p\", \"a\", , , \"b\", , \"c|d\"\n", "\"a", "\"aa", "1 form open"},
+        {"GETMENU \"p\", \"a\", , , \"b\", , \"c|d\"\n", "b|c|d", "b||c/d", "1 form changed"},
+        {"GETSTR \"p\", \"x|y\", $v, \"a|b\"\n", ", \"a|b\"\n", ", \"ab\" // |\n", "1 form changed"},
+        {"GETMENU \"p\", \"a\\\\\", \"b\"\n", "a\\|b", "a\\\\|b", "1 decoded changed"},
+        {"INPUT \"\\\\%d\", a\n", "\\%d", "\\\\%d", "1 decoded changed"},
         // The output of a statement is deleted, and the next one begins with the same lines.
         {"REDRAW 1\nREDRAW 2\n", "REM **** WARNING: REDRAW has NOT been implemented\nREM REDRAW 1\n", "",
          "1 gone changed\n2 gone open"},

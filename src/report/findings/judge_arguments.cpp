@@ -158,6 +158,7 @@ static void add_decoded(const statement_view &statement, int32_t position, const
             lines.push_back(lines.back() + 1);
     add_finding(findings, argument_shown(statement, position, rule_last.row) + " has " + fault,
                 text_cut(use.written, SIZE_MAX), lines);
+    findings->typed.emplace_back(typed);
 }
 
 // An argument that was typed and of which the fetcher has left nothing: an empty string, or letters that it

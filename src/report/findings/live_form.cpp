@@ -186,29 +186,38 @@ bool is_option(const statement_view &statement, int32_t position)
                        [position](const emit_write &option) { return option.slot == position; });
 }
 
+// What is wrong with a menu, how many bars it should have, and the options that have some of their own.
+struct menu_judgement {
+    const char *fault = nullptr;
+    size_t bars = 0;
+    std::vector<std::string> divided;
+};
+
 // Options are divided by bars: from the first one that the command has to the last one that was typed there
 // is one before each but the first, and none elsewhere. GETCUR's options may begin with an argument before
-// them. *bars: how many there should be.
-static const char *menu_fault(const statement_view &statement, const std::vector<emit_write> &options,
-                              size_t *bars)
+// them.
+static menu_judgement judge_menu(const statement_view &statement, const std::vector<emit_write> &options)
 {
+    menu_judgement menu;
     auto type = [&](size_t i) { return argument_spec(statement, options[i].slot) & ARG_TYPE; };
     size_t first = 0, end = options.size();
     while (first + 1 < end && type(first) != type(end - 1))
         first++;
     while (end > first && argument_typed(statement, options[end - 1].slot).empty())
         end--;
-    *bars = end - std::min(first + 1, end);
-    const char *fault = nullptr;
+    menu.bars = end - std::min(first + 1, end);
     for (size_t i = 0; i < options.size(); i++) {
-        if (output_between(statement, options[i].from, options[i].to).find('|') != std::string_view::npos)
-            return option_divided;
+        std::string_view option = output_between(statement, options[i].from, options[i].to);
+        if (option.find('|') != std::string_view::npos)
+            menu.divided.emplace_back(option);
         bool bar = i > 0 && options[i].from > options[i - 1].to;
         bool wanted = i > first && i < end;
-        if (bar != wanted && fault != option_added)
-            fault = bar ? option_added : option_missing;
+        if (bar != wanted && menu.fault != option_added)
+            menu.fault = bar ? option_added : option_missing;
     }
-    return fault;
+    if (!menu.divided.empty())
+        menu.fault = option_divided;
+    return menu;
 }
 
 // ---- Statements ----
@@ -313,9 +322,12 @@ void judge_live_form(judge_state *state, const statement_view &statement, bool d
             for (const emit_write &write : {writes[blank - 1], writes[blank]})
                 item->own_typed.emplace_back(output_between(statement, write.from, write.to));
         }
-        size_t bars;
-        if (const char *wrong = has(menu) ? menu_fault(statement, options, &bars) : nullptr; wrong != nullptr)
-            add_form(state, statement, lines, arguments, wrong)->own_places = static_cast<uint32_t>(bars);
+        menu_judgement judged = has(menu) ? judge_menu(statement, options) : menu_judgement();
+        if (judged.fault != nullptr) {
+            report_item *item = add_form(state, statement, lines, arguments, judged.fault);
+            item->own_places = static_cast<uint32_t>(judged.bars);
+            item->own_typed = std::move(judged.divided);
+        }
     }
 }
 
@@ -339,18 +351,34 @@ static bool has_comma_between(const std::vector<std::string> &values, std::strin
     return !still && after.size() > before.size();
 }
 
+// The menu of a line: the last of its strings.
+static std::string_view menu_in(std::string_view line)
+{
+    std::vector<std::string_view> items = list_items(line.substr(0, comment_in(line)));
+    auto menu = std::find_if(items.rbegin(), items.rend(), is_string);
+    return menu != items.rend() ? *menu : std::string_view();
+}
+
+static bool menu_is_mended(const report_item &item, std::string_view was, std::string_view there)
+{
+    auto bars = [](std::string_view menu) {
+        return static_cast<size_t>(std::count(menu.begin(), menu.end(), '|'));
+    };
+    std::string_view before = menu_in(was), after = menu_in(there);
+    if (item.own_texts[0] == option_added)
+        return bars(after) <= item.own_places && bars(after) < bars(before);
+    auto is_gone = [after](const std::string &option) { return after.find(option) == after.npos; };
+    return bars(after) == item.own_places &&
+           std::all_of(item.own_typed.begin(), item.own_typed.end(), is_gone);
+}
+
 bool form_is_mended(const report_item &item, std::string_view was, std::string_view there)
 {
     const std::string &fault = item.own_texts[0];
     if (fault == rest_of_text || is_comment(there))
         return fault == rest_of_text && is_comment(there);
-    auto bars = [](std::string_view line) {
-        return static_cast<size_t>(std::count(line.begin(), line.end(), '|'));
-    };
-    if (fault == option_added)
-        return bars(there) <= item.own_places && bars(there) < bars(was);
-    if (fault == option_missing || fault == option_divided)
-        return bars(there) == item.own_places;
+    if (fault == option_added || fault == option_missing || fault == option_divided)
+        return menu_is_mended(item, was, there);
     if (fault != comment_inside)
         there = there.substr(0, comment_in(there));
     if ((fault == values_without_comma && !has_comma_between(item.own_typed, was, there)) ||
