@@ -64,6 +64,7 @@ static void totals_add(report_state *state, const script_run &run)
     totals.by_output[report.output]++;
     totals.written += run.written;
     totals.conflicts += run.conflict;
+    totals.unused += run.unreadable;
     totals.done += is_done(*state->options, report, open);
 }
 

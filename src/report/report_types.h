@@ -43,6 +43,7 @@ struct report_totals {
     uint64_t settled = 0;   // items that were changed or accepted
     uint64_t written = 0;   // outputs that this run has written
     uint64_t conflicts = 0; // outputs that could not be merged
+    uint64_t unused = 0;    // outputs that can't be read
     uint64_t lone = 0;      // outputs without a script, which were not read
     uint64_t by_output[output_state_count]{};
     kind_counts by_kind{};

@@ -51,6 +51,8 @@ TEST(findings, surplus_arguments_are_lost)
               "1: unknown INT: it begins with no word; it went through unchanged\n");
     EXPECT_NE(labels.find("...: of a word of more than 126 characters one is gone"), std::string::npos)
         << labels;
+    EXPECT_EQ(items_of(":" + times(126, "b") + "\n" + times(127, "c") + " = 5\n"), "");
+    EXPECT_EQ(items_of(times(127, "d") + "e=5\n").substr(0, 12), "1: unknown d");
     EXPECT_EQ(items_of("// " + times(3896, "x") + "\n// " + times(3897, "x") + "LINE 0,0,0,1,1,0\n"),
               "2: unknown //: of a comment of more than 3,900 characters the rest is read as a statement\n");
     std::string long_one = items_of("EXIT " + times(1 << 18, "12345678") + "\nCLEAR\n");
@@ -304,13 +306,13 @@ TEST(findings, failed_and_unknown_statements)
          "5: unknown RETRUN: RETRUN is no command; it went through unchanged\n"},
         {"PRINT \"a\nEXIT\nPRINT \"b\"\nEXIT\n",
          "1: broken PRINT: argument 1: something follows the closing quote; the string goes on over the next "
-         "2 lines; left: a\n"},
+         "2 lines; left: a, \"\n"},
         {"LINE )\nEXIT\n", "1: broken LINE: argument 1: the parentheses don't pair up; left: )\n"},
         {"PRINT \"a\" // b\nEXIT\n",
-         "1: broken PRINT: argument 1: something follows the closing quote; left: a; a "
+         "1: broken PRINT: argument 1: something follows the closing quote; left: a, / b; a "
          "comment on the command's line: give it a line of its own\n"},
         {"LINE 1,foo(3), \\\n bar 4 \\\n baz\nLINEE 1\n",
-         "1: broken LINE: argument 2: foo is not a function; left: foo\n"
+         "1: broken LINE: argument 2: foo is not a function; left: foo, bar 4  baz\n"
          "4: unknown LINEE: LINEE is no command; it went through unchanged\n"},
         {"IF x PRINT \"y\"\n",
          "1: broken IF: argument 1: syntax error; left: x; PRINT on the line of an IF: give "
@@ -328,8 +330,9 @@ TEST(findings, failed_and_unknown_statements)
         {"w = 200 // width\n",
          "1: unknown w: the value wasn't taken: // on the line; it went through unchanged\n"},
         {"a = 1 / 0\nb = b(1\n",
-         "1: unknown a: the value wasn't taken: divide by zero; it went through unchanged\n"
-         "2: unknown b: the value wasn't taken: syntax error; it went through unchanged\n"},
+         "1: unknown a: the assignment is faulty: divide by zero; it went through unchanged\n"
+         "2: unknown b: the assignment is faulty: syntax error; it went through unchanged\n"},
+        {"GOTO [x]\n", "1: unknown GOTO: a bracket after GOTO; it went through unchanged\n"},
         {"x = 1\nPRINT \"byte\"\n\x1a\n \x1a\x1a\n", ""},
         {"BREAD 1, f, v\n",
          "1: gone BREAD: the new dialect has no such command; the comment lacks argument 1: 1, "
@@ -385,6 +388,9 @@ TEST(findings, an_added_dimension_needs_its_first)
     EXPECT_NE(added.find("the comment lacks argument 6: 1, 7: 2\n"), added.npos) << added;
     EXPECT_NE(added.find("1: base ORDDIM: "), added.npos) << added;
     EXPECT_EQ(items_of(dimension + dimension, {1, 0}).find("base"), added.npos);
+    const std::string groups =
+        "SET COLLECT,1\n" + dimension + "SET COLLECT,0\n" + dimension + "SET COLLECT,1\n";
+    EXPECT_NE(items_of(groups + dimension).find("6: base ORDDIM"), added.npos) << "its first one was outside";
 }
 
 TEST(findings, why_reading_stopped)
@@ -410,9 +416,9 @@ TEST(findings, why_reading_stopped)
          "1: stopped : byte 26, which ends a script; 2 lines were not read\n"},
         {"PRINT \"a\"\n\x1aREM\n", "2: stopped : byte 26, which ends a script; 1 line was not read\n"},
         {":<b>longer_name\n:<B>LONGER_NAmed\x1b\nREM\n",
-         "2: stopped :<B>LONGER_NAmed\\x1b: second label <B>LONGER_NA (12 characters of a label count), "
-         "first in "
-         "line 1; 1 line was not read\n"},
+         "2: stopped :<B>LONGER_NAmed\\x1b: second label <B>LONGER_NA (12 characters of a label count); "
+         "the first is in line 1; 1 line was not read\n"},
+        {"REM\nINT a b", "2: stopped INT: two words of the declaration have no comma between them\n"},
     };
     expect_items(cases);
     std::string labels;

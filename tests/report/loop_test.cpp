@@ -267,6 +267,7 @@ TEST_F(report_test, looks_twice_at_an_edited_output)
     EXPECT_TRUE(has(result.err, "a_conv.mrl has NUL bytes, as a text in UTF-16 has, and isn't used"))
         << result.err;
     EXPECT_EQ(read("a_conv.mrl"), wide);
+    EXPECT_TRUE(has(result.out, "0 have nothing left to do, 1 output not used")) << result.out;
 
     write("b.mrl", "x = 1" + std::string(1, '\0') + " + 2\nINT a, b\r\r\n");
     result = run("b.mrl");
@@ -748,6 +749,10 @@ TEST_F(report_test, accepts_as_many_alike_as_were_accepted)
     EXPECT_TRUE(has(run("--prune .").err, "(removed)"));
     EXPECT_FALSE(has(read(".murlreport/accepted.csv"), "a.mrl"));
     EXPECT_EQ(run(".").err, "");
+    write("a.mrl", ":a\nREM 1\n:a\nREM 2\n");
+    run("--accept --kind stopped a.mrl");
+    write("a.mrl", "REM 0\n:a\nREM 1\n:a\nREM 2\nREM 3\n");
+    EXPECT_TRUE(has(states(), "stopped accepted")) << "other line numbers";
 }
 
 TEST_F(report_test, accepts_ticks_of_the_page)

@@ -33,8 +33,8 @@ static std::string store_fault(int32_t code)
 static std::string second_label()
 {
     const std::string &name = refused_label();
-    return fmt::format("second label {} (12 characters of a label count), first in line {}", shown(name),
-                       label_line(name));
+    return fmt::format("second label {} (12 characters of a label count); the first is in line {}",
+                       shown(name), label_line(name));
 }
 
 static std::string stop_reason(int32_t result)
@@ -77,7 +77,7 @@ static void judge_end(judge_state *state, const statement_view &statement)
     statement_view end = statement;
     if (by_byte)
         end.line = end.last_line = done.next_line;
-    state->end = {done.next_line, by_byte};
+    state->end = {by_byte ? done.next_line : end.last_line + 1, by_byte};
     add_item(state, end, ITEM_STOPPED,
              by_byte || done.result != STATEMENT_END ? stop_reason(done.result)
                                                      : "the script ends inside this statement",
@@ -175,12 +175,25 @@ static void note_if(judge_state *state, const statement_view &statement)
 
 // ---- Statements ----
 
+// Adds what is left of a statement to the item of the broken one that it belongs to.
+static void add_left(judge_state *state, const statement_view &statement)
+{
+    report_item &broken = state->report->items[state->broken_item];
+    std::string &left = state->broken_left;
+    std::string_view text = text_trimmed(statement.output);
+    if (!text.empty() && left.size() < 200)
+        left += (left.empty() ? "" : ", ") + shown_cut(text.substr(0, text.find('\n')), 60);
+    broken.detail = state->broken_fault + (left.empty() ? "; nothing is left" : "; left: " + left);
+    state->line_left = statement.record->done.line_left;
+}
+
 static void judge_broken(judge_state *state, const statement_view &statement)
 {
-    state->line_left = statement.record->done.line_left;
     state->broken_item = state->report->items.size();
-    std::string detail = broken_detail(statement) + broken_left(statement.output);
-    add_item(state, statement, ITEM_BROKEN, std::move(detail), lines_of(statement, true));
+    state->broken_fault = broken_detail(statement);
+    state->broken_left.clear();
+    add_item(state, statement, ITEM_BROKEN, {}, lines_of(statement, true));
+    add_left(state, statement);
 }
 
 // True if no line end came between a statement and the one before it, whose arguments failed: white space is
@@ -197,15 +210,11 @@ static bool is_rest(judge_state *state, const statement_view &statement)
 static void judge_rest(judge_state *state, const statement_view &statement)
 {
     report_item &broken = state->report->items[state->broken_item];
-    std::string nothing = broken_left("");
-    size_t kept = broken.detail.size() - std::min(nothing.size(), broken.detail.size());
-    if (broken.detail.substr(kept) == nothing)
-        broken.detail.replace(kept, std::string::npos, broken_left(statement.output));
     broken.last_line = std::max(broken.last_line, statement.last_line);
     broken.output_lines = statement.output_line + statement.output_lines - broken.output_line;
     for (uint64_t line : lines_of(statement, true))
         broken.own_lines.push_back(line);
-    state->line_left = statement.record->done.line_left;
+    add_left(state, statement);
     judge_next_live(state, statement);
 }
 
@@ -217,7 +226,8 @@ static void judge_kind(judge_state *state, const statement_view &statement)
         judge_command(state, statement);
     } else if (statement.record->done.head.kind == KIND_KEYWORD && statement.output.empty()) {
         add_item(state, statement, ITEM_DROPPED, "nothing is written of it", {})->summed = true;
-    } else if (std::string detail = unknown_detail(statement); !detail.empty()) {
+    } else if (std::string detail = unknown_detail(statement, script_lines(*state, statement));
+               !detail.empty()) {
         add_item(state, statement, ITEM_UNKNOWN, std::move(detail), lines_of(statement, true));
     }
 }

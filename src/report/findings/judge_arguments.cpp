@@ -58,6 +58,15 @@ static bool has_dropped(const statement_view &statement, int32_t position)
 
 // ---- Statements that have become comments ----
 
+// A constant 0 where nothing could be as well.
+static bool is_default(const statement_view &statement, int32_t position, bool attribute)
+{
+    uint8_t spec = argument_spec(statement, position);
+    uint8_t type = spec & ARG_TYPE;
+    return ((spec & ARG_OPTIONAL) != 0 || attribute) && type >= ARG_LONG && type <= ARG_DOUBLE &&
+           is_constant_zero(position);
+}
+
 std::string arguments_in_detail(const statement_view &statement)
 {
     const rule_row *row = rule_find(statement.row->id)->effect == EFFECT_SYSTEM ? nullptr : rule_last.row;
@@ -77,7 +86,7 @@ std::string arguments_in_detail(const statement_view &statement)
                                    (comment && has_dropped(statement, position)
                                         ? " (the comment has " + shown_cut(use.written, text_shown) + ")"
                                         : ""));
-        else
+        else if (!is_default(statement, position, is_attribute(argument_name(row, position))))
             add_detail(&lacking, argument_shown(statement, position, row) +
                                      (use.value ? " (it has " + shown(use.written) + ")" : ""));
     }
@@ -90,15 +99,6 @@ std::string arguments_in_detail(const statement_view &statement)
 }
 
 // ---- Statements that are carried out ----
-
-// A constant 0 where nothing could be as well.
-static bool is_default(const statement_view &statement, int32_t position, bool attribute)
-{
-    uint8_t spec = argument_spec(statement, position);
-    uint8_t type = spec & ARG_TYPE;
-    return ((spec & ARG_OPTIONAL) != 0 || attribute) && type >= ARG_LONG && type <= ARG_DOUBLE &&
-           is_constant_zero(position);
-}
 
 // True of a string that goes on to the end of the script.
 static bool is_unclosed(std::string_view typed)
@@ -358,7 +358,7 @@ static void add_parted(const judge_state &state, const statement_view &statement
 {
     for (quoted_words words = quoted_words_from(statement, 1); words.last > 0;
          words = quoted_words_from(statement, words.last + 1))
-        if (!script_has(state, statement, words.written))
+        if (script_lines(state, statement).find(words.written) == std::string_view::npos)
             add_finding(decoded,
                         fmt::format("{} goes on behind a comma, and the blanks there have changed",
                                     argument_shown(statement, words.first, rule_last.row)),

@@ -34,14 +34,15 @@ static effect_item effect_item_of(const rule_row *row)
     }
 }
 
-// An added dimension names a parent that only the first one of a group declares.
+// An added dimension names a parent that only the first one of a group declares. An ORDDIM outside of SET
+// COLLECT, 1 can be the first one, too.
 static void judge_base(judge_state *state, const statement_view &statement)
 {
-    if (rule_last.choice.row == ORDDIM_FIRST)
-        state->base_seen = true;
-    else if (rule_last.choice.row == ORDDIM_FOLLOWING && !state->base_seen)
-        add_item(state, statement, ITEM_BASE, "no BASEDIM before it in this script declares its parent",
+    if (rule_last.choice.row == ORDDIM_FOLLOWING && !state->base_seen)
+        add_item(state, statement, ITEM_BASE, "no BASEDIM of its group in this script declares its parent",
                  lines_of(statement, false));
+    if (rules_run.basedim_count == 1)
+        state->base_seen = rule_last.choice.row == ORDDIM_FIRST;
 }
 
 void judge_command(judge_state *state, const statement_view &statement)

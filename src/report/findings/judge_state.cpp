@@ -3,11 +3,10 @@
 #include <algorithm>
 #include <utility>
 
-bool script_has(const judge_state &state, const statement_view &statement, std::string_view text)
+std::string_view script_lines(const judge_state &state, const statement_view &statement)
 {
     size_t end = std::min<size_t>(statement.last_line, line_count(*state.script));
-    size_t first = std::min<size_t>(statement.line - 1, end);
-    return lines_between(*state.script, first, end).find(text) != std::string_view::npos;
+    return lines_between(*state.script, std::min<size_t>(statement.line - 1, end), end);
 }
 
 report_item *add_item(judge_state *state, const statement_view &statement, item_kind kind, std::string detail,

@@ -39,12 +39,6 @@ std::string broken_detail(const statement_view &statement)
     return fault;
 }
 
-std::string broken_left(std::string_view output)
-{
-    std::string_view left = text_trimmed(output);
-    return left.empty() ? "; nothing is left" : "; left: " + shown_cut(left.substr(0, left.find('\n')), 60);
-}
-
 static bool is_command(std::string_view word)
 {
     return !word.empty() && command_find(word_key_make(word.data(), word.size())) >= 0;
@@ -146,12 +140,15 @@ static std::string unknown_reason(std::string_view text, std::string_view messag
     char next = word.size() < text.size() ? text[word.size()] : '\0';
     if (!word.empty() && text_is(word[0], CHAR_DIGIT) && !command_in(text.substr(word.size())).empty())
         return fmt::format("a number precedes {}", command_in(text.substr(word.size())));
+    size_t second = text.find_first_not_of(" \t", word.size());
+    if (is_command(word) && second != text.npos && text[second] == '[')
+        return fmt::format("a bracket after {}", word);
     if ((is_command(word) || word == "ON") && (next == '(' || next == ','))
         return fmt::format("a {} directly after {}", next == '(' ? "parenthesis" : "comma", word);
     if (has_assignment(text)) {
         bool comment = comment_in(text) != std::string_view::npos;
         return comment ? "the value wasn't taken: // on the line"
-                       : fmt::format("the value wasn't taken: {}",
+                       : fmt::format("the assignment is faulty: {}",
                                      message.empty() ? "syntax error" : shown(message));
     }
     if (evaluated)
@@ -162,20 +159,26 @@ static std::string unknown_reason(std::string_view text, std::string_view messag
                              shown_cut(text.substr(0, text.find_first_of(" \t\r\n=(,")), 40));
 }
 
-constexpr size_t word_max = 127; // characters of a first word; a blank is written for the one after it
+constexpr size_t word_max = 127; // characters of a first word; the one after it may be gone
 
 // What has become of a line that doesn't fit the converter's buffers; empty if it does.
-static std::string overlong(statement_kind kind, std::string_view text)
+static std::string overlong(statement_kind kind, std::string_view text, std::string_view source)
 {
-    bool comment = is_comment(text);
-    if (kind == KIND_TEXT && comment && text.size() >= static_cast<size_t>(line_buf_capacity))
-        return "of a comment of more than 3,900 characters the rest is read as a statement";
-    if (!comment && std::min(text.find_first_of(" \t\r\n"), text.size()) == word_max)
-        return "of a word of more than 126 characters one is gone, and a blank is in its place";
-    return {};
+    if (is_comment(text))
+        return kind == KIND_TEXT && text.size() >= static_cast<size_t>(line_buf_capacity)
+                   ? "of a comment of more than 3,900 characters the rest is read as a statement"
+                   : "";
+    bool fits = text.size() < word_max || text.find_first_of(" \t\r\n") < word_max;
+    size_t at = fits ? source.npos : source.find(text.substr(0, word_max));
+    if (at == source.npos)
+        return {};
+    std::string_view left = text.substr(word_max, 8), rest = source.substr(at + word_max);
+    bool whole = rest.empty() || text_is(rest[0], CHAR_WHITE) ||
+                 (!left.empty() && rest.substr(0, left.size()) == left);
+    return whole ? "" : "of a word of more than 126 characters one is gone";
 }
 
-std::string unknown_detail(const statement_view &statement)
+std::string unknown_detail(const statement_view &statement, std::string_view source)
 {
     statement_kind kind = statement.record->done.head.kind;
     std::string_view text = text_trimmed(statement.output);
@@ -183,8 +186,8 @@ std::string unknown_detail(const statement_view &statement)
     // A declaration writes a carriage return as an escape, which names nothing.
     if (kind == KIND_KEYWORD && !is_comment(text) && text.find("\\r") < comment_in(text))
         return "of a carriage return inside the line \\r is left";
-    if (kind == KIND_LABEL || kind == KIND_TEXT || kind == KIND_UNKNOWN)
-        if (std::string fault = overlong(kind, text); !fault.empty())
+    if (evaluated || kind == KIND_LABEL || kind == KIND_TEXT || kind == KIND_UNKNOWN)
+        if (std::string fault = overlong(kind, text, source); !fault.empty())
             return fault;
     if ((!evaluated && kind != KIND_TEXT && kind != KIND_UNKNOWN) || text.empty() || is_comment(text))
         return {};

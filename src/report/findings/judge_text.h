@@ -10,9 +10,6 @@
 // Why the arguments of a command failed.
 std::string broken_detail(const statement_view &statement);
 
-// What is left of it, for the end of the detail.
-std::string broken_left(std::string_view output);
-
 // The hint for a statement whose arguments failed, from its lines of the script; empty if the cause isn't
 // plain.
 std::string broken_hint(std::string_view command, std::string_view source);
@@ -28,5 +25,5 @@ size_t string_end(std::string_view line, size_t at);
 bool has_open_string(std::string_view line);
 
 // Why a line that is no command, no keyword and no evaluated assignment goes through; empty if it is one of
-// these.
-std::string unknown_detail(const statement_view &statement);
+// these. source: the statement's lines of the script.
+std::string unknown_detail(const statement_view &statement, std::string_view source);

@@ -21,8 +21,10 @@ constexpr size_t row_columns = 7; // that tell items apart
 
 std::string accepted_row_of(const std::string &script, const report_item &item)
 {
-    return csv_text({script, kind_table[item.kind].word, item.command, item.source, item.detail, item.before,
-                     item.after});
+    // Where reading stopped, lines are counted after the reason, and other lines may come and go.
+    size_t end = item.kind == ITEM_STOPPED ? item.detail.find(';') : std::string::npos;
+    return csv_text({script, kind_table[item.kind].word, item.command, item.source,
+                     item.detail.substr(0, end), item.before, item.after});
 }
 
 std::string accepted_header()

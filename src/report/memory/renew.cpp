@@ -160,6 +160,8 @@ void output_renew(script_run *run, folder_memory *memory, bool force)
 void output_adopt(script_run *run, folder_memory *memory, bool force)
 {
     std::string path = shown(run->report.output_path);
+    if (run->unreadable)
+        return;
     if (!run->there) {
         report_note("there is no " + path + " to adopt");
         return;

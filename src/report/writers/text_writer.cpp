@@ -155,9 +155,11 @@ static void text_end(FILE *, const report_totals &totals)
     line += fmt::format("{} {} {}", line.back() == ':' ? "" : ";",
                         totals.done == 1 ? "1 has" : fmt::format("{} have", totals.done),
                         totals.filtered ? "none of these" : "nothing left to do");
-    uint64_t none = totals.by_output[OUTPUT_NONE];
+    uint64_t none = totals.by_output[OUTPUT_NONE] - totals.unused;
     if (none > 0)
         line += fmt::format(", {} not converted yet", none == 1 ? "1 is" : fmt::format("{} are", none));
+    if (totals.unused > 0)
+        line += fmt::format(", {} not used", counted(totals.unused, "output"));
     line += "\n";
     put(line);
 }
