@@ -69,9 +69,10 @@ size_t empty_items(std::string_view line)
 
 size_t likeness(std::string_view a, std::string_view b)
 {
-    auto begin = std::mismatch(a.begin(), a.end(), b.begin(), b.end()).first;
-    auto rest = a.rend() - (begin - a.begin());
-    auto rest_of_b = b.rend() - (begin - a.begin());
-    auto end = std::mismatch(a.rbegin(), rest, b.rbegin(), rest_of_b).first;
-    return static_cast<size_t>((begin - a.begin()) + (end - a.rbegin()));
+    size_t most = std::min(a.size(), b.size()), begin = 0, end = 0;
+    while (begin < most && a[begin] == b[begin])
+        begin++;
+    while (end < most - begin && a[a.size() - 1 - end] == b[b.size() - 1 - end])
+        end++;
+    return begin + end;
 }
