@@ -40,7 +40,7 @@ run_tidy() {
     fi
     tell "clang-tidy of $count sources"
     # shellcheck disable=SC2016 # for the shell inside
-    xargs -P "$(nproc)" -L 1 sh -c 'clang-tidy --quiet -p "$1" "$4" 2>/dev/null && : >"$2/$3"' sh "$debug" "$good" \
+    xargs -r -P "$(nproc)" -L 1 sh -c 'clang-tidy --quiet -p "$1" "$4" 2>/dev/null && : >"$2/$3"' sh "$debug" "$good" \
         <"$MURL_BUILD/stale" >"$MURL_BUILD/tidy.log" || {
         cat "$MURL_BUILD/tidy.log"
         exit 1
