@@ -332,6 +332,11 @@ TEST(findings, failed_and_unknown_statements)
         {"a = 1 / 0\nb = b(1\n",
          "1: unknown a: the assignment is faulty: divide by zero; it went through unchanged\n"
          "2: unknown b: the assignment is faulty: syntax error; it went through unchanged\n"},
+        {"CLOSE f\\,\nEXEC , c:\\t\\,\nPRINT \"a\\032b\"\n",
+         "1: form CLOSE: a backslash at the line's end, which joins the next line to it: CLOSE f\\\n"
+         "2: form EXEC: a backslash at the line's end, which joins the next line to it: // EXEC , c:\\t\\\n"
+         "2: form EXEC: a backslash at the line's end, which joins the next line to it: EXEC c:\\t\\\n"
+         "3: decoded PRINT: argument 1: \"a\\032b\" has become \"a\\x1ab\"; write it as \"a\\032b\"\n"},
         {"GOTO [x]\n", "1: unknown GOTO: a bracket after GOTO; it went through unchanged\n"},
         {"x = 1\nPRINT \"byte\"\n\x1a\n \x1a\x1a\n", ""},
         {"BREAD 1, f, v\n",

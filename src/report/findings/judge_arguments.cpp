@@ -109,7 +109,7 @@ static bool is_unclosed(std::string_view typed)
 // True if a string can't be read back as it was typed.
 static bool is_decoded(const statement_view &statement, int32_t position, std::string_view written)
 {
-    constexpr const char *line_ends = "\n\r";
+    constexpr const char *line_ends = "\n\r\x1a"; // the last one ends the script
     if (!argument_is_string(position))
         return false;
     std::string_view content = without_quotes(written);

@@ -32,6 +32,7 @@ static constexpr const char *values_without_comma = "a blank between two values 
 static constexpr const char *comma_after_word = "a comma directly after the word";
 static constexpr const char *rest_of_text = "the rest of a text that began in the comment before it";
 static constexpr const char *comment_inside = "a comment inside the line";
+static constexpr const char *joins_next = "a backslash at the line's end, which joins the next line to it";
 static constexpr const char *no_character = "a character that no expression has";
 
 // Walks the tokens of a text as operand, operator, operand. Why it is no expression; null if it is one.
@@ -81,6 +82,11 @@ static const char *expression_fault(std::string_view item)
 
 // ---- Lists ----
 
+static bool is_quote(char c)
+{
+    return c == '"' || c == '`';
+}
+
 // Takes the next item off a list: up to a comma outside of quotes and parentheses.
 static std::string_view take_item(std::string_view *list, bool *more)
 {
@@ -91,7 +97,7 @@ static std::string_view take_item(std::string_view *list, bool *more)
         if (c == ',' && open <= 0)
             break;
         open += (c == '(' || c == '[') - (c == ')' || c == ']');
-        at = std::min(c == '"' ? string_end(*list, at) : at + 1, list->size());
+        at = std::min(is_quote(c) ? string_end(*list, at) : at + 1, list->size());
     }
     std::string_view item = list->substr(0, at);
     *more = at < list->size();
@@ -111,7 +117,7 @@ std::vector<std::string_view> list_items(std::string_view line)
 
 static bool is_string(std::string_view item)
 {
-    return !item.empty() && item.front() == '"' && string_end(item, 0) == item.size();
+    return !item.empty() && is_quote(item.front()) && string_end(item, 0) == item.size();
 }
 
 // Why an item of a list is none; empty if it is well formed.
@@ -293,8 +299,17 @@ static report_item *add_form(judge_state *state, const statement_view &statement
     return item;
 }
 
+// Lines that end in a backslash, comments too, which take a live line in.
+static void add_joining(judge_state *state, const statement_view &statement)
+{
+    for (const written_line &line : statement.lines)
+        if (!line.text.empty() && line.text.back() == '\\')
+            add_form(state, statement, {&line}, {}, joins_next);
+}
+
 void judge_live_form(judge_state *state, const statement_view &statement, bool decoded)
 {
+    add_joining(state, statement);
     std::vector<std::string_view> arguments;
     for (int32_t position = 1; position <= statement.record->done.fetched; position++)
         arguments.push_back(text_trimmed(argument_text(position)));
@@ -375,6 +390,8 @@ static bool menu_is_mended(const report_item &item, std::string_view was, std::s
 bool form_is_mended(const report_item &item, std::string_view was, std::string_view there)
 {
     const std::string &fault = item.own_texts[0];
+    if (fault == joins_next)
+        return there.empty() || there.back() != '\\';
     if (fault == rest_of_text || is_comment(there))
         return fault == rest_of_text && is_comment(there);
     if (fault == option_added || fault == option_missing || fault == option_divided)
