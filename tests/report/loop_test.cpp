@@ -209,6 +209,14 @@ TEST_F(report_test, an_edit_that_does_nothing_ends_no_item)
         {"GETSTR \"p\", \"x|y\", $v, \"a|b\"\n", ", \"a|b\"\n", ", \"ab\" // |\n", "1 form changed"},
         {"GETMENU \"p\", \"a\\\\\", \"b\"\n", "a\\|b", "a\\\\|b", "1 decoded changed"},
         {"INPUT \"\\\\%d\", a\n", "\\%d", "\\\\%d", "1 decoded changed"},
+        {"CLOSE f\\,\n", "f\\", "f", "1 form changed"},
+        {"NOTE 1,2,`a \"b\"`\n", "NOTE \"a \"b\"\", 1 2", "NOTE `a \"b\"`, 1, 2",
+         "1 decoded changed\n1 form changed"},
+        // Of equal lines one is edited, and a line below as well.
+        {"CIRCLE 0,0,0,1,0\nCIRCLE 0,0,0,1,5\nWAIT 1\n", "1, 0\nCIRCLE 0, 0, 0, 1, 0\nWAIT 1",
+         "2, 0\nCIRCLE 0, 0, 0, 1, 0\nWAIT 2", "2 lost open"},
+        {"DELENT\nDELENT last\nREM done\n", "DELENT\nDELENT\nREM done", "DELENT -1\nDELENT", "2 lost open"},
+        {"DELENT\nDELENT last\nREM done\n", "DELENT\nREM done", "REM mine", "2 lost open"},
         // The output of a statement is deleted, and the next one begins with the same lines.
         {"REDRAW 1\nREDRAW 2\n", "REM **** WARNING: REDRAW has NOT been implemented\nREM REDRAW 1\n", "",
          "1 gone changed\n2 gone open"},

@@ -2,6 +2,7 @@
 
 #include "report/findings/judge_text.h"
 #include "report/findings/live_form.h"
+#include "report/memory/change_positions.h"
 #include "report/memory/line_pairs.h"
 #include "report/memory/line_words.h"
 #include "report/memory/text_lines.h"
@@ -27,38 +28,11 @@ size_t lines_missing(std::string_view now, std::string_view there, size_t *diffe
     return last.after_count == 0 ? last.before_count : written - std::min(written, left);
 }
 
-// Moves lines that are gone, and nothing in their place, up to where outputs of statements begin and end, if
-// they could be there as well: of statements that begin with the same line, such as a tip's, people delete
-// the whole output of one.
-static void move_to_statements(const script_report &report, text_changes *texts)
-{
-    std::set<size_t> ends; // of outputs, with their beginnings
-    for (const report_item &item : report.items)
-        for (uint64_t line : {item.output_line, item.output_line + item.output_lines})
-            ends.insert(static_cast<size_t>(line - 1));
-    size_t kept_from = 0; // after the change before
-    for (line_change &change : texts->changes) {
-        size_t best = 0, best_ends = 0;
-        for (size_t up = 0; change.after_count == 0; up++) {
-            size_t at = change.before_at - up, end = at + change.before_count;
-            if (size_t found = ends.count(at) + ends.count(end); found > 0 && found >= best_ends) {
-                best = up;
-                best_ends = found;
-            }
-            if (at == kept_from || line_core(texts->before, at - 1) != line_core(texts->before, end - 1))
-                break;
-        }
-        change.before_at -= best;
-        change.after_at -= best;
-        kept_from = change.before_at + change.before_count;
-    }
-}
-
 // How a script's output that is there has come from what is written now.
 static text_changes output_changes(const script_report &report, std::string_view now, std::string_view there)
 {
     text_changes texts = text_diff(now, there);
-    move_to_statements(report, &texts);
+    changes_move(report, &texts);
     return texts;
 }
 
@@ -75,7 +49,7 @@ std::vector<uint64_t> lines_there(const script_report &report, std::string_view 
 // Two texts, how their lines belong together, and what the edit has added.
 struct edit_view {
     text_changes texts;
-    std::vector<size_t> kept, pairs; // as lines_kept and lines_paired have them
+    std::vector<size_t> kept, pairs, far; // as lines_kept, lines_paired and lines_paired_far have them
     std::set<std::string_view> added;
     std::set<std::string> essences; // of those added; of comments with a slash before it
     std::set<uint64_t> of_others;   // own lines of all items but those that are guarded
@@ -83,9 +57,10 @@ struct edit_view {
 
 static edit_view edit_view_of(const script_report &report, std::string_view now, std::string_view there)
 {
-    edit_view view{output_changes(report, now, there), {}, {}, {}, {}, {}};
+    edit_view view{output_changes(report, now, there), {}, {}, {}, {}, {}, {}};
     view.kept = lines_kept(view.texts);
     view.pairs = lines_paired(view.texts);
+    view.far = lines_paired_far(view.texts, view.pairs);
     for (const line_change &change : view.texts.changes)
         for (size_t i = change.after_at; i < change.after_at + change.after_count; i++) {
             std::string_view line = line_core(view.texts.after, i);
@@ -206,6 +181,8 @@ static line_fate fate_of(const report_item &item, const report_item *frozen, con
     bool still_there =
         view.essences.count("/" + essence) != 0 || (!is_comment(first) && view.essences.count(essence) != 0);
     size_t pair = view.pairs[index];
+    if (pair == no_line && item.kind != ITEM_GUARDED)
+        pair = view.far[index];
     if (pair == no_line)
         return still_there ? FATE_OPEN : FATE_GONE;
     // The rest of a text that goes on over lines may have stayed as it is.

@@ -16,12 +16,22 @@ using single_lines = std::vector<single_line>;
 
 constexpr size_t compared_max = 4096; // pairs of lines that are compared; where there are more, order decides
 
-static single_lines singles_of(const text_lines &text, size_t first, size_t count)
+// Lines of both texts by the word that they begin with.
+using lines_by_word = std::map<std::string, std::pair<single_lines, single_lines>>;
+
+static single_line single_of(const text_lines &text, size_t index)
 {
-    single_lines lines;
-    for (size_t i = first; i < first + count; i++)
-        lines.push_back({i, line_essence(line_core(text, i))});
-    return lines;
+    return {index, line_essence(line_core(text, index))};
+}
+
+static void add_before(const text_changes &texts, size_t index, lines_by_word *lines)
+{
+    (*lines)[leading_word(line_core(texts.before, index))].first.push_back(single_of(texts.before, index));
+}
+
+static void add_after(const text_changes &texts, size_t index, lines_by_word *lines)
+{
+    (*lines)[leading_word(line_core(texts.after, index))].second.push_back(single_of(texts.after, index));
 }
 
 struct line_candidate {
@@ -81,11 +91,11 @@ static void pair_alike(single_lines *before, single_lines *after, size_t alike_m
 
 static void pair_change(const text_changes &texts, const line_change &change, std::vector<size_t> *pairs)
 {
-    std::map<std::string, std::pair<single_lines, single_lines>> by_word;
-    for (single_line &line : singles_of(texts.before, change.before_at, change.before_count))
-        by_word[leading_word(line_core(texts.before, line.index))].first.push_back(std::move(line));
-    for (single_line &line : singles_of(texts.after, change.after_at, change.after_count))
-        by_word[leading_word(line_core(texts.after, line.index))].second.push_back(std::move(line));
+    lines_by_word by_word;
+    for (size_t i = 0; i < change.before_count; i++)
+        add_before(texts, change.before_at + i, &by_word);
+    for (size_t i = 0; i < change.after_count; i++)
+        add_after(texts, change.after_at + i, &by_word);
     single_lines before, after;
     for (auto &[word, lines] : by_word) {
         pair_alike(&lines.first, &lines.second, 0, pairs);
@@ -123,4 +133,23 @@ std::vector<size_t> lines_paired(const text_changes &texts)
     for (const line_change &change : texts.changes)
         pair_change(texts, change, &pairs);
     return pairs;
+}
+
+std::vector<size_t> lines_paired_far(const text_changes &texts, const std::vector<size_t> &pairs)
+{
+    std::vector<char> is_pair(line_count(texts.after));
+    for (size_t pair : pairs)
+        if (pair != no_line)
+            is_pair[pair] = 1;
+    lines_by_word by_word;
+    for (size_t i = 0; i < pairs.size(); i++)
+        if (pairs[i] == no_line && live_lines(texts.before, i, 1) > 0)
+            add_before(texts, i, &by_word);
+    for (size_t i = 0; i < is_pair.size(); i++)
+        if (is_pair[i] == 0 && live_lines(texts.after, i, 1) > 0)
+            add_after(texts, i, &by_word);
+    std::vector<size_t> far(pairs.size(), no_line);
+    for (auto &[word, lines] : by_word)
+        pair_alike(&lines.first, &lines.second, 0, &far);
+    return far;
 }

@@ -18,3 +18,8 @@ std::vector<size_t> lines_kept(const text_changes &texts);
 // common; of what is then left, if it is as much on both sides, the lines in the same positions are pairs.
 // no_line: there is none.
 std::vector<size_t> lines_paired(const text_changes &texts);
+
+// For each line before that has no pair, the index of one after that has none and begins with the same word,
+// wherever it is. Of equal lines that were edited the difference may have taken the wrong ones for kept.
+// no_line: there is none, or it has a pair, or is a comment.
+std::vector<size_t> lines_paired_far(const text_changes &texts, const std::vector<size_t> &pairs);
