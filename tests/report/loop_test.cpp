@@ -217,6 +217,14 @@ TEST_F(report_test, an_edit_that_does_nothing_ends_no_item)
          "2, 0\nCIRCLE 0, 0, 0, 1, 0\nWAIT 2", "2 lost open"},
         {"DELENT\nDELENT last\nREM done\n", "DELENT\nDELENT\nREM done", "DELENT -1\nDELENT", "2 lost open"},
         {"DELENT\nDELENT last\nREM done\n", "DELENT\nREM done", "REM mine", "2 lost open"},
+        {"IF (n<3)\nrDTUPDATE\nIF (n<4)\nLEVELS 1,4\nIF (n<4)\nLEVELS 1,4\n", "IF (n<4)\nREM LEVELS 1, 4\n",
+         "", "1 guarded open\n3 guarded changed\n5 guarded open"},
+        // Lines are moved and edited, or made comments, beside others that are finished.
+        {"CIRCLE 0,0,0,r,n\nWAIT 3\nPRINT n\n", "CIRCLE 0, 0, 0, r, 0\nWAIT 3\nPRINT n",
+         "WAIT 3\nCIRCLE 0, 0, 1, r, 0", "1 lost open"},
+        {"lineE 65,2\nGETENV \"A\",b\n", "lineE 65,2\n// WARNING: GETENV has NOT been implemented",
+         "// lineE 65,2\nb = \"x\"", "2 gone changed\n1 unknown open"},
+        {"XHATCH 1,k,p,q\nXHATCH 1,m,r,p\nMODE 2\n", "XHATCH 1, p", "XHATCH 1, s", "1 lost open"},
         // The output of a statement is deleted, and the next one begins with the same lines.
         {"REDRAW 1\nREDRAW 2\n", "REM **** WARNING: REDRAW has NOT been implemented\nREM REDRAW 1\n", "",
          "1 gone changed\n2 gone open"},

@@ -76,7 +76,8 @@ static void find_move(const deletion_view &view, const line_change &change, size
         touch(view, change.before_at + i, true, &touched);
     auto move_by = [&](size_t by) {
         size_t at = change.before_at - by;
-        return line_move{count, by, touched.size(), is_end(view, at) + is_end(view, at + count)};
+        int ends = change.after_count == 0 ? is_end(view, at) + is_end(view, at + count) : 0;
+        return line_move{count, by, touched.size(), ends};
     };
     const bool all = change.before_count == count;
     if (line_move stays = move_by(0); best->count == 0 || (best->by == 0 && is_better(stays, *best)))

@@ -10,6 +10,7 @@
 #include "support/text.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 size_t lines_missing(std::string_view now, std::string_view there, size_t *differing)
@@ -49,22 +50,23 @@ std::vector<uint64_t> lines_there(const script_report &report, std::string_view 
 // Two texts, how their lines belong together, and what the edit has added.
 struct edit_view {
     text_changes texts;
-    std::vector<size_t> kept, pairs, far; // as lines_kept, lines_paired and lines_paired_far have them
-    std::set<std::string_view> added;
-    std::set<std::string> essences; // of those added; of comments with a slash before it
-    std::set<uint64_t> of_others;   // own lines of all items but those that are guarded
+    std::vector<size_t> kept, pairs, far;     // as lines_kept and lines_paired have them
+    std::map<std::string_view, size_t> added; // with the index of the last one
+    std::set<std::string> essences;           // of those added; of comments with a slash before it
+    std::set<uint64_t> of_others;             // own lines of all items but those that are guarded
 };
 
 static edit_view edit_view_of(const script_report &report, std::string_view now, std::string_view there)
 {
     edit_view view{output_changes(report, now, there), {}, {}, {}, {}, {}, {}};
     view.kept = lines_kept(view.texts);
-    view.pairs = lines_paired(view.texts);
-    view.far = lines_paired_far(view.texts, view.pairs);
+    line_pairs pairs = lines_paired(view.texts);
+    view.pairs = std::move(pairs.near);
+    view.far = std::move(pairs.far);
     for (const line_change &change : view.texts.changes)
         for (size_t i = change.after_at; i < change.after_at + change.after_count; i++) {
             std::string_view line = line_core(view.texts.after, i);
-            view.added.insert(line);
+            view.added[line] = i;
             view.essences.insert((is_comment(line) ? "/" : "") + line_essence(line));
         }
     for (const report_item &item : report.items)
@@ -196,7 +198,7 @@ static line_fate fate_of(const report_item &item, const report_item *frozen, con
 // True if the output has a new statement between an IF and what it guarded.
 static bool guards_another(const report_item &item, const edit_view &view)
 {
-    if (item.kind != ITEM_GUARDED || item.own_lines.back() > view.pairs.size())
+    if (item.own_lines.back() > view.pairs.size())
         return false;
     auto pair_of = [&](uint64_t line) { return view.pairs[static_cast<size_t>(line - 1)]; };
     bool at_end = item.own_lines.size() < 2; // nothing comes after the IF
@@ -216,6 +218,19 @@ static bool guarded_changed(const report_item &item, const edit_view &view, size
                                                 leading_word(line_core(view.texts.before, index)));
 }
 
+// True if what an IF guards is gone, and one that is equal to it comes next.
+static bool guards_equal(const report_item &item, const edit_view &view, size_t index)
+{
+    size_t next = view.pairs[static_cast<size_t>(item.own_lines[0] - 1)];
+    if (next == no_line)
+        return false;
+    do
+        next++;
+    while (next < line_count(view.texts.after) && live_lines(view.texts.after, next, 1) == 0);
+    return next < line_count(view.texts.after) &&
+           line_core(view.texts.after, next) == line_core(view.texts.before, index);
+}
+
 // True if a line or one after it that belongs to it isn't there any more.
 static bool is_touched(const report_item &item, const edit_view &view, size_t index)
 {
@@ -223,6 +238,29 @@ static bool is_touched(const report_item &item, const edit_view &view, size_t in
         if (view.kept[i] == no_line)
             return true;
     return false;
+}
+
+// True if the own lines of an item stand as they are around one that is there. They begin as those of others
+// do, and the difference may have taken their copies for kept.
+static bool stands(const report_item &item, const edit_view &view)
+{
+    auto index_of = [](uint64_t line) { return static_cast<size_t>(line - 1); };
+    auto is_line = [&view](uint64_t line) { return line > 0 && line <= view.kept.size(); };
+    auto stands_at = [&](size_t index, size_t there) {
+        return std::all_of(item.own_lines.begin(), item.own_lines.end(), [&](uint64_t line) {
+            size_t at = there + index_of(line) - index; // wraps if it would be before the first one
+            return is_line(line) && at < line_count(view.texts.after) &&
+                   line_core(view.texts.after, at) == line_core(view.texts.before, index_of(line));
+        });
+    };
+    return std::any_of(item.own_lines.begin(), item.own_lines.end(), [&](uint64_t line) {
+        size_t index = index_of(line);
+        if (!is_line(line))
+            return false;
+        auto added = view.added.find(line_core(view.texts.before, index));
+        return (view.kept[index] != no_line && stands_at(index, view.kept[index])) ||
+               (added != view.added.end() && stands_at(index, added->second));
+    });
 }
 
 // True if the edits of an item's own lines are those that it asks for.
@@ -235,8 +273,9 @@ static bool is_settled(const report_item &item, const report_item *frozen, const
         if (line == 0 || line > view.kept.size() || !is_touched(item, view, index))
             continue;
         line_fate fate = fate_of(item, frozen, view, index);
-        gone += fate == FATE_GONE;
-        bool counts = item.kind != ITEM_GUARDED || i == 0 || guarded_changed(item, view, index);
+        bool guarded = item.kind == ITEM_GUARDED && i > 0;
+        gone += fate == FATE_GONE && !(guarded && guards_equal(item, view, index));
+        bool counts = !guarded || guarded_changed(item, view, index);
         done += fate == FATE_DONE && counts;
     }
     switch (item.kind) {
@@ -245,7 +284,8 @@ static bool is_settled(const report_item &item, const report_item *frozen, const
     case ITEM_FROZEN:
     case ITEM_LOST:
     case ITEM_FORM: return done > 0 || (gone > 0 && gone == item.own_lines.size());
-    default: return gone + done > 0 || guards_another(item, view);
+    case ITEM_GUARDED: return gone + done > 0 || guards_another(item, view);
+    default: return gone + done > 0 && !stands(item, view);
     }
 }
 

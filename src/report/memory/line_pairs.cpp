@@ -16,22 +16,24 @@ using single_lines = std::vector<single_line>;
 
 constexpr size_t compared_max = 4096; // pairs of lines that are compared; where there are more, order decides
 
+static void add_single(const text_lines &text, size_t index, single_lines *lines)
+{
+    lines->push_back({index, line_essence(line_core(text, index))});
+}
+
 // Lines of both texts by the word that they begin with.
 using lines_by_word = std::map<std::string, std::pair<single_lines, single_lines>>;
 
-static single_line single_of(const text_lines &text, size_t index)
+static lines_by_word sort_by_word(const text_changes &texts, single_lines *before, single_lines *after)
 {
-    return {index, line_essence(line_core(text, index))};
-}
-
-static void add_before(const text_changes &texts, size_t index, lines_by_word *lines)
-{
-    (*lines)[leading_word(line_core(texts.before, index))].first.push_back(single_of(texts.before, index));
-}
-
-static void add_after(const text_changes &texts, size_t index, lines_by_word *lines)
-{
-    (*lines)[leading_word(line_core(texts.after, index))].second.push_back(single_of(texts.after, index));
+    lines_by_word by_word;
+    for (single_line &line : *before)
+        by_word[leading_word(line_core(texts.before, line.index))].first.push_back(std::move(line));
+    for (single_line &line : *after)
+        by_word[leading_word(line_core(texts.after, line.index))].second.push_back(std::move(line));
+    before->clear();
+    after->clear();
+    return by_word;
 }
 
 struct line_candidate {
@@ -91,12 +93,13 @@ static void pair_alike(single_lines *before, single_lines *after, size_t alike_m
 
 static void pair_change(const text_changes &texts, const line_change &change, std::vector<size_t> *pairs)
 {
-    lines_by_word by_word;
-    for (size_t i = 0; i < change.before_count; i++)
-        add_before(texts, change.before_at + i, &by_word);
-    for (size_t i = 0; i < change.after_count; i++)
-        add_after(texts, change.after_at + i, &by_word);
     single_lines before, after;
+    for (size_t i = 0; i < change.before_count; i++)
+        add_single(texts.before, change.before_at + i, &before);
+    for (size_t i = 0; i < change.after_count; i++)
+        add_single(texts.after, change.after_at + i, &after);
+    pair_alike(&before, &after, 1000, pairs); // lines that have become comments are the same
+    lines_by_word by_word = sort_by_word(texts, &before, &after);
     for (auto &[word, lines] : by_word) {
         pair_alike(&lines.first, &lines.second, 0, pairs);
         std::move(lines.first.begin(), lines.first.end(), std::back_inserter(before));
@@ -106,8 +109,6 @@ static void pair_change(const text_changes &texts, const line_change &change, st
     std::sort(before.begin(), before.end(), by_index);
     std::sort(after.begin(), after.end(), by_index);
     pair_alike(&before, &after, 500, pairs);
-    for (size_t i = 0; before.size() == after.size() && i < before.size(); i++)
-        (*pairs)[before[i].index] = after[i].index;
 }
 
 std::vector<size_t> lines_kept(const text_changes &texts)
@@ -127,29 +128,54 @@ std::vector<size_t> lines_kept(const text_changes &texts)
     return kept;
 }
 
-std::vector<size_t> lines_paired(const text_changes &texts)
+static std::vector<char> paired_after(const text_changes &texts, const line_pairs &pairs)
 {
-    std::vector<size_t> pairs = lines_kept(texts);
-    for (const line_change &change : texts.changes)
-        pair_change(texts, change, &pairs);
-    return pairs;
+    std::vector<char> is_paired(line_count(texts.after));
+    for (const std::vector<size_t> *some : {&pairs.near, &pairs.far})
+        for (size_t pair : *some)
+            if (pair != no_line)
+                is_paired[pair] = 1;
+    return is_paired;
 }
 
-std::vector<size_t> lines_paired_far(const text_changes &texts, const std::vector<size_t> &pairs)
+// Makes pairs of lines in different changes, comments apart.
+static void pair_far(const text_changes &texts, line_pairs *pairs)
 {
-    std::vector<char> is_pair(line_count(texts.after));
-    for (size_t pair : pairs)
-        if (pair != no_line)
-            is_pair[pair] = 1;
-    lines_by_word by_word;
-    for (size_t i = 0; i < pairs.size(); i++)
-        if (pairs[i] == no_line && live_lines(texts.before, i, 1) > 0)
-            add_before(texts, i, &by_word);
-    for (size_t i = 0; i < is_pair.size(); i++)
-        if (is_pair[i] == 0 && live_lines(texts.after, i, 1) > 0)
-            add_after(texts, i, &by_word);
-    std::vector<size_t> far(pairs.size(), no_line);
+    const std::vector<char> is_paired = paired_after(texts, *pairs);
+    single_lines before, after;
+    for (size_t i = 0; i < pairs->near.size(); i++)
+        if (pairs->near[i] == no_line && live_lines(texts.before, i, 1) > 0)
+            add_single(texts.before, i, &before);
+    for (size_t i = 0; i < is_paired.size(); i++)
+        if (is_paired[i] == 0 && live_lines(texts.after, i, 1) > 0)
+            add_single(texts.after, i, &after);
+    lines_by_word by_word = sort_by_word(texts, &before, &after);
     for (auto &[word, lines] : by_word)
-        pair_alike(&lines.first, &lines.second, 0, &far);
-    return far;
+        pair_alike(&lines.first, &lines.second, 0, &pairs->far);
+}
+
+// Makes pairs of what is left of a change, if it is as much on both sides.
+static void pair_rest(const line_change &change, const std::vector<char> &is_paired, line_pairs *pairs)
+{
+    std::vector<size_t> before, after;
+    for (size_t i = change.before_at; i < change.before_at + change.before_count; i++)
+        if (pairs->near[i] == no_line && pairs->far[i] == no_line)
+            before.push_back(i);
+    for (size_t i = change.after_at; i < change.after_at + change.after_count; i++)
+        if (is_paired[i] == 0)
+            after.push_back(i);
+    for (size_t i = 0; before.size() == after.size() && i < before.size(); i++)
+        pairs->near[before[i]] = after[i];
+}
+
+line_pairs lines_paired(const text_changes &texts)
+{
+    line_pairs pairs{lines_kept(texts), std::vector<size_t>(line_count(texts.before), no_line)};
+    for (const line_change &change : texts.changes)
+        pair_change(texts, change, &pairs.near);
+    pair_far(texts, &pairs);
+    const std::vector<char> is_paired = paired_after(texts, pairs);
+    for (const line_change &change : texts.changes)
+        pair_rest(change, is_paired, &pairs);
+    return pairs;
 }
