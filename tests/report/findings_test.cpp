@@ -183,6 +183,7 @@ TEST(findings, strings_that_cannot_be_read_back_are_decoded)
          "3: quiet GROUP: commented out: \"a\\nb\", 1, 2\n"
          "3: decoded GROUP: argument 1: \"a\\nb\" has become \"a\\x0ab\"; write it as \"a\\nb\"\n"
          "3: form GROUP: the rest of a text that began in the comment before it: b\", 1, 2\n"},
+        {"CALL s, 1, , n\n", "1: byhand CALL: a tip is in its place, and no new form: s, 1, , n\n"},
         {"GROUP \"a // b\nc\", 1, 2\n",
          "1: quiet GROUP: commented out: \"a // b\\x0ac\", 1, 2\n"
          "1: form GROUP: the rest of a text that began in the comment before it: "
@@ -191,7 +192,8 @@ TEST(findings, strings_that_cannot_be_read_back_are_decoded)
         {"PRINT \"a\\000b\"\n",
          "1: decoded PRINT: argument 1: \"a\\000b\" has become \"a\"; write it as \"a\\000b\"\n"},
         {"WRITE f, 1, \"a,b\", x\nWRITE f, 1, \"a, b\"\nLINE 0,0,6\",5,8\",0\n",
-         "1: decoded WRITE: argument 3: \"a goes on behind a comma, and the blanks there have changed\n"},
+         "1: decoded WRITE: argument \"a, b\" has the blanks behind its commas changed; write it as "
+         "\"a,b\"\n"},
         {"PRINT `plain`, \"a\\tb\", \"100%\"\n", ""},
         {"INPUT \"%d\\n%s\\r\", a, b\n", ""},
         {"PRINT \"C:\\\\\"\n",

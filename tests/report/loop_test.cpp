@@ -212,6 +212,8 @@ TEST_F(report_test, an_edit_that_does_nothing_ends_no_item)
         {"CLOSE f\\,\n", "f\\", "f", "1 form changed"},
         {"NOTE 1,2,`a \"b\"`\n", "NOTE \"a \"b\"\", 1 2", "NOTE `a \"b\"`, 1, 2",
          "1 decoded changed\n1 form changed"},
+        {"SET \"a,b\", 3\n", "\"a, b\"", "\"a,b\"", "1 decoded changed"},
+        {"SET \"a,b\", 3\n", "\"a, b\", 3", "\"a, b\", 4", "1 decoded open"},
         // Of equal lines one is edited, and a line below as well.
         {"CIRCLE 0,0,0,1,0\nCIRCLE 0,0,0,1,5\nWAIT 1\n", "1, 0\nCIRCLE 0, 0, 0, 1, 0\nWAIT 1",
          "2, 0\nCIRCLE 0, 0, 0, 1, 0\nWAIT 2", "2 lost open"},

@@ -71,18 +71,21 @@ std::string arguments_in_detail(const statement_view &statement)
 {
     const rule_row *row = rule_find(statement.row->id)->effect == EFFECT_SYSTEM ? nullptr : rule_last.row;
     bool comment = !lines_of(statement, false).empty();
-    std::string there;
-    std::string lacking;
+    std::string there, lacking;
+    std::string empty; // places after which something may come
     for (int32_t position = 1; position <= argument_last(statement); position++) {
         if (argument_text(position).empty()) {
-            if (std::string_view typed = argument_typed(statement, position); !typed.empty())
+            if (!argument_typed(statement, position).empty())
                 add_detail(&lacking, argument_shown(statement, position, row));
+            else
+                empty += ", ";
             continue;
         }
         argument_use use = argument_use_of(statement, position, false);
         bool value = use.value && is_whole_value(position, use);
         if (!comment || use.text || value)
-            add_detail(&there, shown_cut(argument_typed(statement, position), text_shown) +
+            add_detail(&there, std::exchange(empty, {}) +
+                                   shown_cut(argument_typed(statement, position), text_shown) +
                                    (comment && has_dropped(statement, position)
                                         ? " (the comment has " + shown_cut(use.written, text_shown) + ")"
                                         : ""));
@@ -356,13 +359,17 @@ static void judge_argument(const statement_view &statement, int32_t position, bo
 // Such a text is written with one blank behind each of its commas, whatever the script has there.
 static void add_parted(const judge_state &state, const statement_view &statement, argument_findings *decoded)
 {
-    for (quoted_words words = quoted_words_from(statement, 1); words.last > 0;
-         words = quoted_words_from(statement, words.last + 1))
-        if (script_lines(state, statement).find(words.written) == std::string_view::npos)
-            add_finding(decoded,
-                        fmt::format("{} goes on behind a comma, and the blanks there have changed",
-                                    argument_shown(statement, words.first, rule_last.row)),
-                        words.written, {words.line});
+    std::string_view source = script_lines(state, statement);
+    for (quoted_words words = quoted_words_from(statement, source, 1); words.last > 0;
+         words = quoted_words_from(statement, source, words.last + 1)) {
+        if (source.find(words.written) != source.npos)
+            continue;
+        add_finding(decoded,
+                    fmt::format("{} has the blanks behind its commas changed; write it as {}",
+                                shown_cut(words.written, text_shown), shown_cut(words.typed, text_shown)),
+                    words.written, {words.line});
+        decoded->typed.emplace_back(words.typed);
+    }
 }
 
 void judge_arguments(judge_state *state, const statement_view &statement, bool carried_out)

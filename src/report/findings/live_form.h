@@ -17,10 +17,9 @@ bool is_option(const statement_view &statement, int32_t position);
 // one begins after the line's word.
 std::vector<std::string_view> list_items(std::string_view line);
 
+// True if an item of a list is a whole string.
+bool item_is_string(std::string_view item);
+
 // Why a line is none, given the texts of the statement's arguments, which are right as they are; empty if it
 // is one.
 std::string live_form_fault(std::string_view line, const std::vector<std::string_view> &arguments);
-
-// True if the line that is there no longer has the fault of an item of the kind form, nor another one
-// instead.
-bool form_is_mended(const report_item &item, std::string_view was, std::string_view there);

@@ -1,5 +1,6 @@
 #include "report/memory/edits.h"
 
+#include "report/findings/form_mended.h"
 #include "report/findings/judge_text.h"
 #include "report/findings/live_form.h"
 #include "report/memory/change_positions.h"
@@ -125,6 +126,15 @@ static bool has_won(const report_item &item, const report_item *frozen, std::str
     });
 }
 
+// True if a line has all texts as they were typed, blank for blank, where the other one had none.
+static bool has_typed(const report_item &item, std::string_view was, std::string_view there)
+{
+    auto is_back = [&](const std::string &typed) {
+        return was.find(typed) == was.npos && there.find(typed) != there.npos;
+    };
+    return !item.own_typed.empty() && std::all_of(item.own_typed.begin(), item.own_typed.end(), is_back);
+}
+
 // True if a line says something else than the one that an item is about.
 static bool says_another(const report_item &item, std::string_view was, std::string_view there)
 {
@@ -151,8 +161,9 @@ static bool is_done(const report_item &item, const report_item *frozen, std::str
         return !is_comment(there) && says_another(item, was, there) &&
                (is_typed() || has_lost(item, was, live));
     case ITEM_DECODED: // of a string over several lines, each of them has an open one
-        return !is_comment(there) && says_another(item, was, there) && !has_open_string(there) &&
-               (has_open_string(was) || has_lost(item, was, live));
+        return !is_comment(there) && !has_open_string(there) &&
+               (has_typed(item, was, there) ||
+                (says_another(item, was, there) && (has_open_string(was) || has_lost(item, was, live))));
     case ITEM_LOST: return !is_comment(there) && (is_typed() || has_won(item, frozen, was, live));
     case ITEM_FORM: return form_is_mended(item, was, there);
     default: return says_another(item, was, there);
