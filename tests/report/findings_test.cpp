@@ -183,6 +183,12 @@ TEST(findings, strings_that_cannot_be_read_back_are_decoded)
          "3: quiet GROUP: commented out: \"a\\nb\", 1, 2\n"
          "3: decoded GROUP: argument 1: \"a\\nb\" has become \"a\\x0ab\"; write it as \"a\\nb\"\n"
          "3: form GROUP: the rest of a text that began in the comment before it: b\", 1, 2\n"},
+        {"LABEL 0,0,0,9,9,0,1,2,3,\"s\",,,,,,,,,,,5,7\nCODE \"\"\n",
+         "1: lost LABEL: no live line has argument 21 (attribute): 5; argument 22 has moved up: the empty "
+         "one before "
+         "it has no comma\n"
+         "1: form LABEL: a comma directly after the word: LABEL, 0, 0, 0, 9, 9, 0, 1, 2, 3, \"s\", 7\n"
+         "2: lost CODE: the statement has left nothing: \"\"\n"},
         {"CALL s, 1, , n\n", "1: byhand CALL: a tip is in its place, and no new form: s, 1, , n\n"},
         {"GROUP \"a // b\nc\", 1, 2\n",
          "1: quiet GROUP: commented out: \"a // b\\x0ac\", 1, 2\n"

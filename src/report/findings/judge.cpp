@@ -160,7 +160,11 @@ static void judge_next_live(judge_state *state, const statement_view &statement)
     if (state->open_guard == SIZE_MAX || statements_left(statement) == 0)
         return;
     report_item &item = state->report->items[std::exchange(state->open_guard, SIZE_MAX)];
-    item.detail += "; it guards " + statement_name(statement) + " now";
+    bool failed = statement.row != nullptr && statement.record->done.fetched < 0;
+    item.detail += "; it guards " +
+                   (failed ? shown_cut(text_trimmed(text_cut(text_trimmed(statement.output), 400)), 40)
+                           : statement_name(statement)) +
+                   " now";
     own_first_live(&item, statement);
 }
 

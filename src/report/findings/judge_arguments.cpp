@@ -71,14 +71,15 @@ std::string arguments_in_detail(const statement_view &statement)
 {
     const rule_row *row = rule_find(statement.row->id)->effect == EFFECT_SYSTEM ? nullptr : rule_last.row;
     bool comment = !lines_of(statement, false).empty();
-    std::string there, lacking;
-    std::string empty; // places after which something may come
+    std::string there, lacking, empty; // the last: places after which something may come
     for (int32_t position = 1; position <= argument_last(statement); position++) {
         if (argument_text(position).empty()) {
-            if (!argument_typed(statement, position).empty())
-                add_detail(&lacking, argument_shown(statement, position, row));
-            else
+            std::string_view typed = argument_typed(statement, position);
+            if (typed.empty())
                 empty += ", ";
+            else
+                add_detail(comment ? &lacking : &there,
+                           comment ? argument_shown(statement, position, row) : shown_cut(typed, text_shown));
             continue;
         }
         argument_use use = argument_use_of(statement, position, false);
@@ -252,8 +253,8 @@ static void add_dropped(const statement_view &statement, argument_findings *lost
     }
 }
 
-// How many commas are missing between two arguments that a live line has one after the other, where those
-// between them are empty.
+// How many commas are missing between two arguments that a live line has one after the other, for the empty
+// ones between them. Those that it lacks are listed by themselves.
 static size_t commas_missing(const statement_view &statement, const emit_write &before,
                              const emit_write &write)
 {
@@ -262,15 +263,17 @@ static size_t commas_missing(const statement_view &statement, const emit_write &
         return 0;
     auto begin = static_cast<size_t>(before.to - statement.lines.front().start);
     std::string_view between = statement.output.substr(begin, static_cast<size_t>(write.from - before.to));
-    auto wanted = static_cast<size_t>(write.slot - before.slot);
     auto commas = static_cast<size_t>(std::count(between.begin(), between.end(), ','));
-    if (between.find_first_not_of(", ") != std::string_view::npos || commas >= wanted ||
+    if (between.find_first_not_of(", ") != std::string_view::npos ||
         argument_use_of(statement, write.slot, true).line == 0)
         return 0;
+    size_t wanted = 1;
     for (int32_t position = before.slot + 1; position < write.slot; position++)
-        if (!argument_text(position).empty() || argument_use_of(statement, position, true).line != 0)
+        if (argument_use_of(statement, position, true).line != 0)
             return 0;
-    return wanted - commas;
+        else
+            wanted += argument_text(position).empty();
+    return wanted - std::min(commas, wanted);
 }
 
 static void add_moved(const statement_view &statement, argument_findings *lost)
