@@ -74,7 +74,8 @@ struct report_item {
     // be gone, of lost those of the arguments, which must be there. None: any change counts.
     std::vector<std::string> own_texts;
     std::vector<size_t> own_items; // of frozen: which item of its line's list each text is; SIZE_MAX: none
-    // Of frozen, what was typed for each text; of form, the two values that have no comma between them.
+    // Of frozen and decoded, what was typed for each text; of form, the two values that have no comma between
+    // them, or the options of its menu that have bars.
     std::vector<std::string> own_typed;
     uint32_t own_places; // of lost, empty places that the list of its line lacks; of form, bars of its menu
     uint32_t own_more;   // of frozen, lost and form: lines after the own one into which a text of it goes on

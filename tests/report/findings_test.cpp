@@ -189,6 +189,8 @@ TEST(findings, strings_that_cannot_be_read_back_are_decoded)
          "it has no comma\n"
          "1: form LABEL: a comma directly after the word: LABEL, 0, 0, 0, 9, 9, 0, 1, 2, 3, \"s\", 7\n"
          "2: lost CODE: the statement has left nothing: \"\"\n"},
+        {"ORDDIM 0,0,0,\"\",5,1,2,,9\n",
+         "1: lost ORDDIM: the statement has left nothing: 0, 0, 0, \"\", 5, 1, 2, , 9\n"},
         {"CALL s, 1, , n\n", "1: byhand CALL: a tip is in its place, and no new form: s, 1, , n\n"},
         {"GROUP \"a // b\nc\", 1, 2\n",
          "1: quiet GROUP: commented out: \"a // b\\x0ac\", 1, 2\n"

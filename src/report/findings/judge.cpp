@@ -101,11 +101,16 @@ static int statements_left(const statement_view &statement, bool *broken = nullp
     return statement.row == nullptr && count > 1 ? 1 : count;
 }
 
+// The first characters of what is left of a statement.
+static std::string text_left(const statement_view &statement)
+{
+    return shown_cut(text_trimmed(text_cut(text_trimmed(statement.output), 400)), 40);
+}
+
 // How a statement is called in a detail: by its command or its first characters.
 static std::string statement_name(const statement_view &statement)
 {
-    return statement.row != nullptr ? statement.row->name
-                                    : shown_cut(text_trimmed(text_cut(statement.output, 400)), 40);
+    return statement.row != nullptr ? statement.row->name : text_left(statement);
 }
 
 static void own_first_live(report_item *item, const statement_view &statement)
@@ -161,10 +166,7 @@ static void judge_next_live(judge_state *state, const statement_view &statement)
         return;
     report_item &item = state->report->items[std::exchange(state->open_guard, SIZE_MAX)];
     bool failed = statement.row != nullptr && statement.record->done.fetched < 0;
-    item.detail += "; it guards " +
-                   (failed ? shown_cut(text_trimmed(text_cut(text_trimmed(statement.output), 400)), 40)
-                           : statement_name(statement)) +
-                   " now";
+    item.detail += "; it guards " + (failed ? text_left(statement) : statement_name(statement)) + " now";
     own_first_live(&item, statement);
 }
 

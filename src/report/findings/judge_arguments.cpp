@@ -72,27 +72,20 @@ std::string arguments_in_detail(const statement_view &statement)
     const rule_row *row = rule_find(statement.row->id)->effect == EFFECT_SYSTEM ? nullptr : rule_last.row;
     bool comment = !lines_of(statement, false).empty();
     std::string there, lacking, empty; // the last: places after which something may come
+    auto add_there = [&](const std::string &text) { add_detail(&there, std::exchange(empty, {}) + text); };
     for (int32_t position = 1; position <= argument_last(statement); position++) {
-        if (argument_text(position).empty()) {
-            std::string_view typed = argument_typed(statement, position);
-            if (typed.empty())
-                empty += ", ";
-            else
-                add_detail(comment ? &lacking : &there,
-                           comment ? argument_shown(statement, position, row) : shown_cut(typed, text_shown));
-            continue;
-        }
+        std::string typed = shown_cut(argument_typed(statement, position), text_shown);
         argument_use use = argument_use_of(statement, position, false);
-        bool value = use.value && is_whole_value(position, use);
-        if (!comment || use.text || value)
-            add_detail(&there, std::exchange(empty, {}) +
-                                   shown_cut(argument_typed(statement, position), text_shown) +
-                                   (comment && has_dropped(statement, position)
-                                        ? " (the comment has " + shown_cut(use.written, text_shown) + ")"
-                                        : ""));
-        else if (!is_default(statement, position, is_attribute(argument_name(row, position))))
+        bool is_left = !argument_text(position).empty(); // the fetcher leaves nothing of some that were typed
+        if (typed.empty())
+            empty += ", ";
+        else if (!comment || (is_left && (use.text || (use.value && is_whole_value(position, use)))))
+            add_there(typed + (comment && has_dropped(statement, position)
+                                   ? " (the comment has " + shown_cut(use.written, text_shown) + ")"
+                                   : ""));
+        else if (!is_left || !is_default(statement, position, is_attribute(argument_name(row, position))))
             add_detail(&lacking, argument_shown(statement, position, row) +
-                                     (use.value ? " (it has " + shown(use.written) + ")" : ""));
+                                     (is_left && use.value ? " (it has " + shown(use.written) + ")" : ""));
     }
     std::string detail = there.empty() ? "" : ": " + there;
     if (!lacking.empty())
