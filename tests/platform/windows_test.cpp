@@ -149,8 +149,9 @@ static void test_large_selection()
     wchar_t *name = selection + 7;
     for (int i = 0; i < count; i++) {
         wmemset(name, L'n', length);
-        for (int digit = 0, rest = i; digit < 5; digit++, rest /= 10)
-            name[length - 5 - digit] = static_cast<wchar_t>(L'0' + rest % 10);
+        wchar_t *digit = name + length - 4;
+        for (int place = 0, rest = i; place < 5; place++, rest /= 10)
+            *--digit = static_cast<wchar_t>(L'0' + rest % 10);
         wmemcpy(name + length - 4, L".mrl", 4);
         name += length + 1;
     }
