@@ -11,7 +11,6 @@
 #include "support/text.h"
 
 #include <algorithm>
-#include <map>
 #include <set>
 
 size_t lines_missing(std::string_view now, std::string_view there, size_t *differing)
@@ -40,41 +39,19 @@ static text_changes output_changes(const script_report &report, std::string_view
 
 std::vector<uint64_t> lines_there(const script_report &report, std::string_view now, std::string_view there)
 {
-    std::vector<size_t> kept = lines_kept(output_changes(report, now, there));
     std::vector<uint64_t> lines;
-    lines.reserve(kept.size());
-    for (size_t index : kept)
+    for (size_t index : lines_paired(output_changes(report, now, there)).kept)
         lines.push_back(index + 1); // no_line becomes 0
     return lines;
 }
 
-// Two texts, how their lines belong together, and what the edit has added.
+// Two texts, and how their lines belong together.
 struct edit_view {
     text_changes texts;
-    std::vector<size_t> kept, pairs, far;     // as lines_kept and lines_paired have them
-    std::map<std::string_view, size_t> added; // with the index of the last one
-    std::set<std::string> essences;           // of those added; of comments with a slash before it
-    std::set<uint64_t> of_others;             // own lines of all items but those that are guarded
+    line_pairs pairs;
+    std::set<uint64_t> of_others; // own lines of all items but those that are guarded
+    const report_item *frozen;    // of the item's statement, whose values are gone from its line; or null
 };
-
-static edit_view edit_view_of(const script_report &report, std::string_view now, std::string_view there)
-{
-    edit_view view{output_changes(report, now, there), {}, {}, {}, {}, {}, {}};
-    view.kept = lines_kept(view.texts);
-    line_pairs pairs = lines_paired(view.texts);
-    view.pairs = std::move(pairs.near);
-    view.far = std::move(pairs.far);
-    for (const line_change &change : view.texts.changes)
-        for (size_t i = change.after_at; i < change.after_at + change.after_count; i++) {
-            std::string_view line = line_core(view.texts.after, i);
-            view.added[line] = i;
-            view.essences.insert((is_comment(line) ? "/" : "") + line_essence(line));
-        }
-    for (const report_item &item : report.items)
-        if (item.kind != ITEM_GUARDED)
-            view.of_others.insert(item.own_lines.begin(), item.own_lines.end());
-    return view;
-}
 
 // True if a line has a text of several as often more as they have it.
 static bool has_again(const std::vector<std::string> &texts, const std::string &text, std::string_view was,
@@ -182,71 +159,67 @@ static std::string whole_line(const text_lines &text, size_t index, size_t more)
     return line;
 }
 
-// A line that was added elsewhere was moved, and one that has become a comment or is only spelt otherwise is
-// still to be done.
-static line_fate fate_of(const report_item &item, const report_item *frozen, const edit_view &view,
-                         size_t index)
+static size_t pair_of(const edit_view &view, size_t index)
 {
-    std::string_view first = line_core(view.texts.before, index);
-    std::string essence = line_essence(first);
-    if (view.added.count(first) != 0 || (essence.empty() && is_comment(first)))
-        return FATE_OPEN;
-    bool still_there =
-        view.essences.count("/" + essence) != 0 || (!is_comment(first) && view.essences.count(essence) != 0);
-    size_t pair = view.pairs[index];
-    if (pair == no_line && item.kind != ITEM_GUARDED)
-        pair = view.far[index];
-    if (pair == no_line)
-        return still_there ? FATE_OPEN : FATE_GONE;
-    // The rest of a text that goes on over lines may have stayed as it is.
-    bool in_lines =
-        view.pairs[std::min(index + item.own_more, view.pairs.size() - 1)] == pair + item.own_more;
-    std::string was = whole_line(view.texts.before, index, item.own_more);
-    std::string there = whole_line(view.texts.after, pair, in_lines ? item.own_more : 0);
-    return is_done(item, frozen, was, there) ? FATE_DONE : FATE_OPEN;
+    size_t near = view.pairs.near[index];
+    return near != no_line ? near : view.pairs.far[index];
 }
 
-// True if the output has a new statement between an IF and what it guarded.
+// A line that was moved, and one that has become a comment or is only spelt otherwise, is still to be done.
+static line_fate fate_of(const report_item &item, const edit_view &view, size_t index)
+{
+    const auto &[before, after, changes] = view.texts;
+    std::string_view first = line_core(before, index);
+    std::string essence = line_essence(first);
+    if (essence.empty() && is_comment(first))
+        return FATE_OPEN;
+    size_t pair = pair_of(view, index);
+    bool near = pair == view.pairs.near[index];
+    if (pair == no_line ||
+        (item.kind == ITEM_GUARDED && !near && line_essence(line_core(after, pair)) != essence))
+        return FATE_GONE;
+    if (line_core(after, pair) == first && item.own_more == 0)
+        return FATE_OPEN;
+    // The rest of a text that goes on over lines may have stayed as it is.
+    size_t last = std::min(index + item.own_more, view.pairs.near.size() - 1);
+    bool in_lines = pair_of(view, last) == pair + item.own_more;
+    std::string was = whole_line(before, index, item.own_more);
+    std::string there = whole_line(after, pair, in_lines ? item.own_more : 0);
+    return is_done(item, view.frozen, was, there) ? FATE_DONE : FATE_OPEN;
+}
+
+// True if an IF that is there governs another statement than the one that it does in what is written now.
+// That may have been mended for another item, or be the same one in other words.
 static bool guards_another(const report_item &item, const edit_view &view)
 {
-    if (item.own_lines.back() > view.pairs.size())
-        return false;
-    auto pair_of = [&](uint64_t line) { return view.pairs[static_cast<size_t>(line - 1)]; };
-    bool at_end = item.own_lines.size() < 2; // nothing comes after the IF
-    size_t begin = pair_of(item.own_lines[0]);
-    size_t end = at_end ? line_count(view.texts.after) : pair_of(item.own_lines[1]);
-    return begin != no_line && end != no_line && begin < end &&
-           live_lines(view.texts.after, begin + 1, end - begin - 1) > 0;
-}
-
-// True if the edit of what an IF guards now makes it another statement. It may have been mended for another
-// item, or be the same one in other words.
-static bool guarded_changed(const report_item &item, const edit_view &view, size_t index)
-{
-    size_t pair = view.pairs[index];
-    bool of_other = view.of_others.count(index + 1) != 0 && !item.guards_itself;
-    return !of_other && (pair == no_line || leading_word(line_core(view.texts.after, pair)) !=
-                                                leading_word(line_core(view.texts.before, index)));
-}
-
-// True if what an IF guards is gone, and one that is equal to it comes next.
-static bool guards_equal(const report_item &item, const edit_view &view, size_t index)
-{
-    size_t next = view.pairs[static_cast<size_t>(item.own_lines[0] - 1)];
+    const auto &[before, after, changes] = view.texts;
+    size_t next = view.pairs.near[static_cast<size_t>(item.own_lines[0] - 1)];
     if (next == no_line)
         return false;
     do
         next++;
-    while (next < line_count(view.texts.after) && live_lines(view.texts.after, next, 1) == 0);
-    return next < line_count(view.texts.after) &&
-           line_core(view.texts.after, next) == line_core(view.texts.before, index);
+    while (next < line_count(after) && live_lines(after, next, 1) == 0);
+    if (item.own_lines.size() < 2) // nothing came after the IF
+        return next < line_count(after);
+    auto index = static_cast<size_t>(item.own_lines[1] - 1);
+    size_t near = view.pairs.near[index];
+    if (near != no_line && next < near)
+        return true;
+    switch (fate_of(item, view, index)) {
+    case FATE_GONE: // one that is equal to it may come next
+        return next == line_count(after) || line_core(after, next) != line_core(before, index);
+    case FATE_DONE:
+        return (item.guards_itself || view.of_others.count(index + 1) == 0) &&
+               leading_word(line_core(after, pair_of(view, index))) != leading_word(line_core(before, index));
+    default: return false;
+    }
 }
 
 // True if a line or one after it that belongs to it isn't there any more.
 static bool is_touched(const report_item &item, const edit_view &view, size_t index)
 {
-    for (size_t i = index; i <= index + item.own_more && i < view.kept.size(); i++)
-        if (view.kept[i] == no_line)
+    for (size_t i = index; i <= index + item.own_more && i < view.pairs.kept.size(); i++)
+        if (view.pairs.kept[i] == no_line)
             return true;
     return false;
 }
@@ -255,39 +228,30 @@ static bool is_touched(const report_item &item, const edit_view &view, size_t in
 // do, and the difference may have taken their copies for kept.
 static bool stands(const report_item &item, const edit_view &view)
 {
-    auto index_of = [](uint64_t line) { return static_cast<size_t>(line - 1); };
-    auto is_line = [&view](uint64_t line) { return line > 0 && line <= view.kept.size(); };
-    auto stands_at = [&](size_t index, size_t there) {
-        return std::all_of(item.own_lines.begin(), item.own_lines.end(), [&](uint64_t line) {
-            size_t at = there + index_of(line) - index; // wraps if it would be before the first one
-            return is_line(line) && at < line_count(view.texts.after) &&
-                   line_core(view.texts.after, at) == line_core(view.texts.before, index_of(line));
-        });
-    };
-    return std::any_of(item.own_lines.begin(), item.own_lines.end(), [&](uint64_t line) {
-        size_t index = index_of(line);
-        if (!is_line(line))
-            return false;
-        auto added = view.added.find(line_core(view.texts.before, index));
-        return (view.kept[index] != no_line && stands_at(index, view.kept[index])) ||
-               (added != view.added.end() && stands_at(index, added->second));
+    const auto &[before, after, changes] = view.texts;
+    return std::any_of(item.own_lines.begin(), item.own_lines.end(), [&](uint64_t one) {
+        size_t pair = pair_of(view, static_cast<size_t>(one - 1));
+        return pair != no_line &&
+               std::all_of(item.own_lines.begin(), item.own_lines.end(), [&](uint64_t line) {
+                   auto at =
+                       static_cast<size_t>(pair + line - one); // wraps if it would be before the first one
+                   return at < line_count(after) &&
+                          line_core(after, at) == line_core(before, static_cast<size_t>(line - 1));
+               });
     });
 }
 
 // True if the edits of an item's own lines are those that it asks for.
-static bool is_settled(const report_item &item, const report_item *frozen, const edit_view &view)
+static bool is_settled(const report_item &item, const edit_view &view)
 {
     size_t gone = 0, done = 0;
-    for (size_t i = 0; i < item.own_lines.size(); i++) {
-        uint64_t line = item.own_lines[i];
+    for (uint64_t line : item.own_lines) {
         auto index = static_cast<size_t>(line - 1);
-        if (line == 0 || line > view.kept.size() || !is_touched(item, view, index))
+        if (!is_touched(item, view, index) || (item.kind == ITEM_GUARDED && line != item.own_lines[0]))
             continue;
-        line_fate fate = fate_of(item, frozen, view, index);
-        bool guarded = item.kind == ITEM_GUARDED && i > 0;
-        gone += fate == FATE_GONE && !(guarded && guards_equal(item, view, index));
-        bool counts = !guarded || guarded_changed(item, view, index);
-        done += fate == FATE_DONE && counts;
+        line_fate fate = fate_of(item, view, index);
+        gone += fate == FATE_GONE;
+        done += fate == FATE_DONE;
     }
     switch (item.kind) {
     case ITEM_BROKEN:
@@ -302,15 +266,22 @@ static bool is_settled(const report_item &item, const report_item *frozen, const
 
 void edits_find(script_report *report, std::string_view now, std::string_view there)
 {
-    const edit_view view = edit_view_of(*report, now, there);
-    const report_item *frozen = nullptr;
+    edit_view view{output_changes(*report, now, there), {}, {}, nullptr};
+    view.pairs = lines_paired(view.texts);
+    const std::vector<size_t> &kept = view.pairs.kept;
+    for (const report_item &item : report->items)
+        if (item.kind != ITEM_GUARDED)
+            view.of_others.insert(item.own_lines.begin(), item.own_lines.end());
     for (report_item &item : report->items) {
-        bool of_frozen = frozen != nullptr && frozen->output_line == item.output_line;
-        item.state = is_settled(item, of_frozen ? frozen : nullptr, view) ? STATE_CHANGED : STATE_OPEN;
+        if (view.frozen != nullptr && view.frozen->output_line != item.output_line)
+            view.frozen = nullptr;
+        bool known = std::all_of(item.own_lines.begin(), item.own_lines.end(),
+                                 [&kept](uint64_t line) { return line > 0 && line <= kept.size(); });
+        item.state = known && is_settled(item, view) ? STATE_CHANGED : STATE_OPEN;
         if (item.kind == ITEM_FROZEN && item.state == STATE_CHANGED)
-            frozen = &item;
+            view.frozen = &item;
         for (uint64_t line = item.output_line; line < item.output_line + item.output_lines; line++)
-            if (item.there_line == 0 && line <= view.kept.size())
-                item.there_line = view.kept[static_cast<size_t>(line - 1)] + 1; // no_line becomes 0
+            if (item.there_line == 0 && line <= kept.size())
+                item.there_line = kept[static_cast<size_t>(line - 1)] + 1; // no_line becomes 0
     }
 }

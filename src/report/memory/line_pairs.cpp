@@ -6,34 +6,43 @@
 #include <map>
 #include <string>
 
-// A line of a change that has no pair yet.
-struct single_line {
-    size_t index;
-    std::string essence;
+using line_indexes = std::vector<size_t>;
+
+struct pairing {
+    const text_changes &texts;
+    line_pairs pairs;
+    std::vector<char> is_paired; // of lines after
 };
 
-using single_lines = std::vector<single_line>;
+// What lines have alike that may be pairs.
+using line_key = std::string (*)(std::string_view line);
+
+static std::string whole_text(std::string_view line)
+{
+    return std::string(line);
+}
+
+static std::string nothing(std::string_view)
+{
+    return {};
+}
 
 constexpr size_t compared_max = 4096; // pairs of lines that are compared; where there are more, order decides
 
-static void add_single(const text_lines &text, size_t index, single_lines *lines)
+// The lines of both sides of changes that have no pair yet, by their keys.
+static std::map<std::string, std::pair<line_indexes, line_indexes>>
+lines_left(const pairing &pairing, const std::vector<line_change> &changes, line_key key)
 {
-    lines->push_back({index, line_essence(line_core(text, index))});
-}
-
-// Lines of both texts by the word that they begin with.
-using lines_by_word = std::map<std::string, std::pair<single_lines, single_lines>>;
-
-static lines_by_word sort_by_word(const text_changes &texts, single_lines *before, single_lines *after)
-{
-    lines_by_word by_word;
-    for (single_line &line : *before)
-        by_word[leading_word(line_core(texts.before, line.index))].first.push_back(std::move(line));
-    for (single_line &line : *after)
-        by_word[leading_word(line_core(texts.after, line.index))].second.push_back(std::move(line));
-    before->clear();
-    after->clear();
-    return by_word;
+    std::map<std::string, std::pair<line_indexes, line_indexes>> left;
+    for (const line_change &change : changes) {
+        for (size_t i = change.before_at; i < change.before_at + change.before_count; i++)
+            if (pairing.pairs.near[i] == no_line && pairing.pairs.far[i] == no_line)
+                left[key(line_core(pairing.texts.before, i))].first.push_back(i);
+        for (size_t i = change.after_at; i < change.after_at + change.after_count; i++)
+            if (pairing.is_paired[i] == 0)
+                left[key(line_core(pairing.texts.after, i))].second.push_back(i);
+    }
+    return left;
 }
 
 struct line_candidate {
@@ -42,18 +51,24 @@ struct line_candidate {
     size_t before, after;
 };
 
-static std::vector<line_candidate> candidates_of(const single_lines &before, const single_lines &after,
-                                                 size_t alike_min)
+// Pairs of lines, those that are most alike first.
+static std::vector<line_candidate> candidates_of(const text_changes &texts, const line_indexes &before,
+                                                 const line_indexes &after, size_t alike_min)
 {
+    std::vector<std::string> after_essences;
+    for (size_t line : after)
+        after_essences.push_back(line_essence(line_core(texts.after, line)));
     std::vector<line_candidate> candidates;
-    for (size_t b = 0; b < before.size(); b++)
+    for (size_t b = 0; b < before.size(); b++) {
+        const std::string was = line_essence(line_core(texts.before, before[b]));
         for (size_t a = 0; a < after.size(); a++) {
-            const std::string &was = before[b].essence, &is = after[a].essence;
+            const std::string &is = after_essences[a];
             size_t size = std::max<size_t>(std::max(was.size(), is.size()), 1);
             size_t alike = likeness(was, is) * 1000 / size;
             if (alike >= alike_min)
-                candidates.push_back({alike, b > a ? b - a : a - b, b, a});
+                candidates.push_back({alike, b > a ? b - a : a - b, before[b], after[a]});
         }
+    }
     std::stable_sort(candidates.begin(), candidates.end(),
                      [](const line_candidate &x, const line_candidate &y) {
                          return x.alike != y.alike ? x.alike > y.alike : x.apart < y.apart;
@@ -61,59 +76,40 @@ static std::vector<line_candidate> candidates_of(const single_lines &before, con
     return candidates;
 }
 
-static void remove_paired(single_lines *lines, const std::vector<char> &is_paired)
+// Makes pairs of lines of changes that have the same key.
+static void pair_lines(pairing *pairing, const std::vector<line_change> &changes, line_key key,
+                       size_t alike_min, line_indexes *pairs)
 {
-    single_lines left;
-    for (size_t i = 0; i < lines->size(); i++)
-        if (is_paired[i] == 0)
-            left.push_back(std::move((*lines)[i]));
-    *lines = std::move(left);
-}
-
-// Makes pairs of the lines that are most alike, and takes them off both sides.
-static void pair_alike(single_lines *before, single_lines *after, size_t alike_min,
-                       std::vector<size_t> *pairs)
-{
-    std::vector<char> before_paired(before->size()), after_paired(after->size());
-    auto pair = [&](size_t b, size_t a) {
-        (*pairs)[(*before)[b].index] = (*after)[a].index;
-        before_paired[b] = after_paired[a] = 1;
+    auto pair = [&](size_t before, size_t after) {
+        if ((*pairs)[before] != no_line || pairing->is_paired[after] != 0)
+            return;
+        (*pairs)[before] = after;
+        pairing->is_paired[after] = 1;
     };
-    if (before->size() * after->size() > compared_max) {
-        for (size_t i = 0; alike_min == 0 && i < std::min(before->size(), after->size()); i++)
-            pair(i, i);
-    } else {
-        for (const line_candidate &candidate : candidates_of(*before, *after, alike_min))
-            if (before_paired[candidate.before] == 0 && after_paired[candidate.after] == 0)
+    for (const auto &[shared, lines] : lines_left(*pairing, changes, key)) {
+        const auto &[before, after] = lines;
+        const size_t compared = before.size() * after.size();
+        if (compared > 0 && compared <= compared_max) {
+            for (const line_candidate &candidate : candidates_of(pairing->texts, before, after, alike_min))
                 pair(candidate.before, candidate.after);
+        } else if (alike_min == 0) {
+            for (size_t i = 0; i < std::min(before.size(), after.size()); i++)
+                pair(before[i], after[i]);
+        }
     }
-    remove_paired(before, before_paired);
-    remove_paired(after, after_paired);
 }
 
-static void pair_change(const text_changes &texts, const line_change &change, std::vector<size_t> *pairs)
+// Makes pairs of what is left of a change, if it is as much on both sides.
+static void pair_rest(pairing *pairing, const line_change &change)
 {
-    single_lines before, after;
-    for (size_t i = 0; i < change.before_count; i++)
-        add_single(texts.before, change.before_at + i, &before);
-    for (size_t i = 0; i < change.after_count; i++)
-        add_single(texts.after, change.after_at + i, &after);
-    pair_alike(&before, &after, 1000, pairs); // lines that have become comments are the same
-    lines_by_word by_word = sort_by_word(texts, &before, &after);
-    for (auto &[word, lines] : by_word) {
-        pair_alike(&lines.first, &lines.second, 0, pairs);
-        std::move(lines.first.begin(), lines.first.end(), std::back_inserter(before));
-        std::move(lines.second.begin(), lines.second.end(), std::back_inserter(after));
-    }
-    auto by_index = [](const single_line &a, const single_line &b) { return a.index < b.index; };
-    std::sort(before.begin(), before.end(), by_index);
-    std::sort(after.begin(), after.end(), by_index);
-    pair_alike(&before, &after, 500, pairs);
+    for (const auto &[shared, lines] : lines_left(*pairing, {change}, nothing))
+        for (size_t i = 0; lines.first.size() == lines.second.size() && i < lines.first.size(); i++)
+            pairing->pairs.near[lines.first[i]] = lines.second[i];
 }
 
-std::vector<size_t> lines_kept(const text_changes &texts)
+static line_indexes lines_kept(const text_changes &texts)
 {
-    std::vector<size_t> kept(line_count(texts.before), no_line);
+    line_indexes kept(line_count(texts.before), no_line);
     size_t before = 0, after = 0;
     auto keep_up_to = [&](size_t end) {
         while (before < end)
@@ -128,54 +124,21 @@ std::vector<size_t> lines_kept(const text_changes &texts)
     return kept;
 }
 
-static std::vector<char> paired_after(const text_changes &texts, const line_pairs &pairs)
-{
-    std::vector<char> is_paired(line_count(texts.after));
-    for (const std::vector<size_t> *some : {&pairs.near, &pairs.far})
-        for (size_t pair : *some)
-            if (pair != no_line)
-                is_paired[pair] = 1;
-    return is_paired;
-}
-
-// Makes pairs of lines in different changes, comments apart.
-static void pair_far(const text_changes &texts, line_pairs *pairs)
-{
-    const std::vector<char> is_paired = paired_after(texts, *pairs);
-    single_lines before, after;
-    for (size_t i = 0; i < pairs->near.size(); i++)
-        if (pairs->near[i] == no_line && live_lines(texts.before, i, 1) > 0)
-            add_single(texts.before, i, &before);
-    for (size_t i = 0; i < is_paired.size(); i++)
-        if (is_paired[i] == 0 && live_lines(texts.after, i, 1) > 0)
-            add_single(texts.after, i, &after);
-    lines_by_word by_word = sort_by_word(texts, &before, &after);
-    for (auto &[word, lines] : by_word)
-        pair_alike(&lines.first, &lines.second, 0, &pairs->far);
-}
-
-// Makes pairs of what is left of a change, if it is as much on both sides.
-static void pair_rest(const line_change &change, const std::vector<char> &is_paired, line_pairs *pairs)
-{
-    std::vector<size_t> before, after;
-    for (size_t i = change.before_at; i < change.before_at + change.before_count; i++)
-        if (pairs->near[i] == no_line && pairs->far[i] == no_line)
-            before.push_back(i);
-    for (size_t i = change.after_at; i < change.after_at + change.after_count; i++)
-        if (is_paired[i] == 0)
-            after.push_back(i);
-    for (size_t i = 0; before.size() == after.size() && i < before.size(); i++)
-        pairs->near[before[i]] = after[i];
-}
-
 line_pairs lines_paired(const text_changes &texts)
 {
-    line_pairs pairs{lines_kept(texts), std::vector<size_t>(line_count(texts.before), no_line)};
+    pairing pairing{texts, {}, std::vector<char>(line_count(texts.after))};
+    auto &[kept, near, far] = pairing.pairs;
+    near = kept = lines_kept(texts);
+    far.assign(kept.size(), no_line);
+    pair_lines(&pairing, texts.changes, whole_text, 0, &far);
+    for (const line_change &change : texts.changes) {
+        pair_lines(&pairing, {change}, line_essence, 0, &near);
+        pair_lines(&pairing, {change}, leading_word, 0, &near);
+        pair_lines(&pairing, {change}, nothing, 500, &near);
+    }
+    pair_lines(&pairing, texts.changes, line_essence, 0, &far);
+    pair_lines(&pairing, texts.changes, leading_word, 0, &far);
     for (const line_change &change : texts.changes)
-        pair_change(texts, change, &pairs.near);
-    pair_far(texts, &pairs);
-    const std::vector<char> is_paired = paired_after(texts, pairs);
-    for (const line_change &change : texts.changes)
-        pair_rest(change, is_paired, &pairs);
-    return pairs;
+        pair_rest(&pairing, change);
+    return std::move(pairing.pairs);
 }

@@ -10,17 +10,16 @@
 
 constexpr size_t no_line = SIZE_MAX;
 
-// For each line before the index of the same one after; no_line: it is changed or gone.
-std::vector<size_t> lines_kept(const text_changes &texts);
-
 // For each line before the index of the one after that stands for it; no_line: there is none.
+//
+// Lines of a change are pairs if they say the same, begin with the same word or have half of their characters
+// in common; of several the ones that are most alike. What is left in the end is paired in its order, if it is
+// as much on both sides. Lines of different changes are pairs if they are equal, say the same or begin with
+// the same word: of equal lines that were edited the difference may have taken the wrong ones for kept, and
+// lines may have moved.
 struct line_pairs {
-    std::vector<size_t> near, far;
+    std::vector<size_t> kept; // the same line
+    std::vector<size_t> near; // the same line, or one of the same change
+    std::vector<size_t> far;  // of lines without a near one, one of any change
 };
-
-// near: the same line, or in a change the one that is most like it. Lines are alike if they begin with the
-// same word or have half of their characters in common; of what is left in the end, if it is as much on both
-// sides, the lines in the same positions are pairs. far: of lines that have no such pair, comments apart, one
-// that begins with the same word, wherever it is. Of equal lines that were edited the difference may have
-// taken the wrong ones for kept, and lines may have moved.
 line_pairs lines_paired(const text_changes &texts);
