@@ -98,6 +98,8 @@ struct script_report {
     bool output_older = false;   // the output is older than the script
     bool script_changed = false; // it was edited, and the script isn't what it was when that was remembered
     std::vector<report_item> items;
+    std::vector<uint64_t>
+        there_of; // for each line written now that of the output that is there, from 1; 0: none
 };
 
 using kind_counts = uint64_t[item_kind_count];

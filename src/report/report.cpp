@@ -2,7 +2,6 @@
 
 #include "report/desktop.h"
 #include "report/files.h"
-#include "report/memory/edits.h"
 #include "report/memory/renew.h"
 #include "report/messages.h"
 #include "report/outputs.h"
@@ -100,6 +99,15 @@ static bool can_write(folder_run *folder)
     return *folder->writable;
 }
 
+// True if an item is one of those that the options select.
+static bool is_selected(const report_options &options, const report_item &item)
+{
+    const std::vector<std::string> &commands = options.commands;
+    return options.kinds[item.kind] &&
+           (commands.empty() ||
+            std::find(commands.begin(), commands.end(), text_upper(item.command)) != commands.end());
+}
+
 // What --accept selects: items of the kinds and commands that were named, or of the lines.
 static bool is_named(const report_options &options, const std::vector<uint32_t> &lines,
                      const report_item &item)
@@ -159,7 +167,6 @@ static script_bodies take_bodies(script_run *run)
 {
     script_bodies bodies;
     bodies.there = run->there.value_or("");
-    bodies.there_of = lines_there(run->report, run->now, bodies.there);
     bodies.script = std::move(run->script);
     bodies.written = std::move(run->now);
     for (std::string *body : {&bodies.script, &bodies.there, &bodies.written})

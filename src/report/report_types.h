@@ -55,8 +55,7 @@ struct report_totals {
 // The texts of a script that the page shows lines of. Each is empty if it is longer than body_kept.
 struct script_bodies {
     std::string script;
-    std::string there;              // the output that is there
-    std::string written;            // what is written now
-    std::vector<uint64_t> there_of; // for each line written the one of there, from 1; 0: it isn't there
+    std::string there;   // the output that is there
+    std::string written; // what is written now
 };
 constexpr size_t body_kept = 4u << 20; // bytes

@@ -9,6 +9,7 @@
 #include "report/show.h"
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 static void take_statement_of(const statement_view &statement, void *context)
@@ -37,25 +38,35 @@ static bool script_judge(script_run *run, rules_run_state *after)
     return true;
 }
 
-static void read_output(script_run *run, const folder_memory &memory)
+// Reads the output that is there. False, and reported, if it is no text that a conversion can be compared
+// with.
+static bool output_read(const script_run &run, std::string *text)
+{
+    const std::string path = shown(run.report.output_path);
+    if (file_identity(run.report.output_path) == file_identity(run.report.path)) {
+        report_trouble("won't use " + path + ": it leads to its script"); // by a link
+        return false;
+    }
+    if (!memory_read(run.report.output_path, text, run.now))
+        return false;
+    bool wide = text->find('\0') != text->npos && run.now.find('\0') == text->npos &&
+                !output_is_beginning(*text, run.now, run.last);
+    if (wide)
+        report_trouble(path +
+                       " has NUL bytes, as a text in UTF-16 has, and isn't used; save it in the "
+                       "script's encoding");
+    return !wide;
+}
+
+static void take_output(script_run *run, const folder_memory &memory)
 {
     run->last = memory_last(memory, path_name(run->report.output_path), run->now);
     file_kind kind = file_kind_of(run->report.output_path, true);
     if (kind != FILE_REGULAR && kind != FILE_FOLDER)
         return;
     std::string text;
-    bool leads_to_script = file_identity(run->report.output_path) == file_identity(run->report.path);
-    run->unreadable = leads_to_script || !memory_read(run->report.output_path, &text, run->now);
-    if (!run->unreadable && text.find('\0') != text.npos && run->now.find('\0') == text.npos &&
-        !output_is_beginning(text, run->now, run->last)) {
-        run->unreadable = true;
-        report_trouble(
-            shown(run->report.output_path) +
-            " has NUL bytes, as a text in UTF-16 has, and isn't used; save it in the script's encoding");
-    } else if (leads_to_script)
-        report_trouble("won't use " + shown(run->report.output_path) +
-                       ": it leads to its script"); // by a link
-    else if (!run->unreadable)
+    run->unreadable = !output_read(*run, &text);
+    if (!run->unreadable)
         run->there = std::move(text);
     run->report.output_older = file_is_older(run->report.output_path, run->report.path);
 }
@@ -79,12 +90,12 @@ bool script_examine(const report_options &options, const std::string &path, cons
 {
     run->report.path = path;
     run->report.output_path = output_path_of(path);
-    std::string output = path_name(run->report.output_path);
-    run->started = options.one_run ? *carried : memory_start(memory, output).value_or(rules_run_state{});
+    const written_row *row = memory_row(memory, path_name(run->report.output_path));
+    run->started = options.one_run ? *carried : row != nullptr ? row->started : rules_run_state{};
     rules_run_state after;
     if (!script_judge(run, &after))
         return false;
-    read_output(run, memory);
+    take_output(run, memory);
     rules_run_state before = *carried;
     if (same_state(run->started, before)) {
         *carried = after;
@@ -101,25 +112,25 @@ void script_compare(const folder_memory &memory, script_run *run)
 {
     script_report &report = run->report;
     report.output = output_state_of(run->there, run->now, run->last);
-    report.script_changed = report.output == OUTPUT_EDITED &&
-                            memory_script_changed(memory, path_name(report.output_path), run->script);
+    const written_row *row = memory_row(memory, path_name(report.output_path));
+    report.script_changed =
+        report.output == OUTPUT_EDITED && row != nullptr && row->script_hash != script_hash_of(run->script);
     bool compared = report.output == OUTPUT_EDITED || report.output == OUTPUT_UNKNOWN;
-    if (run->there && report.output != OUTPUT_SAME)
+    report.there_of.clear();
+    if (report.output == OUTPUT_SAME) {
+        report.there_of.resize(line_count(text_split(run->now)));
+        std::iota(report.there_of.begin(), report.there_of.end(), 1);
+    } else if (run->there) {
         edits_find(&report, run->now, *run->there);
+    }
     for (report_item &item : report.items) {
-        if (report.output == OUTPUT_SAME)
-            item.there_line = item.output_lines > 0 ? item.output_line : 0;
+        item.there_line = 0;
+        uint64_t end = std::min<uint64_t>(item.output_line + item.output_lines, report.there_of.size() + 1);
+        for (uint64_t line = item.output_line; item.there_line == 0 && line < end; line++)
+            item.there_line = report.there_of[static_cast<size_t>(line - 1)];
         item.doubtful =
             item.state == STATE_CHANGED && (report.output == OUTPUT_UNKNOWN || report.script_changed);
         if (!compared)
             item.state = report.output == OUTPUT_NONE ? STATE_NONE : STATE_OPEN;
     }
-}
-
-bool is_selected(const report_options &options, const report_item &item)
-{
-    const std::vector<std::string> &commands = options.commands;
-    return options.kinds[item.kind] &&
-           (commands.empty() ||
-            std::find(commands.begin(), commands.end(), text_upper(item.command)) != commands.end());
 }

@@ -28,6 +28,3 @@ bool script_examine(const report_options &options, const std::string &path, cons
 
 // Compares the output that is there, and settles the state of each item.
 void script_compare(const folder_memory &memory, script_run *run);
-
-// True if an item is one of those that the options select.
-bool is_selected(const report_options &options, const report_item &item);

@@ -457,19 +457,20 @@ TEST_F(report_test, merges_what_was_edited_and_what_has_changed)
     run("--convert .");
     const std::string was = read("a_conv.mrl");
     edit("a_conv.mrl", "REM **** WARNING: CLS", "VIEWCLEAR // CLS");
-    edit("a.mrl", "REM a", "REM c");
-    report_result merged = run("--convert --quiet .");
+    edit("a.mrl", "REM a", "REM c\nREM d");
+    report_result merged = run("--convert --quiet --csv merged.csv .");
     EXPECT_EQ(merged.err,
-              "murlreport: ./a_conv.mrl:19: kept your edit\n"
+              "murlreport: ./a_conv.mrl:20: kept your edit\n"
               "  VIEWCLEAR // CLS has NOT been implemented\n"
               "murlreport: kept what was there as ./a_conv.mrl.bak\n"
               "murlreport: merged 1 change into ./a_conv.mrl\n");
+    EXPECT_EQ(read("merged.csv"), run("--csv - .").out) << "of the lines that are there now";
     EXPECT_EQ(output_state(), "edited");
     EXPECT_TRUE(has(read("a_conv.mrl"), "REM c\n")) << read("a_conv.mrl");
     EXPECT_TRUE(has(read("a_conv.mrl"), "VIEWCLEAR"));
     EXPECT_TRUE(has(read("a_conv.mrl.bak"), "REM a\n"));
     EXPECT_EQ(read(".murlreport/a_conv.mrl.last"), converted(read("a.mrl")));
-    EXPECT_TRUE(has(states(), "5 gone changed")) << states();
+    EXPECT_TRUE(has(states(), "6 gone changed")) << states();
 
     edit("a_conv.mrl", "REM c", "REM mine");
     edit("a.mrl", "REM c", "REM theirs");

@@ -61,9 +61,9 @@ TEST(page, holds_the_lines_that_are_shown_and_no_others)
     script.items = {item_of(ITEM_FROZEN, 5, 5, 1), item_of(ITEM_LOST, 5, 5, 1), item_of(ITEM_LOST, 20, 20, 2),
                     item_of(ITEM_GONE, 40, 40, 0)};
     script.items[0].command = "ARC";
-    script_bodies bodies{numbered("s", 50), "", numbered("w", 50), {}};
+    script_bodies bodies{numbered("s", 50), "", numbered("w", 50)};
     for (uint64_t i = 1; i <= 50; i++) {
-        bodies.there_of.push_back(i < 5 ? i : i < 7 ? 0 : i + 1);
+        script.there_of.push_back(i < 5 ? i : i < 7 ? 0 : i + 1);
         bodies.there += i == 5 ? "mine\n" : i == 6 ? "n1\nn2\n" : " w" + std::to_string(i) + " \r\n";
     }
     std::string page = page_of(script, bodies);
@@ -86,7 +86,7 @@ TEST(page, takes_items_beyond_the_texts)
     script.items = {item_of(ITEM_LOST, 1, 3, 9), item_of(ITEM_LOST, 9, 9, UINT64_MAX),
                     item_of(ITEM_STOPPED, 2, 0, 0)};
     script.items[2].last_line = UINT32_MAX;
-    json body = data_of(page_of(script, {"a\nb\nc", "", "x\ny\nz", {}}), "body");
+    json body = data_of(page_of(script, {"a\nb\nc", "", "x\ny\nz"}), "body");
     EXPECT_EQ(body.dump(), R"([[[1,["a","b","c"]],[0,[]],[3,["z"]]],[[1,["a","b","c"]],[0,[]],[0,[]]],)"
                            R"([[7,[]],[0,[]],[9,[]]]])");
     EXPECT_TRUE(data_of(page_of(script, {}), "body").is_null());
@@ -99,7 +99,7 @@ TEST(page, keeps_bytes_and_escapes_tags)
     script.path = "</script><b>.mrl";
     script.items = {item_of(ITEM_UNKNOWN, 1, 1, 1)};
     script.items[0].source = "\xE9\xFF<!--\xC3\xA9";
-    std::string page = page_of(script, {"<!-- \x01\xE9\n", "", "</SCRIPT>\n", {}});
+    std::string page = page_of(script, {"<!-- \x01\xE9\n", "", "</SCRIPT>\n"});
     EXPECT_EQ(page.find("</script><b>"), std::string::npos);
     EXPECT_EQ(page.find("<!-- \\"), std::string::npos);
     EXPECT_EQ(page.find("</SCRIPT>"), std::string::npos);

@@ -13,38 +13,6 @@
 #include <algorithm>
 #include <set>
 
-size_t lines_missing(std::string_view now, std::string_view there, size_t *differing)
-{
-    text_changes texts = text_diff(now, there);
-    *differing = 0;
-    for (const line_change &change : texts.changes)
-        *differing += std::max(change.before_count, change.after_count);
-    if (texts.changes.empty())
-        return 0;
-    const line_change &last = texts.changes.back();
-    if (last.before_at + last.before_count != line_count(texts.before))
-        return 0;
-    size_t written = live_lines(texts.before, last.before_at, last.before_count);
-    size_t left = live_lines(texts.after, last.after_at, last.after_count);
-    return last.after_count == 0 ? last.before_count : written - std::min(written, left);
-}
-
-// How a script's output that is there has come from what is written now.
-static text_changes output_changes(const script_report &report, std::string_view now, std::string_view there)
-{
-    text_changes texts = text_diff(now, there);
-    changes_move(report, &texts);
-    return texts;
-}
-
-std::vector<uint64_t> lines_there(const script_report &report, std::string_view now, std::string_view there)
-{
-    std::vector<uint64_t> lines;
-    for (size_t index : lines_paired(output_changes(report, now, there)).kept)
-        lines.push_back(index + 1); // no_line becomes 0
-    return lines;
-}
-
 // Two texts, and how their lines belong together.
 struct edit_view {
     text_changes texts;
@@ -266,22 +234,22 @@ static bool is_settled(const report_item &item, const edit_view &view)
 
 void edits_find(script_report *report, std::string_view now, std::string_view there)
 {
-    edit_view view{output_changes(*report, now, there), {}, {}, nullptr};
+    edit_view view{text_diff(now, there), {}, {}, nullptr};
+    changes_move(*report, &view.texts);
     view.pairs = lines_paired(view.texts);
-    const std::vector<size_t> &kept = view.pairs.kept;
+    report->there_of.clear();
+    for (size_t index : view.pairs.kept)
+        report->there_of.push_back(index + 1); // no_line becomes 0
     for (const report_item &item : report->items)
         if (item.kind != ITEM_GUARDED)
             view.of_others.insert(item.own_lines.begin(), item.own_lines.end());
+    auto is_written = [&view](uint64_t line) { return line > 0 && line <= view.pairs.kept.size(); };
     for (report_item &item : report->items) {
         if (view.frozen != nullptr && view.frozen->output_line != item.output_line)
             view.frozen = nullptr;
-        bool known = std::all_of(item.own_lines.begin(), item.own_lines.end(),
-                                 [&kept](uint64_t line) { return line > 0 && line <= kept.size(); });
+        bool known = std::all_of(item.own_lines.begin(), item.own_lines.end(), is_written);
         item.state = known && is_settled(item, view) ? STATE_CHANGED : STATE_OPEN;
         if (item.kind == ITEM_FROZEN && item.state == STATE_CHANGED)
             view.frozen = &item;
-        for (uint64_t line = item.output_line; line < item.output_line + item.output_lines; line++)
-            if (item.there_line == 0 && line <= kept.size())
-                item.there_line = kept[static_cast<size_t>(line - 1)] + 1; // no_line becomes 0
     }
 }

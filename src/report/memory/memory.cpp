@@ -123,24 +123,16 @@ std::optional<std::string> memory_last(const folder_memory &memory, const std::s
     return text;
 }
 
+const written_row *memory_row(const folder_memory &memory, const std::string &output)
+{
+    auto row = memory.written.find(output);
+    return row != memory.written.end() ? &row->second : nullptr;
+}
+
 bool memory_knows(const folder_memory &memory, const std::string &output)
 {
-    return memory.written.count(output) != 0 ||
+    return memory_row(memory, output) != nullptr ||
            (!memory.refused && file_kind_of(memory_path(memory, output + last_ending), false) != FILE_NONE);
-}
-
-bool memory_script_changed(const folder_memory &memory, const std::string &output, std::string_view script)
-{
-    auto row = memory.written.find(output);
-    return row != memory.written.end() && row->second.script_hash != script_hash_of(script);
-}
-
-std::optional<rules_run_state> memory_start(const folder_memory &memory, const std::string &output)
-{
-    auto row = memory.written.find(output);
-    if (row == memory.written.end())
-        return {};
-    return row->second.started;
 }
 
 bool memory_prepare(const folder_memory &memory)

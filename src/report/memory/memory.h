@@ -52,11 +52,8 @@ std::optional<std::string> memory_last(const folder_memory &memory, const std::s
 // True if something was written to an output before.
 bool memory_knows(const folder_memory &memory, const std::string &output);
 
-// True if an output's script isn't what it was when that was remembered.
-bool memory_script_changed(const folder_memory &memory, const std::string &output, std::string_view script);
-
-// The run state that an output's script starts from, if it is known.
-std::optional<rules_run_state> memory_start(const folder_memory &memory, const std::string &output);
+// What written.csv has of an output; null if it has nothing. Good until the memory changes.
+const written_row *memory_row(const folder_memory &memory, const std::string &output);
 
 // Makes the folder, and tries whether it can be written to. False, and reported, if not.
 bool memory_prepare(const folder_memory &memory);

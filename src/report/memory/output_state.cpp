@@ -11,18 +11,13 @@ const char *const output_state_words[] = {"none", "same", "cut", "unknown", "old
 static bool is_cut_from(std::string_view text, std::string_view whole)
 {
     text = text_body(text);
-    whole = text_body(whole);
+    if (text.empty() || text.back() == '\n')
+        return false;
+    equal_lines_drop(&text, &whole);
     std::string_view line, whole_line;
-    while (line_take(&text, &line)) {
-        if (!line_take(&whole, &whole_line))
-            return false;
-        std::string_view core = text_trimmed(line), whole_core = text_trimmed(whole_line);
-        if (line.back() != '\n')
-            return whole_core.substr(0, core.size()) == core;
-        if (core != whole_core)
-            return false;
-    }
-    return false;
+    return !line_take(&text, &line) ||
+           (text.empty() && line_take(&whole, &whole_line) &&
+            text_trimmed(whole_line).substr(0, text_trimmed(line).size()) == text_trimmed(line));
 }
 
 // True if an edited output was cut off: it ends inside a line, and either lacks lines of what was written at
@@ -34,9 +29,8 @@ static bool is_cut_short(std::string_view there, std::string_view last)
     if (texts.changes.empty())
         return false;
     const line_change &change = texts.changes.back();
-    size_t before_end = change.before_at + change.before_count,
-           after_end = change.after_at + change.after_count;
-    if (before_end != line_count(texts.before) || after_end != line_count(texts.after))
+    size_t before_end = change.before_at + change.before_count;
+    if (before_end != line_count(texts.before))
         return false;
     bool begun = false;
     for (size_t i = change.before_at; i < before_end; i++)

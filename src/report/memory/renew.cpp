@@ -2,7 +2,7 @@
 
 #include "platform/platform.h"
 #include "report/files.h"
-#include "report/memory/edits.h"
+#include "report/memory/line_diff.h"
 #include "report/memory/merge.h"
 #include "report/memory/text_lines.h"
 #include "report/messages.h"
@@ -133,7 +133,7 @@ void output_renew(script_run *run, folder_memory *memory, bool force)
     case OUTPUT_OLD: (void)write_output(run, memory, platform_text(run->now)); break;
     case OUTPUT_SAME:
         if (!run->last || !same_text(*run->last, run->now) ||
-            !memory_start(*memory, path_name(run->report.output_path)))
+            memory_row(*memory, path_name(run->report.output_path)) == nullptr)
             (void)remember(run, memory);
         break;
     case OUTPUT_EDITED:
@@ -156,6 +156,24 @@ void output_renew(script_run *run, folder_memory *memory, bool force)
 }
 
 // ---- Adopting ----
+
+// How many lines of what is written now an output lacks at its end: all of a run that was deleted, and of one
+// that was replaced as many as it has fewer that are carried out. *differing: lines that differ in all.
+static size_t lines_missing(std::string_view now, std::string_view there, size_t *differing)
+{
+    text_changes texts = text_diff(now, there);
+    *differing = 0;
+    for (const line_change &change : texts.changes)
+        *differing += std::max(change.before_count, change.after_count);
+    if (texts.changes.empty())
+        return 0;
+    const line_change &last = texts.changes.back();
+    if (last.before_at + last.before_count != line_count(texts.before))
+        return 0;
+    size_t written = live_lines(texts.before, last.before_at, last.before_count);
+    size_t left = live_lines(texts.after, last.after_at, last.after_count);
+    return last.after_count == 0 ? last.before_count : written - std::min(written, left);
+}
 
 void output_adopt(script_run *run, folder_memory *memory, bool force)
 {

@@ -31,22 +31,24 @@ std::string_view line_end(std::string_view line)
     return line.substr(line.size() - (line.size() > 1 && line[line.size() - 2] == '\r' ? 2 : 1));
 }
 
+void equal_lines_drop(std::string_view *a, std::string_view *b)
+{
+    std::string_view rest_a = text_body(*a), rest_b = text_body(*b), line_a, line_b;
+    do {
+        *a = rest_a;
+        *b = rest_b;
+    } while (line_take(&rest_a, &line_a) && line_take(&rest_b, &line_b) &&
+             text_trimmed(line_a) == text_trimmed(line_b));
+}
+
 bool same_text(std::string_view a, std::string_view b)
 {
-    a = text_body(a);
-    b = text_body(b);
-    std::string_view line_a, line_b;
-    for (bool first = true;; first = false) {
-        bool more_a = line_take(&a, &line_a);
-        bool more_b = line_take(&b, &line_b);
-        // Without its last line end, a text of one blank line is empty.
-        if (more_a != more_b)
-            return first && text_trimmed(more_a ? line_a : line_b).empty() && a.empty() && b.empty();
-        if (!more_a)
-            return true;
-        if (text_trimmed(line_a) != text_trimmed(line_b))
-            return false;
-    }
+    // Without its last line end, a text of one blank line is empty.
+    std::string_view rest = text_body(text_body(a).empty() ? b : a), line;
+    if (text_body(a).empty() || text_body(b).empty())
+        return !line_take(&rest, &line) || (rest.empty() && text_trimmed(line).empty());
+    equal_lines_drop(&a, &b);
+    return a.empty() && b.empty();
 }
 
 text_lines text_split(std::string_view text)

@@ -21,6 +21,9 @@ bool line_take(std::string_view *rest, std::string_view *line);
 // The line end of a line; empty if it has none.
 std::string_view line_end(std::string_view line);
 
+// Takes the lines off two texts that are the same in both up to the first ones that differ.
+void equal_lines_drop(std::string_view *a, std::string_view *b);
+
 // True if two texts have the same lines.
 bool same_text(std::string_view a, std::string_view b);
 

@@ -65,12 +65,12 @@ struct page_texts {
     std::vector<uint64_t> after; // the first such line from it on; lines of the output + 1 if there is none
 };
 
-static page_texts texts_of(const script_bodies &bodies)
+static page_texts texts_of(const script_report &script, const script_bodies &bodies)
 {
     page_texts texts{text_split(bodies.script),
                      text_split(bodies.there),
                      text_split(bodies.written),
-                     bodies.there_of,
+                     script.there_of,
                      {},
                      {}};
     size_t count = line_count(texts.written);
@@ -152,7 +152,7 @@ static std::string row_of(const std::string &path, const report_item &item)
 static void page_script(FILE *file, const script_report &script, const script_bodies &bodies)
 {
     std::string path = path_text(path_of(script.path).lexically_normal());
-    page_texts texts = texts_of(bodies);
+    page_texts texts = texts_of(script, bodies);
     std::map<std::pair<uint32_t, std::string>, std::vector<const report_item *>> rows; // by line and command
     for (const report_item &item : script.items)
         rows[{item.line, item.command}].push_back(&item);
