@@ -3,7 +3,6 @@
 #include "report/findings/form_mended.h"
 #include "report/findings/judge_text.h"
 #include "report/findings/live_form.h"
-#include "report/memory/change_positions.h"
 #include "report/memory/line_pairs.h"
 #include "report/memory/line_words.h"
 #include "report/memory/text_lines.h"
@@ -13,9 +12,7 @@
 #include <algorithm>
 #include <set>
 
-// Two texts, and how their lines belong together.
 struct edit_view {
-    text_changes texts;
     line_pairs pairs;
     std::set<uint64_t> of_others; // own lines of all items but those that are guarded
     const report_item *frozen;    // of the item's statement, whose values are gone from its line; or null
@@ -136,7 +133,7 @@ static size_t pair_of(const edit_view &view, size_t index)
 // A line that was moved, and one that has become a comment or is only spelt otherwise, is still to be done.
 static line_fate fate_of(const report_item &item, const edit_view &view, size_t index)
 {
-    const auto &[before, after, changes] = view.texts;
+    const auto &[before, after, changes] = view.pairs.texts;
     std::string_view first = line_core(before, index);
     std::string essence = line_essence(first);
     if (essence.empty() && is_comment(first))
@@ -160,7 +157,7 @@ static line_fate fate_of(const report_item &item, const edit_view &view, size_t 
 // That may have been mended for another item, or be the same one in other words.
 static bool guards_another(const report_item &item, const edit_view &view)
 {
-    const auto &[before, after, changes] = view.texts;
+    const auto &[before, after, changes] = view.pairs.texts;
     size_t next = view.pairs.near[static_cast<size_t>(item.own_lines[0] - 1)];
     if (next == no_line)
         return false;
@@ -196,7 +193,7 @@ static bool is_touched(const report_item &item, const edit_view &view, size_t in
 // do, and the difference may have taken their copies for kept.
 static bool stands(const report_item &item, const edit_view &view)
 {
-    const auto &[before, after, changes] = view.texts;
+    const auto &[before, after, changes] = view.pairs.texts;
     return std::any_of(item.own_lines.begin(), item.own_lines.end(), [&](uint64_t one) {
         size_t pair = pair_of(view, static_cast<size_t>(one - 1));
         return pair != no_line &&
@@ -234,9 +231,7 @@ static bool is_settled(const report_item &item, const edit_view &view)
 
 void edits_find(script_report *report, std::string_view now, std::string_view there)
 {
-    edit_view view{text_diff(now, there), {}, {}, nullptr};
-    changes_move(*report, &view.texts);
-    view.pairs = lines_paired(view.texts);
+    edit_view view{lines_paired(*report, now, there), {}, nullptr};
     report->there_of.clear();
     for (size_t index : view.pairs.kept)
         report->there_of.push_back(index + 1); // no_line becomes 0

@@ -170,25 +170,19 @@ static void path_find(path_search *search)
         text->at.push_back(static_cast<position>(text->lines.size()));
 }
 
-// Moves the changed lines of a gap up by one line, if that changes nothing: they are then in the gap before,
-// with those that are there.
-static bool gap_up(diff_text *text, size_t *gap)
+// Moves the changed lines of a gap up or down by one line, if that changes nothing: they are then in the gap
+// before or after it, with those that are there.
+static bool gap_move(diff_text *text, size_t *gap, bool up)
 {
     std::vector<position> &at = text->at;
-    if (*gap == 1 || !text->is_equal(at[*gap - 1], at[*gap] - 1))
+    if (up ? *gap == 1 : *gap + 1 == at.size())
         return false;
-    at[*gap - 1] = at[*gap] - 1;
-    --*gap;
-    return true;
-}
-
-static bool gap_down(diff_text *text, size_t *gap)
-{
-    std::vector<position> &at = text->at;
-    if (*gap + 1 == at.size() || !text->is_equal(at[*gap - 1] + 1, at[*gap]))
+    position &unchanged = up ? at[*gap - 1] : at[*gap];
+    position other_end = up ? at[*gap] - 1 : at[*gap - 1] + 1;
+    if (!text->is_equal(unchanged, other_end))
         return false;
-    at[*gap] = at[*gap - 1] + 1;
-    ++*gap;
+    unchanged = other_end;
+    *gap = up ? *gap - 1 : *gap + 1;
     return true;
 }
 
@@ -204,15 +198,15 @@ static void gaps_settle(diff_text *text, const diff_text &opposite)
         bool paired; // on the last way down they were opposite a change of the other text
         do {
             size = text->gap_size(gap);
-            while (steps > 0 && gap_up(text, &gap))
+            while (steps > 0 && gap_move(text, &gap, true))
                 steps--;
             paired = opposite.gap_size(gap) > 0;
-            while (steps > 0 && gap_down(text, &gap)) {
+            while (steps > 0 && gap_move(text, &gap, false)) {
                 paired |= opposite.gap_size(gap) > 0;
                 steps--;
             }
         } while (size != text->gap_size(gap));
-        while (paired && opposite.gap_size(gap) == 0 && gap_up(text, &gap)) {
+        while (paired && opposite.gap_size(gap) == 0 && gap_move(text, &gap, true)) {
         }
     }
 }

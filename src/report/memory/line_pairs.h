@@ -1,11 +1,13 @@
-// Which lines stand for which where a text was edited.
+// Which lines of the output that is there stand for which of what is written now.
 #pragma once
 
+#include "report/item.h"
 #include "report/memory/line_diff.h"
 
 #include <stddef.h>
 #include <stdint.h>
 
+#include <string_view>
 #include <vector>
 
 constexpr size_t no_line = SIZE_MAX;
@@ -18,8 +20,12 @@ constexpr size_t no_line = SIZE_MAX;
 // with the same word: of equal lines that were edited the difference may have taken the wrong ones for kept,
 // and lines may have moved.
 struct line_pairs {
+    text_changes texts;
     std::vector<size_t> kept; // the same line
     std::vector<size_t> near; // the same line, or one of the same change
     std::vector<size_t> far;  // of lines without a near one, one of any change
 };
-line_pairs lines_paired(const text_changes &texts);
+
+// Pairs the lines of what is written now with those of the output that is there. Views in the result point
+// into both texts. Of the positions that deleted lines may have had, the report's items decide.
+line_pairs lines_paired(const script_report &report, std::string_view now, std::string_view there);
