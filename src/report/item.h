@@ -33,6 +33,7 @@ constexpr int item_kind_count = ITEM_DROPPED + 1;
 // What a kind is called and what there is to do about it.
 struct kind_row {
     const char *word;
+    const char *level;   // how grave it is to code scanners: error, warning or note
     const char *label;   // a few plain words for the page
     const char *title;   // what has happened
     const char *to_do;   // what the script's author does about it

@@ -119,29 +119,19 @@ static int run(int argc, char **argv, bool desktop)
     define_options(&app, &options);
     try {
         app.parse(argc, argv);
+        if (options.paths == std::vector<std::string>{"/?"})
+            throw CLI::CallForHelp();
+        if (desktop && !take_desktop(&options))
+            return REPORT_DONE;
+        return settle(&options) ? report_run(std::move(options)) : REPORT_TROUBLE;
     } catch (const CLI::Success &success) {
         return app.exit(success);
     } catch (const CLI::ParseError &error) {
         report_trouble(std::string(error.what()) + " (murlreport --help lists the options)");
-        return REPORT_TROUBLE;
-    }
-    if (options.paths == std::vector<std::string>{"/?"}) {
-        fputs(app.help().c_str(), stdout);
-        return REPORT_DONE;
-    }
-    if (desktop && !take_desktop(&options))
-        return REPORT_DONE;
-    return settle(&options) ? report_run(std::move(options)) : REPORT_TROUBLE;
-}
-
-static int run_guarded(int argc, char **argv, bool desktop)
-{
-    try {
-        return run(argc, argv, desktop);
     } catch (const std::exception &error) {
         report_trouble(error.what());
-        return REPORT_TROUBLE;
     }
+    return REPORT_TROUBLE;
 }
 
 int main(int argc, char **argv)
@@ -151,7 +141,7 @@ int main(int argc, char **argv)
     // The desktop has paths for a program, no options.
     bool desktop = plat_is_own_console() &&
                    std::none_of(argv + 1, argv + argc, [](const char *word) { return word[0] == '-'; });
-    int status = run_guarded(argc, argv, desktop);
+    int status = run(argc, argv, desktop);
     if (desktop && status == REPORT_TROUBLE)
         desktop_show_console();
     return status;

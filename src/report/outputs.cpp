@@ -120,7 +120,7 @@ void outputs_abandon(report_outputs *outputs)
 
 // Standard output carries the text unless something else goes there.
 bool outputs_open(const report_options &options, const std::vector<script_path> &scripts,
-                  const std::string &folder_key, report_outputs *outputs)
+                  report_outputs *outputs)
 {
     std::vector<std::pair<const report_writer *, std::string>> wanted = {{&csv_writer, options.csv},
                                                                          {&json_writer, options.json},
@@ -141,7 +141,7 @@ bool outputs_open(const report_options &options, const std::vector<script_path> 
             outputs->push_back(std::move(output));
     }
     for (const report_output &output : *outputs)
-        output.writer->start(output.file, options, folder_key);
+        output.writer->start(output.file, options);
     return true;
 }
 

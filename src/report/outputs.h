@@ -22,7 +22,7 @@ using report_outputs = std::vector<report_output>;
 // Opens the outputs and starts them. False, and reported, if one can't be opened, or would go over a script,
 // the output of one, another output or a memory; then none is there.
 bool outputs_open(const report_options &options, const std::vector<script_path> &scripts,
-                  const std::string &folder_key, report_outputs *outputs);
+                  report_outputs *outputs);
 
 void outputs_script(const report_outputs &outputs, const script_report &script, const script_bodies &bodies);
 

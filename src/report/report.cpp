@@ -74,7 +74,6 @@ static void totals_settle(report_state *state)
     std::sort(commands.begin(), commands.end(), [](const auto &a, const auto &b) {
         return a.second != b.second ? a.second > b.second : a.first < b.first;
     });
-    state->totals.filtered = state->options->filtered;
 }
 
 // ---- One script ----
@@ -284,10 +283,10 @@ static int status_of(const report_totals &totals)
 }
 
 // Where --open has the page if no file was named.
-static bool choose_page(report_options *options, const std::string &folder_key)
+static bool choose_page(report_options *options)
 {
     if (options->open && options->html.empty())
-        options->html = open_page_path(folder_key);
+        options->html = open_page_path(options->folder_key);
     if (options->open && options->html.empty())
         report_trouble("there is no folder for the page that only you can write to; name a file with --html");
     return !options->open || !options->html.empty();
@@ -316,7 +315,7 @@ static void take_scripts(report_state *state, const scripts_found &found)
 // Finds the scripts before anything is opened, and opens the outputs.
 static bool run_start(report_state *state, report_options *options, scripts_found *found)
 {
-    std::string folder_key = folder_key_of(options->paths);
+    options->folder_key = folder_key_of(options->paths);
     *found = scripts_find(options->paths, options->accept, options->force);
     if (found->scripts.empty() && found->lone.empty()) {
         if (!report_in_trouble())
@@ -325,9 +324,9 @@ static bool run_start(report_state *state, report_options *options, scripts_foun
             return false;
     }
     if ((!options->accept_from.empty() && !accepted_read(options->accept_from, &state->ticks)) ||
-        !choose_page(options, folder_key))
+        !choose_page(options))
         return false;
-    return outputs_open(*options, found->scripts, folder_key, &state->outputs);
+    return outputs_open(*options, found->scripts, &state->outputs);
 }
 
 int report_run(report_options options)

@@ -13,6 +13,7 @@
 
 struct report_options {
     std::vector<std::string> paths;
+    std::string folder_key; // of the paths: letters and digits, to tell their folders apart from others
     bool one_run = false;
     bool summary = false;
     bool all = false;
@@ -49,7 +50,6 @@ struct report_totals {
     kind_counts by_kind{};
     std::vector<std::pair<std::string, uint64_t>> by_command; // most first
     std::map<std::string, uint64_t> by_form;                  // COMMAND: reason, of the kind form
-    bool filtered = false;
 };
 
 // The texts of a script that the page shows lines of. Each is empty if it is longer than body_kept.

@@ -19,7 +19,9 @@ static std::string page_of(const script_report &script, const script_bodies &bod
 {
     fs::path path = fresh_folder("report_page") / "page.html";
     FILE *file = fopen(path.c_str(), "wb");
-    page_writer.start(file, {}, "k3y");
+    report_options options;
+    options.folder_key = "k3y";
+    page_writer.start(file, options);
     page_writer.script(file, script, bodies);
     page_writer.end(file, {});
     fclose(file);

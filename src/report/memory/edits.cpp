@@ -53,6 +53,16 @@ static bool has_lost(const report_item &item, std::string_view was, std::string_
     return number == item.own_texts.size();
 }
 
+// How many items of a line's list are empty, between the first and the last one that aren't.
+static size_t empty_items(std::string_view line)
+{
+    std::vector<std::string_view> items = list_items(line);
+    auto is_empty = [](std::string_view item) { return item.empty(); };
+    auto first = std::find_if_not(items.begin(), items.end(), is_empty);
+    auto end = std::find_if_not(items.rbegin(), std::make_reverse_iterator(first), is_empty).base();
+    return static_cast<size_t>(std::count_if(first, end, is_empty));
+}
+
 // True if a line has the texts of arguments that weren't written in it, strings without their quotes, as an
 // option of a menu has none; and the empty places that its list lacked. frozen: of the same statement, whose
 // values are gone from the line; or null.

@@ -11,9 +11,9 @@
 
 // Where items are in the lines that are deleted from, by a line's number.
 struct item_positions {
-    std::vector<size_t> begun,
-        over;                 // items whose own lines begin up to there, and those that have no later one
-    std::vector<char> is_end; // a statement's output begins there, or has ended before it
+    std::vector<size_t> begun; // items whose own lines begin up to there
+    std::vector<size_t> over;  // items that have no own line after it
+    std::vector<char> is_end;  // a statement's output begins there, or has ended before it
 };
 
 static item_positions positions_of(const script_report &report, size_t count)
@@ -152,6 +152,17 @@ lines_left(const pairing &pairing, const std::vector<line_change> &changes, line
                 left[key(line_core(pairing.pairs.texts.after, i))].second.push_back(i);
     }
     return left;
+}
+
+// How many characters two texts have in common at their beginnings and at their ends.
+static size_t likeness(std::string_view a, std::string_view b)
+{
+    size_t most = std::min(a.size(), b.size()), begin = 0, end = 0;
+    while (begin < most && a[begin] == b[begin])
+        begin++;
+    while (end < most - begin && a[a.size() - 1 - end] == b[b.size() - 1 - end])
+        end++;
+    return begin + end;
 }
 
 struct line_candidate {

@@ -1,13 +1,11 @@
 #include "report/memory/line_words.h"
 
 #include "report/findings/judge_text.h"
-#include "report/findings/live_form.h"
 #include "report/findings/statement.h"
 #include "report/show.h"
 #include "support/text.h"
 
 #include <algorithm>
-#include <vector>
 
 // True of a character that makes one name or number with another beside it.
 static bool is_joining(char c)
@@ -56,23 +54,4 @@ size_t count_in(std::string_view there, std::string_view wanted)
         count += begins && (end == line.size() || !is_joining(line[end]) || !is_joining(text.back()));
     }
     return count;
-}
-
-size_t empty_items(std::string_view line)
-{
-    std::vector<std::string_view> items = list_items(line);
-    auto is_empty = [](std::string_view item) { return item.empty(); };
-    auto first = std::find_if_not(items.begin(), items.end(), is_empty);
-    auto end = std::find_if_not(items.rbegin(), std::make_reverse_iterator(first), is_empty).base();
-    return static_cast<size_t>(std::count_if(first, end, is_empty));
-}
-
-size_t likeness(std::string_view a, std::string_view b)
-{
-    size_t most = std::min(a.size(), b.size()), begin = 0, end = 0;
-    while (begin < most && a[begin] == b[begin])
-        begin++;
-    while (end < most - begin && a[a.size() - 1 - end] == b[b.size() - 1 - end])
-        end++;
-    return begin + end;
 }

@@ -1,4 +1,4 @@
-// Lines as what they say: what edits that do nothing leave as it is, and what is in a line and how often.
+// Lines as what they say: what edits that do nothing leave as it is, and how often a text is in a line.
 #pragma once
 
 #include <stddef.h>
@@ -16,9 +16,3 @@ std::string leading_word(std::string_view line);
 // How often a text is in a line, and no part of a longer name or number. Blanks beside commas and operators
 // don't count; case does, as names have it.
 size_t count_in(std::string_view line, std::string_view text);
-
-// How many items of a line's list are empty, between the first and the last one that aren't.
-size_t empty_items(std::string_view line);
-
-// How many characters two lines have in common at their beginnings and at their ends.
-size_t likeness(std::string_view a, std::string_view b);

@@ -8,8 +8,6 @@
 
 #include <fmt/core.h>
 
-#include <string.h>
-
 #include <set>
 #include <utility>
 #include <vector>
@@ -61,16 +59,13 @@ std::string script_hash_of(std::string_view script)
     return fmt::format("{:016x}", hash);
 }
 
-// True if a line of a text begins with another.
-static bool has_line(std::string_view text, const std::string &start)
-{
-    return text.substr(0, start.size()) == start || text.find("\n" + start) != std::string_view::npos;
-}
-
 // True if a text has a line that version control writes around a conflict. One of them may be gone.
 static bool has_conflict_markers(std::string_view text)
 {
-    return has_line(text, "<<<<<<< ") || has_line(text, ">>>>>>> ");
+    for (const std::string marker : {"<<<<<<< ", ">>>>>>> "})
+        if (text.substr(0, marker.size()) == marker || text.find("\n" + marker) != text.npos)
+            return true;
+    return false;
 }
 
 bool memory_read(const std::string &path, std::string *text, std::string_view now)
@@ -164,6 +159,7 @@ bool memory_remember(folder_memory *memory, const std::string &output, std::stri
         return false;
     memory->written[output] = std::move(row);
     memory->changed = true;
+    (void)file_remove(memory_path(*memory, memory_new_name(output)));
     return true;
 }
 
@@ -178,14 +174,6 @@ bool memory_save(folder_memory *memory)
     return memory_write(*memory, written_name, text);
 }
 
-// The script of an output's name.
-static std::string script_name_of(const std::string &output)
-{
-    std::string name = output;
-    size_t suffix = name.rfind("_conv");
-    return suffix == std::string::npos ? name : name.erase(suffix, 5);
-}
-
 // The outputs of which a memory has something.
 static std::set<std::string> outputs_known(const folder_memory &memory)
 {
@@ -196,8 +184,8 @@ static std::set<std::string> outputs_known(const folder_memory &memory)
     if (file_kind_of(folder_of(memory), false) == FILE_FOLDER)
         (void)folder_names(folder_of(memory), &names);
     for (const std::string &name : names)
-        for (const char *ending : {last_ending, new_ending})
-            if (size_t at = name.rfind(ending); at != std::string::npos && at + strlen(ending) == name.size())
+        for (std::string_view ending : {last_ending, new_ending})
+            if (size_t at = name.rfind(ending); at != std::string::npos && at + ending.size() == name.size())
                 outputs.insert(name.substr(0, at));
     return outputs;
 }
@@ -207,7 +195,10 @@ void memory_prune(folder_memory *memory)
     if (memory->refused)
         return;
     for (const std::string &output : outputs_known(*memory)) {
-        if (file_kind_of(path_join(memory->folder, script_name_of(output)), true) != FILE_NONE)
+        std::string script = output;
+        if (size_t suffix = output.rfind("_conv"); suffix != std::string::npos)
+            script.erase(suffix, 5);
+        if (file_kind_of(path_join(memory->folder, script), true) != FILE_NONE)
             continue;
         memory->changed |= memory->written.erase(output) > 0;
         for (const char *ending : {last_ending, new_ending})

@@ -61,8 +61,8 @@ bool memory_prepare(const folder_memory &memory);
 // Writes a file of the memory, which may not be a link. False, and reported, if that can't be done.
 bool memory_write(const folder_memory &memory, const std::string &name, std::string_view text);
 
-// Remembers what was written to an output. written.csv is written by memory_save. False, and reported, if it
-// can't be kept.
+// Remembers what was written to an output, which ends a conflict. written.csv is written by memory_save.
+// False, and reported, if it can't be kept.
 bool memory_remember(folder_memory *memory, const std::string &output, std::string_view text,
                      written_row row);
 

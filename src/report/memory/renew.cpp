@@ -15,11 +15,6 @@
 
 constexpr size_t block_lines_shown = 20;
 
-static std::string new_name_of(const script_run &run)
-{
-    return memory_new_name(path_name(run.report.output_path));
-}
-
 // A text with the platform's line ends.
 static std::string platform_text(std::string_view text)
 {
@@ -56,7 +51,6 @@ static bool remember(script_run *run, folder_memory *memory)
                          {script_hash_of(run->script), MURL_VERSION, run->started}))
         return false;
     run->last = std::move(text);
-    (void)file_remove(memory_path(*memory, new_name_of(*run)));
     return true;
 }
 
@@ -104,11 +98,12 @@ static void merge_output(script_run *run, folder_memory *memory)
             report_note(fmt::format("merged {} into {}", counted(merged.taken, "change"), path));
         return;
     }
-    (void)memory_write(*memory, new_name_of(*run), platform_text(run->now));
+    std::string fresh = memory_new_name(path_name(run->report.output_path));
+    (void)memory_write(*memory, fresh, platform_text(run->now));
     report_note(fmt::format(
         "kept {}: your edits and what has changed are in the same lines; bring in what is new from "
         "{}, then run with --adopt",
-        path, shown(memory_path(*memory, new_name_of(*run)))));
+        path, shown(memory_path(*memory, fresh))));
 }
 
 void output_renew(script_run *run, folder_memory *memory, bool force)

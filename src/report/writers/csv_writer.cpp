@@ -12,7 +12,7 @@ static std::string plain_cell(const std::string &text)
     return formula ? "'" + text : text;
 }
 
-static void csv_start(FILE *file, const report_options &, const std::string &)
+static void csv_start(FILE *file, const report_options &)
 {
     fputs("file,line,output_line,written_line,kind,command,statement,detail,state\n", file);
 }

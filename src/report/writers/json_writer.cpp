@@ -21,7 +21,7 @@ static json json_item(const report_item &item)
             {"state", item_state_word(item)}};
 }
 
-static void json_start(FILE *file, const report_options &, const std::string &)
+static void json_start(FILE *file, const report_options &)
 {
     first_script = true;
     fputs("{\"version\":", file);

@@ -40,9 +40,9 @@ static void put_data(FILE *file, const char *kind, const json &value)
     put(file, fmt::format("<script type=\"application/json\" class=\"{}\">{}</script>\n", kind, safe));
 }
 
-static void page_start(FILE *file, const report_options &, const std::string &folder_key)
+static void page_start(FILE *file, const report_options &options)
 {
-    page_folder = folder_key;
+    page_folder = options.folder_key;
     std::string_view page = page_html;
     put(file, page.substr(0, page.find(data_mark)));
 }
@@ -55,32 +55,19 @@ struct page_range {
     uint64_t count = 0;
 };
 
-// The texts of a script, and for each line written the nearest ones that the output that is there holds too.
 struct page_texts {
-    text_lines script;
-    text_lines there;
-    text_lines written;
-    std::vector<uint64_t> there_of; // for each line written its line in the output that is there, or 0
-    std::vector<uint64_t> before;   // the last such line before it
-    std::vector<uint64_t> after; // the first such line from it on; lines of the output + 1 if there is none
+    text_lines script, there, written;
+    // For each line written, and for the end, the last line of the output that is there which stands for one
+    // before it; 0: there is none.
+    std::vector<uint64_t> before;
 };
 
 static page_texts texts_of(const script_report &script, const script_bodies &bodies)
 {
-    page_texts texts{text_split(bodies.script),
-                     text_split(bodies.there),
-                     text_split(bodies.written),
-                     script.there_of,
-                     {},
-                     {}};
-    size_t count = line_count(texts.written);
-    texts.there_of.resize(count);
-    texts.before.resize(count + 1);
-    texts.after.assign(count + 1, line_count(texts.there) + 1);
-    for (size_t i = 0; i < count; i++)
-        texts.before[i + 1] = texts.there_of[i] != 0 ? texts.there_of[i] : texts.before[i];
-    for (size_t i = count; i > 0; i--)
-        texts.after[i - 1] = texts.there_of[i - 1] != 0 ? texts.there_of[i - 1] : texts.after[i];
+    page_texts texts{text_split(bodies.script), text_split(bodies.there), text_split(bodies.written), {0}};
+    for (uint64_t line : script.there_of)
+        texts.before.push_back(std::max(line, texts.before.back()));
+    texts.before.resize(line_count(texts.written) + 1, texts.before.back());
     return texts;
 }
 
@@ -105,10 +92,14 @@ static page_range there_range(const page_texts &texts, const report_item &item)
         return {};
     auto first = static_cast<size_t>(item.output_line - 1);
     size_t end = first + static_cast<size_t>(std::min<uint64_t>(item.output_lines, count - first));
-    bool starts = first < end && texts.there_of[first] != 0;
-    uint64_t from = starts ? texts.there_of[first] : texts.before[first] + 1;
-    bool ends = first < end && texts.there_of[end - 1] != 0;
-    uint64_t to = ends ? texts.there_of[end - 1] + 1 : texts.after[end];
+    const std::vector<uint64_t> &before = texts.before;
+    bool starts = first < end && before[first + 1] > before[first]; // the first line is there
+    uint64_t from = starts ? before[first + 1] : before[first] + 1;
+    uint64_t to = before[end] + 1;
+    if (first == end || before[end] == before[end - 1]) { // the last line isn't there
+        auto next = std::upper_bound(before.begin(), before.end(), before[end]);
+        to = next != before.end() ? *next : line_count(texts.there) + 1;
+    }
     return to <= from ? page_range{} : page_range{from, std::min(to - from, lines_shown)};
 }
 

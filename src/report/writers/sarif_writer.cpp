@@ -17,28 +17,11 @@
 static bool first_result;
 static std::map<std::string, uint64_t> prints; // of the script's results, how many alike
 
-static const char *level_of(item_kind kind)
-{
-    switch (kind) {
-    case ITEM_STOPPED:
-    case ITEM_BROKEN:
-    case ITEM_GUARDED: return "error";
-    case ITEM_FROZEN:
-    case ITEM_DECODED:
-    case ITEM_LOST:
-    case ITEM_GONE:
-    case ITEM_UNKNOWN:
-    case ITEM_BASE: return "warning";
-    default: return "note";
-    }
-}
-
 static json rules()
 {
     json rules = json::array();
     std::map<std::string, std::string> sections = guide_kinds();
-    for (int kind = 0; kind < item_kind_count; kind++) {
-        const kind_row &row = kind_table[kind];
+    for (const kind_row &row : kind_table) {
         std::string whole = fmt::format("{}. {}", row.title, row.to_do);
         const std::string &section = sections[row.word].empty() ? whole : sections[row.word];
         rules.push_back({{"id", row.word},
@@ -46,7 +29,7 @@ static json rules()
                          {"shortDescription", {{"text", row.title}}},
                          {"fullDescription", {{"text", whole}}},
                          {"help", {{"text", section}, {"markdown", section}}},
-                         {"defaultConfiguration", {{"level", level_of(static_cast<item_kind>(kind))}}}});
+                         {"defaultConfiguration", {{"level", row.level}}}});
     }
     return rules;
 }
@@ -71,7 +54,7 @@ static std::string uri_of(const std::string &path)
     return uri;
 }
 
-static void sarif_start(FILE *file, const report_options &, const std::string &)
+static void sarif_start(FILE *file, const report_options &)
 {
     first_result = true;
     fputs(
@@ -100,7 +83,7 @@ static void sarif_script(FILE *file, const script_report &script, const script_b
             file,
             {{"ruleId", kind_table[item.kind].word},
              {"ruleIndex", static_cast<int>(item.kind)},
-             {"level", level_of(item.kind)},
+             {"level", kind_table[item.kind].level},
              {"message",
               {{"text", fmt::format("{}{}{}", item.command, item.command.empty() ? "" : ": ", item.detail)}}},
              {"locations",

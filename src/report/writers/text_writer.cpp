@@ -28,7 +28,7 @@ static void put(const std::string &text)
     plat_print(text.c_str());
 }
 
-static void text_start(FILE *file, const report_options &options, const std::string &)
+static void text_start(FILE *file, const report_options &options)
 {
     asked = &options;
     const char *no_color = getenv("NO_COLOR");
@@ -154,7 +154,7 @@ static void text_end(FILE *, const report_totals &totals)
     add(totals.settled, "of them changed or accepted");
     line += fmt::format("{} {} {}", line.back() == ':' ? "" : ";",
                         totals.done == 1 ? "1 has" : fmt::format("{} have", totals.done),
-                        totals.filtered ? "none of these" : "nothing left to do");
+                        asked->filtered ? "none of these" : "nothing left to do");
     uint64_t none = totals.by_output[OUTPUT_NONE] - totals.unused;
     if (none > 0)
         line += fmt::format(", {} not converted yet", none == 1 ? "1 is" : fmt::format("{} are", none));

@@ -6,11 +6,8 @@
 
 #include <stdio.h>
 
-#include <string>
-
 struct report_writer {
-    // folder_key tells the folders of the run apart from others in what the browser remembers.
-    void (*start)(FILE *file, const report_options &options, const std::string &folder_key);
+    void (*start)(FILE *file, const report_options &options);
     void (*script)(FILE *file, const script_report &script, const script_bodies &bodies);
     void (*end)(FILE *file, const report_totals &totals);
 };
