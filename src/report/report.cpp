@@ -15,7 +15,6 @@
 #include <map>
 #include <optional>
 #include <set>
-#include <unordered_map>
 
 // The memory of one folder, and how the run has dealt with it.
 struct folder_run {
@@ -29,7 +28,6 @@ struct report_state {
     const report_options *options;
     report_outputs outputs;
     report_totals totals;
-    std::unordered_map<std::string, uint64_t> commands;
     std::map<std::string, folder_run> folders; // by identity
     rules_run_state carried{};
     accepted_rows ticks;   // of --accept-from
@@ -51,7 +49,7 @@ static void totals_add(report_state *state, const script_run &run)
     uint64_t open = 0;
     for (const report_item &item : report.items) {
         totals.by_kind[item.kind]++;
-        state->commands[item.command]++;
+        totals.by_command[item.command]++;
         open += is_open(item);
         totals.settled += !is_open(item) && item.kind != ITEM_DROPPED;
         if (item.kind == ITEM_FORM && is_open(item))
@@ -65,15 +63,6 @@ static void totals_add(report_state *state, const script_run &run)
     totals.conflicts += run.conflict;
     totals.unused += run.unreadable;
     totals.done += is_done(*state->options, report, open);
-}
-
-static void totals_settle(report_state *state)
-{
-    auto &commands = state->totals.by_command;
-    commands.assign(state->commands.begin(), state->commands.end());
-    std::sort(commands.begin(), commands.end(), [](const auto &a, const auto &b) {
-        return a.second != b.second ? a.second > b.second : a.first < b.first;
-    });
 }
 
 // ---- One script ----
@@ -203,7 +192,8 @@ static void take_script(report_state *state, const script_path &script)
 static void check_commands(const report_state &state)
 {
     for (const std::string &word : state.options->commands) {
-        bool seen = std::any_of(state.commands.begin(), state.commands.end(),
+        const auto &commands = state.totals.by_command;
+        bool seen = std::any_of(commands.begin(), commands.end(),
                                 [&](const auto &command) { return text_upper(command.first) == word; });
         if (!seen && command_find(word_key_make(word.data(), word.size())) < 0)
             report_trouble("there is no command " + shown(word));
@@ -309,7 +299,6 @@ static void take_scripts(report_state *state, const scripts_found &found)
         report_note("nothing is accepted: no open item is selected");
     folders_settle(state);
     check_commands(*state);
-    totals_settle(state);
 }
 
 // Finds the scripts before anything is opened, and opens the outputs.

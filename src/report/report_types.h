@@ -48,8 +48,8 @@ struct report_totals {
     uint64_t lone = 0;      // outputs without a script, which were not read
     uint64_t by_output[output_state_count]{};
     kind_counts by_kind{};
-    std::vector<std::pair<std::string, uint64_t>> by_command; // most first
-    std::map<std::string, uint64_t> by_form;                  // COMMAND: reason, of the kind form
+    std::map<std::string, uint64_t> by_command;
+    std::map<std::string, uint64_t> by_form; // COMMAND: reason, of the kind form
 };
 
 // The texts of a script that the page shows lines of. Each is empty if it is longer than body_kept.

@@ -30,10 +30,8 @@ static bool script_judge(script_run *run, rules_run_state *after)
     bool is_read = file_read(run->report.path, &run->script);
     if (is_read)
         lines = text_split(run->script);
-    if (!is_read || !script_convert(run->report.path, after, &run->now, take_statement_of, &judge)) {
-        report_trouble("can't read " + shown(run->report.path) + ": " + file_fault());
-        return false;
-    }
+    if (!is_read || !script_convert(run->report.path, after, &run->now, take_statement_of, &judge))
+        return report_failed("read", run->report.path);
     source_lines_add(&run->report, lines, judge.end);
     return true;
 }

@@ -26,16 +26,11 @@ struct script_walk {
     size_t met = 0; // scripts and lone outputs, those among them that were met before
 };
 
-static void report_unreadable(const std::string &path)
-{
-    report_trouble("can't read " + shown(path) + ": " + file_fault());
-}
-
 // Reports a path that is nothing to read from.
 static void report_no_script(const std::string &path)
 {
     if (file_kind_of(path, true) == FILE_NONE)
-        report_unreadable(path);
+        report_failed("read", path);
     else
         report_trouble(shown(path) + " is neither a script nor a folder");
 }
@@ -61,7 +56,7 @@ static void walk_folder(script_walk *walk, const std::string &folder)
 {
     std::vector<std::string> names;
     if (!folder_names(folder, &names)) {
-        report_unreadable(folder);
+        report_failed("read", folder);
         return;
     }
     std::vector<std::string> folders;

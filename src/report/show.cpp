@@ -121,6 +121,14 @@ std::string counted(uint64_t count, const char *thing)
     return fmt::format("{} {}{}", count, thing, count == 1 ? "" : "s");
 }
 
+std::vector<std::pair<std::string, uint64_t>> most_first(const std::map<std::string, uint64_t> &counts)
+{
+    std::vector<std::pair<std::string, uint64_t>> sorted(counts.begin(), counts.end());
+    std::stable_sort(sorted.begin(), sorted.end(),
+                     [](const auto &a, const auto &b) { return a.second > b.second; });
+    return sorted;
+}
+
 std::string text_upper(std::string text)
 {
     for (char &c : text)

@@ -3,8 +3,11 @@
 
 #include <stdint.h>
 
+#include <map>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 // A text for people: legal UTF-8 stays, any other byte from 128 on counts as Latin-1, and control characters
 // are written as \xNN.
@@ -27,6 +30,9 @@ std::string text_cut(std::string_view text, size_t size);
 
 // A number of things: "1 line", "2 lines".
 std::string counted(uint64_t count, const char *thing);
+
+// Counts, the highest first.
+std::vector<std::pair<std::string, uint64_t>> most_first(const std::map<std::string, uint64_t> &counts);
 
 // A text in capitals, as far as ASCII goes.
 std::string text_upper(std::string text);

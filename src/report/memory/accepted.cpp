@@ -161,11 +161,8 @@ bool accepted_save(const folder_memory &memory, accepted_rows *rows)
     if (!std::exchange(rows->changed, false))
         return true;
     std::string text = csv_text(accepted_head());
-    for (const auto &[row, count] : rows->rows) {
-        csv_row fields = csv_rows(row)[0];
-        fields.push_back(std::to_string(count.count));
-        fields.push_back(count.reason);
-        text += csv_text(fields);
-    }
+    for (const auto &[row, count] : rows->rows)
+        text.append(row, 0, row.size() - 1)
+            .append("," + csv_text({std::to_string(count.count), count.reason}));
     return memory_write(memory, accepted_name, text);
 }

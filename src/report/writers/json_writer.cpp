@@ -54,7 +54,7 @@ static void json_end(FILE *file, const report_totals &totals)
     for (int kind = 0; kind < item_kind_count; kind++)
         kinds[kind_table[kind].word] = totals.by_kind[kind];
     json commands = json::object();
-    for (const auto &command : totals.by_command)
+    for (const auto &command : most_first(totals.by_command))
         commands[command.first] = command.second;
     fputs("\n],\"totals\":", file);
     put_json(file, {{"scripts", totals.scripts},

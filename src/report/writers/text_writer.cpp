@@ -50,12 +50,10 @@ static void text_summed(const std::string &path, const std::vector<const report_
         text_item(path, *items.front());
     if (items.size() < 2)
         return;
-    std::map<std::string, int> commands;
+    std::map<std::string, uint64_t> commands;
     for (const report_item *item : items)
         commands[item->command]++;
-    std::vector<std::pair<std::string, int>> counts(commands.begin(), commands.end());
-    std::stable_sort(counts.begin(), counts.end(),
-                     [](const auto &a, const auto &b) { return a.second > b.second; });
+    const auto counts = most_first(commands);
     std::string list;
     for (size_t i = 0; i < counts.size() && i < 6; i++)
         list += fmt::format("{}{} {}", i > 0 ? ", " : "", counts[i].first, counts[i].second);
@@ -117,7 +115,7 @@ static void text_kinds(const report_totals &totals)
             put(fmt::format("{:>8}  {:<8}  {}\n", totals.by_kind[kind], kind_table[kind].word,
                             kind_table[kind].title));
     put("\n");
-    for (const auto &command : totals.by_command)
+    for (const auto &command : most_first(totals.by_command))
         put(fmt::format("{:>8}  {}\n", command.second, command.first));
     put("\n");
 }
@@ -125,7 +123,7 @@ static void text_kinds(const report_totals &totals)
 // Tips are the two kinds that have one.
 static void text_end(FILE *, const report_totals &totals)
 {
-    if (totals.by_command.size() > 0) {
+    if (!totals.by_command.empty()) {
         put("\n");
         text_kinds(totals);
     }
