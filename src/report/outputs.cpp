@@ -147,10 +147,10 @@ bool outputs_open(const report_options &options, const std::vector<script_path> 
 
 // ---- Writing ----
 
-void outputs_script(const report_outputs &outputs, const script_report &script, const script_bodies &bodies)
+void outputs_script(const report_outputs &outputs, const script_run &run)
 {
     for (const report_output &output : outputs)
-        output.writer->script(output.file, script, bodies);
+        output.writer->script(output.file, run);
 }
 
 void outputs_end(report_outputs *outputs, const report_totals &totals)

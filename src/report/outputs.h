@@ -24,7 +24,7 @@ using report_outputs = std::vector<report_output>;
 bool outputs_open(const report_options &options, const std::vector<script_path> &scripts,
                   report_outputs *outputs);
 
-void outputs_script(const report_outputs &outputs, const script_report &script, const script_bodies &bodies);
+void outputs_script(const report_outputs &outputs, const script_run &run);
 
 // Ends the outputs and closes them.
 void outputs_end(report_outputs *outputs, const report_totals &totals);

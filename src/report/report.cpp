@@ -150,19 +150,6 @@ static void items_settle(const report_options &options, std::vector<report_item>
     std::stable_sort(items->begin(), items->end(), before);
 }
 
-// The texts of the page, for which the run gives up its own.
-static script_bodies take_bodies(script_run *run)
-{
-    script_bodies bodies;
-    bodies.there = run->there.value_or("");
-    bodies.script = std::move(run->script);
-    bodies.written = std::move(run->now);
-    for (std::string *body : {&bodies.script, &bodies.there, &bodies.written})
-        if (body->size() > body_kept)
-            body->clear();
-    return bodies;
-}
-
 static void take_script(report_state *state, const script_path &script)
 {
     const report_options &options = *state->options;
@@ -180,9 +167,8 @@ static void take_script(report_state *state, const script_path &script)
     if (accepts && !folder->accepted.unusable && can_write(folder))
         accept_items(state, script, folder, &run);
     items_settle(options, &run.report.items);
-    script_bodies bodies = options.html.empty() ? script_bodies{} : take_bodies(&run);
     progress_clear();
-    outputs_script(state->outputs, run.report, bodies);
+    outputs_script(state->outputs, run);
     totals_add(state, run);
 }
 

@@ -1,4 +1,4 @@
-// What the parts of the report hand each other: options, counts, and the texts that the page shows.
+// What the parts of the report hand each other: options and counts.
 #pragma once
 
 #include "report/item.h"
@@ -51,11 +51,3 @@ struct report_totals {
     std::map<std::string, uint64_t> by_command;
     std::map<std::string, uint64_t> by_form; // COMMAND: reason, of the kind form
 };
-
-// The texts of a script that the page shows lines of. Each is empty if it is longer than body_kept.
-struct script_bodies {
-    std::string script;
-    std::string there;   // the output that is there
-    std::string written; // what is written now
-};
-constexpr size_t body_kept = 4u << 20; // bytes

@@ -15,14 +15,14 @@ namespace fs = std::filesystem;
 using json = nlohmann::json;
 
 // The page of one script.
-static std::string page_of(const script_report &script, const script_bodies &bodies)
+static std::string page_of(const script_run &run)
 {
     fs::path path = fresh_folder("report_page") / "page.html";
     FILE *file = fopen(path.c_str(), "wb");
     report_options options;
     options.folder_key = "k3y";
     page_writer.start(file, options);
-    page_writer.script(file, script, bodies);
+    page_writer.script(file, run);
     page_writer.end(file, {});
     fclose(file);
     return read_file(path);
@@ -59,16 +59,19 @@ static std::string numbered(const std::string &word, int count)
 // Written line 5 is edited, line 6 is gone, and two lines are new before line 7.
 TEST(page, holds_the_lines_that_are_shown_and_no_others)
 {
-    script_report script;
+    script_run run;
+    script_report &script = run.report;
     script.items = {item_of(ITEM_FROZEN, 5, 5, 1), item_of(ITEM_LOST, 5, 5, 1), item_of(ITEM_LOST, 20, 20, 2),
                     item_of(ITEM_GONE, 40, 40, 0)};
     script.items[0].command = "ARC";
-    script_bodies bodies{numbered("s", 50), "", numbered("w", 50)};
+    run.script = numbered("s", 50);
+    run.now = numbered("w", 50);
+    run.there = "";
     for (uint64_t i = 1; i <= 50; i++) {
         script.there_of.push_back(i < 5 ? i : i < 7 ? 0 : i + 1);
-        bodies.there += i == 5 ? "mine\n" : i == 6 ? "n1\nn2\n" : " w" + std::to_string(i) + " \r\n";
+        *run.there += i == 5 ? "mine\n" : i == 6 ? "n1\nn2\n" : " w" + std::to_string(i) + " \r\n";
     }
-    std::string page = page_of(script, bodies);
+    std::string page = page_of(run);
     json rows = data_of(page, "script")["rows"];
     ASSERT_EQ(rows.size(), 4u); // two commands in line 5
     EXPECT_EQ(rows[0].dump().substr(0, 9), R"([5,5,"ARC)");
@@ -84,24 +87,31 @@ TEST(page, holds_the_lines_that_are_shown_and_no_others)
 // Items that begin or end beyond the texts, no text at all, and a statement of very many lines.
 TEST(page, takes_items_beyond_the_texts)
 {
-    script_report script;
+    script_run run;
+    script_report &script = run.report;
     script.items = {item_of(ITEM_LOST, 1, 3, 9), item_of(ITEM_LOST, 9, 9, UINT64_MAX),
                     item_of(ITEM_STOPPED, 2, 0, 0)};
     script.items[2].last_line = UINT32_MAX;
-    json body = data_of(page_of(script, {"a\nb\nc", "", "x\ny\nz"}), "body");
+    run.script = "a\nb\nc";
+    run.now = "x\ny\nz";
+    json body = data_of(page_of(run), "body");
     EXPECT_EQ(body.dump(), R"([[[1,["a","b","c"]],[0,[]],[3,["z"]]],[[1,["a","b","c"]],[0,[]],[0,[]]],)"
                            R"([[7,[]],[0,[]],[9,[]]]])");
-    EXPECT_TRUE(data_of(page_of(script, {}), "body").is_null());
+    run.script = "";
+    EXPECT_TRUE(data_of(page_of(run), "body").is_null());
 }
 
 // Rows are bytes, which the page gives back as they are; nothing that a script holds becomes an element.
 TEST(page, keeps_bytes_and_escapes_tags)
 {
-    script_report script;
+    script_run run;
+    script_report &script = run.report;
     script.path = "</script><b>.mrl";
     script.items = {item_of(ITEM_UNKNOWN, 1, 1, 1)};
     script.items[0].source = "\xE9\xFF<!--\xC3\xA9";
-    std::string page = page_of(script, {"<!-- \x01\xE9\n", "", "</SCRIPT>\n"});
+    run.script = "<!-- \x01\xE9\n";
+    run.now = "</SCRIPT>\n";
+    std::string page = page_of(run);
     EXPECT_EQ(page.find("</script><b>"), std::string::npos);
     EXPECT_EQ(page.find("<!-- \\"), std::string::npos);
     EXPECT_EQ(page.find("</SCRIPT>"), std::string::npos);

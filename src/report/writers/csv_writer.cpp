@@ -17,8 +17,9 @@ static void csv_start(FILE *file, const report_options &)
     fputs("file,line,output_line,written_line,kind,command,statement,detail,state\n", file);
 }
 
-static void csv_script(FILE *file, const script_report &script, const script_bodies &)
+static void csv_script(FILE *file, const script_run &run)
 {
+    const script_report &script = run.report;
     std::string path = plain_cell(shown(script.path));
     for (const report_item &item : script.items) {
         std::string row = csv_text(

@@ -29,8 +29,9 @@ static void json_start(FILE *file, const report_options &)
     fputs(",\"files\":[", file);
 }
 
-static void json_script(FILE *file, const script_report &script, const script_bodies &)
+static void json_script(FILE *file, const script_run &run)
 {
+    const script_report &script = run.report;
     json items = json::array();
     for (const report_item &item : script.items)
         items.push_back(json_item(item));

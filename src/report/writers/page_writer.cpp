@@ -15,6 +15,7 @@
 #include <map>
 #include <set>
 
+constexpr size_t text_max = 4u << 20; // bytes of a text of which lines are shown
 constexpr size_t line_shown = 1000;   // bytes of a line
 constexpr uint64_t lines_shown = 40;  // lines of a statement in an output
 constexpr uint64_t context_lines = 2; // lines of the script before and after a statement
@@ -62,10 +63,17 @@ struct page_texts {
     std::vector<uint64_t> before;
 };
 
-static page_texts texts_of(const script_report &script, const script_bodies &bodies)
+// A text that the page shows lines of; empty if that would be too long.
+static text_lines limited_lines(std::string_view text)
 {
-    page_texts texts{text_split(bodies.script), text_split(bodies.there), text_split(bodies.written), {0}};
-    for (uint64_t line : script.there_of)
+    return text_split(text.size() <= text_max ? text : std::string_view());
+}
+
+static page_texts texts_of(const script_run &run)
+{
+    std::string_view there = run.there ? *run.there : std::string_view();
+    page_texts texts{limited_lines(run.script), limited_lines(there), limited_lines(run.now), {0}};
+    for (uint64_t line : run.report.there_of)
         texts.before.push_back(std::max(line, texts.before.back()));
     texts.before.resize(line_count(texts.written) + 1, texts.before.back());
     return texts;
@@ -140,10 +148,11 @@ static std::string row_of(const std::string &path, const report_item &item)
     return bytes_shown(row);
 }
 
-static void page_script(FILE *file, const script_report &script, const script_bodies &bodies)
+static void page_script(FILE *file, const script_run &run)
 {
+    const script_report &script = run.report;
     std::string path = path_text(path_of(script.path).lexically_normal());
-    page_texts texts = texts_of(script, bodies);
+    page_texts texts = texts_of(run);
     std::map<std::pair<uint32_t, std::string>, std::vector<const report_item *>> rows; // by line and command
     for (const report_item &item : script.items)
         rows[{item.line, item.command}].push_back(&item);
@@ -168,7 +177,7 @@ static void page_script(FILE *file, const script_report &script, const script_bo
               {"output", output_state_words[script.output]},
               {"older", script.output_older},
               {"rows", std::move(list)}});
-    put_data(file, "body", bodies.script.empty() ? json() : std::move(body));
+    put_data(file, "body", texts.script.body.empty() ? json() : std::move(body));
     put_data(file, "accept", accepts);
 }
 

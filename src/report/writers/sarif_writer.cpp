@@ -66,8 +66,9 @@ static void sarif_start(FILE *file, const report_options &)
     fputs("},\"columnKind\":\"utf16CodeUnits\",\"results\":[", file);
 }
 
-static void sarif_script(FILE *file, const script_report &script, const script_bodies &)
+static void sarif_script(FILE *file, const script_run &run)
 {
+    const script_report &script = run.report;
     std::string uri = uri_of(script.path);
     std::string name = path_name(script.path);
     prints.clear();

@@ -80,8 +80,9 @@ static const char *output_words(output_state state)
     }
 }
 
-static void text_script(FILE *, const script_report &script, const script_bodies &)
+static void text_script(FILE *, const script_run &run)
 {
+    const script_report &script = run.report;
     std::string path = shown(script.path);
     if (asked->summary)
         return;
