@@ -47,29 +47,29 @@ static std::unordered_set<std::string> files_taken(const std::vector<script_path
     return taken;
 }
 
-// Why a path can't be an output; null if it can.
-static const char *refusal(const std::string &path, const std::unordered_set<std::string> &taken)
+// Why a path can't be an output; null if it can. It is added to those that are used.
+static const char *refusal(const std::string &path, const std::unordered_set<std::string> &taken,
+                           std::unordered_set<std::string> *used)
 {
-    if (is_script_name(path) || taken.count(file_identity(path)) != 0)
+    std::string identity = file_identity(path);
+    if (is_script_name(path) || taken.count(identity) != 0)
         return "it is a script, the output of one, or a file in .murlreport";
-    return is_in_memory(path) ? "it is a file in .murlreport" : nullptr;
+    if (is_in_memory(path))
+        return "it is a file in .murlreport";
+    bool regular = file_kind_of(path, true) == FILE_REGULAR; // one file may have two names
+    bool is_new = used->insert(path_real(path)).second && (!regular || used->insert(identity).second);
+    return is_new ? nullptr : "it is another output";
 }
 
 static bool paths_allowed(const std::vector<std::string> &paths, const std::vector<script_path> &scripts)
 {
-    std::unordered_set<std::string> taken = files_taken(scripts);
+    const std::unordered_set<std::string> taken = files_taken(scripts);
     std::unordered_set<std::string> used;
     for (const std::string &path : paths) {
         if (path.empty() || path == "-")
             continue;
-        const char *reason = refusal(path, taken);
-        bool twice = !used.insert(path_real(path)).second;
-        std::string identity = file_identity(path);
-        twice |=
-            !identity.empty() && file_kind_of(path, true) == FILE_REGULAR && !used.insert(identity).second;
-        if (reason != nullptr || twice) {
-            report_trouble("won't write " + shown(path) + ": " +
-                           (reason != nullptr ? reason : "it is another output"));
+        if (const char *reason = refusal(path, taken, &used); reason != nullptr) {
+            report_trouble("won't write " + shown(path) + ": " + reason);
             return false;
         }
     }
