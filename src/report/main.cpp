@@ -128,8 +128,6 @@ static int run(int argc, char **argv, bool desktop)
         return app.exit(success);
     } catch (const CLI::ParseError &error) {
         report_trouble(std::string(error.what()) + " (murlreport --help lists the options)");
-    } catch (const std::exception &error) {
-        report_trouble(error.what());
     }
     return REPORT_TROUBLE;
 }
@@ -141,7 +139,12 @@ int main(int argc, char **argv)
     // The desktop has paths for a program, no options.
     bool desktop = plat_is_own_console() &&
                    std::none_of(argv + 1, argv + argc, [](const char *word) { return word[0] == '-'; });
-    int status = run(argc, argv, desktop);
+    int status = REPORT_TROUBLE;
+    try {
+        status = run(argc, argv, desktop);
+    } catch (const std::exception &error) {
+        report_trouble(error.what());
+    }
     if (desktop && status == REPORT_TROUBLE)
         desktop_show_console();
     return status;

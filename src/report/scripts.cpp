@@ -63,24 +63,21 @@ static void walk_folder(script_walk *walk, const std::string &folder)
     for (const std::string &name : names) {
         std::string path = path_join(folder, name);
         file_kind kind = file_kind_of(path, false);
-        if (kind == FILE_FOLDER)
-            (name == memory_folder_name ? walk->found.folders : folders)
-                .push_back(name == memory_folder_name ? folder : path);
+        if (kind == FILE_FOLDER && name == memory_folder_name)
+            walk->found.folders.push_back(folder);
+        else if (kind == FILE_FOLDER)
+            folders.push_back(path);
         file_kind target = kind == FILE_LINK ? file_kind_of(path, true) : kind;
         if (target == FILE_FOLDER)
             continue;
-        switch (name_kind_of(path.c_str())) {
-        case NAME_SCRIPT:
-            if (target == FILE_REGULAR)
-                add_script(walk, path, 0);
-            else
-                report_no_script(path);
-            break;
-        case NAME_LONE:
+        name_kind named = name_kind_of(path.c_str());
+        if (named == NAME_SCRIPT && target == FILE_REGULAR) {
+            add_script(walk, path, 0);
+        } else if (named == NAME_SCRIPT) {
+            report_no_script(path);
+        } else if (named == NAME_LONE) {
             walk->met++;
             walk->found.lone.push_back(path);
-            break;
-        default: break;
         }
     }
     for (const std::string &path : folders)
