@@ -227,6 +227,9 @@ TEST_F(report_test, an_edit_that_does_nothing_ends_no_item)
         {"lineE 65,2\nGETENV \"A\",b\n", "lineE 65,2\n// WARNING: GETENV has NOT been implemented",
          "// lineE 65,2\nb = \"x\"", "2 gone changed\n1 unknown open"},
         {"XHATCH 1,k,p,q\nXHATCH 1,m,r,p\nMODE 2\n", "XHATCH 1, p", "XHATCH 1, s", "1 lost open"},
+        {"BOX 1,2\nBOX 1,2\nWAIT 1\n", "BOX 1,2\nBOX 1,2", "// BOX 1,2", "1 unknown open\n2 unknown changed"},
+        {"DELENT last\nDELENT last\nWAIT 1\n", "DELENT\nDELENT\nWAIT 1", "WAIT 1\nDELENT",
+         "1 lost open\n2 lost changed"},
         // The output of a statement is deleted, and the next one begins with the same lines.
         {"REDRAW 1\nREDRAW 2\n", "REM **** WARNING: REDRAW has NOT been implemented\nREM REDRAW 1\n", "",
          "1 gone changed\n2 gone open"},
