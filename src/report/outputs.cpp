@@ -24,8 +24,9 @@ static bool is_script_name(const std::string &path)
     return name_kind_of(path.c_str()) != NAME_OTHER || name_kind_of(path_real(path).c_str()) != NAME_OTHER;
 }
 
-// The files that no output may be: the scripts, their outputs and what is in their memories.
-static std::unordered_set<std::string> files_taken(const std::vector<script_path> &scripts)
+// The files that no output may be: the scripts, their outputs, what is in their memories, and the ticks.
+static std::unordered_set<std::string> files_taken(const report_options &options,
+                                                   const std::vector<script_path> &scripts)
 {
     std::unordered_set<std::string> taken;
     std::set<std::string> memories;
@@ -33,9 +34,11 @@ static std::unordered_set<std::string> files_taken(const std::vector<script_path
         if (std::string identity = file_identity(path); !identity.empty())
             taken.insert(identity);
     };
+    take(options.accept_from);
     for (const script_path &script : scripts) {
         take(script.path);
         take(output_path_of(script.path));
+        taken.insert(path_real(output_path_of(script.path))); // that may not be there yet
         memories.insert(path_join(path_folder(script.path), memory_folder_name));
     }
     for (const std::string &memory : memories) {
@@ -51,28 +54,31 @@ static std::unordered_set<std::string> files_taken(const std::vector<script_path
 static const char *refusal(const std::string &path, const std::unordered_set<std::string> &taken,
                            std::unordered_set<std::string> *used)
 {
-    std::string identity = file_identity(path);
-    if (is_script_name(path) || taken.count(identity) != 0)
-        return "it is a script, the output of one, or a file in .murlreport";
+    std::string identity = file_identity(path), real = path_real(path);
+    if (is_script_name(path) || taken.count(identity) != 0 || taken.count(real) != 0)
+        return "it is a script, the output of one, the file of ticks, or a file in .murlreport";
     if (is_in_memory(path))
         return "it is a file in .murlreport";
     bool regular = file_kind_of(path, true) == FILE_REGULAR; // one file may have two names
-    bool is_new = used->insert(path_real(path)).second && (!regular || used->insert(identity).second);
+    bool is_new = used->insert(real).second && (!regular || used->insert(identity).second);
     return is_new ? nullptr : "it is another output";
 }
 
-static bool paths_allowed(const std::vector<std::string> &paths, const std::vector<script_path> &scripts)
+static bool paths_allowed(const report_options &options, const std::vector<script_path> &scripts)
 {
-    const std::unordered_set<std::string> taken = files_taken(scripts);
+    std::vector<std::string> paths;
+    for (const std::string &path : {options.csv, options.json, options.html, options.sarif})
+        if (!path.empty() && path != "-")
+            paths.push_back(path);
+    if (paths.empty())
+        return true;
+    const std::unordered_set<std::string> taken = files_taken(options, scripts);
     std::unordered_set<std::string> used;
-    for (const std::string &path : paths) {
-        if (path.empty() || path == "-")
-            continue;
+    for (const std::string &path : paths)
         if (const char *reason = refusal(path, taken, &used); reason != nullptr) {
             report_trouble("won't write " + shown(path) + ": " + reason);
             return false;
         }
-    }
     return true;
 }
 
@@ -88,6 +94,7 @@ static bool output_open(report_output *output)
     file_kind kind = file_kind_of(path, true);
     if (kind == FILE_REGULAR || kind == FILE_NONE)
         output->temporary = file_beside(path_real(path), ".part");
+    output->is_new = kind == FILE_NONE;
     output->file = file_open(output->temporary.empty() ? path : output->temporary);
     if (output->file == nullptr)
         report_failed("write", path);
@@ -101,6 +108,10 @@ static void output_close(const report_output &output, bool whole)
 {
     bool failed = ferror(output.file) != 0;
     failed |= (output.file == stdout ? fflush(stdout) : fclose(output.file)) != 0;
+    if (whole && output.is_new && file_kind_of(output.path, true) != FILE_NONE) {
+        report_trouble("won't write " + shown(output.path) + ": this run has written something else there");
+        whole = false;
+    }
     if (!output.temporary.empty()) {
         if (failed || !whole)
             (void)file_remove(output.temporary);
@@ -126,13 +137,13 @@ bool outputs_open(const report_options &options, const std::vector<script_path> 
                                                                          {&json_writer, options.json},
                                                                          {&page_writer, options.html},
                                                                          {&sarif_writer, options.sarif}};
-    if (!paths_allowed({options.csv, options.json, options.html, options.sarif}, scripts))
+    if (!paths_allowed(options, scripts))
         return false;
     auto is_standard = [](const auto &output) { return output.second == "-"; };
     if (!options.quiet && std::none_of(wanted.begin(), wanted.end(), is_standard))
         wanted.emplace_back(&text_writer, "-");
     for (const auto &[writer, path] : wanted) {
-        report_output output{writer, path, nullptr, {}};
+        report_output output{writer, path, nullptr, {}, false};
         if (!path.empty() && !output_open(&output)) {
             outputs_abandon(outputs);
             return false;

@@ -15,6 +15,7 @@ struct report_output {
     std::string path;
     FILE *file;
     std::string temporary; // what is written, and renamed when it is whole; empty: the file itself
+    bool is_new;           // there was no file
 };
 
 using report_outputs = std::vector<report_output>;

@@ -192,8 +192,24 @@ TEST_F(report_test, writes_over_no_script_no_output_and_no_memory)
     for (const char *twice : {"--csv x --json ./x", "--csv notes.csv --sarif same"})
         EXPECT_TRUE(has(run(std::string(twice) + " a.mrl").err, "it is another output")) << twice;
     fs::remove(folder / "same");
+    EXPECT_EQ(run("--accept-from notes.csv --csv notes.csv a.mrl").status, 2);
     EXPECT_EQ(names() + names(".murlreport") + read("a.mrl") + read("a_conv.mrl"), before);
     EXPECT_EQ(read("notes.csv"), "mine");
+}
+
+TEST_F(report_test, writes_over_nothing_that_its_own_run_writes)
+{
+    write("foo.txt", "CLS\n");
+    write("a.mrl", "CLS\n");
+    fs::create_symlink("page.html", folder / "a_conv.mrl");
+    for (const char *path : {"foo_conv.txt foo.txt", "page.html a.mrl"})
+        for (const char *convert : {"", "--convert "})
+            EXPECT_EQ(run(convert + std::string("--html ") + path).status, 2) << convert << path;
+    EXPECT_EQ(names(), "a.mrl a_conv.mrl foo.txt");
+    run("--convert a.mrl");
+    write("page.html", "mine\n");
+    EXPECT_EQ(run("--quiet --convert --force --csv a_conv.mrl.bak a.mrl").status, 2);
+    EXPECT_EQ(read("a_conv.mrl.bak"), "mine\n") << "what the run has put there";
 }
 
 TEST_F(report_test, leaves_the_report_that_was_there_when_it_fails)
