@@ -34,7 +34,7 @@ static bool is_control(uint32_t point)
            (point >= 0x2066 && point <= 0x2069);
 }
 
-static bool is_legal(std::string_view text)
+bool is_utf8(std::string_view text)
 {
     uint32_t point;
     for (size_t at = 0; at < text.size();) {
@@ -63,7 +63,7 @@ static std::string show(std::string_view text, bool whole)
     auto plain = [](char c) { return c >= ' ' && c < 0x7F; };
     if (std::all_of(text.begin(), text.end(), plain))
         return std::string(text);
-    bool legal = is_legal(text);
+    bool legal = is_utf8(text);
     std::string result;
     for (size_t at = 0; at < text.size();) {
         auto c = static_cast<unsigned char>(text[at]);

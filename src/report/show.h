@@ -16,6 +16,9 @@ std::string shown(std::string_view text);
 // The same with tabs and line ends kept, for texts that are data.
 std::string shown_whole(std::string_view text);
 
+// True if a text is well-formed UTF-8.
+bool is_utf8(std::string_view text);
+
 // Bytes as text: each becomes the character of its number.
 std::string bytes_shown(std::string_view bytes);
 

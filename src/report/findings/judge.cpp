@@ -30,11 +30,20 @@ static std::string store_fault(int32_t code)
     }
 }
 
+// A label is cut after 12 bytes, which may be inside of a UTF-8 character.
+static std::string label_shown(const std::string &name)
+{
+    for (size_t size = name.size(); size > 0 && size + 4 > name.size(); size--)
+        if (is_utf8(name.substr(0, size)))
+            return shown(name.substr(0, size));
+    return shown(name);
+}
+
 static std::string second_label()
 {
     const std::string &name = refused_label();
     return fmt::format("second label {} (12 characters of a label count); the first is in line {}",
-                       shown(name), label_line(name));
+                       label_shown(name), label_line(name));
 }
 
 static std::string stop_reason(int32_t result)
