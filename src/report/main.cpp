@@ -60,8 +60,9 @@ static void define_options(CLI::App *app, report_options *asked)
     app->add_flag("--prune", options.prune, "forget what was accepted or remembered of what is gone");
     app->add_flag("--adopt", options.adopt, "say that the outputs have all that is written now");
     app->add_flag("--one-run", options.one_run, "carry the SET COLLECT state from script to script");
-    app->add_flag("--force", options.force,
-                  "with --convert replace any output, with --adopt refuse none; read named outputs");
+    app->add_flag(
+        "--force", options.force,
+        "with --convert replace any output that can be read, with --adopt refuse none; read named outputs");
     app->set_version_flag("-V,--version", "murlreport " MURL_VERSION);
     app->footer(statuses);
 }

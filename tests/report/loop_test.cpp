@@ -92,8 +92,6 @@ TEST_F(report_test, a_report_alone_writes_nothing)
     EXPECT_EQ(names(".murlreport"), "a_conv.mrl.last written.csv");
 }
 
-// ---- States of items ----
-
 TEST_F(report_test, follows_the_edits_of_a_converted_script)
 {
     write("a.mrl", loop_script);
@@ -495,7 +493,35 @@ TEST_F(report_test, merges_what_was_edited_and_what_has_changed)
     EXPECT_TRUE(has(run("--adopt --quiet .").err, "adopted ./a_conv.mrl, of which ")) << "a line is mine";
     EXPECT_EQ(output_state(), "edited");
     EXPECT_EQ(names(".murlreport"), "a_conv.mrl.last written.csv");
+
+    const std::string now = read("a.mrl");
+    edit("a_conv.mrl", "REM b", "REM mine");
+    edit("a.mrl", "REM b", "REM theirs");
+    EXPECT_TRUE(has(run("--convert --quiet .").err, "conflict"));
+    write("a.mrl", now);
+    EXPECT_EQ(run("--convert --quiet .").err, "") << "the conflict has gone with the change";
+    EXPECT_EQ(names(".murlreport"), "a_conv.mrl.last written.csv");
 }
+
+TEST_F(report_test, merges_no_two_encodings)
+{
+    write("a.mrl", "PRINT \"gr\xFC\xDF\"\nREM x\n");
+    run("--convert .");
+    const std::string recoded = "PRINT \"gr\xC3\xBC\xC3\x9F\"\nREM x\n";
+    write("a_conv.mrl", recoded);
+    edit("a.mrl", "REM x", "REM x\nREM y");
+    EXPECT_TRUE(has(run("--convert --quiet .").err, "merged 1 change")) << "no letter is new";
+    write("a_conv.mrl", recoded + "REM y\n");
+    edit("a.mrl", "REM y", "REM y\nREM \xFC");
+    report_result kept = run("--convert --quiet .");
+    EXPECT_EQ(kept.status, 1);
+    EXPECT_TRUE(has(kept.err, "kept ./a_conv.mrl: it was saved in UTF-8, in which its script isn't;"))
+        << kept.err;
+    EXPECT_EQ(read("a_conv.mrl"), recoded + "REM y\n");
+    EXPECT_EQ(read(".murlreport/a_conv.mrl.new"), converted(read("a.mrl")));
+}
+
+// ---- States of items ----
 
 TEST_F(report_test, adopts_no_output_that_lacks_something)
 {
@@ -584,11 +610,36 @@ TEST_F(report_test, uses_no_memory_with_conflict_markers)
         write(path, was);
         write("a_conv.mrl", output);
     }
-    write(".murlreport/accepted.csv", read(".murlreport/accepted.csv") + "a,b\n");
-    report_result odd = run("--accept --kind gone .");
-    EXPECT_EQ(odd.status, 2);
-    EXPECT_TRUE(has(odd.err, "its row 3 doesn't have 9 columns")) << odd.err;
-    EXPECT_TRUE(has(read(".murlreport/accepted.csv"), "\na,b\n"));
+}
+
+TEST_F(report_test, uses_no_tables_that_are_damaged)
+{
+    write("a.mrl", "CLS\n");
+    run("--convert .");
+    run("--accept --kind gone .");
+    write("a.mrl", "CLS\nREM x\n");
+    const std::string output = read("a_conv.mrl");
+    auto refused = [&](const std::string &name, const std::string &table, const std::string &why) {
+        const std::string was = read(".murlreport/" + name);
+        write(".murlreport/" + name, table);
+        report_result result = run("--convert --accept --kind gone .");
+        EXPECT_EQ(result.status, 2);
+        EXPECT_TRUE(has(result.err, name + " isn't used: " + why)) << result.err;
+        EXPECT_EQ(read(".murlreport/" + name), table);
+        write(".murlreport/" + name, was);
+        return read("a_conv.mrl") == output;
+    };
+    EXPECT_FALSE(refused("accepted.csv", read(".murlreport/accepted.csv") + "a,b\n",
+                         "its row 3 doesn't have 9 columns"));
+    write("a_conv.mrl", output);
+    const std::string head = "output,script_hash,version,collect_mode,basedim_count\n";
+    const std::string row = "a_conv.mrl,0123456789abcdef,1,1,2\n";
+    EXPECT_TRUE(refused("written.csv", "", "its first line isn't output,"));
+    EXPECT_TRUE(refused("written.csv", "output;script_hash\n", "its first line isn't output,"));
+    EXPECT_TRUE(refused("written.csv", head + "a_conv.mrl,0,1,0,0,0\n", "its row 2 doesn't have 5 columns"));
+    EXPECT_TRUE(
+        refused("written.csv", head + "a_conv.mrl,0,1,0,2x\n", "the row of a_conv.mrl has no numbers"));
+    EXPECT_TRUE(refused("written.csv", head + row + row, "the row of a_conv.mrl is there twice"));
 }
 
 TEST_F(report_test, refuses_a_memory_that_is_a_link_or_no_folder)
@@ -609,9 +660,17 @@ TEST_F(report_test, refuses_a_memory_that_is_a_link_or_no_folder)
     write(".murlreport", "mine");
     refused("is a link or no folder and isn't used");
     fs::remove(folder / ".murlreport");
+    fs::create_directories(folder / ".murlreport/a_conv.mrl.last");
+    report_result blocked = run("--convert --quiet .");
+    EXPECT_EQ(blocked.status, 2);
+    EXPECT_TRUE(has(blocked.err, "a_conv.mrl.last: it is a link or no file")) << blocked.err;
+    EXPECT_FALSE(fs::exists(folder / "a_conv.mrl"));
+    fs::remove_all(folder / ".murlreport");
     if (geteuid() == 0)
         return; // nothing is closed to root
     fs::create_directories(folder / ".murlreport");
+    chmod((folder / ".murlreport").c_str(), 0600);
+    refused("can't be searched and isn't used");
     chmod((folder / ".murlreport").c_str(), 0500);
     report_result closed = run("--convert --quiet .");
     EXPECT_EQ(closed.status, 2);
@@ -763,6 +822,11 @@ TEST_F(report_test, accepts_as_many_alike_as_were_accepted)
     write("a.mrl", "REM x\nCLS\nREM x\nCLS\nREM x\nCLS\nREM x\n");
     run("--convert --quiet .");
     EXPECT_EQ(states(), "2 gone open\n4 gone open\n6 gone open\n") << "more";
+    edit("a_conv.mrl", "REM **** WARNING: CLS", "CLEARSCREEN // CLS");
+    EXPECT_EQ(run("--accept a.mrl:4").status, 0);
+    EXPECT_EQ(states(), "2 gone changed\n4 gone accepted\n6 gone accepted\n") << "what is done needs nothing";
+    run("--convert --force --quiet .");
+    EXPECT_EQ(states(), "2 gone open\n4 gone open\n6 gone open\n") << "one more than were accepted";
     write("a.mrl", "REM other\nCLS\n");
     report_result gone = run("--convert .");
     EXPECT_EQ(gone.status, 1);

@@ -47,25 +47,14 @@ std::string accepted_row_shown(const std::string &row)
 
 bool accepted_read(const std::string &path, accepted_rows *rows)
 {
-    std::string text;
-    if (!memory_read(path, &text))
+    std::vector<csv_row> table;
+    if (!memory_table(path, accepted_head(), &table))
         return false;
-    std::vector<csv_row> table = csv_rows(text);
-    if (table.empty() || table[0] != accepted_head()) {
-        report_trouble(shown(path) + " isn't used: its first line isn't that of an accepted.csv");
-        return false;
-    }
-    for (size_t i = 1; i < table.size(); i++) {
-        if (table[i].size() != accepted_head().size()) {
-            report_trouble(fmt::format("{} isn't used: its row {} doesn't have {} columns", shown(path),
-                                       i + 1, accepted_head().size()));
-            rows->rows.clear();
-            return false;
-        }
-        csv_row key(table[i].begin(), table[i].begin() + row_columns);
+    for (csv_row &row : table) {
+        csv_row key(row.begin(), row.begin() + row_columns);
         accepted_count &count = rows->rows[csv_text(key)];
-        count.count += csv_number<uint64_t>(table[i][row_columns]);
-        count.reason = std::move(table[i][row_columns + 1]);
+        count.count += csv_number<uint64_t>(row[row_columns]);
+        count.reason = std::move(row[row_columns + 1]);
         rows->changed = true;
     }
     return true;
@@ -90,6 +79,13 @@ static std::map<std::string, std::vector<report_item *>> items_by_row(script_rep
     return items;
 }
 
+static uint64_t open_count(const std::vector<report_item *> &items)
+{
+    auto count =
+        std::count_if(items.begin(), items.end(), [](const report_item *item) { return is_open(*item); });
+    return static_cast<uint64_t>(count);
+}
+
 uint64_t accepted_apply(accepted_rows *rows, script_report *report)
 {
     uint64_t settled = 0;
@@ -100,11 +96,11 @@ uint64_t accepted_apply(accepted_rows *rows, script_report *report)
         if (accepted == rows->rows.end())
             continue;
         accepted->second.matched = items.size();
-        if (items.size() > accepted->second.count)
+        if (open_count(items) > accepted->second.count)
             continue;
         for (report_item *item : items) {
             settled += is_open(*item);
-            item->state = STATE_ACCEPTED;
+            item->state = is_open(*item) ? STATE_ACCEPTED : item->state;
         }
     }
     return settled;
@@ -117,7 +113,7 @@ uint64_t accepted_add(accepted_rows *rows, script_report *report,
         auto is_chosen = [&](const report_item *item) { return is_open(*item) && chosen(*item); };
         if (std::none_of(items.begin(), items.end(), is_chosen))
             continue;
-        rows->rows[row] = {items.size(), 0, reason};
+        rows->rows[row] = {open_count(items), 0, reason};
         rows->changed = true;
     }
     return accepted_apply(rows, report);

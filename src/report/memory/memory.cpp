@@ -8,6 +8,7 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
 #include <set>
 #include <utility>
 #include <vector>
@@ -29,6 +30,11 @@ static std::string folder_of(const folder_memory &memory)
 std::string memory_path(const folder_memory &memory, const std::string &name)
 {
     return path_join(folder_of(memory), name);
+}
+
+std::string memory_last_name(const std::string &output)
+{
+    return output + last_ending;
 }
 
 std::string memory_new_name(const std::string &output)
@@ -80,17 +86,46 @@ bool memory_read(const std::string &path, std::string *text, std::string_view no
     return false;
 }
 
+bool memory_table(const std::string &path, const csv_row &head, std::vector<csv_row> *rows)
+{
+    std::string text;
+    if (!memory_read(path, &text))
+        return false;
+    *rows = csv_rows(text);
+    std::string fault = "its first line isn't " + csv_text(head);
+    fault.pop_back();
+    if (!rows->empty() && (*rows)[0] == head) {
+        auto whole = [&head](const csv_row &row) { return row.size() == head.size(); };
+        auto row = std::find_if_not(rows->begin(), rows->end(), whole);
+        if (row == rows->end()) {
+            rows->erase(rows->begin());
+            return true;
+        }
+        fault = fmt::format("its row {} doesn't have {} columns", row - rows->begin() + 1, head.size());
+    }
+    report_trouble(shown(path) + " isn't used: " + fault);
+    rows->clear();
+    return false;
+}
+
 static void read_written(folder_memory *memory)
 {
     std::string path = memory_path(*memory, written_name);
-    std::string text;
+    std::vector<csv_row> rows;
     if (file_kind_of(path, true) == FILE_NONE)
         return;
-    memory->refused = !memory_read(path, &text);
-    for (csv_row &row : csv_rows(text))
-        if (row.size() == written_head().size() && row != written_head())
-            memory->written[row[0]] = {
-                row[1], row[2], {csv_number<int32_t>(row[3]), csv_number<int32_t>(row[4])}};
+    memory->refused = !memory_table(path, written_head(), &rows);
+    for (csv_row &row : rows) {
+        rules_run_state started = {csv_number<int32_t>(row[3]), csv_number<int32_t>(row[4])};
+        bool numbers =
+            row[3] == std::to_string(started.collect_mode) && row[4] == std::to_string(started.basedim_count);
+        if (numbers && memory->written.emplace(row[0], written_row{row[1], row[2], started}).second)
+            continue;
+        memory->refused = true;
+        report_trouble(fmt::format("{} isn't used: the row of {} {}", shown(path), shown(row[0]),
+                                   numbers ? "is there twice" : "has no numbers"));
+        return;
+    }
 }
 
 folder_memory memory_load(const std::string &folder)
@@ -98,7 +133,14 @@ folder_memory memory_load(const std::string &folder)
     folder_memory memory{folder, false, false, {}};
     switch (file_kind_of(folder_of(memory), false)) {
     case FILE_NONE: break;
-    case FILE_FOLDER: read_written(&memory); break;
+    case FILE_FOLDER:
+        if (file_kind_of(path_join(folder_of(memory), "."), true) == FILE_FOLDER) {
+            read_written(&memory);
+            break;
+        }
+        memory.refused = true;
+        report_trouble(shown(folder_of(memory)) + " can't be searched and isn't used");
+        break;
     default:
         memory.refused = true;
         report_trouble(shown(folder_of(memory)) + " is a link or no folder and isn't used");
@@ -109,7 +151,7 @@ folder_memory memory_load(const std::string &folder)
 std::optional<std::string> memory_last(const folder_memory &memory, const std::string &output,
                                        std::string_view now)
 {
-    std::string path = memory_path(memory, output + last_ending);
+    std::string path = memory_path(memory, memory_last_name(output));
     std::string text;
     if (memory.refused || file_kind_of(path, false) != FILE_REGULAR)
         return {};
@@ -127,7 +169,8 @@ const written_row *memory_row(const folder_memory &memory, const std::string &ou
 bool memory_knows(const folder_memory &memory, const std::string &output)
 {
     return memory_row(memory, output) != nullptr ||
-           (!memory.refused && file_kind_of(memory_path(memory, output + last_ending), false) != FILE_NONE);
+           (!memory.refused &&
+            file_kind_of(memory_path(memory, memory_last_name(output)), false) != FILE_NONE);
 }
 
 bool memory_prepare(const folder_memory &memory)
@@ -143,24 +186,34 @@ bool memory_prepare(const folder_memory &memory)
     return false;
 }
 
+bool memory_can_write(const folder_memory &memory, const std::string &name)
+{
+    std::string path = memory_path(memory, name);
+    file_kind kind = file_kind_of(path, false);
+    if (kind != FILE_NONE && kind != FILE_REGULAR)
+        report_trouble("can't write " + shown(path) + ": it is a link or no file");
+    return kind == FILE_NONE || kind == FILE_REGULAR;
+}
+
 bool memory_write(const folder_memory &memory, const std::string &name, std::string_view text)
 {
     std::string path = memory_path(memory, name);
-    if (file_kind_of(path, false) == FILE_LINK) {
-        report_trouble("can't write " + shown(path) + ": it is a link");
-        return false;
-    }
-    return file_replace(path, text, "") || report_failed("write", path);
+    return memory_can_write(memory, name) && (file_replace(path, text, "") || report_failed("write", path));
 }
 
 bool memory_remember(folder_memory *memory, const std::string &output, std::string_view text, written_row row)
 {
-    if (!memory_write(*memory, output + last_ending, text))
+    if (!memory_write(*memory, memory_last_name(output), text))
         return false;
     memory->written[output] = std::move(row);
     memory->changed = true;
-    (void)file_remove(memory_path(*memory, memory_new_name(output)));
+    memory_end_conflict(*memory, output);
     return true;
+}
+
+void memory_end_conflict(const folder_memory &memory, const std::string &output)
+{
+    (void)file_remove(memory_path(memory, memory_new_name(output)));
 }
 
 bool memory_save(folder_memory *memory)

@@ -5,6 +5,7 @@
 // team's version control. A report alone writes none of them.
 #pragma once
 
+#include "report/csv.h"
 #include "rules/rule_table.h"
 
 #include <stdint.h>
@@ -13,6 +14,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 inline constexpr char memory_folder_name[] = ".murlreport";
 
@@ -38,10 +40,16 @@ folder_memory memory_load(const std::string &folder);
 // left conflict markers in it, unless the text that is written now has such lines, too.
 bool memory_read(const std::string &path, std::string *text, std::string_view now = {});
 
+// Reads the rows of a table of a memory, which has a head and as many columns in each row. False, and
+// reported, if it can't be read or is none.
+bool memory_table(const std::string &path, const csv_row &head, std::vector<csv_row> *rows);
+
 // The path of a file of the memory.
 std::string memory_path(const folder_memory &memory, const std::string &name);
 
-// The name in the memory of what is written now for an output that couldn't be merged.
+// Names in the memory: of what was written last to an output, and of what is written now for one that
+// couldn't be merged.
+std::string memory_last_name(const std::string &output);
 std::string memory_new_name(const std::string &output);
 
 // What was written last to an output, by its name; none if that isn't known, or if version control has left
@@ -58,6 +66,9 @@ const written_row *memory_row(const folder_memory &memory, const std::string &ou
 // Makes the folder, and tries whether it can be written to. False, and reported, if not.
 bool memory_prepare(const folder_memory &memory);
 
+// True if a name in the memory is free or that of a file; else that is reported.
+bool memory_can_write(const folder_memory &memory, const std::string &name);
+
 // Writes a file of the memory, which may not be a link. False, and reported, if that can't be done.
 bool memory_write(const folder_memory &memory, const std::string &name, std::string_view text);
 
@@ -65,6 +76,9 @@ bool memory_write(const folder_memory &memory, const std::string &name, std::str
 // False, and reported, if it can't be kept.
 bool memory_remember(folder_memory *memory, const std::string &output, std::string_view text,
                      written_row row);
+
+// Removes what is written now for an output that couldn't be merged, if it is there.
+void memory_end_conflict(const folder_memory &memory, const std::string &output);
 
 // Writes written.csv if it has changed. False, and reported, if that can't be done.
 bool memory_save(folder_memory *memory);

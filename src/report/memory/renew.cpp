@@ -57,7 +57,7 @@ static bool remember(script_run *run, folder_memory *memory)
 // Replaces the output, and then remembers what is written now.
 static bool write_output(script_run *run, folder_memory *memory, std::string text)
 {
-    if (!keep_copy(*run))
+    if (!memory_can_write(*memory, memory_last_name(path_name(run->report.output_path))) || !keep_copy(*run))
         return false;
     if (!file_replace(run->report.output_path, text, ""))
         return report_failed("write", run->report.output_path);
@@ -92,7 +92,8 @@ static void merge_output(script_run *run, folder_memory *memory)
     for (const merge_block &block : merged.conflicts)
         report_note(fmt::format("{}:{}: conflict{}{}", path, block.line, lines_shown(block.mine, "  yours: "),
                                 lines_shown(block.fresh, "  now:   ")));
-    run->conflict = !merged.conflicts.empty();
+    bool recoded = is_utf8(*run->there) && !is_utf8(merged.text);
+    run->conflict = !merged.conflicts.empty() || recoded;
     if (!run->conflict) {
         if (write_output(run, memory, std::move(merged.text)))
             report_note(fmt::format("merged {} into {}", counted(merged.taken, "change"), path));
@@ -100,10 +101,11 @@ static void merge_output(script_run *run, folder_memory *memory)
     }
     std::string fresh = memory_new_name(path_name(run->report.output_path));
     (void)memory_write(*memory, fresh, platform_text(run->now));
-    report_note(fmt::format(
-        "kept {}: your edits and what has changed are in the same lines; bring in what is new from "
-        "{}, then run with --adopt",
-        path, shown(memory_path(*memory, fresh))));
+    report_note(fmt::format("kept {}: {}; bring in what is new from {}, then run with --adopt", path,
+                            merged.conflicts.empty()
+                                ? "it was saved in UTF-8, in which its script isn't"
+                                : "your edits and what has changed are in the same lines",
+                            shown(memory_path(*memory, fresh))));
 }
 
 void output_renew(script_run *run, folder_memory *memory, bool force)
@@ -132,6 +134,7 @@ void output_renew(script_run *run, folder_memory *memory, bool force)
             (void)remember(run, memory);
         break;
     case OUTPUT_EDITED:
+        memory_end_conflict(*memory, path_name(run->report.output_path));
         if (run->report.script_changed && remember(run, memory))
             report_note(
                 fmt::format("{}: the script has changed, and what is written of it hasn't: look whether your "
@@ -152,8 +155,9 @@ void output_renew(script_run *run, folder_memory *memory, bool force)
 
 // ---- Adopting ----
 
-// How many lines of what is written now an output lacks at its end: all of a run that was deleted, and of one
-// that was replaced as many as it has fewer that are carried out. *differing: lines that differ in all.
+// How many lines of what is written now an output lacks at its end: all but empty ones of a run that was
+// deleted, and of one that was replaced as many as it has fewer that are carried out. *differing: lines that
+// differ in all.
 static size_t lines_missing(std::string_view now, std::string_view there, size_t *differing)
 {
     text_changes texts = text_diff(now, there);
@@ -165,9 +169,12 @@ static size_t lines_missing(std::string_view now, std::string_view there, size_t
     const line_change &last = texts.changes.back();
     if (last.before_at + last.before_count != line_count(texts.before))
         return 0;
+    size_t lacking = 0;
+    for (size_t i = 0; last.after_count == 0 && i < last.before_count; i++)
+        lacking += !line_core(texts.before, last.before_at + i).empty();
     size_t written = live_lines(texts.before, last.before_at, last.before_count);
     size_t left = live_lines(texts.after, last.after_at, last.after_count);
-    return last.after_count == 0 ? last.before_count : written - std::min(written, left);
+    return last.after_count == 0 ? lacking : written - std::min(written, left);
 }
 
 void output_adopt(script_run *run, folder_memory *memory, bool force)
