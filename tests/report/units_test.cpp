@@ -1,5 +1,5 @@
 // The pieces of the report whose cases are too many for whole runs.
-#include "report/findings/argument_values.h"
+#include "report/findings/arguments.h"
 #include "report/show.h"
 
 #include <gtest/gtest.h>

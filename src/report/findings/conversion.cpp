@@ -44,7 +44,7 @@ static void take_record(const journal_record &record)
     auto start = static_cast<size_t>(record.done.head.output_start);
     count_to(start);
     std::string_view output = std::string_view(*converting.output).substr(start);
-    converting.take(statement_view_of(record, output, start, converting.line), converting.context);
+    converting.take(statement_view_of(record, output, converting.line), converting.context);
 }
 
 bool script_convert(const std::string &path, rules_run_state *state, std::string *output, take_statement take,

@@ -1,7 +1,4 @@
-#include "report/findings/form_mended.h"
-
-#include "report/findings/form_faults.h"
-#include "report/findings/judge_text.h"
+#include "report/findings/line_text.h"
 #include "report/findings/live_form.h"
 #include "report/show.h"
 

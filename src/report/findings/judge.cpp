@@ -2,14 +2,19 @@
 
 #include "expressions/var_store.h"
 #include "report/findings/conversion.h"
-#include "report/findings/judge_command.h"
+#include "report/findings/judge_arguments.h"
 #include "report/findings/judge_text.h"
+#include "report/findings/line_text.h"
+#include "report/findings/live_form.h"
 #include "report/show.h"
 #include "rules/rule_table.h"
 #include "statements/statement_text.h"
 
 #include <fmt/core.h>
 
+#include <string.h>
+
+#include <algorithm>
 #include <utility>
 
 // ---- The end of the reading ----
@@ -87,27 +92,87 @@ static void judge_end(judge_state *state, const statement_view &statement)
     if (by_byte)
         end.line = end.last_line = done.next_line;
     state->end = {by_byte ? done.next_line : end.last_line + 1, by_byte};
-    add_item(state, end, ITEM_STOPPED,
+    add_item(state->report, end, ITEM_STOPPED,
              by_byte || done.result != STATEMENT_END ? stop_reason(done.result)
                                                      : "the script ends inside this statement",
              {});
 }
 
+// ---- Commands ----
+
+// The lines of a statement in the script.
+static std::string_view script_lines(const judge_state &state, const statement_view &statement)
+{
+    size_t end = std::min<size_t>(statement.last_line, line_count(*state.script));
+    return lines_between(*state.script, std::min<size_t>(statement.line - 1, end), end);
+}
+
+static const char *byhand_detail(const rule_row *row)
+{
+    bool there = strstr(row->new_form.text, "new MURL command syntax:") != nullptr;
+    return there ? "the new form is a comment" : "a tip is in its place, and no new form";
+}
+
+// The item of an effect; item_kind_count if it has none.
+struct effect_item {
+    int kind;
+    const char *detail;
+};
+
+static effect_item effect_item_of(const rule_row *row)
+{
+    switch (row->effect) {
+    case EFFECT_TIP: return {ITEM_CHECK, "the new command is below a tip"};
+    case EFFECT_BY_HAND:
+    case EFFECT_BY_HAND_NO_TIP: return {ITEM_BYHAND, byhand_detail(row)};
+    case EFFECT_COMMENTED: return {ITEM_QUIET, "commented out"};
+    case EFFECT_NOT_IMPLEMENTED: return {ITEM_GONE, "the new dialect has no such command"};
+    case EFFECT_DROPPED: return {ITEM_LOST, "the statement has left nothing"};
+    default: return {item_kind_count, ""};
+    }
+}
+
+// An added dimension names a parent that only the first one of a group declares. An ORDDIM outside of SET
+// COLLECT, 1 can be the first one, too.
+static void judge_base(judge_state *state, const statement_view &statement)
+{
+    if (rule_last.choice.row == ORDDIM_FOLLOWING && !state->base_seen)
+        add_item(state->report, statement, ITEM_BASE,
+                 "no BASEDIM of its group in this script declares its parent", lines_of(statement, false));
+    if (rules_run.basedim_count == 1)
+        state->base_seen = rule_last.choice.row == ORDDIM_FIRST;
+}
+
+static void judge_command(judge_state *state, const statement_view &statement)
+{
+    if (rule_find(statement.row->id)->effect == EFFECT_SYSTEM) {
+        add_item(state->report, statement, ITEM_DROPPED, "a system command" + arguments_in_detail(statement),
+                 {})
+            ->summed = true;
+        return;
+    }
+    const rule_row *row = rule_last.row;
+    effect_item item = effect_item_of(row);
+    bool carried_out = item.kind == ITEM_CHECK || item.kind == item_kind_count;
+    if (item.kind != item_kind_count)
+        add_item(state->report, statement, static_cast<item_kind>(item.kind),
+                 item.detail + (carried_out ? std::string() : arguments_in_detail(statement)),
+                 lines_of(statement, false));
+    size_t items = state->report->items.size();
+    judge_arguments(state->report, statement, script_lines(*state, statement), carried_out);
+    bool decoded = state->report->items.size() > items && state->report->items.back().kind == ITEM_DECODED;
+    judge_live_form(state->report, statement, decoded);
+    if (std::string_view(statement.row->name) == "ORDDIM")
+        judge_base(state, statement);
+}
+
 // ---- What an IF guards ----
 
-// Statements that the output has instead of one. What isn't a command went through as it is. *broken is set
-// if one is the rest of a text that began in a comment.
-static int statements_left(const statement_view &statement, bool *broken = nullptr)
+// Statements that the output has instead of one. What isn't a command went through as it is.
+static size_t statements_left(const statement_view &statement)
 {
-    size_t at = 0;
-    bool rest;
-    int count = 0;
-    while (!next_live(statement, &at, &rest).empty()) {
-        count++;
-        if (broken != nullptr)
-            *broken |= rest;
-    }
-    return statement.row == nullptr && count > 1 ? 1 : count;
+    size_t count = live_lines_of(statement).size();
+    return statement.row == nullptr ? std::min<size_t>(count, 1) : count;
 }
 
 // The first characters of what is left of a statement.
@@ -131,18 +196,20 @@ static void own_first_live(report_item *item, const statement_view &statement)
 
 // What has become of the statement under an IF that is not the one statement that the IF guards; null if it
 // is.
-static const char *guarded_fate(const statement_view &statement, int lines, bool broken)
+static const char *guarded_fate(const statement_view &statement)
 {
-    bool command = statement.row != nullptr;
-    if (command && statement.record->done.fetched < 0)
+    if (is_broken(statement))
         return "no statement: its arguments failed";
-    bool by_hand =
-        command && rule_find(statement.row->id)->effect != EFFECT_SYSTEM && rule_is_by_hand(rule_last.row);
-    if (lines > 1 || (lines == 1 && by_hand))
+    size_t count = statements_left(statement);
+    bool by_hand = statement.row != nullptr && rule_find(statement.row->id)->effect != EFFECT_SYSTEM &&
+                   rule_is_by_hand(rule_last.row);
+    if (count > 1 || (count == 1 && by_hand))
         return "several statements; it guards only the first";
-    if (lines == 1)
-        return broken ? "a comment, and the rest of a text that began in it" : nullptr;
-    return lines_of(statement, false).empty() ? "nothing" : "comments alone";
+    if (count == 0)
+        return lines_of(statement, false).empty() ? "nothing" : "comments alone";
+    const std::vector<live_line> live = live_lines_of(statement);
+    bool rest = std::any_of(live.begin(), live.end(), [](const live_line &line) { return line.first->rest; });
+    return rest ? "a comment, and the rest of a text that began in it" : nullptr;
 }
 
 // The statement under an IF. The guarded item belongs to the IF. Its detail has no line numbers: what was
@@ -150,22 +217,21 @@ static const char *guarded_fate(const statement_view &statement, int lines, bool
 static void judge_guarded(judge_state *state, const statement_view &statement)
 {
     uint32_t line = std::exchange(state->if_line, 0);
-    bool broken = false;
-    int lines = statements_left(statement, &broken);
-    const char *fate = line != 0 ? guarded_fate(statement, lines, broken) : nullptr;
+    const char *fate = line != 0 ? guarded_fate(statement) : nullptr;
     if (fate == nullptr)
         return;
     std::string detail = fmt::format("{} under it has become {}", statement_name(statement), fate);
-    report_item *item = add_item(state, statement, ITEM_GUARDED, std::move(detail), {state->if_output_line});
+    report_item *item =
+        add_item(state->report, statement, ITEM_GUARDED, std::move(detail), {state->if_output_line});
     item->line = line;
     item->output_line = state->if_output_line;
     item->output_lines += statement.output_line - state->if_output_line;
     item->command = "IF";
-    if (lines == 0)
-        state->open_guard = state->report->items.size() - 1;
-    else
+    item->guards_itself = statements_left(statement) > 0;
+    if (item->guards_itself)
         own_first_live(item, statement);
-    item->guards_itself = lines > 0;
+    else
+        state->open_guard = state->report->items.size() - 1;
 }
 
 // The first statement after a guarded one that has gone is what its IF guards now.
@@ -174,15 +240,14 @@ static void judge_next_live(judge_state *state, const statement_view &statement)
     if (state->open_guard == SIZE_MAX || statements_left(statement) == 0)
         return;
     report_item &item = state->report->items[std::exchange(state->open_guard, SIZE_MAX)];
-    bool failed = statement.row != nullptr && statement.record->done.fetched < 0;
-    item.detail += "; it guards " + (failed ? text_left(statement) : statement_name(statement)) + " now";
+    item.detail +=
+        "; it guards " + (is_broken(statement) ? text_left(statement) : statement_name(statement)) + " now";
     own_first_live(&item, statement);
 }
 
 static void note_if(judge_state *state, const statement_view &statement)
 {
-    if (statement.row == nullptr || statement.record->done.fetched < 0 ||
-        std::string_view(statement.row->name) != "IF")
+    if (statement.row == nullptr || is_broken(statement) || std::string_view(statement.row->name) != "IF")
         return;
     state->if_line = statement.line;
     state->if_output_line = statement.output_line;
@@ -207,7 +272,7 @@ static void judge_broken(judge_state *state, const statement_view &statement)
     state->broken_item = state->report->items.size();
     state->broken_fault = broken_detail(statement);
     state->broken_left.clear();
-    add_item(state, statement, ITEM_BROKEN, {}, lines_of(statement, true));
+    add_item(state->report, statement, ITEM_BROKEN, {}, lines_of(statement, true));
     add_left(state, statement);
 }
 
@@ -235,15 +300,15 @@ static void judge_rest(judge_state *state, const statement_view &statement)
 
 static void judge_kind(judge_state *state, const statement_view &statement)
 {
-    if (statement.row != nullptr && statement.record->done.fetched < 0) {
+    if (is_broken(statement)) {
         judge_broken(state, statement);
     } else if (statement.row != nullptr) {
         judge_command(state, statement);
     } else if (statement.record->done.head.kind == KIND_KEYWORD && statement.output.empty()) {
-        add_item(state, statement, ITEM_DROPPED, "nothing is written of it", {})->summed = true;
+        add_item(state->report, statement, ITEM_DROPPED, "nothing is written of it", {})->summed = true;
     } else if (std::string detail = unknown_detail(statement, script_lines(*state, statement));
                !detail.empty()) {
-        add_item(state, statement, ITEM_UNKNOWN, std::move(detail), lines_of(statement, true));
+        add_item(state->report, statement, ITEM_UNKNOWN, std::move(detail), lines_of(statement, true));
     }
 }
 

@@ -1,9 +1,8 @@
 #include "report/findings/judge_arguments.h"
 
-#include "report/findings/argument_names.h"
-#include "report/findings/argument_values.h"
+#include "report/findings/arguments.h"
+#include "report/findings/line_text.h"
 #include "report/findings/live_form.h"
-#include "report/findings/quoted_words.h"
 #include "report/show.h"
 #include "rules/rule_table.h"
 #include "support/text.h"
@@ -30,42 +29,13 @@ static bool is_row_word(int32_t position)
     return text_is_word(text.data(), text.size(), word.c_str()) && argument_name(rule_last.row, 1) == word;
 }
 
-// What the line has after the last argument that the command takes, without commas that nothing follows.
-static std::string_view surplus_of(const statement_view &statement)
-{
-    std::string_view text(statement.record->surplus.text, statement.record->surplus.size);
-    size_t end = text.find_last_not_of(", \t\r\n\v\f");
-    return end == text.npos ? std::string_view() : text_trimmed(text.substr(0, end + 1));
-}
-
 static std::string surplus_shown(const statement_view &statement)
 {
-    return shown_cut(surplus_of(statement), text_shown);
-}
-
-// True if the fetcher has dropped characters: outside of strings it keeps printable ASCII and blanks alone.
-// White space counts where it kept two words apart.
-static bool has_dropped(const statement_view &statement, int32_t position)
-{
-    std::string_view typed = argument_typed(statement, position);
-    auto is_word = [&](size_t at) { return at < typed.size() && text_is(typed[at], CHAR_WORD); };
-    for (size_t at = 0; at < typed.size() && !argument_is_string(position); at++)
-        if (!text_is(typed[at], CHAR_GRAPH) && typed[at] != ' ' &&
-            (!text_is(typed[at], CHAR_WHITE) || (is_word(at - 1) && is_word(at + 1))))
-            return true;
-    return false;
+    std::string surplus = shown_cut(surplus_of(statement), text_shown);
+    return surplus.empty() ? surplus : "not an argument of this command: " + surplus;
 }
 
 // ---- Statements that have become comments ----
-
-// A constant 0 where nothing could be as well.
-static bool is_default(const statement_view &statement, int32_t position, bool attribute)
-{
-    uint8_t spec = argument_spec(statement, position);
-    uint8_t type = spec & ARG_TYPE;
-    return ((spec & ARG_OPTIONAL) != 0 || attribute) && type >= ARG_LONG && type <= ARG_DOUBLE &&
-           is_constant_zero(position);
-}
 
 std::string arguments_in_detail(const statement_view &statement)
 {
@@ -83,16 +53,15 @@ std::string arguments_in_detail(const statement_view &statement)
             add_there(typed + (comment && has_dropped(statement, position)
                                    ? " (the comment has " + shown_cut(use.written, text_shown) + ")"
                                    : ""));
-        else if (!is_left || !is_default(statement, position, is_attribute(argument_name(row, position))))
+        else if (!is_left || !is_default(statement, position, row))
             add_detail(&lacking, argument_shown(statement, position, row) +
                                      (is_left && use.value ? " (it has " + shown(use.written) + ")" : ""));
     }
     std::string detail = there.empty() ? "" : ": " + there;
     if (!lacking.empty())
         detail += "; the comment lacks argument " + lacking;
-    if (std::string surplus = surplus_shown(statement); !surplus.empty())
-        detail += "; not an argument of this command: " + surplus;
-    return detail;
+    std::string surplus = surplus_shown(statement);
+    return detail + (surplus.empty() ? "" : "; ") + surplus;
 }
 
 // ---- Statements that are carried out ----
@@ -120,93 +89,25 @@ static bool is_decoded(const statement_view &statement, int32_t position, std::s
     return new_line || escapes_decoded(content) != escapes_decoded(typed);
 }
 
-// The findings of one statement's arguments, by kind.
+// The items of a statement's arguments, as far as they are found.
 struct argument_findings {
-    std::string detail;
-    std::vector<std::string> texts; // that decide whether an edit counts
-    std::vector<size_t> items;
-    std::vector<std::string> typed;
-    std::vector<uint64_t> lines;
-    size_t places = 0; // empty ones that the line lacks
-    bool attributes_only = true;
+    report_item frozen{}, decoded{}, lost{};
 };
 
-static void add_finding(argument_findings *findings, const std::string &detail, std::string_view text,
+static void add_own_lines(report_item *item, const std::vector<uint64_t> &lines)
+{
+    for (uint64_t line : lines)
+        if (std::find(item->own_lines.begin(), item->own_lines.end(), line) == item->own_lines.end())
+            item->own_lines.push_back(line);
+}
+
+// text decides whether an edit counts.
+static void add_finding(report_item *item, const std::string &detail, std::string_view text,
                         const std::vector<uint64_t> &lines)
 {
-    add_detail(&findings->detail, detail);
-    findings->texts.emplace_back(text);
-    for (uint64_t line : lines)
-        if (std::find(findings->lines.begin(), findings->lines.end(), line) == findings->lines.end())
-            findings->lines.push_back(line);
-}
-
-static void add_decoded(const statement_view &statement, int32_t position, const argument_use &use,
-                        argument_findings *findings)
-{
-    std::string_view typed = argument_typed(statement, position);
-    std::string fault = is_unclosed(typed)
-                            ? "no closing quote"
-                            : fmt::format("become {}; write it as {}", shown_cut(use.written, text_shown),
-                                          shown_cut(typed, text_shown));
-    std::vector<uint64_t> lines = {use.line};
-    for (char c : use.written)
-        if (c == '\n')
-            lines.push_back(lines.back() + 1);
-    add_finding(findings, argument_shown(statement, position, rule_last.row) + " has " + fault,
-                text_cut(use.written, SIZE_MAX), lines);
-    findings->typed.emplace_back(typed);
-}
-
-// An argument that was typed and of which the fetcher has left nothing: an empty string, or letters that it
-// drops. In a menu an empty option is between bars, and what a line has as "" is there.
-static void add_empty(const statement_view &statement, int32_t position, bool carried_out,
-                      argument_findings *lost)
-{
-    std::string_view typed = argument_typed(statement, position);
-    if (!carried_out || typed.empty() || is_option(statement, position))
-        return;
-    bool there = argument_is_string(position) &&
-                 std::any_of(statement.lines.begin(), statement.lines.end(), [](const written_line &line) {
-                     return line.live && line.text.find("\"\"") != std::string_view::npos;
-                 });
-    if (!there)
-        add_finding(lost, argument_shown(statement, position, rule_last.row), typed,
-                    lines_of(statement, true));
-}
-
-static void take_findings(judge_state *state, const statement_view &statement, item_kind kind,
-                          const char *start, argument_findings *findings)
-{
-    if (findings->detail.empty())
-        return;
-    size_t more = 0;
-    std::vector<uint64_t> lines =
-        kind == ITEM_DECODED ? findings->lines : line_heads(statement, findings->lines, &more);
-    report_item *item = add_item(state, statement, kind, start + findings->detail, std::move(lines));
-    item->own_more = static_cast<uint32_t>(more);
-    item->own_typed = std::move(findings->typed);
-    item->own_texts = std::move(findings->texts);
-    item->own_items = std::move(findings->items);
-    item->own_places = static_cast<uint32_t>(findings->places);
-    item->summed = kind == ITEM_LOST && findings->attributes_only;
-}
-
-// What is lost beside arguments that no live line has.
-static void add_clause(argument_findings *lost, const std::string &clause, std::vector<uint64_t> lines)
-{
-    lost->attributes_only = false;
-    lost->detail += (lost->detail.empty() ? "" : "; ") + clause;
-    lost->lines = std::move(lines);
-}
-
-// True if what was written of an argument that is no string stands in quotes, and so is a string now.
-static bool is_quoted(const statement_view &statement, int32_t position, const argument_use &use)
-{
-    const char *first = statement.output.data();
-    const char *end = use.written.data() + use.written.size();
-    return !argument_is_string(position) && use.written.data() > first && use.written.data()[-1] == '"' &&
-           end < first + statement.output.size() && *end == '"';
+    add_detail(&item->detail, detail);
+    item->own_texts.emplace_back(text);
+    add_own_lines(item, lines);
 }
 
 // Which item of its line's list a use is; SIZE_MAX if it is none.
@@ -221,16 +122,139 @@ static size_t item_of(const statement_view &statement, const argument_use &use)
     return item != items.end() ? static_cast<size_t>(item - items.begin()) : SIZE_MAX;
 }
 
-static void add_surplus(const statement_view &statement, argument_findings *lost)
+// A value that was written for what was typed; for nothing that comes back if it has only chosen the form.
+static void add_value(const statement_view &statement, const argument_use &use, const std::string &detail,
+                      std::string_view typed, report_item *frozen)
+{
+    add_finding(frozen, detail, text_trimmed(use.written), {use.line});
+    frozen->own_items.push_back(item_of(statement, use));
+    frozen->own_typed.emplace_back(typed);
+}
+
+static void add_decoded(const statement_view &statement, int32_t position, const argument_use &use,
+                        report_item *decoded)
+{
+    std::string_view typed = argument_typed(statement, position);
+    std::string fault = is_unclosed(typed)
+                            ? "no closing quote"
+                            : fmt::format("become {}; write it as {}", shown_cut(use.written, text_shown),
+                                          shown_cut(typed, text_shown));
+    std::vector<uint64_t> lines = {use.line};
+    for (char c : use.written)
+        if (c == '\n')
+            lines.push_back(lines.back() + 1);
+    add_finding(decoded, argument_shown(statement, position, rule_last.row) + " has " + fault,
+                text_cut(use.written, SIZE_MAX), lines);
+    decoded->own_typed.emplace_back(typed);
+}
+
+// An argument that was typed and of which the fetcher has left nothing: an empty string, or letters that it
+// drops. In a menu an empty option is between bars, and what a line has as "" is there.
+static void add_empty(const statement_view &statement, int32_t position, report_item *lost)
+{
+    std::string_view typed = argument_typed(statement, position);
+    if (typed.empty() || is_option(statement, position))
+        return;
+    bool there = argument_is_string(position) &&
+                 std::any_of(statement.lines.begin(), statement.lines.end(), [](const written_line &line) {
+                     return line.live && line.text.find("\"\"") != std::string_view::npos;
+                 });
+    if (!there)
+        add_finding(lost, argument_shown(statement, position, rule_last.row), typed,
+                    lines_of(statement, true));
+}
+
+// True if what was written of an argument that is no string stands in quotes, and so is a string now.
+static bool is_quoted(const statement_view &statement, int32_t position, const argument_use &use)
+{
+    const char *first = statement.output.data();
+    const char *end = use.written.data() + use.written.size();
+    return !argument_is_string(position) && use.written.data() > first && use.written.data()[-1] == '"' &&
+           end < first + statement.output.size() && *end == '"';
+}
+
+// What has become of an argument that the line that is carried out hasn't as it was typed.
+static void judge_live(const statement_view &statement, int32_t position, const argument_use &use,
+                       argument_findings *findings)
+{
+    std::string_view text = argument_text(position);
+    auto argument = [&] { return argument_shown(statement, position, rule_last.row); };
+    if (use.text) {
+        add_finding(
+            &findings->frozen,
+            fmt::format("{} is written as the text \"{}\"", argument(), shown_cut(use.written, text_shown)),
+            fmt::format("\"{}\"", use.written), {use.line});
+        findings->frozen.own_items.push_back(SIZE_MAX);
+        findings->frozen.own_typed.emplace_back(text);
+    } else if (use.value && use.written.empty()) {
+        findings->lost.summed = false;
+        add_finding(&findings->lost, argument() + " (what follows it has moved up)", text, {use.line});
+    } else if (use.value) {
+        add_value(statement, use,
+                  fmt::format("{} is fixed as {}", argument(), shown(text_trimmed(use.written))), text,
+                  &findings->frozen);
+    } else if (!is_default(statement, position, rule_last.row)) {
+        findings->lost.summed &= is_attribute(rule_last.row, position);
+        add_finding(&findings->lost, argument(), text, lines_of(statement, true));
+    }
+}
+
+// True if the value that an expression had when the script was read chose the row of the command, and no tip
+// says so.
+static bool has_chosen(const statement_view &statement, int32_t position)
+{
+    return position == 1 && rule_last.row->when != nullptr && rule_last.row->effect != EFFECT_TIP &&
+           is_numeric(statement, position) && !expression_is_constant(argument_text(position));
+}
+
+static void judge_carried_out(const statement_view &statement, int32_t position, const argument_use &use,
+                              argument_findings *findings)
+{
+    bool written =
+        use.text ? !is_quoted(statement, position, use) : use.value && is_whole_value(position, use);
+    if (!written)
+        judge_live(statement, position, use, findings);
+    else if (has_chosen(statement, position))
+        add_value(statement, use,
+                  fmt::format("{} has chosen this form by its value, {}",
+                              argument_shown(statement, position, rule_last.row), argument_value(position)),
+                  {}, &findings->frozen);
+}
+
+static void judge_argument(const statement_view &statement, int32_t position, bool carried_out,
+                           argument_findings *findings)
+{
+    argument_use use = carried_out ? argument_use_of(statement, position, true) : argument_use{};
+    argument_use comment =
+        argument_is_string(position) ? argument_use_of(statement, position, false) : argument_use{};
+    bool broken_comment = comment.text && comment.written.find('\n') != std::string_view::npos;
+    if (use.text && is_decoded(statement, position, use.written))
+        add_decoded(statement, position, use, &findings->decoded);
+    else if (broken_comment && is_decoded(statement, position, comment.written))
+        add_decoded(statement, position, comment, &findings->decoded);
+    if (carried_out)
+        judge_carried_out(statement, position, use, findings);
+}
+
+// ---- What is lost or changed beside whole arguments ----
+
+static void add_clause(report_item *lost, const std::string &clause, std::vector<uint64_t> lines)
+{
+    lost->summed = false;
+    lost->detail += (lost->detail.empty() ? "" : "; ") + clause;
+    lost->own_lines = std::move(lines);
+}
+
+static void add_surplus(const statement_view &statement, report_item *lost)
 {
     std::string surplus = surplus_shown(statement);
     if (surplus.empty())
         return;
-    add_clause(lost, "not an argument of this command: " + surplus, lines_of(statement, true));
-    lost->texts.emplace_back(surplus_of(statement));
+    add_clause(lost, surplus, lines_of(statement, true));
+    lost->own_texts.emplace_back(surplus_of(statement));
 }
 
-static void add_dropped(const statement_view &statement, argument_findings *lost)
+static void add_dropped(const statement_view &statement, report_item *lost)
 {
     for (int32_t position = 1; position <= argument_last(statement); position++) {
         argument_use use =
@@ -242,7 +266,7 @@ static void add_dropped(const statement_view &statement, argument_findings *lost
                                shown_cut(argument_typed(statement, position), text_shown),
                                shown_cut(use.written, text_shown)),
                    {use.line});
-        lost->texts.emplace_back(argument_typed(statement, position));
+        lost->own_texts.emplace_back(argument_typed(statement, position));
     }
 }
 
@@ -254,8 +278,7 @@ static size_t commas_missing(const statement_view &statement, const emit_write &
     if (before.slot == 0 || write.slot < before.slot + 2 || write.from < before.to ||
         write.from == write.to || write.source == EMIT_OPTION)
         return 0;
-    auto begin = static_cast<size_t>(before.to - statement.lines.front().start);
-    std::string_view between = statement.output.substr(begin, static_cast<size_t>(write.from - before.to));
+    std::string_view between = output_between(statement, before.to, write.from);
     auto commas = static_cast<size_t>(std::count(between.begin(), between.end(), ','));
     if (between.find_first_not_of(", ") != std::string_view::npos ||
         argument_use_of(statement, write.slot, true).line == 0)
@@ -269,125 +292,98 @@ static size_t commas_missing(const statement_view &statement, const emit_write &
     return wanted - std::min(commas, wanted);
 }
 
-static void add_moved(const statement_view &statement, argument_findings *lost)
+static void add_moved(const statement_view &statement, report_item *lost)
 {
     for (int32_t i = 1; i < statement.record->write_count; i++) {
         const emit_write &write = statement.record->writes[i];
         size_t missing = commas_missing(statement, statement.record->writes[i - 1], write);
-        if (missing > 0 && lost->places == 0)
+        if (missing > 0 && lost->own_places == 0)
             add_clause(
                 lost,
                 fmt::format("argument {} has moved up: the empty one before it has no comma", write.slot),
                 lines_of(statement, true));
-        lost->places += missing;
+        lost->own_places += static_cast<uint32_t>(missing);
     }
 }
 
-// The findings of a statement's arguments, by kind.
-struct findings_by_kind {
-    argument_findings frozen, decoded, lost;
-};
-
-// What has become of an argument in the line that is carried out.
-static void judge_live(const statement_view &statement, int32_t position, const argument_use &use,
-                       findings_by_kind *findings)
+static bool has_quote(std::string_view typed)
 {
-    std::string_view text = argument_text(position);
-    auto argument = [&] { return argument_shown(statement, position, rule_last.row); };
-    if (use.text) {
-        add_finding(
-            &findings->frozen,
-            fmt::format("{} is written as the text \"{}\"", argument(), shown_cut(use.written, text_shown)),
-            fmt::format("\"{}\"", use.written), {use.line});
-        findings->frozen.items.push_back(SIZE_MAX);
-        findings->frozen.typed.emplace_back(text);
-    } else if (use.value && use.written.empty()) {
-        findings->lost.attributes_only = false;
-        add_finding(&findings->lost, argument() + " (what follows it has moved up)", text, {use.line});
-    } else if (use.value) {
-        add_finding(&findings->frozen,
-                    fmt::format("{} is fixed as {}", argument(), shown(text_trimmed(use.written))),
-                    text_trimmed(use.written), {use.line});
-        findings->frozen.items.push_back(item_of(statement, use));
-        findings->frozen.typed.emplace_back(text);
-    } else if (bool attribute = is_attribute(argument_name(rule_last.row, position));
-               !is_default(statement, position, attribute)) {
-        findings->lost.attributes_only &= attribute;
-        add_finding(&findings->lost, argument(), text, lines_of(statement, true));
-    }
+    return typed.find('"') != std::string_view::npos;
 }
 
-// True if the value that an expression had when the script was read chose the row of the command, and no tip
-// says so.
-static bool has_chosen(const statement_view &statement, int32_t position)
+// A text from the one where it begins to the one where it ends.
+static std::string_view text_between(std::string_view text, std::string_view first, std::string_view last)
 {
-    uint8_t type = argument_spec(statement, position) & ARG_TYPE;
-    return position == 1 && rule_last.row->when != nullptr && rule_last.row->effect != EFFECT_TIP &&
-           type >= ARG_LONG && type <= ARG_DOUBLE && !expression_is_constant(argument_text(position));
+    size_t begin = text.find(first);
+    size_t end = begin == text.npos ? begin : text.find(last, begin + first.size());
+    return end == text.npos ? first : text.substr(begin, end + last.size() - begin);
 }
 
-static void judge_argument(const statement_view &statement, int32_t position, bool carried_out,
-                           findings_by_kind *findings)
+// Quoted text among words, which a command that takes no strings there takes apart at its commas. It is
+// written with one blank behind each of them, whatever the script has there.
+static void add_parted(const statement_view &statement, std::string_view source, report_item *decoded)
 {
-    argument_use use = carried_out ? argument_use_of(statement, position, true) : argument_use{};
-    if (argument_is_string(position)) {
-        argument_use comment = argument_use_of(statement, position, false);
-        bool broken_comment = comment.text && comment.written.find('\n') != std::string_view::npos;
-        if (use.text && is_decoded(statement, position, use.written))
-            add_decoded(statement, position, use, &findings->decoded);
-        else if (broken_comment && is_decoded(statement, position, comment.written))
-            add_decoded(statement, position, comment, &findings->decoded);
-    }
-    bool written =
-        use.text ? !is_quoted(statement, position, use) : use.value && is_whole_value(position, use);
-    if (carried_out && !written)
-        judge_live(statement, position, use, findings);
-    else if (carried_out && has_chosen(statement, position)) {
-        add_finding(&findings->frozen,
-                    fmt::format("{} has chosen this form by its value, {}",
-                                argument_shown(statement, position, rule_last.row), argument_value(position)),
-                    text_trimmed(use.written), {use.line});
-        findings->frozen.items.push_back(item_of(statement, use));
-        findings->frozen.typed.emplace_back();
-    }
-}
-
-// Such a text is written with one blank behind each of its commas, whatever the script has there.
-static void add_parted(const judge_state &state, const statement_view &statement, argument_findings *decoded)
-{
-    std::string_view source = script_lines(state, statement);
-    for (quoted_words words = quoted_words_from(statement, source, 1); words.last > 0;
-         words = quoted_words_from(statement, source, words.last + 1)) {
-        if (source.find(words.written) != source.npos)
+    const int32_t count = statement.record->typed_count;
+    for (int32_t first = 1, last; first < count; first++) {
+        argument_use use = argument_use_of(statement, first, true);
+        std::string_view begin = argument_typed(statement, first), end;
+        if (!use.text || argument_is_string(first) || !has_open_string(begin))
             continue;
+        std::string written(use.written);
+        for (last = first; last == first || (last < count && !has_quote(end));) {
+            end = argument_typed(statement, ++last);
+            written.append(", ").append(argument_text(last));
+        }
+        if (!has_quote(end) || argument_is_string(last))
+            continue;
+        first = last;
+        if (source.find(written) != source.npos)
+            continue;
+        std::string_view typed = text_between(source, begin, end);
         add_finding(decoded,
                     fmt::format("{} has the blanks behind its commas changed; write it as {}",
-                                shown_cut(words.written, text_shown), shown_cut(words.typed, text_shown)),
-                    words.written, {words.line});
-        decoded->typed.emplace_back(words.typed);
+                                shown_cut(written, text_shown), shown_cut(typed, text_shown)),
+                    written, {use.line});
+        decoded->own_typed.emplace_back(typed);
     }
 }
 
-void judge_arguments(judge_state *state, const statement_view &statement, bool carried_out)
+// ---- All arguments of a statement ----
+
+static void take_findings(script_report *report, const statement_view &statement, item_kind kind,
+                          const char *start, report_item *findings)
 {
-    findings_by_kind findings;
+    if (findings->detail.empty())
+        return;
+    findings->kind = kind;
+    findings->detail.insert(0, start);
+    if (kind != ITEM_DECODED)
+        own_heads(statement, findings);
+    add_item(report, statement, std::move(*findings));
+}
+
+void judge_arguments(script_report *report, const statement_view &statement, std::string_view source,
+                     bool carried_out)
+{
+    argument_findings findings;
+    findings.lost.summed = true; // until something else than an attribute is lost
     for (int32_t position = 1; position <= argument_last(statement); position++) {
         if (is_row_word(position))
             continue;
-        if (argument_text(position).empty())
-            add_empty(statement, position, carried_out, &findings.lost);
-        else
+        if (!argument_text(position).empty())
             judge_argument(statement, position, carried_out, &findings);
+        else if (carried_out)
+            add_empty(statement, position, &findings.lost);
     }
-    take_findings(state, statement, ITEM_FROZEN, "argument ", &findings.frozen);
     bool arguments_lost = !findings.lost.detail.empty();
     if (carried_out) {
-        add_parted(*state, statement, &findings.decoded);
+        add_parted(statement, source, &findings.decoded);
         add_moved(statement, &findings.lost);
         add_dropped(statement, &findings.lost);
         add_surplus(statement, &findings.lost);
     }
-    take_findings(state, statement, ITEM_LOST, arguments_lost ? "no live line has argument " : "",
+    take_findings(report, statement, ITEM_FROZEN, "argument ", &findings.frozen);
+    take_findings(report, statement, ITEM_LOST, arguments_lost ? "no live line has argument " : "",
                   &findings.lost);
-    take_findings(state, statement, ITEM_DECODED, "argument ", &findings.decoded);
+    take_findings(report, statement, ITEM_DECODED, "argument ", &findings.decoded);
 }

@@ -1,5 +1,6 @@
 #include "report/findings/judge_text.h"
 
+#include "report/findings/line_text.h"
 #include "report/show.h"
 #include "statements/arg_text.h"
 #include "statements/statement_text.h"
@@ -62,46 +63,6 @@ static std::string_view command_in(std::string_view text)
         at += word.size() + 1;
     }
     return {};
-}
-
-size_t string_end(std::string_view line, size_t at)
-{
-    char before = at > 0 ? line[at - 1] : ' ';
-    bool inches =
-        line[at] == '"' && (text_is(before, CHAR_DIGIT) || before == '.' || before == ')' || before == ']');
-    for (size_t end = at + 1; !inches && end < line.size(); end++)
-        if (line[end] == line[at])
-            return end + 1;
-        else if (line[end] == '\\')
-            end++;
-    return inches ? at + 1 : std::string_view::npos;
-}
-
-// Where a line has something outside of strings: a comment, or a string that isn't closed. npos if it has
-// neither.
-static size_t comment_or_open_string_in(std::string_view line)
-{
-    for (size_t at = 0; at < line.size();) {
-        bool quote = line[at] == '"' || line[at] == '`';
-        size_t end = quote ? string_end(line, at) : at + 1;
-        if (end == std::string_view::npos || line.substr(at, 2) == "//")
-            return at;
-        at = end;
-    }
-    return std::string_view::npos;
-}
-
-size_t comment_in(std::string_view line)
-{
-    bool may_have = line.find("//") != std::string_view::npos;
-    size_t at = may_have ? comment_or_open_string_in(line) : std::string_view::npos;
-    return at != std::string_view::npos && line[at] == '/' ? at : std::string_view::npos;
-}
-
-bool has_open_string(std::string_view line)
-{
-    size_t at = comment_or_open_string_in(line);
-    return at != std::string_view::npos && line[at] != '/';
 }
 
 std::string broken_hint(std::string_view command, std::string_view source)

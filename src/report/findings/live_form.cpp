@@ -1,8 +1,8 @@
 #include "report/findings/live_form.h"
 
 #include "expressions/expr_lexer.h"
-#include "report/findings/form_faults.h"
-#include "report/findings/judge_text.h"
+#include "report/findings/arguments.h"
+#include "report/findings/line_text.h"
 #include "report/show.h"
 #include "support/text.h"
 
@@ -37,7 +37,7 @@ static const char *expression_fault(std::string_view item)
     constexpr const char *no_operand = "an operator lacks its operand";
     if (item.find('\0') != item.npos)
         return no_character;
-    const std::string text = std::string(item.substr(0, lex_text_max)) + std::string(lex_slack, '\0');
+    const std::string text = lexer_text(item);
     lex_start(text.data(), text.size() - lex_slack);
     bool operand = false; // the token before can end one
     int open = 0;
@@ -76,45 +76,7 @@ static const char *expression_fault(std::string_view item)
     return operand ? nullptr : no_operand;
 }
 
-// ---- Lists ----
-
-static bool is_quote(char c)
-{
-    return c == '"' || c == '`';
-}
-
-// Takes the next item off a list: up to a comma outside of quotes and parentheses.
-static std::string_view take_item(std::string_view *list, bool *more)
-{
-    int open = 0;
-    size_t at = 0;
-    while (at < list->size()) {
-        char c = (*list)[at];
-        if (c == ',' && open <= 0)
-            break;
-        open += (c == '(' || c == '[') - (c == ')' || c == ']');
-        at = std::min(is_quote(c) ? string_end(*list, at) : at + 1, list->size());
-    }
-    std::string_view item = list->substr(0, at);
-    *more = at < list->size();
-    list->remove_prefix(std::min(at + 1, list->size()));
-    return text_trimmed(item);
-}
-
-std::vector<std::string_view> list_items(std::string_view line)
-{
-    std::vector<std::string_view> items;
-    for (bool more = true; more;)
-        items.push_back(take_item(&line, &more));
-    items[0].remove_prefix(std::min(items[0].find_first_of(" \t"), items[0].size()));
-    items[0] = text_trimmed(items[0]);
-    return items;
-}
-
-bool item_is_string(std::string_view item)
-{
-    return !item.empty() && is_quote(item.front()) && string_end(item, 0) == item.size();
-}
+// ---- Lines ----
 
 // Why an item of a list is none; empty if it is well formed.
 static std::string item_fault(std::string_view item, const std::vector<std::string_view> &arguments)
@@ -140,28 +102,19 @@ std::string live_form_fault(std::string_view line, const std::vector<std::string
         return {};
     if (line[word] == ',')
         return comma_after_word;
-    std::string_view list = line.substr(word);
     if (line[word] != ' ') {
         std::string_view value = text_trimmed(line.substr(std::min(line.find('='), line.size() - 1) + 1));
         return value.empty() ? "an assignment lacks its value" : item_fault(value, arguments);
     }
-    if (std::find(arguments.begin(), arguments.end(), text_trimmed(list)) != arguments.end())
+    if (std::find(arguments.begin(), arguments.end(), text_trimmed(line.substr(word))) != arguments.end())
         return {};
-    for (bool more = true; more;) {
-        std::string fault = item_fault(take_item(&list, &more), arguments);
-        if (!fault.empty())
+    for (std::string_view item : list_items(line))
+        if (std::string fault = item_fault(item, arguments); !fault.empty())
             return fault;
-    }
     return {};
 }
 
 // ---- Menus ----
-
-static std::string_view output_between(const statement_view &statement, uint64_t from, uint64_t to)
-{
-    return statement.output.substr(static_cast<size_t>(from - statement.lines.front().start),
-                                   static_cast<size_t>(to - from));
-}
 
 // The options of the menu string that a statement's new form has, in order, empty ones included. None if they
 // have left neither quotes nor bars.
@@ -228,7 +181,7 @@ static int32_t blank_between(const statement_view &statement)
     for (int32_t i = 1; i < record.write_count; i++) {
         const emit_write &before = record.writes[i - 1];
         const emit_write &write = record.writes[i];
-        const written_line *line = line_at(statement.lines, before.from);
+        const written_line *line = line_at(statement, before.from);
         if (line == nullptr || !line->live || before.slot == 0 || write.slot == before.slot ||
             before.from == before.to || write.from == write.to || write.from <= before.to)
             continue;
@@ -254,12 +207,9 @@ static std::string without_strings(const statement_view &statement, std::string_
     return text;
 }
 
-// Lines that are one statement of the output: a live one, with those that a text of it goes on into.
-using live_line = std::vector<const written_line *>;
-
-static std::string_view text_of(const statement_view &statement, const live_line &lines)
+static std::string_view text_of(const statement_view &statement, const live_line &line)
 {
-    return output_between(statement, lines.front()->start, lines.back()->start + lines.back()->text.size());
+    return output_between(statement, line.first->start, line.last->start + line.last->text.size());
 }
 
 // Items of a list that are arguments as the script has them, and no expressions: file names and the like.
@@ -272,66 +222,59 @@ static void add_odd_arguments(std::vector<std::string> *odd, std::string_view li
             odd->emplace_back(item);
 }
 
-static report_item *add_form(judge_state *state, const statement_view &statement, const live_line &lines,
+static report_item *add_form(script_report *report, const statement_view &statement, const live_line &line,
                              const std::vector<std::string_view> &arguments, const std::string &fault)
 {
-    std::vector<uint64_t> own;
-    for (const written_line *line : lines)
-        own.push_back(line->number);
-    size_t more = 0;
+    std::string_view text = text_of(statement, line);
+    report_item item{};
+    item.kind = ITEM_FORM;
+    item.detail = fault + ": " + shown_cut(text_trimmed(text), 80);
+    item.summed = true;
+    item.own_texts.push_back(fault);
+    add_odd_arguments(&item.own_texts, text, arguments);
+    for (const written_line *own = line.first; own <= line.last; own++)
+        item.own_lines.push_back(own->number);
     if (fault != rest_of_text)
-        own = line_heads(statement, own, &more);
-    std::string_view text = text_of(statement, lines);
-    report_item *item = add_item(state, statement, ITEM_FORM,
-                                 fault + ": " + shown_cut(text_trimmed(text), 80), std::move(own));
-    item->summed = true;
-    item->own_texts.push_back(fault);
-    add_odd_arguments(&item->own_texts, text, arguments);
-    item->own_more = static_cast<uint32_t>(more);
-    return item;
+        own_heads(statement, &item);
+    return add_item(report, statement, std::move(item));
 }
 
 // Lines that end in a backslash, comments too, which take a live line in.
-static void add_joining(judge_state *state, const statement_view &statement)
+static void add_joining(script_report *report, const statement_view &statement)
 {
     for (const written_line &line : statement.lines)
         if (!line.text.empty() && line.text.back() == '\\')
-            add_form(state, statement, {&line}, {}, joins_next);
+            add_form(report, statement, {&line, &line}, {}, joins_next);
 }
 
-void judge_live_form(judge_state *state, const statement_view &statement, bool decoded)
+void judge_live_form(script_report *report, const statement_view &statement, bool decoded)
 {
-    add_joining(state, statement);
+    add_joining(report, statement);
     std::vector<std::string_view> arguments;
     for (int32_t position = 1; position <= statement.record->done.fetched; position++)
         arguments.push_back(text_trimmed(argument_text(position)));
     const emit_write *writes = statement.record->writes;
     const int32_t blank = blank_between(statement);
-    const written_line *beside = blank > 0 ? line_at(statement.lines, writes[blank].from) : nullptr;
+    const written_line *beside = blank > 0 ? line_at(statement, writes[blank].from) : nullptr;
     const std::vector<emit_write> options = options_of(statement);
-    const written_line *menu = options.empty() ? nullptr : line_at(statement.lines, options.front().from);
-    size_t at = 0;
-    bool rest;
-    for (live_line lines = next_live(statement, &at, &rest); !lines.empty();
-         lines = next_live(statement, &at, &rest)) {
-        std::string_view text = text_of(statement, lines);
+    const written_line *menu = options.empty() ? nullptr : line_at(statement, options.front().from);
+    for (const live_line &line : live_lines_of(statement)) {
+        auto has = [&line](const written_line *one) { return line.first <= one && one <= line.last; };
+        std::string_view text = text_of(statement, line);
         std::string fault =
-            rest      ? rest_of_text
-            : decoded ? live_form_fault(without_strings(statement, text, lines.front()->start), arguments)
-                      : live_form_fault(text, arguments);
-        auto has = [&lines](const written_line *one) {
-            return std::find(lines.begin(), lines.end(), one) != lines.end();
-        };
+            line.first->rest ? rest_of_text
+            : decoded        ? live_form_fault(without_strings(statement, text, line.first->start), arguments)
+                             : live_form_fault(text, arguments);
         if (!fault.empty() && !(has(beside) && fault == values_without_comma))
-            add_form(state, statement, lines, arguments, fault);
+            add_form(report, statement, line, arguments, fault);
         if (has(beside)) {
-            report_item *item = add_form(state, statement, lines, arguments, values_without_comma);
+            report_item *item = add_form(report, statement, line, arguments, values_without_comma);
             for (const emit_write &write : {writes[blank - 1], writes[blank]})
                 item->own_typed.emplace_back(output_between(statement, write.from, write.to));
         }
         menu_judgement judged = has(menu) ? judge_menu(statement, options) : menu_judgement();
         if (judged.fault != nullptr) {
-            report_item *item = add_form(state, statement, lines, arguments, judged.fault);
+            report_item *item = add_form(report, statement, line, arguments, judged.fault);
             item->own_places = static_cast<uint32_t>(judged.bars);
             item->own_typed = std::move(judged.divided);
         }

@@ -1,10 +1,10 @@
-// A finished statement as the judgement sees it: its record, its lines of the output, and what of its
-// arguments is in which of them.
+// A finished statement as the judgement sees it: its record, and its lines of the output. And its items.
 //
 // All of it is valid while the statement's record is handed over.
 #pragma once
 
 #include "driver/journal.h"
+#include "report/item.h"
 #include "statements/command_table.h"
 
 #include <stdint.h>
@@ -34,59 +34,38 @@ struct statement_view {
     std::vector<written_line> lines;
 };
 
-// Makes the view of a statement whose output begins at an offset, in a line of the whole output.
-statement_view statement_view_of(const journal_record &record, std::string_view output, uint64_t start,
-                                 uint64_t output_line);
+// Makes the view of a statement whose output begins in a line of the whole output.
+statement_view statement_view_of(const journal_record &record, std::string_view output, uint64_t output_line);
 
-// True if a line is a comment: it begins with // or with the word REM.
-bool is_comment(std::string_view line);
+// True of a command whose arguments failed.
+bool is_broken(const statement_view &statement);
 
-// The next live line from lines[*at] on, with those after it that a text of it goes on into; *at becomes the
-// index after them. *rest is set if it is the rest of a text that began in a comment. Empty if there is none.
-std::vector<const written_line *> next_live(const statement_view &statement, size_t *at, bool *rest);
+// ---- Lines of the output ----
+
+// Lines that are one statement of the output: a live one, with those that a text of it goes on into.
+struct live_line {
+    const written_line *first, *last;
+};
+std::vector<live_line> live_lines_of(const statement_view &statement);
 
 // The line that an offset of the output is in; null if it is in none.
-const written_line *line_at(const std::vector<written_line> &lines, uint64_t offset);
+const written_line *line_at(const statement_view &statement, uint64_t offset);
+
+// A part of the statement's output, by offsets of the whole output.
+std::string_view output_between(const statement_view &statement, uint64_t from, uint64_t to);
 
 // The lines that are live, or comments; numbers of the whole output.
 std::vector<uint64_t> lines_of(const statement_view &statement, bool live);
 
-// Of lines, by their numbers, those that aren't inside of a text, or the ones before them where they are.
-// *more: how many are inside after the only one; 0 if there are several.
-std::vector<uint64_t> line_heads(const statement_view &statement, const std::vector<uint64_t> &numbers,
-                                 size_t *more);
+// ---- Items ----
 
-// ---- Arguments, by their position from 1 ----
+// Adds an item of a statement, which has its kind and what is said of it, and fills in where it is.
+report_item *add_item(script_report *report, const statement_view &statement, report_item item);
 
-// The last position that has an argument, or had one of which the fetcher has left nothing.
-int32_t argument_last(const statement_view &statement);
+// The same with a detail. own are the lines of what is written now that it is about.
+report_item *add_item(script_report *report, const statement_view &statement, item_kind kind,
+                      std::string detail, std::vector<uint64_t> own);
 
-// The text that rules write: a string decoded and between double quotes. Empty if it isn't there or is empty.
-std::string_view argument_text(int32_t position);
-bool argument_is_string(int32_t position);
-
-// The value of a numeric argument, and what its type holds of it; 0 of other ones.
-double argument_number(int32_t position);
-double argument_value(int32_t position);
-
-// The byte of the command's spec that a position is fetched by: the last one goes on.
-uint8_t argument_spec(const statement_view &statement, int32_t position);
-
-// The text as typed; as rules write it where that isn't known.
-std::string_view argument_typed(const statement_view &statement, int32_t position);
-
-// What the lines of one sort have of an argument.
-struct argument_use {
-    bool text = false;        // its text, quotes apart
-    bool value = false;       // its value
-    bool code = false;        // what stands for its value; nothing where nothing does
-    uint64_t line = 0;        // number of the line that has it, the first one
-    std::string_view written; // what is there
-};
-argument_use argument_use_of(const statement_view &statement, int32_t position, bool live);
-
-// A string's text with its escapes decoded.
-std::string escapes_decoded(std::string_view text);
-
-// A text without its double quotes, if it has a pair of them.
-std::string_view without_quotes(std::string_view text);
+// Puts in the place of own lines that are inside of a text the ones where it begins, and sets how many follow
+// if there is one alone.
+void own_heads(const statement_view &statement, report_item *item);

@@ -1,7 +1,6 @@
 #include "report/memory/edits.h"
 
-#include "report/findings/form_mended.h"
-#include "report/findings/judge_text.h"
+#include "report/findings/line_text.h"
 #include "report/findings/live_form.h"
 #include "report/memory/line_pairs.h"
 #include "report/memory/line_words.h"

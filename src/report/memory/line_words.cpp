@@ -1,7 +1,6 @@
 #include "report/memory/line_words.h"
 
-#include "report/findings/judge_text.h"
-#include "report/findings/statement.h"
+#include "report/findings/line_text.h"
 #include "report/show.h"
 #include "support/text.h"
 

@@ -1,6 +1,6 @@
 #include "report/memory/text_lines.h"
 
-#include "report/findings/statement.h"
+#include "report/findings/line_text.h"
 #include "report/show.h"
 
 #include <functional>
