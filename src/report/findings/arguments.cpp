@@ -41,9 +41,11 @@ std::string_view argument_typed(const statement_view &statement, int32_t positio
 // White space counts where it kept two words apart.
 bool has_dropped(const statement_view &statement, int32_t position)
 {
+    if (argument_is_string(position))
+        return false;
     std::string_view typed = argument_typed(statement, position);
     auto is_word = [&](size_t at) { return at < typed.size() && text_is(typed[at], CHAR_WORD); };
-    for (size_t at = 0; at < typed.size() && !argument_is_string(position); at++)
+    for (size_t at = 0; at < typed.size(); at++)
         if (!text_is(typed[at], CHAR_GRAPH) && typed[at] != ' ' &&
             (!text_is(typed[at], CHAR_WHITE) || (is_word(at - 1) && is_word(at + 1))))
             return true;
@@ -85,7 +87,9 @@ bool is_numeric(const statement_view &statement, int32_t position)
 
 std::string lexer_text(std::string_view text)
 {
-    return std::string(text.substr(0, lex_text_max)) + std::string(lex_slack, '\0');
+    std::string copy(std::min(text.size(), lex_text_max) + lex_slack, '\0');
+    text.copy(copy.data(), copy.size() - lex_slack);
+    return copy;
 }
 
 bool expression_is_constant(std::string_view text)

@@ -68,15 +68,11 @@ static std::string stop_reason(int32_t result)
     }
 }
 
-static bool is_text(const statement_view &statement)
-{
-    statement_kind kind = statement.record->done.head.kind;
-    return kind == KIND_TEXT || kind == KIND_KEYWORD;
-}
-
 static bool is_comment_statement(const statement_view &statement)
 {
-    return is_text(statement) && (statement.output.empty() || is_comment(statement.output));
+    statement_kind kind = statement.record->done.head.kind;
+    return (kind == KIND_TEXT || kind == KIND_KEYWORD) &&
+           (statement.output.empty() || is_comment(statement.output));
 }
 
 // How many lines were not read is added when the script's lines are looked at.
@@ -158,10 +154,8 @@ static void judge_command(judge_state *state, const statement_view &statement)
         add_item(state->report, statement, static_cast<item_kind>(item.kind),
                  item.detail + (carried_out ? std::string() : arguments_in_detail(statement)),
                  lines_of(statement, false));
-    size_t items = state->report->items.size();
     judge_arguments(state->report, statement, script_lines(*state, statement), carried_out);
-    bool decoded = state->report->items.size() > items && state->report->items.back().kind == ITEM_DECODED;
-    judge_live_form(state->report, statement, decoded);
+    judge_live_form(state->report, statement);
     if (std::string_view(statement.row->name) == "ORDDIM")
         judge_base(state, statement);
 }
@@ -175,10 +169,11 @@ static size_t statements_left(const statement_view &statement)
     return statement.row == nullptr ? std::min<size_t>(count, 1) : count;
 }
 
-// The first characters of what is left of a statement.
+// The first line of what is left of a statement.
 static std::string text_left(const statement_view &statement)
 {
-    return shown_cut(text_trimmed(text_cut(text_trimmed(statement.output), 400)), 40);
+    std::string_view text = text_trimmed(statement.output);
+    return shown_cut(text_trimmed(text.substr(0, text.find('\n'))), 40);
 }
 
 // How a statement is called in a detail: by its command or its first characters.

@@ -94,20 +94,15 @@ struct argument_findings {
     report_item frozen{}, decoded{}, lost{};
 };
 
-static void add_own_lines(report_item *item, const std::vector<uint64_t> &lines)
-{
-    for (uint64_t line : lines)
-        if (std::find(item->own_lines.begin(), item->own_lines.end(), line) == item->own_lines.end())
-            item->own_lines.push_back(line);
-}
-
 // text decides whether an edit counts.
 static void add_finding(report_item *item, const std::string &detail, std::string_view text,
                         const std::vector<uint64_t> &lines)
 {
     add_detail(&item->detail, detail);
     item->own_texts.emplace_back(text);
-    add_own_lines(item, lines);
+    for (uint64_t line : lines)
+        if (std::find(item->own_lines.begin(), item->own_lines.end(), line) == item->own_lines.end())
+            item->own_lines.push_back(line);
 }
 
 // Which item of its line's list a use is; SIZE_MAX if it is none.
@@ -122,12 +117,12 @@ static size_t item_of(const statement_view &statement, const argument_use &use)
     return item != items.end() ? static_cast<size_t>(item - items.begin()) : SIZE_MAX;
 }
 
-// A value that was written for what was typed; for nothing that comes back if it has only chosen the form.
-static void add_value(const statement_view &statement, const argument_use &use, const std::string &detail,
-                      std::string_view typed, report_item *frozen)
+// item: which one of its line's list the text is.
+static void add_frozen(report_item *frozen, const std::string &detail, std::string_view text, uint64_t line,
+                       size_t item, std::string_view typed)
 {
-    add_finding(frozen, detail, text_trimmed(use.written), {use.line});
-    frozen->own_items.push_back(item_of(statement, use));
+    add_finding(frozen, detail, text, {line});
+    frozen->own_items.push_back(item);
     frozen->own_typed.emplace_back(typed);
 }
 
@@ -180,19 +175,17 @@ static void judge_live(const statement_view &statement, int32_t position, const 
     std::string_view text = argument_text(position);
     auto argument = [&] { return argument_shown(statement, position, rule_last.row); };
     if (use.text) {
-        add_finding(
+        add_frozen(
             &findings->frozen,
             fmt::format("{} is written as the text \"{}\"", argument(), shown_cut(use.written, text_shown)),
-            fmt::format("\"{}\"", use.written), {use.line});
-        findings->frozen.own_items.push_back(SIZE_MAX);
-        findings->frozen.own_typed.emplace_back(text);
+            fmt::format("\"{}\"", use.written), use.line, SIZE_MAX, text);
     } else if (use.value && use.written.empty()) {
         findings->lost.summed = false;
         add_finding(&findings->lost, argument() + " (what follows it has moved up)", text, {use.line});
     } else if (use.value) {
-        add_value(statement, use,
-                  fmt::format("{} is fixed as {}", argument(), shown(text_trimmed(use.written))), text,
-                  &findings->frozen);
+        std::string_view written = text_trimmed(use.written);
+        add_frozen(&findings->frozen, fmt::format("{} is fixed as {}", argument(), shown(written)), written,
+                   use.line, item_of(statement, use), text);
     } else if (!is_default(statement, position, rule_last.row)) {
         findings->lost.summed &= is_attribute(rule_last.row, position);
         add_finding(&findings->lost, argument(), text, lines_of(statement, true));
@@ -215,10 +208,10 @@ static void judge_carried_out(const statement_view &statement, int32_t position,
     if (!written)
         judge_live(statement, position, use, findings);
     else if (has_chosen(statement, position))
-        add_value(statement, use,
-                  fmt::format("{} has chosen this form by its value, {}",
-                              argument_shown(statement, position, rule_last.row), argument_value(position)),
-                  {}, &findings->frozen);
+        add_frozen(&findings->frozen,
+                   fmt::format("{} has chosen this form by its value, {}",
+                               argument_shown(statement, position, rule_last.row), argument_value(position)),
+                   text_trimmed(use.written), use.line, item_of(statement, use), {});
 }
 
 static void judge_argument(const statement_view &statement, int32_t position, bool carried_out,
@@ -238,35 +231,28 @@ static void judge_argument(const statement_view &statement, int32_t position, bo
 
 // ---- What is lost or changed beside whole arguments ----
 
-static void add_clause(report_item *lost, const std::string &clause, std::vector<uint64_t> lines)
+static void add_clause(report_item *lost, const std::string &clause, std::string_view text,
+                       std::vector<uint64_t> lines)
 {
     lost->summed = false;
     lost->detail += (lost->detail.empty() ? "" : "; ") + clause;
     lost->own_lines = std::move(lines);
-}
-
-static void add_surplus(const statement_view &statement, report_item *lost)
-{
-    std::string surplus = surplus_shown(statement);
-    if (surplus.empty())
-        return;
-    add_clause(lost, surplus, lines_of(statement, true));
-    lost->own_texts.emplace_back(surplus_of(statement));
+    if (!text.empty())
+        lost->own_texts.emplace_back(text);
 }
 
 static void add_dropped(const statement_view &statement, report_item *lost)
 {
     for (int32_t position = 1; position <= argument_last(statement); position++) {
-        argument_use use =
-            has_dropped(statement, position) ? argument_use_of(statement, position, true) : argument_use{};
-        if (!use.text || use.written.empty())
+        if (!has_dropped(statement, position))
             continue;
-        add_clause(lost,
-                   fmt::format("argument {}: {} is written as {}: characters were dropped", position,
-                               shown_cut(argument_typed(statement, position), text_shown),
-                               shown_cut(use.written, text_shown)),
-                   {use.line});
-        lost->own_texts.emplace_back(argument_typed(statement, position));
+        argument_use use = argument_use_of(statement, position, true);
+        std::string_view typed = argument_typed(statement, position);
+        if (use.text && !use.written.empty())
+            add_clause(lost,
+                       fmt::format("argument {}: {} is written as {}: characters were dropped", position,
+                                   shown_cut(typed, text_shown), shown_cut(use.written, text_shown)),
+                       typed, {use.line});
     }
 }
 
@@ -300,7 +286,7 @@ static void add_moved(const statement_view &statement, report_item *lost)
         if (missing > 0 && lost->own_places == 0)
             add_clause(
                 lost,
-                fmt::format("argument {} has moved up: the empty one before it has no comma", write.slot),
+                fmt::format("argument {} has moved up: the empty one before it has no comma", write.slot), {},
                 lines_of(statement, true));
         lost->own_places += static_cast<uint32_t>(missing);
     }
@@ -380,7 +366,8 @@ void judge_arguments(script_report *report, const statement_view &statement, std
         add_parted(statement, source, &findings.decoded);
         add_moved(statement, &findings.lost);
         add_dropped(statement, &findings.lost);
-        add_surplus(statement, &findings.lost);
+        if (std::string surplus = surplus_shown(statement); !surplus.empty())
+            add_clause(&findings.lost, surplus, surplus_of(statement), lines_of(statement, true));
     }
     take_findings(report, statement, ITEM_FROZEN, "argument ", &findings.frozen);
     take_findings(report, statement, ITEM_LOST, arguments_lost ? "no live line has argument " : "",

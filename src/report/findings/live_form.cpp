@@ -173,65 +173,53 @@ static menu_judgement judge_menu(const statement_view &statement, const std::vec
 
 // ---- Statements ----
 
-// Two arguments that have only a blank between them: read again, they could be one expression. The index of
-// the second one's write; 0 if there are none.
-static int32_t blank_between(const statement_view &statement)
-{
-    const journal_record &record = *statement.record;
-    for (int32_t i = 1; i < record.write_count; i++) {
-        const emit_write &before = record.writes[i - 1];
-        const emit_write &write = record.writes[i];
-        const written_line *line = line_at(statement, before.from);
-        if (line == nullptr || !line->live || before.slot == 0 || write.slot == before.slot ||
-            before.from == before.to || write.from == write.to || write.from <= before.to)
-            continue;
-        if (output_between(statement, before.to, write.from).find_first_not_of(' ') == std::string_view::npos)
-            return i;
-    }
-    return 0;
-}
-
-// Puts x in the place of the strings in a line that begins at an offset of the output: what escapes became
-// may be anything.
-static std::string without_strings(const statement_view &statement, std::string_view line, uint64_t start)
-{
-    std::string text(line);
-    for (int32_t i = 0; i < statement.record->write_count; i++) {
-        const emit_write &write = statement.record->writes[i];
-        if (!argument_is_string(write.slot) || write.from < start || write.to > start + text.size())
-            continue;
-        uint64_t quote = write.to - write.from == argument_text(write.slot).size() ? 1 : 0;
-        for (uint64_t at = write.from + quote; at + quote < write.to; at++)
-            text[static_cast<size_t>(at - start)] = 'x';
-    }
-    return text;
-}
-
 static std::string_view text_of(const statement_view &statement, const live_line &line)
 {
     return output_between(statement, line.first->start, line.last->start + line.last->text.size());
 }
 
-// Items of a list that are arguments as the script has them, and no expressions: file names and the like.
-static void add_odd_arguments(std::vector<std::string> *odd, std::string_view line,
-                              const std::vector<std::string_view> &arguments)
+// The writes of arguments in a line, those of nothing excepted.
+static std::vector<emit_write> writes_in(const statement_view &statement, const live_line &line)
 {
-    for (std::string_view item : list_items(line))
-        if (std::find(arguments.begin(), arguments.end(), item) != arguments.end() &&
-            !item_fault(item, {}).empty())
-            odd->emplace_back(item);
+    std::vector<emit_write> writes;
+    for (int32_t i = 0; i < statement.record->write_count; i++) {
+        const emit_write &write = statement.record->writes[i];
+        if (write.slot > 0 && write.from < write.to && write.from >= line.first->start &&
+            write.to <= line.last->start + line.last->text.size())
+            writes.push_back(write);
+    }
+    return writes;
+}
+
+// A line with x in the place of its strings: what escapes became may be anything.
+static std::string without_strings(const statement_view &statement, const live_line &line,
+                                   const std::vector<emit_write> &writes)
+{
+    std::string text(text_of(statement, line));
+    for (const emit_write &write : writes) {
+        auto size = static_cast<size_t>(write.to - write.from);
+        size_t quote = size == argument_text(write.slot).size() ? 1 : 0;
+        auto at = static_cast<size_t>(write.from - line.first->start);
+        if (argument_is_string(write.slot))
+            text.replace(at + quote, size - 2 * quote, size - 2 * quote, 'x');
+    }
+    return text;
 }
 
 static report_item *add_form(script_report *report, const statement_view &statement, const live_line &line,
-                             const std::vector<std::string_view> &arguments, const std::string &fault)
+                             const std::string &fault)
 {
-    std::string_view text = text_of(statement, line);
     report_item item{};
     item.kind = ITEM_FORM;
-    item.detail = fault + ": " + shown_cut(text_trimmed(text), 80);
+    item.detail = fault + ": " + shown_cut(text_trimmed(text_of(statement, line)), 80);
     item.summed = true;
     item.own_texts.push_back(fault);
-    add_odd_arguments(&item.own_texts, text, arguments);
+    // Arguments that are no expressions, such as file names, stay right.
+    for (const emit_write &write : writes_in(statement, line)) {
+        std::string_view text = text_trimmed(output_between(statement, write.from, write.to));
+        if (!item_fault(text, {}).empty())
+            item.own_texts.emplace_back(text);
+    }
     for (const written_line *own = line.first; own <= line.last; own++)
         item.own_lines.push_back(own->number);
     if (fault != rest_of_text)
@@ -244,37 +232,45 @@ static void add_joining(script_report *report, const statement_view &statement)
 {
     for (const written_line &line : statement.lines)
         if (!line.text.empty() && line.text.back() == '\\')
-            add_form(report, statement, {&line, &line}, {}, joins_next);
+            add_form(report, statement, {&line, &line}, joins_next);
 }
 
-void judge_live_form(script_report *report, const statement_view &statement, bool decoded)
+// Two arguments that have only blanks between them; none if there are none.
+static std::vector<std::string> values_beside(const statement_view &statement,
+                                              const std::vector<emit_write> &writes)
+{
+    for (size_t i = 1; i < writes.size(); i++) {
+        const emit_write &before = writes[i - 1], &write = writes[i];
+        if (write.slot != before.slot && write.from > before.to &&
+            output_between(statement, before.to, write.from).find_first_not_of(' ') == std::string_view::npos)
+            return {std::string(output_between(statement, before.from, before.to)),
+                    std::string(output_between(statement, write.from, write.to))};
+    }
+    return {};
+}
+
+void judge_live_form(script_report *report, const statement_view &statement)
 {
     add_joining(report, statement);
     std::vector<std::string_view> arguments;
     for (int32_t position = 1; position <= statement.record->done.fetched; position++)
         arguments.push_back(text_trimmed(argument_text(position)));
-    const emit_write *writes = statement.record->writes;
-    const int32_t blank = blank_between(statement);
-    const written_line *beside = blank > 0 ? line_at(statement, writes[blank].from) : nullptr;
     const std::vector<emit_write> options = options_of(statement);
     const written_line *menu = options.empty() ? nullptr : line_at(statement, options.front().from);
     for (const live_line &line : live_lines_of(statement)) {
-        auto has = [&line](const written_line *one) { return line.first <= one && one <= line.last; };
-        std::string_view text = text_of(statement, line);
-        std::string fault =
-            line.first->rest ? rest_of_text
-            : decoded        ? live_form_fault(without_strings(statement, text, line.first->start), arguments)
-                             : live_form_fault(text, arguments);
-        if (!fault.empty() && !(has(beside) && fault == values_without_comma))
-            add_form(report, statement, line, arguments, fault);
-        if (has(beside)) {
-            report_item *item = add_form(report, statement, line, arguments, values_without_comma);
-            for (const emit_write &write : {writes[blank - 1], writes[blank]})
-                item->own_typed.emplace_back(output_between(statement, write.from, write.to));
-        }
-        menu_judgement judged = has(menu) ? judge_menu(statement, options) : menu_judgement();
+        const std::vector<emit_write> writes = writes_in(statement, line);
+        std::string fault = line.first->rest
+                                ? rest_of_text
+                                : live_form_fault(without_strings(statement, line, writes), arguments);
+        std::vector<std::string> beside = values_beside(statement, writes);
+        if (!fault.empty() && (beside.empty() || fault != values_without_comma))
+            add_form(report, statement, line, fault);
+        if (!beside.empty())
+            add_form(report, statement, line, values_without_comma)->own_typed = std::move(beside);
+        bool has_menu = line.first <= menu && menu <= line.last;
+        menu_judgement judged = has_menu ? judge_menu(statement, options) : menu_judgement();
         if (judged.fault != nullptr) {
-            report_item *item = add_form(report, statement, line, arguments, judged.fault);
+            report_item *item = add_form(report, statement, line, judged.fault);
             item->own_places = static_cast<uint32_t>(judged.bars);
             item->own_typed = std::move(judged.divided);
         }

@@ -23,8 +23,8 @@ inline constexpr char option_added[] = "an empty menu option that the script did
 inline constexpr char option_divided[] = "an option of the script has a bar, which divides options";
 
 // Adds an item of the kind form for each fault of a command's live lines that makes one no well-formed list.
-// Where a string was decoded, what it has become doesn't count.
-void judge_live_form(script_report *report, const statement_view &statement, bool decoded);
+// What a string has become doesn't count.
+void judge_live_form(script_report *report, const statement_view &statement);
 
 // True if an argument is an option of the statement's menu string, which may be empty.
 bool is_option(const statement_view &statement, int32_t position);

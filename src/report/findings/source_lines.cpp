@@ -1,12 +1,13 @@
 #include "report/findings/source_lines.h"
 
 #include "report/findings/judge_text.h"
-#include "report/memory/text_lines.h"
 #include "report/show.h"
 
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 constexpr uint32_t hint_lines = 8;     // lines of a statement that are searched for a hint
 constexpr size_t statement_kept = 300; // characters of a line that an item holds
@@ -50,28 +51,22 @@ static void add_hint(report_item *item, const text_lines &script)
         item->detail += "; " + hint;
 }
 
-// Lines from the end of the reading on that hold more than white space; all of them where a statement ended
-// it.
-static uint64_t unread_lines(const text_lines &script, const source_end &end, bool *text_left)
-{
-    constexpr std::string_view empty(" \t\r\n\v\f\0\x1a", 8);
-    uint64_t count = 0;
-    *text_left = false;
-    for (size_t number = end.line; number <= line_count(script); number++) {
-        std::string_view line = lines_between(script, number - 1, number);
-        if (end.by_byte && number == end.line)
-            line.remove_prefix(std::min(line.find('\x1a'), line.size()));
-        bool text = line.find_first_not_of(empty) != std::string_view::npos;
-        *text_left |= text;
-        count += text || number > end.line || !end.by_byte ? 1 : 0;
-    }
-    return count;
-}
-
+// Lines from the end of the reading on are left unread: those that hold more than white space, or all of them
+// where a statement ended it. The line of a byte 26 counts if a text follows that.
 static void add_unread(script_report *report, const text_lines &script, const source_end &end)
 {
-    bool text_left;
-    uint64_t unread = unread_lines(script, end, &text_left);
+    constexpr std::string_view empty(" \t\r\n\v\f\0\x1a", 8);
+    uint64_t unread = 0;
+    bool text_left = false;
+    for (size_t number = end.line; number <= line_count(script); number++) {
+        std::string_view line = lines_between(script, number - 1, number);
+        bool ends = end.by_byte && number == end.line;
+        if (ends)
+            line.remove_prefix(std::min(line.find('\x1a'), line.size()));
+        bool text = line.find_first_not_of(empty) != std::string_view::npos;
+        text_left |= text;
+        unread += text || !ends;
+    }
     if (end.by_byte && !text_left) {
         report->items.pop_back();
         return;
@@ -79,7 +74,7 @@ static void add_unread(script_report *report, const text_lines &script, const so
     for (report_item &item : report->items)
         if (item.kind == ITEM_STOPPED && unread > 0)
             item.detail +=
-                unread == 1 ? "; 1 line was not read" : fmt::format("; {} lines were not read", unread);
+                fmt::format("; {} {} not read", counted(unread, "line"), unread == 1 ? "was" : "were");
 }
 
 // Many of the converter's routines take a NUL byte for the end of the text: what follows it on the line may
@@ -87,22 +82,20 @@ static void add_unread(script_report *report, const text_lines &script, const so
 static void add_nuls(script_report *report, const text_lines &script, const source_end &end)
 {
     size_t last = end.line != 0 ? end.line - 1 : line_count(script);
+    std::vector<size_t> found;
+    for (size_t number = 1; number <= last; number++)
+        if (line_of(script, number, SIZE_MAX).find('\0') != std::string_view::npos)
+            found.push_back(number);
+    if (found.empty())
+        return;
     report_item item{};
     item.kind = ITEM_LOST;
     item.output_line = 1;
-    uint64_t more = 0;
-    for (size_t number = 1; number <= last; number++) {
-        if (line_of(script, number, SIZE_MAX).find('\0') == std::string_view::npos)
-            continue;
-        more += item.line != 0;
-        if (item.line == 0)
-            item.line = item.last_line = static_cast<uint32_t>(number);
-    }
-    if (item.line == 0)
-        return;
-    item.detail = "a NUL byte, as a text in UTF-16 has, " +
-                  (more > 0 ? fmt::format("here and in {} more", counted(more, "line")) : "is on the line") +
-                  ": what follows it may be gone";
+    item.line = item.last_line = static_cast<uint32_t>(found[0]);
+    std::string where = found.size() == 1
+                            ? "is on the line"
+                            : fmt::format("here and in {} more", counted(found.size() - 1, "line"));
+    item.detail = "a NUL byte, as a text in UTF-16 has, " + where + ": what follows it may be gone";
     report->items.push_back(std::move(item));
 }
 

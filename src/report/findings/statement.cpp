@@ -38,9 +38,8 @@ static void mark_lines_inside(statement_view *statement)
         if (line == nullptr)
             continue;
         bool of_live = line->live && !line->rest;
-        for (size_t at = static_cast<size_t>(line - lines.data()) + 1; at < lines.size(); at++) {
-            if (lines[at].start > write.to)
-                break;
+        for (auto at = static_cast<size_t>(line - lines.data()) + 1;
+             at < lines.size() && lines[at].start <= write.to; at++) {
             lines[at].inside = true;
             lines[at].live |= of_live;
             lines[at].rest |= !of_live;
