@@ -7,6 +7,7 @@
 #include "support/output.h"
 #include "support/text.h"
 
+#include <algorithm>
 #include <new>
 
 // The conversion that runs.
@@ -29,20 +30,13 @@ static void take_label(const char *name)
     converting.label = name;
 }
 
-// Counts the lines of the output up to an offset.
-static void count_to(size_t offset)
-{
-    const std::string &output = *converting.output;
-    for (size_t at = converting.counted; (at = output.find('\n', at)) < offset; at++)
-        converting.line++;
-    converting.counted = offset;
-}
-
 static void take_record(const journal_record &record)
 {
     out_flush();
+    const char *written = converting.output->data();
     auto start = static_cast<size_t>(record.done.head.output_start);
-    count_to(start);
+    converting.line += static_cast<uint64_t>(std::count(written + converting.counted, written + start, '\n'));
+    converting.counted = start;
     std::string_view output = std::string_view(*converting.output).substr(start);
     converting.take(statement_view_of(record, output, converting.line), converting.context);
 }

@@ -10,17 +10,15 @@ static bool has_comma_between(const std::vector<std::string> &values, std::strin
                               std::string_view there)
 {
     std::vector<std::string_view> before = list_items(was), after = list_items(there);
-    auto is_value = [](std::string_view item, const std::string &value) {
-        return item == text_trimmed(value);
-    };
-    for (size_t i = 1; values.size() == 2 && i < after.size(); i++)
-        if (is_value(after[i - 1], values[0]) && is_value(after[i], values[1]))
+    if (values.size() != 2)
+        return after.size() > before.size();
+    std::string_view first = text_trimmed(values[0]), second = text_trimmed(values[1]);
+    for (size_t i = 1; i < after.size(); i++)
+        if (after[i - 1] == first && after[i] == second)
             return true;
-    auto has_both = [&values](std::string_view item) {
-        size_t first = item.find(values[0]);
-        return first == 0 && text_trimmed(item.substr(values[0].size())) == values[1];
-    };
-    bool still = values.size() == 2 && std::any_of(after.begin(), after.end(), has_both);
+    bool still = std::any_of(after.begin(), after.end(), [&](std::string_view item) {
+        return item.substr(0, first.size()) == first && text_trimmed(item.substr(first.size())) == second;
+    });
     return !still && after.size() > before.size();
 }
 

@@ -96,11 +96,11 @@ static void judge_end(judge_state *state, const statement_view &statement)
 
 // ---- Commands ----
 
-// The lines of a statement in the script.
-static std::string_view script_lines(const judge_state &state, const statement_view &statement)
+// Lines of the script, as far as there are so many.
+static std::string_view script_lines(const judge_state &state, uint32_t first, uint32_t last)
 {
-    size_t end = std::min<size_t>(statement.last_line, line_count(*state.script));
-    return lines_between(*state.script, std::min<size_t>(statement.line - 1, end), end);
+    size_t end = std::min<size_t>(last, line_count(*state.script));
+    return lines_between(*state.script, std::min<size_t>(first - 1, end), end);
 }
 
 static const char *byhand_detail(const rule_row *row)
@@ -154,7 +154,8 @@ static void judge_command(judge_state *state, const statement_view &statement)
         add_item(state->report, statement, static_cast<item_kind>(item.kind),
                  item.detail + (carried_out ? std::string() : arguments_in_detail(statement)),
                  lines_of(statement, false));
-    judge_arguments(state->report, statement, script_lines(*state, statement), carried_out);
+    judge_arguments(state->report, statement, script_lines(*state, statement.line, statement.last_line),
+                    carried_out);
     judge_live_form(state->report, statement);
     if (std::string_view(statement.row->name) == "ORDDIM")
         judge_base(state, statement);
@@ -250,6 +251,8 @@ static void note_if(judge_state *state, const statement_view &statement)
 
 // ---- Statements ----
 
+constexpr uint32_t hint_lines = 8; // lines after a statement's first one that are searched for a hint
+
 // Adds what is left of a statement to the item of the broken one that it belongs to.
 static void add_left(judge_state *state, const statement_view &statement)
 {
@@ -258,7 +261,10 @@ static void add_left(judge_state *state, const statement_view &statement)
     std::string_view text = text_trimmed(statement.output);
     if (!text.empty() && left.size() < 200)
         left += (left.empty() ? "" : ", ") + shown_cut(text.substr(0, text.find('\n')), 60);
-    broken.detail = state->broken_fault + (left.empty() ? "; nothing is left" : "; left: " + left);
+    std::string_view source =
+        script_lines(*state, broken.line, std::min(broken.last_line, broken.line + hint_lines));
+    broken.detail = state->broken_fault + (left.empty() ? "; nothing is left" : "; left: " + left) +
+                    broken_hint(broken.command, source);
     state->line_left = statement.record->done.line_left;
 }
 
@@ -301,7 +307,8 @@ static void judge_kind(judge_state *state, const statement_view &statement)
         judge_command(state, statement);
     } else if (statement.record->done.head.kind == KIND_KEYWORD && statement.output.empty()) {
         add_item(state->report, statement, ITEM_DROPPED, "nothing is written of it", {})->summed = true;
-    } else if (std::string detail = unknown_detail(statement, script_lines(*state, statement));
+    } else if (std::string detail =
+                   unknown_detail(statement, script_lines(*state, statement.line, statement.last_line));
                !detail.empty()) {
         add_item(state->report, statement, ITEM_UNKNOWN, std::move(detail), lines_of(statement, true));
     }

@@ -68,13 +68,11 @@ static std::string_view command_in(std::string_view text)
 std::string broken_hint(std::string_view command, std::string_view source)
 {
     if (comment_in(source) != std::string_view::npos)
-        return "a comment on the command's line: give it a line of its own";
+        return "; a comment on the command's line: give it a line of its own";
     std::string_view text = text_trimmed(source);
     text.remove_prefix(std::min(command.size(), text.size()));
     std::string_view word = command == "IF" ? command_in(text) : std::string_view();
-    if (!word.empty())
-        return fmt::format("{} on the line of an IF: give it a line of its own", word);
-    return {};
+    return word.empty() ? "" : fmt::format("; {} on the line of an IF: give it a line of its own", word);
 }
 
 // ---- Lines that weren't recognised ----

@@ -1,6 +1,5 @@
 #include "report/findings/source_lines.h"
 
-#include "report/findings/judge_text.h"
 #include "report/show.h"
 
 #include <fmt/core.h>
@@ -9,7 +8,6 @@
 #include <utility>
 #include <vector>
 
-constexpr uint32_t hint_lines = 8;     // lines of a statement that are searched for a hint
 constexpr size_t statement_kept = 300; // characters of a line that an item holds
 constexpr std::string_view magic("Murivo\0", 7);
 
@@ -39,16 +37,6 @@ static std::string_view near_line(const text_lines &script, size_t number, int s
 static std::string first_word(std::string_view text)
 {
     return shown_cut(text.substr(0, text.find_first_of(" \t\r\n=(,", 1)), 40);
-}
-
-static void add_hint(report_item *item, const text_lines &script)
-{
-    std::string source;
-    for (uint32_t line = item->line; line <= std::min(item->last_line, item->line + hint_lines); line++)
-        source.append(line_of(script, line)).append(" ");
-    std::string hint = broken_hint(item->command, source);
-    if (!hint.empty())
-        item->detail += "; " + hint;
 }
 
 // Lines from the end of the reading on are left unread: those that hold more than white space, or all of them
@@ -114,7 +102,5 @@ void source_lines_add(script_report *report, const text_lines &script, const sou
         item.after = near_line(script, item.last_line, 1);
         if (item.command.empty() && !(item.kind == ITEM_STOPPED && end.by_byte))
             item.command = first_word(item.source);
-        if (item.kind == ITEM_BROKEN)
-            add_hint(&item, script);
     }
 }
