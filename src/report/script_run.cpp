@@ -32,7 +32,6 @@ static bool script_judge(script_run *run, rules_run_state *after)
         lines = text_split(run->script);
     if (!is_read || !script_convert(run->report.path, after, &run->now, take_statement_of, &judge))
         return report_failed("read", run->report.path);
-    source_lines_add(&run->report, lines, judge.end);
     return true;
 }
 

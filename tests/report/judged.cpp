@@ -44,7 +44,6 @@ judged_script judged(const std::string &script, rules_run_state state)
     reset_run();
     write_file(path, script);
     EXPECT_TRUE(script_convert(path, &state, &result.output, take_statement_of, &run));
-    source_lines_add(&result.report, lines, run.state.end);
     return result;
 }
 

@@ -6,6 +6,7 @@
 #include "report/findings/judge_text.h"
 #include "report/findings/line_text.h"
 #include "report/findings/live_form.h"
+#include "report/findings/source_lines.h"
 #include "report/show.h"
 #include "rules/rule_table.h"
 #include "statements/statement_text.h"
@@ -75,23 +76,26 @@ static bool is_comment_statement(const statement_view &statement)
            (statement.output.empty() || is_comment(statement.output));
 }
 
-// How many lines were not read is added when the script's lines are looked at.
 static void judge_end(judge_state *state, const statement_view &statement)
 {
     const statement_result &done = statement.record->done;
     // A comment needs no line end.
     bool comment = done.result == STATEMENT_END && is_comment(statement.output);
     bool by_byte = done.head.kind == KIND_NONE || comment;
-    if (done.result == STATEMENT_END && done.source_complete && by_byte)
-        return;
-    statement_view end = statement;
-    if (by_byte)
-        end.line = end.last_line = done.next_line;
-    state->end = {by_byte ? done.next_line : end.last_line + 1, by_byte};
-    add_item(state->report, end, ITEM_STOPPED,
-             by_byte || done.result != STATEMENT_END ? stop_reason(done.result)
-                                                     : "the script ends inside this statement",
-             {});
+    source_end end{by_byte ? done.next_line : statement.last_line + 1, by_byte};
+    std::string unread;
+    if (done.result == STATEMENT_END && done.source_complete && by_byte) {
+        end = {};
+    } else if (unread_shown(*state->script, end, &unread)) {
+        statement_view last = statement;
+        if (by_byte)
+            last.line = last.last_line = done.next_line;
+        std::string reason = by_byte || done.result != STATEMENT_END
+                                 ? stop_reason(done.result)
+                                 : "the script ends inside this statement";
+        add_item(state->report, last, ITEM_STOPPED, reason + unread, {});
+    }
+    source_lines_add(state->report, *state->script, end);
 }
 
 // ---- Commands ----
@@ -185,9 +189,7 @@ static std::string statement_name(const statement_view &statement)
 
 static void own_first_live(report_item *item, const statement_view &statement)
 {
-    std::vector<uint64_t> live = lines_of(statement, true);
-    if (!live.empty())
-        item->own_lines.push_back(live.front());
+    item->own_lines.push_back(live_lines_of(statement).front().first->number);
 }
 
 // What has become of the statement under an IF that is not the one statement that the IF guards; null if it

@@ -1,7 +1,6 @@
 // Judgement: which items a statement gives, from the record of its conversion.
 #pragma once
 
-#include "report/findings/source_lines.h"
 #include "report/findings/statement.h"
 #include "report/item.h"
 #include "report/memory/text_lines.h"
@@ -22,7 +21,6 @@ struct judge_state {
     uint64_t if_output_line = 0;  // of the same IF
     size_t open_guard = SIZE_MAX; // index of a guarded item that doesn't know what its IF guards now
     bool base_seen = false; // the group of ORDDIMs that comes next or goes on has a BASEDIM in this script
-    source_end end;         // where reading ended
 };
 
 // Judges a finished statement, or the end of the reading, and adds its items to the report.

@@ -137,40 +137,6 @@ bool is_option(const statement_view &statement, int32_t position)
                        [position](const emit_write &option) { return option.slot == position; });
 }
 
-// What is wrong with a menu, how many bars it should have, and the options that have some of their own.
-struct menu_judgement {
-    const char *fault = nullptr;
-    size_t bars = 0;
-    std::vector<std::string> divided;
-};
-
-// Options are divided by bars: from the first one that the command has to the last one that was typed there
-// is one before each but the first, and none elsewhere. GETCUR's options may begin with an argument before
-// them.
-static menu_judgement judge_menu(const statement_view &statement, const std::vector<emit_write> &options)
-{
-    menu_judgement menu;
-    auto type = [&](size_t i) { return argument_spec(statement, options[i].slot) & ARG_TYPE; };
-    size_t first = 0, end = options.size();
-    while (first + 1 < end && type(first) != type(end - 1))
-        first++;
-    while (end > first && argument_typed(statement, options[end - 1].slot).empty())
-        end--;
-    menu.bars = end - std::min(first + 1, end);
-    for (size_t i = 0; i < options.size(); i++) {
-        std::string_view option = output_between(statement, options[i].from, options[i].to);
-        if (option.find('|') != std::string_view::npos)
-            menu.divided.emplace_back(option);
-        bool bar = i > 0 && options[i].from > options[i - 1].to;
-        bool wanted = i > first && i < end;
-        if (bar != wanted && menu.fault != option_added)
-            menu.fault = bar ? option_added : option_missing;
-    }
-    if (!menu.divided.empty())
-        menu.fault = option_divided;
-    return menu;
-}
-
 // ---- Statements ----
 
 static std::string_view text_of(const statement_view &statement, const live_line &line)
@@ -249,6 +215,36 @@ static std::vector<std::string> values_beside(const statement_view &statement,
     return {};
 }
 
+// Options are divided by bars: from the first one that the command has to the last one that was typed there
+// is one before each but the first, and none elsewhere. GETCUR's options may begin with an argument before
+// them.
+static void judge_menu(script_report *report, const statement_view &statement, const live_line &line,
+                       const std::vector<emit_write> &options)
+{
+    const char *fault = nullptr;
+    std::vector<std::string> divided;
+    auto type = [&](size_t i) { return argument_spec(statement, options[i].slot) & ARG_TYPE; };
+    size_t first = 0, end = options.size();
+    while (first + 1 < end && type(first) != type(end - 1))
+        first++;
+    while (end > first && argument_typed(statement, options[end - 1].slot).empty())
+        end--;
+    for (size_t i = 0; i < options.size(); i++) {
+        std::string_view option = output_between(statement, options[i].from, options[i].to);
+        if (option.find('|') != std::string_view::npos)
+            divided.emplace_back(option);
+        bool bar = i > 0 && options[i].from > options[i - 1].to;
+        bool wanted = i > first && i < end;
+        if (bar != wanted && fault != option_added)
+            fault = bar ? option_added : option_missing;
+    }
+    if (fault == nullptr && divided.empty())
+        return;
+    report_item *item = add_form(report, statement, line, divided.empty() ? fault : option_divided);
+    item->own_places = static_cast<uint32_t>(end - std::min(first + 1, end)); // bars that there should be
+    item->own_typed = std::move(divided);
+}
+
 void judge_live_form(script_report *report, const statement_view &statement)
 {
     add_joining(report, statement);
@@ -267,12 +263,7 @@ void judge_live_form(script_report *report, const statement_view &statement)
             add_form(report, statement, line, fault);
         if (!beside.empty())
             add_form(report, statement, line, values_without_comma)->own_typed = std::move(beside);
-        bool has_menu = line.first <= menu && menu <= line.last;
-        menu_judgement judged = has_menu ? judge_menu(statement, options) : menu_judgement();
-        if (judged.fault != nullptr) {
-            report_item *item = add_form(report, statement, line, judged.fault);
-            item->own_places = static_cast<uint32_t>(judged.bars);
-            item->own_typed = std::move(judged.divided);
-        }
+        if (line.first <= menu && menu <= line.last)
+            judge_menu(report, statement, line, options);
     }
 }

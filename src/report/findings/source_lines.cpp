@@ -39,30 +39,21 @@ static std::string first_word(std::string_view text)
     return shown_cut(text.substr(0, text.find_first_of(" \t\r\n=(,", 1)), 40);
 }
 
-// Lines from the end of the reading on are left unread: those that hold more than white space, or all of them
-// where a statement ended it. The line of a byte 26 counts if a text follows that.
-static void add_unread(script_report *report, const text_lines &script, const source_end &end)
+bool unread_shown(const text_lines &script, const source_end &end, std::string *shown)
 {
     constexpr std::string_view empty(" \t\r\n\v\f\0\x1a", 8);
-    uint64_t unread = 0;
-    bool text_left = false;
-    for (size_t number = end.line; number <= line_count(script); number++) {
-        std::string_view line = lines_between(script, number - 1, number);
-        bool ends = end.by_byte && number == end.line;
-        if (ends)
-            line.remove_prefix(std::min(line.find('\x1a'), line.size()));
-        bool text = line.find_first_not_of(empty) != std::string_view::npos;
-        text_left |= text;
-        unread += text || !ends;
+    size_t count = line_count(script), first = std::min<size_t>(end.line - 1, count);
+    size_t unread = count - first;
+    if (end.by_byte) {
+        std::string_view line = lines_between(script, first, std::min(first + 1, count));
+        size_t at = std::min(line.find('\x1a'), line.size());
+        if (lines_between(script, first, count).find_first_not_of(empty, at) == line.npos)
+            return false;
+        unread -= line.find_first_not_of(empty, at) == line.npos;
     }
-    if (end.by_byte && !text_left) {
-        report->items.pop_back();
-        return;
-    }
-    for (report_item &item : report->items)
-        if (item.kind == ITEM_STOPPED && unread > 0)
-            item.detail +=
-                fmt::format("; {} {} not read", counted(unread, "line"), unread == 1 ? "was" : "were");
+    if (unread > 0)
+        *shown = fmt::format("; {} {} not read", counted(unread, "line"), unread == 1 ? "was" : "were");
+    return true;
 }
 
 // Many of the converter's routines take a NUL byte for the end of the text: what follows it on the line may
@@ -92,8 +83,6 @@ void source_lines_add(script_report *report, const text_lines &script, const sou
     bool has_nul = script.body.find('\0') != std::string_view::npos;
     if (report->items.empty() && !has_nul)
         return;
-    if (end.line != 0)
-        add_unread(report, script, end);
     if (has_nul)
         add_nuls(report, script, end);
     for (report_item &item : report->items) {

@@ -149,38 +149,24 @@ function rowBody(row) {
 
 // ---- The guides ----
 
-// A paragraph of the guide: `code`, **strong** and the text of [links].
-function inline(text) {
-  const parts = [];
-  for (const part of text.split(/(`[^`]*`|\*\*[^*]*\*\*|\[[^\]]*\]\([^)]*\))/)) {
-    if (part.startsWith('`') && part.length > 1) parts.push(make('code', {}, part.slice(1, -1)));
-    else if (part.startsWith('**')) parts.push(make('b', {}, part.slice(2, -2)));
-    else if (part.startsWith('[') && part.includes('](')) parts.push(part.slice(1, part.indexOf('](')));
-    else if (part !== '') parts.push(part);
-  }
-  return parts;
+// The text of the guide with `code`, **strong** and the words of [links]: the pieces are text, code, strong, words,
+// text, and so on, those that aren't there undefined.
+const inline = (text) => text.split(/`([^`]*)`|\*\*([^*]*)\*\*|\[([^\]]*)\]\([^)]*\)/).map((piece, i) =>
+  piece && (i % 4 === 1 ? make('code', {}, piece) : i % 4 === 2 ? make('b', {}, piece) : piece));
+
+function paragraph(text) {
+  if (!/^\s*- /.test(text)) return make('p', {}, ...inline(text.trim()));
+  return make('ul', {}, ...text.trim().split(/\n?^- /m).filter(Boolean).map((line) => make('li', {}, ...inline(line))));
 }
 
+// The pieces are prose, the words of a fence, what it holds, prose, and so on.
 function guideBlocks(text) {
-  const blocks = [];
-  for (const [i, piece] of text.split(/^```(.*)$/m).entries()) {
-    // The pieces are prose, the word of a fence, what it holds, the closing fence's word, and so on.
-    if (i % 4 === 1) {
-      const label = piece.replace('mrl', '').trim();
-      if (label !== '') blocks.push(make('div', { class: 'label' }, label));
-    } else if (i % 4 === 2) {
-      blocks.push(make('pre', {}, piece.replace(/^\n|\n$/g, '')));
-    } else if (i % 4 === 0) {
-      for (const paragraph of piece.split(/\n\s*\n/)) {
-        if (paragraph.trim() === '') continue;
-        if (/^\s*- /.test(paragraph))
-          blocks.push(make('ul', {}, ...paragraph.trim().split(/\n?^- /m).filter(Boolean).map((line) => make('li', {}, ...inline(line)))));
-        else
-          blocks.push(make('p', {}, ...inline(paragraph.trim())));
-      }
-    }
-  }
-  return blocks;
+  return text.split(/^```(.*)\n([^]*?)\n?^```$/m).flatMap((piece, i) => {
+    if (i % 3 === 0) return piece.split(/\n\s*\n/).filter((part) => part.trim() !== '').map(paragraph);
+    if (i % 3 === 2) return make('pre', {}, piece);
+    const label = piece.replace('mrl', '').trim();
+    return label === '' ? [] : make('div', { class: 'label' }, label);
+  });
 }
 
 function guideOf(title, text, open) {
