@@ -7,7 +7,6 @@
 #include "support/output.h"
 #include "support/text.h"
 
-#include <algorithm>
 #include <new>
 
 // The conversion that runs.
@@ -33,12 +32,13 @@ static void take_label(const char *name)
 static void take_record(const journal_record &record)
 {
     out_flush();
-    const char *written = converting.output->data();
+    const std::string &output = *converting.output;
     auto start = static_cast<size_t>(record.done.head.output_start);
-    converting.line += static_cast<uint64_t>(std::count(written + converting.counted, written + start, '\n'));
+    for (size_t at = converting.counted; (at = output.find('\n', at)) < start; at++)
+        converting.line++;
     converting.counted = start;
-    std::string_view output = std::string_view(*converting.output).substr(start);
-    converting.take(statement_view_of(record, output, converting.line), converting.context);
+    std::string_view written = std::string_view(output).substr(start);
+    converting.take(statement_view_of(record, written, converting.line), converting.context);
 }
 
 bool script_convert(const std::string &path, rules_run_state *state, std::string *output, take_statement take,

@@ -249,6 +249,7 @@ void judge_live_form(script_report *report, const statement_view &statement)
 {
     add_joining(report, statement);
     std::vector<std::string_view> arguments;
+    arguments.reserve(static_cast<size_t>(std::max(statement.record->done.fetched, 0)));
     for (int32_t position = 1; position <= statement.record->done.fetched; position++)
         arguments.push_back(text_trimmed(argument_text(position)));
     const std::vector<emit_write> options = options_of(statement);
