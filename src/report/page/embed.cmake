@@ -1,6 +1,5 @@
 # Writes texts as literals: cmake -P embed.cmake -- OUTPUT TEXT... makes page_html of the .html with the .css and, one
-# after the other, the .js files in it, and commands_md of commands.md, and so on. A compiler may bound the length of
-# a literal's line, so each line of a text is a piece of its own.
+# after the other, the .js files in it, and commands_md of commands.md, and so on.
 
 # What a browser compares a text in the page with, before it takes it for a style or runs it.
 function(hash_source text result)
@@ -19,13 +18,6 @@ function(hash_source text result)
   set(${result} "sha256-${base64}=" PARENT_SCOPE)
 endfunction()
 
-function(add_literal name text)
-  string(REPLACE "\\" "\\\\" text "${text}")
-  string(REPLACE "\"" "\\\"" text "${text}")
-  string(REPLACE "\n" "\\n\"\n    \"" text "${text}")
-  set(code "${code}\nconst char ${name}[] =\n    \"${text}\";\n" PARENT_SCOPE)
-endfunction()
-
 set(code "// Made by src/report/page/embed.cmake.\n#include \"report/writers/guide.h\"\n")
 set(JS "\n")
 math(EXPR last "${CMAKE_ARGC} - 1")
@@ -40,7 +32,7 @@ foreach(i RANGE 5 ${last})
     set(page "${text}")
   else()
     string(REPLACE "." "_" name ${name})
-    add_literal(${name} "${text}")
+    string(APPEND code "\nconst char ${name}[] = R\"__(${text})__\";\n")
   endif()
 endforeach()
 hash_source("${CSS}" CSS_HASH)
@@ -48,5 +40,5 @@ hash_source("${JS}" JS_HASH)
 foreach(word CSS_HASH JS_HASH CSS JS)
   string(REPLACE "@${word}@" "${${word}}" page "${page}")
 endforeach()
-add_literal(page_html "${page}")
+string(APPEND code "\nconst char page_html[] = R\"__(${page})__\";\n")
 file(WRITE ${CMAKE_ARGV4} "${code}")
