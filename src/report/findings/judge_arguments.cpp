@@ -168,30 +168,6 @@ static bool is_quoted(const statement_view &statement, int32_t position, const a
            end < first + statement.output.size() && *end == '"';
 }
 
-// What has become of an argument that the line that is carried out hasn't as it was typed.
-static void judge_live(const statement_view &statement, int32_t position, const argument_use &use,
-                       argument_findings *findings)
-{
-    std::string_view text = argument_text(position);
-    auto argument = [&] { return argument_shown(statement, position, rule_last.row); };
-    if (use.text) {
-        add_frozen(
-            &findings->frozen,
-            fmt::format("{} is written as the text \"{}\"", argument(), shown_cut(use.written, text_shown)),
-            fmt::format("\"{}\"", use.written), use.line, SIZE_MAX, text);
-    } else if (use.value && use.written.empty()) {
-        findings->lost.summed = false;
-        add_finding(&findings->lost, argument() + " (what follows it has moved up)", text, {use.line});
-    } else if (use.value) {
-        std::string_view written = text_trimmed(use.written);
-        add_frozen(&findings->frozen, fmt::format("{} is fixed as {}", argument(), shown(written)), written,
-                   use.line, item_of(statement, use), text);
-    } else if (!is_default(statement, position, rule_last.row)) {
-        findings->lost.summed &= is_attribute(rule_last.row, position);
-        add_finding(&findings->lost, argument(), text, lines_of(statement, true));
-    }
-}
-
 // True if the value that an expression had when the script was read chose the row of the command, and no tip
 // says so.
 static bool has_chosen(const statement_view &statement, int32_t position)
@@ -200,18 +176,33 @@ static bool has_chosen(const statement_view &statement, int32_t position)
            is_numeric(statement, position) && !expression_is_constant(argument_text(position));
 }
 
-static void judge_carried_out(const statement_view &statement, int32_t position, const argument_use &use,
-                              argument_findings *findings)
+// What has become of an argument in the lines that are carried out.
+static void judge_live(const statement_view &statement, int32_t position, const argument_use &use,
+                       argument_findings *findings)
 {
-    bool written =
-        use.text ? !is_quoted(statement, position, use) : use.value && is_whole_value(position, use);
-    if (!written)
-        judge_live(statement, position, use, findings);
-    else if (has_chosen(statement, position))
-        add_frozen(&findings->frozen,
-                   fmt::format("{} has chosen this form by its value, {}",
-                               argument_shown(statement, position, rule_last.row), argument_value(position)),
-                   text_trimmed(use.written), use.line, item_of(statement, use), {});
+    std::string_view text = argument_text(position), written = text_trimmed(use.written);
+    auto argument = [&] { return argument_shown(statement, position, rule_last.row); };
+    if (use.text ? !is_quoted(statement, position, use) : use.value && is_whole_value(position, use)) {
+        if (has_chosen(statement, position))
+            add_frozen(
+                &findings->frozen,
+                fmt::format("{} has chosen this form by its value, {}", argument(), argument_value(position)),
+                written, use.line, item_of(statement, use), {});
+    } else if (use.text) {
+        add_frozen(
+            &findings->frozen,
+            fmt::format("{} is written as the text \"{}\"", argument(), shown_cut(use.written, text_shown)),
+            fmt::format("\"{}\"", use.written), use.line, SIZE_MAX, text);
+    } else if (use.value && use.written.empty()) {
+        findings->lost.summed = false;
+        add_finding(&findings->lost, argument() + " (what follows it has moved up)", text, {use.line});
+    } else if (use.value) {
+        add_frozen(&findings->frozen, fmt::format("{} is fixed as {}", argument(), shown(written)), written,
+                   use.line, item_of(statement, use), text);
+    } else if (!is_default(statement, position, rule_last.row)) {
+        findings->lost.summed &= is_attribute(rule_last.row, position);
+        add_finding(&findings->lost, argument(), text, lines_of(statement, true));
+    }
 }
 
 static void judge_argument(const statement_view &statement, int32_t position, bool carried_out,
@@ -226,7 +217,7 @@ static void judge_argument(const statement_view &statement, int32_t position, bo
     else if (broken_comment && is_decoded(statement, position, comment.written))
         add_decoded(statement, position, comment, &findings->decoded);
     if (carried_out)
-        judge_carried_out(statement, position, use, findings);
+        judge_live(statement, position, use, findings);
 }
 
 // ---- What is lost or changed beside whole arguments ----
