@@ -12,25 +12,18 @@
 #include <numeric>
 #include <utility>
 
-static void take_statement_of(const statement_view &statement, void *context)
-{
-    judge_statement(static_cast<judge_state *>(context), statement);
-}
-
 // Converts the script from run->started and judges it. *after is the state after it.
 static bool script_judge(script_run *run, rules_run_state *after)
 {
-    judge_state judge{};
-    judge.report = &run->report;
     run->report.items.clear();
     run->report.statements = run->report.converted = 0;
     *after = run->started;
     text_lines lines{};
-    judge.script = &lines;
+    judge_start(&run->report, lines);
     bool is_read = file_read(run->report.path, &run->script);
     if (is_read)
         lines = text_split(run->script);
-    if (!is_read || !script_convert(run->report.path, after, &run->now, take_statement_of, &judge))
+    if (!is_read || !script_convert(run->report.path, after, &run->now, judge_statement))
         return report_failed("read", run->report.path);
     return true;
 }
@@ -78,7 +71,7 @@ static bool same_state(const rules_run_state &a, const rules_run_state &b)
 static bool carry_on(const script_run &run, rules_run_state *carried)
 {
     std::string written;
-    return script_convert(run.report.path, carried, &written, nullptr, nullptr) && run.there && !run.last &&
+    return script_convert(run.report.path, carried, &written, nullptr) && run.there && !run.last &&
            !same_text(*run.there, run.now) && same_text(*run.there, written);
 }
 

@@ -3,16 +3,14 @@
 #include "common/run.h"
 #include "report/findings/conversion.h"
 #include "report/findings/judge.h"
+#include "report/findings/statement.h"
 
 #include <gtest/gtest.h>
 
 #include <ctype.h>
 #include <strings.h>
 
-struct judged_run {
-    judge_state state;
-    judged_script *result;
-};
+static judged_script *judging_to;
 
 // A line that the new system reads over.
 static bool is_skipped(const std::string &line)
@@ -24,26 +22,24 @@ static bool is_skipped(const std::string &line)
     return word && strncasecmp(line.c_str() + at, "REM", 3) == 0;
 }
 
-static void take_statement_of(const statement_view &statement, void *context)
+static void take_statement()
 {
-    auto *run = static_cast<judged_run *>(context);
     for (const written_line &line : statement.lines)
         if (std::string text(line.text); line.inside ? !line.rest : !is_skipped(text))
-            run->result->live[statement.line].push_back(text);
-    judge_statement(&run->state, statement);
+            judging_to->live[statement.line].push_back(text);
+    judge_statement();
 }
 
 judged_script judged(const std::string &script, rules_run_state state)
 {
     static const std::filesystem::path path = fresh_folder("judged") / "a.mrl";
     judged_script result;
-    judged_run run{{}, &result};
-    run.state.report = &result.report;
     const text_lines lines = text_split(script);
-    run.state.script = &lines;
+    judge_start(&result.report, lines);
+    judging_to = &result;
     reset_run();
     write_file(path, script);
-    EXPECT_TRUE(script_convert(path, &state, &result.output, take_statement_of, &run));
+    EXPECT_TRUE(script_convert(path, &state, &result.output, take_statement));
     return result;
 }
 

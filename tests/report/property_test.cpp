@@ -179,16 +179,16 @@ static void add_finding(statement_findings *found, const report_item &item)
         found->lost.push_back(item.detail);
 }
 
-static void check_statement(const typed_statement &statement, const statement_findings &found,
+static void check_statement(const typed_statement &typed, const statement_findings &found,
                             const std::vector<std::string> &live_lines, property_counts *counts)
 {
     bool all_live = true;
-    std::string about = statement.line + "\n";
+    std::string about = typed.line + "\n";
     for (const std::string &text : found.details)
         about += "  item: " + text + "\n";
     for (const std::string &text : live_lines)
         about += "  live: " + text + "\n";
-    for (const typed_argument &argument : statement.arguments) {
+    for (const typed_argument &argument : typed.arguments) {
         bool text = is_in(live_lines, argument.text);
         bool live = text || (!argument.value.empty() && is_in(live_lines, argument.value));
         bool told = is_in(found.details, argument.text);

@@ -13,7 +13,7 @@
 
 #include <algorithm>
 
-int32_t argument_last(const statement_view &statement)
+int32_t argument_last()
 {
     return std::max(statement.record->done.fetched, statement.record->typed_count);
 }
@@ -30,7 +30,7 @@ bool argument_is_string(int32_t position)
     return arg_slots[position].holds == HOLDS_STRING;
 }
 
-std::string_view argument_typed(const statement_view &statement, int32_t position)
+std::string_view argument_typed(int32_t position)
 {
     if (position > statement.record->typed_count)
         return argument_text(position);
@@ -39,11 +39,11 @@ std::string_view argument_typed(const statement_view &statement, int32_t positio
 }
 
 // White space counts where it kept two words apart.
-bool has_dropped(const statement_view &statement, int32_t position)
+bool has_dropped(int32_t position)
 {
     if (argument_is_string(position))
         return false;
-    std::string_view typed = argument_typed(statement, position);
+    std::string_view typed = argument_typed(position);
     auto is_word = [&](size_t at) { return at < typed.size() && text_is(typed[at], CHAR_WORD); };
     for (size_t at = 0; at < typed.size(); at++)
         if (!text_is(typed[at], CHAR_GRAPH) && typed[at] != ' ' &&
@@ -52,7 +52,7 @@ bool has_dropped(const statement_view &statement, int32_t position)
     return false;
 }
 
-std::string_view surplus_of(const statement_view &statement)
+std::string_view surplus_text()
 {
     std::string_view text(statement.record->surplus.text, statement.record->surplus.size);
     return text_trimmed(text.substr(0, text.find_last_not_of(", \t\r\n\v\f") + 1));
@@ -74,14 +74,14 @@ double argument_value(int32_t position)
     return holds == HOLDS_LONG || holds == HOLDS_INT ? int_from_double(number) : number;
 }
 
-uint8_t argument_spec(const statement_view &statement, int32_t position)
+uint8_t argument_spec(int32_t position)
 {
     return statement.row->spec[std::min<int32_t>(position, statement.row->spec_count) - 1];
 }
 
-bool is_numeric(const statement_view &statement, int32_t position)
+bool is_numeric(int32_t position)
 {
-    uint8_t type = argument_spec(statement, position) & ARG_TYPE;
+    uint8_t type = argument_spec(position) & ARG_TYPE;
     return type >= ARG_LONG && type <= ARG_DOUBLE;
 }
 
@@ -114,10 +114,10 @@ static bool is_constant(int32_t position)
     return text.find_first_of("'\"") == std::string_view::npos && expression_is_constant(text);
 }
 
-bool is_default(const statement_view &statement, int32_t position, const rule_row *row)
+bool is_default(int32_t position, const rule_row *row)
 {
-    return argument_number(position) == 0 && is_numeric(statement, position) &&
-           ((argument_spec(statement, position) & ARG_OPTIONAL) != 0 || is_attribute(row, position)) &&
+    return argument_number(position) == 0 && is_numeric(position) &&
+           ((argument_spec(position) & ARG_OPTIONAL) != 0 || is_attribute(row, position)) &&
            is_constant(position);
 }
 
@@ -173,7 +173,7 @@ bool is_attribute(const rule_row *row, int32_t position)
     return is_numbered(name) && name[0] == 'a';
 }
 
-std::string argument_shown(const statement_view &statement, int32_t position, const rule_row *row)
+std::string argument_shown(int32_t position, const rule_row *row)
 {
     std::string name = argument_name(row, position);
     if (is_numbered(name))
@@ -181,7 +181,7 @@ std::string argument_shown(const statement_view &statement, int32_t position, co
     else if (!name.empty() && !text_is(name[0], CHAR_LETTER))
         name.clear();
     return fmt::format("{}{}: {}", position, name.empty() ? "" : " (" + name + ")",
-                       shown_cut(argument_typed(statement, position), text_shown));
+                       shown_cut(argument_typed(position), text_shown));
 }
 
 // ---- What the output has ----
@@ -193,15 +193,15 @@ static bool is_text_of(std::string_view written, std::string_view text)
     return without_quotes(written) == content || escapes_decoded(written) == content;
 }
 
-argument_use argument_use_of(const statement_view &statement, int32_t position, bool live)
+argument_use argument_use_of(int32_t position, bool live)
 {
     argument_use use;
     for (int32_t i = 0; i < statement.record->write_count; i++) {
         const emit_write &write = statement.record->writes[i];
-        const written_line *line = write.slot == position ? line_at(statement, write.from) : nullptr;
+        const written_line *line = write.slot == position ? line_at(write.from) : nullptr;
         if (line == nullptr || (line->live && !line->rest) != live)
             continue;
-        std::string_view written = output_between(statement, write.from, write.to);
+        std::string_view written = output_between(write.from, write.to);
         bool value = write.source == EMIT_VALUE || write.source == EMIT_CODE;
         bool text = !value && is_text_of(written, argument_text(position));
         use.text |= text;

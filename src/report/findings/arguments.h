@@ -14,7 +14,7 @@
 constexpr size_t text_shown = 60; // characters of an argument in a detail
 
 // The last position that has an argument, or had one of which the fetcher has left nothing.
-int32_t argument_last(const statement_view &statement);
+int32_t argument_last();
 
 // ---- Texts ----
 
@@ -23,13 +23,13 @@ std::string_view argument_text(int32_t position);
 bool argument_is_string(int32_t position);
 
 // The text as typed; as rules write it where that isn't known.
-std::string_view argument_typed(const statement_view &statement, int32_t position);
+std::string_view argument_typed(int32_t position);
 
 // True if the fetcher has dropped characters: outside of strings it keeps printable ASCII and blanks alone.
-bool has_dropped(const statement_view &statement, int32_t position);
+bool has_dropped(int32_t position);
 
 // What the line has after the last argument that the command takes, without commas that nothing follows.
-std::string_view surplus_of(const statement_view &statement);
+std::string_view surplus_text();
 
 // ---- Values ----
 
@@ -37,10 +37,10 @@ std::string_view surplus_of(const statement_view &statement);
 double argument_value(int32_t position);
 
 // The byte of the command's spec that a position is fetched by: the last one goes on.
-uint8_t argument_spec(const statement_view &statement, int32_t position);
+uint8_t argument_spec(int32_t position);
 
 // True if a position is fetched as a number.
-bool is_numeric(const statement_view &statement, int32_t position);
+bool is_numeric(int32_t position);
 
 // A text with what the lexer may read after it. At most lex_text_max characters are left.
 std::string lexer_text(std::string_view text);
@@ -49,7 +49,7 @@ std::string lexer_text(std::string_view text);
 bool expression_is_constant(std::string_view text);
 
 // True of a constant 0 where nothing could be as well.
-bool is_default(const statement_view &statement, int32_t position, const rule_row *row);
+bool is_default(int32_t position, const rule_row *row);
 
 // ---- Names, from the old forms of the rule tables ----
 
@@ -60,7 +60,7 @@ std::string argument_name(const rule_row *row, int32_t position);
 bool is_attribute(const rule_row *row, int32_t position);
 
 // An argument in a detail: its number, its name if that says something, and its text as typed.
-std::string argument_shown(const statement_view &statement, int32_t position, const rule_row *row);
+std::string argument_shown(int32_t position, const rule_row *row);
 
 // ---- What the output has ----
 
@@ -72,7 +72,7 @@ struct argument_use {
     uint64_t line = 0;        // number of the line that has it, the first one
     std::string_view written; // what is there
 };
-argument_use argument_use_of(const statement_view &statement, int32_t position, bool live);
+argument_use argument_use_of(int32_t position, bool live);
 
 // True of the value of a constant that is written as it is, or as the new form has it.
 bool is_whole_value(int32_t position, const argument_use &use);

@@ -3,6 +3,7 @@
 #include "driver/batch.h"
 #include "platform/platform.h"
 #include "report/files.h"
+#include "report/findings/statement.h"
 #include "statements/labels.h"
 #include "support/output.h"
 #include "support/text.h"
@@ -14,8 +15,7 @@ static struct {
     std::string *output;
     size_t counted; // bytes of the output whose lines are counted
     uint64_t line;  // of the output, where the next byte goes
-    take_statement take;
-    void *context;
+    void (*statement_finished)();
     std::string label; // that was refused
 } converting;
 
@@ -38,11 +38,12 @@ static void take_record(const journal_record &record)
         converting.line++;
     converting.counted = start;
     std::string_view written = std::string_view(output).substr(start);
-    converting.take(statement_view_of(record, written, converting.line), converting.context);
+    statement_take(record, written, converting.line);
+    converting.statement_finished();
 }
 
-bool script_convert(const std::string &path, rules_run_state *state, std::string *output, take_statement take,
-                    void *context)
+bool script_convert(const std::string &path, rules_run_state *state, std::string *output,
+                    void (*statement_finished)())
 {
     plat_file source;
     output->clear();
@@ -52,12 +53,12 @@ bool script_convert(const std::string &path, rules_run_state *state, std::string
     }
     if (pools_init() != 0)
         throw std::bad_alloc();
-    converting = {output, 0, 1, take, context, {}};
+    converting = {output, 0, 1, statement_finished, {}};
     rules_run = *state;
     label_refused = take_label;
     out_sink = take_output;
     out_open(plat_file{});
-    if (take != nullptr)
+    if (statement_finished != nullptr)
         journal_start(take_record);
     convert_file(path.c_str(), &source);
     journal_stop();

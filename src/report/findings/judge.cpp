@@ -18,6 +18,28 @@
 #include <algorithm>
 #include <utility>
 
+// What is kept of a script from statement to statement.
+struct judge_state {
+    const text_lines *script;
+    bool line_left = false;       // the line of a statement whose arguments failed goes on
+    size_t broken_item = 0;       // index of its item
+    std::string broken_fault;     // why they failed
+    std::string broken_left;      // what is left of it, and of the rest of its line
+    uint32_t if_line = 0;         // of an IF whose statement hasn't come yet; else 0
+    uint64_t if_output_line = 0;  // of the same IF
+    size_t open_guard = SIZE_MAX; // index of a guarded item that doesn't know what its IF guards now
+    bool base_seen = false; // the group of ORDDIMs that comes next or goes on has a BASEDIM in this script
+};
+
+static judge_state judging;
+
+void judge_start(script_report *report, const text_lines &script)
+{
+    judged_report = report;
+    judging = {};
+    judging.script = &script;
+}
+
 // ---- The end of the reading ----
 
 // Why a declaration's variable isn't taken.
@@ -69,14 +91,14 @@ static std::string stop_reason(int32_t result)
     }
 }
 
-static bool is_comment_statement(const statement_view &statement)
+static bool is_comment_statement()
 {
     statement_kind kind = statement.record->done.head.kind;
     return (kind == KIND_TEXT || kind == KIND_KEYWORD) &&
            (statement.output.empty() || is_comment(statement.output));
 }
 
-static void judge_end(judge_state *state, const statement_view &statement)
+static void judge_end()
 {
     const statement_result &done = statement.record->done;
     // A comment needs no line end.
@@ -86,25 +108,24 @@ static void judge_end(judge_state *state, const statement_view &statement)
     std::string unread;
     if (done.result == STATEMENT_END && done.source_complete && by_byte) {
         end = {};
-    } else if (unread_shown(*state->script, end, &unread)) {
-        statement_view last = statement;
-        if (by_byte)
-            last.line = last.last_line = done.next_line;
+    } else if (unread_shown(*judging.script, end, &unread)) {
         std::string reason = by_byte || done.result != STATEMENT_END
                                  ? stop_reason(done.result)
                                  : "the script ends inside this statement";
-        add_item(state->report, last, ITEM_STOPPED, reason + unread, {});
+        report_item *item = add_item(ITEM_STOPPED, reason + unread, {});
+        if (by_byte)
+            item->line = item->last_line = done.next_line;
     }
-    source_lines_add(state->report, *state->script, end);
+    source_lines_add(judged_report, *judging.script, end);
 }
 
 // ---- Commands ----
 
 // Lines of the script, as far as there are so many.
-static std::string_view script_lines(const judge_state &state, uint32_t first, uint32_t last)
+static std::string_view script_lines(uint32_t first, uint32_t last)
 {
-    size_t end = std::min<size_t>(last, line_count(*state.script));
-    return lines_between(*state.script, std::min<size_t>(first - 1, end), end);
+    size_t end = std::min<size_t>(last, line_count(*judging.script));
+    return lines_between(*judging.script, std::min<size_t>(first - 1, end), end);
 }
 
 static const char *byhand_detail(const rule_row *row)
@@ -134,121 +155,115 @@ static effect_item effect_item_of(const rule_row *row)
 
 // An added dimension names a parent that only the first one of a group declares. An ORDDIM outside of SET
 // COLLECT, 1 can be the first one, too.
-static void judge_base(judge_state *state, const statement_view &statement)
+static void judge_base()
 {
-    if (rule_last.choice.row == ORDDIM_FOLLOWING && !state->base_seen)
-        add_item(state->report, statement, ITEM_BASE,
-                 "no BASEDIM of its group in this script declares its parent", lines_of(statement, false));
+    if (rule_last.choice.row == ORDDIM_FOLLOWING && !judging.base_seen)
+        add_item(ITEM_BASE, "no BASEDIM of its group in this script declares its parent",
+                 lines_written(false));
     if (rules_run.basedim_count == 1)
-        state->base_seen = rule_last.choice.row == ORDDIM_FIRST;
+        judging.base_seen = rule_last.choice.row == ORDDIM_FIRST;
 }
 
-static void judge_command(judge_state *state, const statement_view &statement)
+static void judge_command()
 {
     if (rule_find(statement.row->id)->effect == EFFECT_SYSTEM) {
-        add_item(state->report, statement, ITEM_DROPPED, "a system command" + arguments_in_detail(statement),
-                 {})
-            ->summed = true;
+        add_item(ITEM_DROPPED, "a system command" + arguments_in_detail(), {})->summed = true;
         return;
     }
     const rule_row *row = rule_last.row;
     effect_item item = effect_item_of(row);
     bool carried_out = item.kind == ITEM_CHECK || item.kind == item_kind_count;
     if (item.kind != item_kind_count)
-        add_item(state->report, statement, static_cast<item_kind>(item.kind),
-                 item.detail + (carried_out ? std::string() : arguments_in_detail(statement)),
-                 lines_of(statement, false));
-    judge_arguments(state->report, statement, script_lines(*state, statement.line, statement.last_line),
-                    carried_out);
-    judge_live_form(state->report, statement);
+        add_item(static_cast<item_kind>(item.kind),
+                 item.detail + (carried_out ? std::string() : arguments_in_detail()), lines_written(false));
+    judge_arguments(carried_out);
+    judge_live_form();
     if (std::string_view(statement.row->name) == "ORDDIM")
-        judge_base(state, statement);
+        judge_base();
 }
 
 // ---- What an IF guards ----
 
 // Statements that the output has instead of one. What isn't a command went through as it is.
-static size_t statements_left(const statement_view &statement)
+static size_t statements_left()
 {
-    size_t count = live_lines_of(statement).size();
+    size_t count = joined_live_lines().size();
     return statement.row == nullptr ? std::min<size_t>(count, 1) : count;
 }
 
 // The first line of what is left of a statement.
-static std::string text_left(const statement_view &statement)
+static std::string text_left()
 {
     std::string_view text = text_trimmed(statement.output);
     return shown_cut(text_trimmed(text.substr(0, text.find('\n'))), 40);
 }
 
 // How a statement is called in a detail: by its command or its first characters.
-static std::string statement_name(const statement_view &statement)
+static std::string statement_name()
 {
-    return statement.row != nullptr ? statement.row->name : text_left(statement);
+    return statement.row != nullptr ? statement.row->name : text_left();
 }
 
-static void own_first_live(report_item *item, const statement_view &statement)
+static void own_first_live(report_item *item)
 {
-    item->own_lines.push_back(live_lines_of(statement).front().first->number);
+    item->own_lines.push_back(joined_live_lines().front().first->number);
 }
 
 // What has become of the statement under an IF that is not the one statement that the IF guards; null if it
 // is.
-static const char *guarded_fate(const statement_view &statement)
+static const char *guarded_fate()
 {
-    if (is_broken(statement))
+    if (arguments_failed())
         return "no statement: its arguments failed";
-    size_t count = statements_left(statement);
+    size_t count = statements_left();
     bool by_hand = statement.row != nullptr && rule_find(statement.row->id)->effect != EFFECT_SYSTEM &&
                    rule_is_by_hand(rule_last.row);
     if (count > 1 || (count == 1 && by_hand))
         return "several statements; it guards only the first";
     if (count == 0)
-        return lines_of(statement, false).empty() ? "nothing" : "comments alone";
-    const std::vector<live_line> live = live_lines_of(statement);
+        return lines_written(false).empty() ? "nothing" : "comments alone";
+    const std::vector<live_line> live = joined_live_lines();
     bool rest = std::any_of(live.begin(), live.end(), [](const live_line &line) { return line.first->rest; });
     return rest ? "a comment, and the rest of a text that began in it" : nullptr;
 }
 
 // The statement under an IF. The guarded item belongs to the IF. Its detail has no line numbers: what was
 // accepted stays so where lines are added above.
-static void judge_guarded(judge_state *state, const statement_view &statement)
+static void judge_guarded()
 {
-    uint32_t line = std::exchange(state->if_line, 0);
-    const char *fate = line != 0 ? guarded_fate(statement) : nullptr;
+    uint32_t line = std::exchange(judging.if_line, 0);
+    const char *fate = line != 0 ? guarded_fate() : nullptr;
     if (fate == nullptr)
         return;
-    std::string detail = fmt::format("{} under it has become {}", statement_name(statement), fate);
-    report_item *item =
-        add_item(state->report, statement, ITEM_GUARDED, std::move(detail), {state->if_output_line});
+    std::string detail = fmt::format("{} under it has become {}", statement_name(), fate);
+    report_item *item = add_item(ITEM_GUARDED, std::move(detail), {judging.if_output_line});
     item->line = line;
-    item->output_line = state->if_output_line;
-    item->output_lines += statement.output_line - state->if_output_line;
+    item->output_line = judging.if_output_line;
+    item->output_lines += statement.output_line - judging.if_output_line;
     item->command = "IF";
-    item->guards_itself = statements_left(statement) > 0;
+    item->guards_itself = statements_left() > 0;
     if (item->guards_itself)
-        own_first_live(item, statement);
+        own_first_live(item);
     else
-        state->open_guard = state->report->items.size() - 1;
+        judging.open_guard = judged_report->items.size() - 1;
 }
 
 // The first statement after a guarded one that has gone is what its IF guards now.
-static void judge_next_live(judge_state *state, const statement_view &statement)
+static void judge_next_live()
 {
-    if (state->open_guard == SIZE_MAX || statements_left(statement) == 0)
+    if (judging.open_guard == SIZE_MAX || statements_left() == 0)
         return;
-    report_item &item = state->report->items[std::exchange(state->open_guard, SIZE_MAX)];
-    item.detail +=
-        "; it guards " + (is_broken(statement) ? text_left(statement) : statement_name(statement)) + " now";
-    own_first_live(&item, statement);
+    report_item &item = judged_report->items[std::exchange(judging.open_guard, SIZE_MAX)];
+    item.detail += "; it guards " + (arguments_failed() ? text_left() : statement_name()) + " now";
+    own_first_live(&item);
 }
 
-static void note_if(judge_state *state, const statement_view &statement)
+static void note_if()
 {
-    if (statement.row == nullptr || is_broken(statement) || std::string_view(statement.row->name) != "IF")
+    if (statement.row == nullptr || arguments_failed() || std::string_view(statement.row->name) != "IF")
         return;
-    state->if_line = statement.line;
-    state->if_output_line = statement.output_line;
+    judging.if_line = statement.line;
+    judging.if_output_line = statement.output_line;
 }
 
 // ---- Statements ----
@@ -256,84 +271,82 @@ static void note_if(judge_state *state, const statement_view &statement)
 constexpr uint32_t hint_lines = 8; // lines after a statement's first one that are searched for a hint
 
 // Adds what is left of a statement to the item of the broken one that it belongs to.
-static void add_left(judge_state *state, const statement_view &statement)
+static void add_left()
 {
-    report_item &broken = state->report->items[state->broken_item];
-    std::string &left = state->broken_left;
+    report_item &broken = judged_report->items[judging.broken_item];
+    std::string &left = judging.broken_left;
     std::string_view text = text_trimmed(statement.output);
     if (!text.empty() && left.size() < 200)
         left += (left.empty() ? "" : ", ") + shown_cut(text.substr(0, text.find('\n')), 60);
-    std::string_view source =
-        script_lines(*state, broken.line, std::min(broken.last_line, broken.line + hint_lines));
-    broken.detail = state->broken_fault + (left.empty() ? "; nothing is left" : "; left: " + left) +
+    std::string_view source = script_lines(broken.line, std::min(broken.last_line, broken.line + hint_lines));
+    broken.detail = judging.broken_fault + (left.empty() ? "; nothing is left" : "; left: " + left) +
                     broken_hint(broken.command, source);
-    state->line_left = statement.record->done.line_left;
+    judging.line_left = statement.record->done.line_left;
 }
 
-static void judge_broken(judge_state *state, const statement_view &statement)
+static void judge_broken()
 {
-    state->broken_item = state->report->items.size();
-    state->broken_fault = broken_detail(statement);
-    state->broken_left.clear();
-    add_item(state->report, statement, ITEM_BROKEN, {}, lines_of(statement, true));
-    add_left(state, statement);
+    judging.broken_item = judged_report->items.size();
+    judging.broken_fault = broken_detail();
+    judging.broken_left.clear();
+    add_item(ITEM_BROKEN, {}, lines_written(true));
+    add_left();
 }
 
 // True if no line end came between a statement and the one before it, whose arguments failed: white space is
 // copied to the output.
-static bool is_rest(judge_state *state, const statement_view &statement)
+static bool is_rest()
 {
-    if (!std::exchange(state->line_left, false))
+    if (!std::exchange(judging.line_left, false))
         return false;
-    const report_item &broken = state->report->items[state->broken_item];
+    const report_item &broken = judged_report->items[judging.broken_item];
     return statement.output_line == broken.output_line + broken.output_lines;
 }
 
 // A rest of a line whose command has failed is read as a statement of its own, but nobody meant it as one.
-static void judge_rest(judge_state *state, const statement_view &statement)
+static void judge_rest()
 {
-    report_item &broken = state->report->items[state->broken_item];
+    report_item &broken = judged_report->items[judging.broken_item];
     broken.last_line = std::max(broken.last_line, statement.last_line);
     broken.output_lines = statement.output_line + statement.output_lines - broken.output_line;
-    for (uint64_t line : lines_of(statement, true))
+    for (uint64_t line : lines_written(true))
         broken.own_lines.push_back(line);
-    add_left(state, statement);
-    judge_next_live(state, statement);
+    add_left();
+    judge_next_live();
 }
 
-static void judge_kind(judge_state *state, const statement_view &statement)
+static void judge_kind()
 {
-    if (is_broken(statement)) {
-        judge_broken(state, statement);
+    if (arguments_failed()) {
+        judge_broken();
     } else if (statement.row != nullptr) {
-        judge_command(state, statement);
+        judge_command();
     } else if (statement.record->done.head.kind == KIND_KEYWORD && statement.output.empty()) {
-        add_item(state->report, statement, ITEM_DROPPED, "nothing is written of it", {})->summed = true;
-    } else if (std::string detail =
-                   unknown_detail(statement, script_lines(*state, statement.line, statement.last_line));
-               !detail.empty()) {
-        add_item(state->report, statement, ITEM_UNKNOWN, std::move(detail), lines_of(statement, true));
+        add_item(ITEM_DROPPED, "nothing is written of it", {})->summed = true;
+    } else if (std::string detail = unknown_detail(); !detail.empty()) {
+        add_item(ITEM_UNKNOWN, std::move(detail), lines_written(true));
     }
 }
 
-void judge_statement(judge_state *state, const statement_view &statement)
+void judge_statement()
 {
     if (statement_stops(statement.record->done.result)) {
-        judge_end(state, statement);
+        judge_end();
         return;
     }
-    state->report->statements++;
-    if (is_rest(state, statement)) {
-        judge_rest(state, statement);
+    judged_report->statements++;
+    statement.source = script_lines(statement.line, statement.last_line);
+    if (is_rest()) {
+        judge_rest();
         return;
     }
-    size_t items = state->report->items.size();
-    judge_kind(state, statement);
-    if (state->report->items.size() == items)
-        state->report->converted++;
-    if (!is_comment_statement(statement)) {
-        judge_guarded(state, statement);
-        judge_next_live(state, statement);
+    size_t items = judged_report->items.size();
+    judge_kind();
+    if (judged_report->items.size() == items)
+        judged_report->converted++;
+    if (!is_comment_statement()) {
+        judge_guarded();
+        judge_next_live();
     }
-    note_if(state, statement);
+    note_if();
 }

@@ -29,38 +29,38 @@ static bool is_row_word(int32_t position)
     return text_is_word(text.data(), text.size(), word.c_str()) && argument_name(rule_last.row, 1) == word;
 }
 
-static std::string surplus_shown(const statement_view &statement)
+static std::string surplus_shown()
 {
-    std::string surplus = shown_cut(surplus_of(statement), text_shown);
+    std::string surplus = shown_cut(surplus_text(), text_shown);
     return surplus.empty() ? surplus : "not an argument of this command: " + surplus;
 }
 
 // ---- Statements that have become comments ----
 
-std::string arguments_in_detail(const statement_view &statement)
+std::string arguments_in_detail()
 {
     const rule_row *row = rule_find(statement.row->id)->effect == EFFECT_SYSTEM ? nullptr : rule_last.row;
-    bool comment = !lines_of(statement, false).empty();
+    bool comment = !lines_written(false).empty();
     std::string there, lacking, empty; // the last: places after which something may come
     auto add_there = [&](const std::string &text) { add_detail(&there, std::exchange(empty, {}) + text); };
-    for (int32_t position = 1; position <= argument_last(statement); position++) {
-        std::string typed = shown_cut(argument_typed(statement, position), text_shown);
-        argument_use use = argument_use_of(statement, position, false);
+    for (int32_t position = 1; position <= argument_last(); position++) {
+        std::string typed = shown_cut(argument_typed(position), text_shown);
+        argument_use use = argument_use_of(position, false);
         bool is_left = !argument_text(position).empty(); // the fetcher leaves nothing of some that were typed
         if (typed.empty())
             empty += ", ";
         else if (!comment || (is_left && (use.text || (use.value && is_whole_value(position, use)))))
-            add_there(typed + (comment && has_dropped(statement, position)
+            add_there(typed + (comment && has_dropped(position)
                                    ? " (the comment has " + shown_cut(use.written, text_shown) + ")"
                                    : ""));
-        else if (!is_left || !is_default(statement, position, row))
-            add_detail(&lacking, argument_shown(statement, position, row) +
+        else if (!is_left || !is_default(position, row))
+            add_detail(&lacking, argument_shown(position, row) +
                                      (is_left && use.value ? " (it has " + shown(use.written) + ")" : ""));
     }
     std::string detail = there.empty() ? "" : ": " + there;
     if (!lacking.empty())
         detail += "; the comment lacks argument " + lacking;
-    std::string surplus = surplus_shown(statement);
+    std::string surplus = surplus_shown();
     return detail + (surplus.empty() ? "" : "; ") + surplus;
 }
 
@@ -73,13 +73,13 @@ static bool is_unclosed(std::string_view typed)
 }
 
 // True if a string can't be read back as it was typed.
-static bool is_decoded(const statement_view &statement, int32_t position, std::string_view written)
+static bool is_decoded(int32_t position, std::string_view written)
 {
     constexpr const char *line_ends = "\n\r\x1a"; // the last one ends the script
     if (!argument_is_string(position))
         return false;
     std::string_view content = without_quotes(written);
-    std::string_view typed = argument_typed(statement, position);
+    std::string_view typed = argument_typed(position);
     size_t backslashes = content.size() - (content.find_last_not_of('\\') + 1);
     if (is_unclosed(typed) || content.find('"') != content.npos || backslashes % 2 != 0)
         return true; // a backslash at the end would take the closing quote
@@ -89,10 +89,10 @@ static bool is_decoded(const statement_view &statement, int32_t position, std::s
     return new_line || escapes_decoded(content) != escapes_decoded(typed);
 }
 
-// The items of a statement's arguments, as far as they are found.
-struct argument_findings {
-    report_item frozen{}, decoded{}, lost{};
-};
+// The items of the statement's arguments, as far as they are found. Between statements they are empty.
+static struct {
+    report_item frozen, decoded, lost;
+} findings;
 
 // text decides whether an edit counts.
 static void add_finding(report_item *item, const std::string &detail, std::string_view text,
@@ -106,7 +106,7 @@ static void add_finding(report_item *item, const std::string &detail, std::strin
 }
 
 // Which item of its line's list a use is; SIZE_MAX if it is none.
-static size_t item_of(const statement_view &statement, const argument_use &use)
+static size_t item_of(const argument_use &use)
 {
     auto number = static_cast<size_t>(use.line - statement.lines.front().number);
     std::vector<std::string_view> items = list_items(statement.lines[number].text);
@@ -118,18 +118,17 @@ static size_t item_of(const statement_view &statement, const argument_use &use)
 }
 
 // item: which one of its line's list the text is.
-static void add_frozen(report_item *frozen, const std::string &detail, std::string_view text, uint64_t line,
-                       size_t item, std::string_view typed)
+static void add_frozen(const std::string &detail, std::string_view text, uint64_t line, size_t item,
+                       std::string_view typed)
 {
-    add_finding(frozen, detail, text, {line});
-    frozen->own_items.push_back(item);
-    frozen->own_typed.emplace_back(typed);
+    add_finding(&findings.frozen, detail, text, {line});
+    findings.frozen.own_items.push_back(item);
+    findings.frozen.own_typed.emplace_back(typed);
 }
 
-static void add_decoded(const statement_view &statement, int32_t position, const argument_use &use,
-                        report_item *decoded)
+static void add_decoded(int32_t position, const argument_use &use)
 {
-    std::string_view typed = argument_typed(statement, position);
+    std::string_view typed = argument_typed(position);
     std::string fault = is_unclosed(typed)
                             ? "no closing quote"
                             : fmt::format("become {}; write it as {}", shown_cut(use.written, text_shown),
@@ -138,29 +137,28 @@ static void add_decoded(const statement_view &statement, int32_t position, const
     for (char c : use.written)
         if (c == '\n')
             lines.push_back(lines.back() + 1);
-    add_finding(decoded, argument_shown(statement, position, rule_last.row) + " has " + fault,
+    add_finding(&findings.decoded, argument_shown(position, rule_last.row) + " has " + fault,
                 text_cut(use.written, SIZE_MAX), lines);
-    decoded->own_typed.emplace_back(typed);
+    findings.decoded.own_typed.emplace_back(typed);
 }
 
 // An argument that was typed and of which the fetcher has left nothing: an empty string, or letters that it
 // drops. In a menu an empty option is between bars, and what a line has as "" is there.
-static void add_empty(const statement_view &statement, int32_t position, report_item *lost)
+static void add_empty(int32_t position)
 {
-    std::string_view typed = argument_typed(statement, position);
-    if (typed.empty() || is_option(statement, position))
+    std::string_view typed = argument_typed(position);
+    if (typed.empty() || is_option(position))
         return;
     bool there = argument_is_string(position) &&
                  std::any_of(statement.lines.begin(), statement.lines.end(), [](const written_line &line) {
                      return line.live && line.text.find("\"\"") != std::string_view::npos;
                  });
     if (!there)
-        add_finding(lost, argument_shown(statement, position, rule_last.row), typed,
-                    lines_of(statement, true));
+        add_finding(&findings.lost, argument_shown(position, rule_last.row), typed, lines_written(true));
 }
 
 // True if what was written of an argument that is no string stands in quotes, and so is a string now.
-static bool is_quoted(const statement_view &statement, int32_t position, const argument_use &use)
+static bool is_quoted(int32_t position, const argument_use &use)
 {
     const char *first = statement.output.data();
     const char *end = use.written.data() + use.written.size();
@@ -170,78 +168,71 @@ static bool is_quoted(const statement_view &statement, int32_t position, const a
 
 // True if the value that an expression had when the script was read chose the row of the command, and no tip
 // says so.
-static bool has_chosen(const statement_view &statement, int32_t position)
+static bool has_chosen(int32_t position)
 {
     return position == 1 && rule_last.row->when != nullptr && rule_last.row->effect != EFFECT_TIP &&
-           is_numeric(statement, position) && !expression_is_constant(argument_text(position));
+           is_numeric(position) && !expression_is_constant(argument_text(position));
 }
 
 // What has become of an argument in the lines that are carried out.
-static void judge_live(const statement_view &statement, int32_t position, const argument_use &use,
-                       argument_findings *findings)
+static void judge_live(int32_t position, const argument_use &use)
 {
     std::string_view text = argument_text(position), written = text_trimmed(use.written);
-    auto argument = [&] { return argument_shown(statement, position, rule_last.row); };
-    if (use.text ? !is_quoted(statement, position, use) : use.value && is_whole_value(position, use)) {
-        if (has_chosen(statement, position))
+    auto argument = [&] { return argument_shown(position, rule_last.row); };
+    if (use.text ? !is_quoted(position, use) : use.value && is_whole_value(position, use)) {
+        if (has_chosen(position))
             add_frozen(
-                &findings->frozen,
                 fmt::format("{} has chosen this form by its value, {}", argument(), argument_value(position)),
-                written, use.line, item_of(statement, use), {});
+                written, use.line, item_of(use), {});
     } else if (use.text) {
         add_frozen(
-            &findings->frozen,
             fmt::format("{} is written as the text \"{}\"", argument(), shown_cut(use.written, text_shown)),
             fmt::format("\"{}\"", use.written), use.line, SIZE_MAX, text);
     } else if (use.value && use.written.empty()) {
-        findings->lost.summed = false;
-        add_finding(&findings->lost, argument() + " (what follows it has moved up)", text, {use.line});
+        findings.lost.summed = false;
+        add_finding(&findings.lost, argument() + " (what follows it has moved up)", text, {use.line});
     } else if (use.value) {
-        add_frozen(&findings->frozen, fmt::format("{} is fixed as {}", argument(), shown(written)), written,
-                   use.line, item_of(statement, use), text);
-    } else if (!is_default(statement, position, rule_last.row)) {
-        findings->lost.summed &= is_attribute(rule_last.row, position);
-        add_finding(&findings->lost, argument(), text, lines_of(statement, true));
+        add_frozen(fmt::format("{} is fixed as {}", argument(), shown(written)), written, use.line,
+                   item_of(use), text);
+    } else if (!is_default(position, rule_last.row)) {
+        findings.lost.summed &= is_attribute(rule_last.row, position);
+        add_finding(&findings.lost, argument(), text, lines_written(true));
     }
 }
 
-static void judge_argument(const statement_view &statement, int32_t position, bool carried_out,
-                           argument_findings *findings)
+static void judge_argument(int32_t position, bool carried_out)
 {
-    argument_use use = carried_out ? argument_use_of(statement, position, true) : argument_use{};
-    argument_use comment =
-        argument_is_string(position) ? argument_use_of(statement, position, false) : argument_use{};
+    argument_use use = carried_out ? argument_use_of(position, true) : argument_use{};
+    argument_use comment = argument_is_string(position) ? argument_use_of(position, false) : argument_use{};
     bool broken_comment = comment.text && comment.written.find('\n') != std::string_view::npos;
-    if (use.text && is_decoded(statement, position, use.written))
-        add_decoded(statement, position, use, &findings->decoded);
-    else if (broken_comment && is_decoded(statement, position, comment.written))
-        add_decoded(statement, position, comment, &findings->decoded);
+    if (use.text && is_decoded(position, use.written))
+        add_decoded(position, use);
+    else if (broken_comment && is_decoded(position, comment.written))
+        add_decoded(position, comment);
     if (carried_out)
-        judge_live(statement, position, use, findings);
+        judge_live(position, use);
 }
 
 // ---- What is lost or changed beside whole arguments ----
 
-static void add_clause(report_item *lost, const std::string &clause, std::string_view text,
-                       std::vector<uint64_t> lines)
+static void add_clause(const std::string &clause, std::string_view text, std::vector<uint64_t> lines)
 {
-    lost->summed = false;
-    lost->detail += (lost->detail.empty() ? "" : "; ") + clause;
-    lost->own_lines = std::move(lines);
+    findings.lost.summed = false;
+    findings.lost.detail += (findings.lost.detail.empty() ? "" : "; ") + clause;
+    findings.lost.own_lines = std::move(lines);
     if (!text.empty())
-        lost->own_texts.emplace_back(text);
+        findings.lost.own_texts.emplace_back(text);
 }
 
-static void add_dropped(const statement_view &statement, report_item *lost)
+static void add_dropped()
 {
-    for (int32_t position = 1; position <= argument_last(statement); position++) {
-        if (!has_dropped(statement, position))
+    for (int32_t position = 1; position <= argument_last(); position++) {
+        if (!has_dropped(position))
             continue;
-        argument_use use = argument_use_of(statement, position, true);
-        std::string_view typed = argument_typed(statement, position);
+        argument_use use = argument_use_of(position, true);
+        std::string_view typed = argument_typed(position);
         if (use.text && !use.written.empty())
-            add_clause(lost,
-                       fmt::format("argument {}: {} is written as {}: characters were dropped", position,
+            add_clause(fmt::format("argument {}: {} is written as {}: characters were dropped", position,
                                    shown_cut(typed, text_shown), shown_cut(use.written, text_shown)),
                        typed, {use.line});
     }
@@ -249,37 +240,35 @@ static void add_dropped(const statement_view &statement, report_item *lost)
 
 // How many commas are missing between two arguments that a live line has one after the other, for the empty
 // ones between them. Those that it lacks are listed by themselves.
-static size_t commas_missing(const statement_view &statement, const emit_write &before,
-                             const emit_write &write)
+static size_t commas_missing(const emit_write &before, const emit_write &write)
 {
     if (before.slot == 0 || write.slot < before.slot + 2 || write.from < before.to ||
         write.from == write.to || write.source == EMIT_OPTION)
         return 0;
-    std::string_view between = output_between(statement, before.to, write.from);
+    std::string_view between = output_between(before.to, write.from);
     auto commas = static_cast<size_t>(std::count(between.begin(), between.end(), ','));
     if (between.find_first_not_of(", ") != std::string_view::npos ||
-        argument_use_of(statement, write.slot, true).line == 0)
+        argument_use_of(write.slot, true).line == 0)
         return 0;
     size_t wanted = 1;
     for (int32_t position = before.slot + 1; position < write.slot; position++)
-        if (argument_use_of(statement, position, true).line != 0)
+        if (argument_use_of(position, true).line != 0)
             return 0;
         else
             wanted += argument_text(position).empty();
     return wanted - std::min(commas, wanted);
 }
 
-static void add_moved(const statement_view &statement, report_item *lost)
+static void add_moved()
 {
     for (int32_t i = 1; i < statement.record->write_count; i++) {
         const emit_write &write = statement.record->writes[i];
-        size_t missing = commas_missing(statement, statement.record->writes[i - 1], write);
-        if (missing > 0 && lost->own_places == 0)
+        size_t missing = commas_missing(statement.record->writes[i - 1], write);
+        if (missing > 0 && findings.lost.own_places == 0)
             add_clause(
-                lost,
                 fmt::format("argument {} has moved up: the empty one before it has no comma", write.slot), {},
-                lines_of(statement, true));
-        lost->own_places += static_cast<uint32_t>(missing);
+                lines_written(true));
+        findings.lost.own_places += static_cast<uint32_t>(missing);
     }
 }
 
@@ -298,70 +287,66 @@ static std::string_view text_between(std::string_view text, std::string_view fir
 
 // Quoted text among words, which a command that takes no strings there takes apart at its commas. It is
 // written with one blank behind each of them, whatever the script has there.
-static void add_parted(const statement_view &statement, std::string_view source, report_item *decoded)
+static void add_parted()
 {
     const int32_t count = statement.record->typed_count;
     for (int32_t first = 1, last; first < count; first++) {
-        argument_use use = argument_use_of(statement, first, true);
-        std::string_view begin = argument_typed(statement, first), end;
+        argument_use use = argument_use_of(first, true);
+        std::string_view begin = argument_typed(first), end;
         if (!use.text || argument_is_string(first) || !has_open_string(begin))
             continue;
         std::string written(use.written);
         for (last = first; last == first || (last < count && !has_quote(end));) {
-            end = argument_typed(statement, ++last);
+            end = argument_typed(++last);
             written.append(", ").append(argument_text(last));
         }
         if (!has_quote(end) || argument_is_string(last))
             continue;
         first = last;
-        if (source.find(written) != source.npos)
+        if (statement.source.find(written) != std::string_view::npos)
             continue;
-        std::string_view typed = text_between(source, begin, end);
-        add_finding(decoded,
+        std::string_view typed = text_between(statement.source, begin, end);
+        add_finding(&findings.decoded,
                     fmt::format("{} has the blanks behind its commas changed; write it as {}",
                                 shown_cut(written, text_shown), shown_cut(typed, text_shown)),
                     written, {use.line});
-        decoded->own_typed.emplace_back(typed);
+        findings.decoded.own_typed.emplace_back(typed);
     }
 }
 
 // ---- All arguments of a statement ----
 
-static void take_findings(script_report *report, const statement_view &statement, item_kind kind,
-                          const char *start, report_item *findings)
+static void take_findings(item_kind kind, const char *start, report_item *item)
 {
-    if (findings->detail.empty())
+    if (item->detail.empty())
         return;
-    findings->kind = kind;
-    findings->detail.insert(0, start);
+    item->kind = kind;
+    item->detail.insert(0, start);
     if (kind != ITEM_DECODED)
-        own_heads(statement, findings);
-    add_item(report, statement, std::move(*findings));
+        own_heads(item);
+    add_item(std::exchange(*item, {}));
 }
 
-void judge_arguments(script_report *report, const statement_view &statement, std::string_view source,
-                     bool carried_out)
+void judge_arguments(bool carried_out)
 {
-    argument_findings findings;
     findings.lost.summed = true; // until something else than an attribute is lost
-    for (int32_t position = 1; position <= argument_last(statement); position++) {
+    for (int32_t position = 1; position <= argument_last(); position++) {
         if (is_row_word(position))
             continue;
         if (!argument_text(position).empty())
-            judge_argument(statement, position, carried_out, &findings);
+            judge_argument(position, carried_out);
         else if (carried_out)
-            add_empty(statement, position, &findings.lost);
+            add_empty(position);
     }
     bool arguments_lost = !findings.lost.detail.empty();
     if (carried_out) {
-        add_parted(statement, source, &findings.decoded);
-        add_moved(statement, &findings.lost);
-        add_dropped(statement, &findings.lost);
-        if (std::string surplus = surplus_shown(statement); !surplus.empty())
-            add_clause(&findings.lost, surplus, surplus_of(statement), lines_of(statement, true));
+        add_parted();
+        add_moved();
+        add_dropped();
+        if (std::string surplus = surplus_shown(); !surplus.empty())
+            add_clause(surplus, surplus_text(), lines_written(true));
     }
-    take_findings(report, statement, ITEM_FROZEN, "argument ", &findings.frozen);
-    take_findings(report, statement, ITEM_LOST, arguments_lost ? "no live line has argument " : "",
-                  &findings.lost);
-    take_findings(report, statement, ITEM_DECODED, "argument ", &findings.decoded);
+    take_findings(ITEM_FROZEN, "argument ", &findings.frozen);
+    take_findings(ITEM_LOST, arguments_lost ? "no live line has argument " : "", &findings.lost);
+    take_findings(ITEM_DECODED, "argument ", &findings.decoded);
 }

@@ -28,7 +28,7 @@ static std::string fetch_fault(const statement_result &done, std::string_view me
     }
 }
 
-std::string broken_detail(const statement_view &statement)
+std::string broken_detail()
 {
     std::string fault = fetch_fault(statement.record->done, statement.record->message);
     // A quote that nobody closed takes all lines up to the next one.
@@ -121,23 +121,23 @@ static std::string unknown_reason(std::string_view text, std::string_view messag
 constexpr size_t word_max = 127; // characters of a first word; the one after it may be gone
 
 // What has become of a line that doesn't fit the converter's buffers; empty if it does.
-static std::string overlong(statement_kind kind, std::string_view text, std::string_view source)
+static std::string overlong(statement_kind kind, std::string_view text)
 {
     if (is_comment(text))
         return kind == KIND_TEXT && text.size() >= static_cast<size_t>(line_buf_capacity)
                    ? "of a comment of more than 3,900 characters the rest is read as a statement"
                    : "";
     bool fits = text.size() < word_max || text.find_first_of(" \t\r\n") < word_max;
-    size_t at = fits ? source.npos : source.find(text.substr(0, word_max));
-    if (at == source.npos)
+    size_t at = fits ? text.npos : statement.source.find(text.substr(0, word_max));
+    if (at == text.npos)
         return {};
-    std::string_view left = text.substr(word_max, 8), rest = source.substr(at + word_max);
+    std::string_view left = text.substr(word_max, 8), rest = statement.source.substr(at + word_max);
     bool whole = rest.empty() || text_is(rest[0], CHAR_WHITE) ||
                  (!left.empty() && rest.substr(0, left.size()) == left);
     return whole ? "" : "of a word of more than 126 characters one is gone";
 }
 
-std::string unknown_detail(const statement_view &statement, std::string_view source)
+std::string unknown_detail()
 {
     statement_kind kind = statement.record->done.head.kind;
     std::string_view text = text_trimmed(statement.output);
@@ -146,7 +146,7 @@ std::string unknown_detail(const statement_view &statement, std::string_view sou
     if (kind == KIND_KEYWORD && !is_comment(text) && text.find("\\r") < comment_in(text))
         return "of a carriage return inside the line \\r is left";
     if (evaluated || kind == KIND_LABEL || kind == KIND_TEXT || kind == KIND_UNKNOWN)
-        if (std::string fault = overlong(kind, text, source); !fault.empty())
+        if (std::string fault = overlong(kind, text); !fault.empty())
             return fault;
     if ((!evaluated && kind != KIND_TEXT && kind != KIND_UNKNOWN) || text.empty() || is_comment(text))
         return {};

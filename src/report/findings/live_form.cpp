@@ -118,34 +118,34 @@ std::string live_form_fault(std::string_view line, const std::vector<std::string
 
 // The options of the menu string that a statement's new form has, in order, empty ones included. None if they
 // have left neither quotes nor bars.
-static std::vector<emit_write> options_of(const statement_view &statement)
+static std::vector<emit_write> menu_options()
 {
     std::vector<emit_write> options;
     for (int32_t i = 0; i < statement.record->write_count; i++)
         if (const emit_write &write = statement.record->writes[i]; write.source == EMIT_OPTION)
             options.push_back(write);
-    bool written = !options.empty() &&
-                   (options.back().to > options.front().from ||
-                    output_between(statement, options.front().from - 1, options.front().from) == "\"");
+    bool written =
+        !options.empty() && (options.back().to > options.front().from ||
+                             output_between(options.front().from - 1, options.front().from) == "\"");
     return written ? options : std::vector<emit_write>();
 }
 
-bool is_option(const statement_view &statement, int32_t position)
+bool is_option(int32_t position)
 {
-    const std::vector<emit_write> options = options_of(statement);
+    const std::vector<emit_write> options = menu_options();
     return std::any_of(options.begin(), options.end(),
                        [position](const emit_write &option) { return option.slot == position; });
 }
 
 // ---- Statements ----
 
-static std::string_view text_of(const statement_view &statement, const live_line &line)
+static std::string_view text_of(const live_line &line)
 {
-    return output_between(statement, line.first->start, line.last->start + line.last->text.size());
+    return output_between(line.first->start, line.last->start + line.last->text.size());
 }
 
 // The writes of arguments in a line, those of nothing excepted.
-static std::vector<emit_write> writes_in(const statement_view &statement, const live_line &line)
+static std::vector<emit_write> writes_in(const live_line &line)
 {
     std::vector<emit_write> writes;
     for (int32_t i = 0; i < statement.record->write_count; i++) {
@@ -158,10 +158,9 @@ static std::vector<emit_write> writes_in(const statement_view &statement, const 
 }
 
 // A line with x in the place of its strings: what escapes became may be anything.
-static std::string without_strings(const statement_view &statement, const live_line &line,
-                                   const std::vector<emit_write> &writes)
+static std::string without_strings(const live_line &line, const std::vector<emit_write> &writes)
 {
-    std::string text(text_of(statement, line));
+    std::string text(text_of(line));
     for (const emit_write &write : writes) {
         auto size = static_cast<size_t>(write.to - write.from);
         size_t quote = size == argument_text(write.slot).size() ? 1 : 0;
@@ -172,45 +171,43 @@ static std::string without_strings(const statement_view &statement, const live_l
     return text;
 }
 
-static report_item *add_form(script_report *report, const statement_view &statement, const live_line &line,
-                             const std::string &fault)
+static report_item *add_form(const live_line &line, const std::string &fault)
 {
     report_item item{};
     item.kind = ITEM_FORM;
-    item.detail = fault + ": " + shown_cut(text_trimmed(text_of(statement, line)), 80);
+    item.detail = fault + ": " + shown_cut(text_trimmed(text_of(line)), 80);
     item.summed = true;
     item.own_texts.push_back(fault);
     // Arguments that are no expressions, such as file names, stay right.
-    for (const emit_write &write : writes_in(statement, line)) {
-        std::string_view text = text_trimmed(output_between(statement, write.from, write.to));
+    for (const emit_write &write : writes_in(line)) {
+        std::string_view text = text_trimmed(output_between(write.from, write.to));
         if (!item_fault(text, {}).empty())
             item.own_texts.emplace_back(text);
     }
     for (const written_line *own = line.first; own <= line.last; own++)
         item.own_lines.push_back(own->number);
     if (fault != rest_of_text)
-        own_heads(statement, &item);
-    return add_item(report, statement, std::move(item));
+        own_heads(&item);
+    return add_item(std::move(item));
 }
 
 // Lines that end in a backslash, comments too, which take a live line in.
-static void add_joining(script_report *report, const statement_view &statement)
+static void add_joining()
 {
     for (const written_line &line : statement.lines)
         if (!line.text.empty() && line.text.back() == '\\')
-            add_form(report, statement, {&line, &line}, joins_next);
+            add_form({&line, &line}, joins_next);
 }
 
 // Two arguments that have only blanks between them; none if there are none.
-static std::vector<std::string> values_beside(const statement_view &statement,
-                                              const std::vector<emit_write> &writes)
+static std::vector<std::string> values_beside(const std::vector<emit_write> &writes)
 {
     for (size_t i = 1; i < writes.size(); i++) {
         const emit_write &before = writes[i - 1], &write = writes[i];
         if (write.slot != before.slot && write.from > before.to &&
-            output_between(statement, before.to, write.from).find_first_not_of(' ') == std::string_view::npos)
-            return {std::string(output_between(statement, before.from, before.to)),
-                    std::string(output_between(statement, write.from, write.to))};
+            output_between(before.to, write.from).find_first_not_of(' ') == std::string_view::npos)
+            return {std::string(output_between(before.from, before.to)),
+                    std::string(output_between(write.from, write.to))};
     }
     return {};
 }
@@ -218,19 +215,18 @@ static std::vector<std::string> values_beside(const statement_view &statement,
 // Options are divided by bars: from the first one that the command has to the last one that was typed there
 // is one before each but the first, and none elsewhere. GETCUR's options may begin with an argument before
 // them.
-static void judge_menu(script_report *report, const statement_view &statement, const live_line &line,
-                       const std::vector<emit_write> &options)
+static void judge_menu(const live_line &line, const std::vector<emit_write> &options)
 {
     const char *fault = nullptr;
     std::vector<std::string> divided;
-    auto type = [&](size_t i) { return argument_spec(statement, options[i].slot) & ARG_TYPE; };
+    auto type = [&](size_t i) { return argument_spec(options[i].slot) & ARG_TYPE; };
     size_t first = 0, end = options.size();
     while (first + 1 < end && type(first) != type(end - 1))
         first++;
-    while (end > first && argument_typed(statement, options[end - 1].slot).empty())
+    while (end > first && argument_typed(options[end - 1].slot).empty())
         end--;
     for (size_t i = 0; i < options.size(); i++) {
-        std::string_view option = output_between(statement, options[i].from, options[i].to);
+        std::string_view option = output_between(options[i].from, options[i].to);
         if (option.find('|') != std::string_view::npos)
             divided.emplace_back(option);
         bool bar = i > 0 && options[i].from > options[i - 1].to;
@@ -240,31 +236,30 @@ static void judge_menu(script_report *report, const statement_view &statement, c
     }
     if (fault == nullptr && divided.empty())
         return;
-    report_item *item = add_form(report, statement, line, divided.empty() ? fault : option_divided);
+    report_item *item = add_form(line, divided.empty() ? fault : option_divided);
     item->own_places = static_cast<uint32_t>(end - std::min(first + 1, end)); // bars that there should be
     item->own_typed = std::move(divided);
 }
 
-void judge_live_form(script_report *report, const statement_view &statement)
+void judge_live_form()
 {
-    add_joining(report, statement);
+    add_joining();
     std::vector<std::string_view> arguments;
     arguments.reserve(static_cast<size_t>(std::max(statement.record->done.fetched, 0)));
     for (int32_t position = 1; position <= statement.record->done.fetched; position++)
         arguments.push_back(text_trimmed(argument_text(position)));
-    const std::vector<emit_write> options = options_of(statement);
-    const written_line *menu = options.empty() ? nullptr : line_at(statement, options.front().from);
-    for (const live_line &line : live_lines_of(statement)) {
-        const std::vector<emit_write> writes = writes_in(statement, line);
-        std::string fault = line.first->rest
-                                ? rest_of_text
-                                : live_form_fault(without_strings(statement, line, writes), arguments);
-        std::vector<std::string> beside = values_beside(statement, writes);
+    const std::vector<emit_write> options = menu_options();
+    const written_line *menu = options.empty() ? nullptr : line_at(options.front().from);
+    for (const live_line &line : joined_live_lines()) {
+        const std::vector<emit_write> writes = writes_in(line);
+        std::string fault =
+            line.first->rest ? rest_of_text : live_form_fault(without_strings(line, writes), arguments);
+        std::vector<std::string> beside = values_beside(writes);
         if (!fault.empty() && (beside.empty() || fault != values_without_comma))
-            add_form(report, statement, line, fault);
+            add_form(line, fault);
         if (!beside.empty())
-            add_form(report, statement, line, values_without_comma)->own_typed = std::move(beside);
+            add_form(line, values_without_comma)->own_typed = std::move(beside);
         if (line.first <= menu && menu <= line.last)
-            judge_menu(report, statement, line, options);
+            judge_menu(line, options);
     }
 }

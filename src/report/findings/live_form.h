@@ -24,10 +24,10 @@ inline constexpr char option_divided[] = "an option of the script has a bar, whi
 
 // Adds an item of the kind form for each fault of a command's live lines that makes one no well-formed list.
 // What a string has become doesn't count.
-void judge_live_form(script_report *report, const statement_view &statement);
+void judge_live_form();
 
 // True if an argument is an option of the statement's menu string, which may be empty.
-bool is_option(const statement_view &statement, int32_t position);
+bool is_option(int32_t position);
 
 // Why a line is no well-formed list, given the texts of the statement's arguments, which are right as they
 // are; empty if it is one.

@@ -5,23 +5,27 @@
 #include <algorithm>
 #include <utility>
 
-static void split_lines(statement_view *statement)
+statement_view statement;
+script_report *judged_report;
+
+static void split_lines()
 {
-    uint64_t start = statement->record->done.head.output_start;
-    std::string_view rest = statement->output;
-    for (uint64_t number = statement->output_line; !rest.empty(); number++) {
+    uint64_t start = statement.record->done.head.output_start;
+    std::string_view rest = statement.output;
+    statement.lines.clear();
+    for (uint64_t number = statement.output_line; !rest.empty(); number++) {
         size_t end = std::min(rest.find('\n'), rest.size());
         std::string_view text = rest.substr(0, end);
         size_t white = std::min(text.find_first_not_of(" \t\r\v\f"), text.size());
         bool live = white < text.size() && !is_comment(text.substr(white));
-        statement->lines.push_back({start, number, text, live, false, false});
+        statement.lines.push_back({start, number, text, live, false, false});
         size_t taken = std::min(end + 1, rest.size());
         start += taken;
         rest.remove_prefix(taken);
     }
 }
 
-const written_line *line_at(const statement_view &statement, uint64_t offset)
+const written_line *line_at(uint64_t offset)
 {
     const std::vector<written_line> &lines = statement.lines;
     auto after = std::upper_bound(lines.begin(), lines.end(), offset,
@@ -29,12 +33,12 @@ const written_line *line_at(const statement_view &statement, uint64_t offset)
     return after == lines.begin() ? nullptr : &after[-1];
 }
 
-static void mark_lines_inside(statement_view *statement)
+static void mark_lines_inside()
 {
-    std::vector<written_line> &lines = statement->lines;
-    for (int32_t i = 0; i < statement->record->write_count; i++) {
-        const emit_write &write = statement->record->writes[i];
-        const written_line *line = line_at(*statement, write.from);
+    std::vector<written_line> &lines = statement.lines;
+    for (int32_t i = 0; i < statement.record->write_count; i++) {
+        const emit_write &write = statement.record->writes[i];
+        const written_line *line = line_at(write.from);
         if (line == nullptr)
             continue;
         bool of_live = line->live && !line->rest;
@@ -47,27 +51,25 @@ static void mark_lines_inside(statement_view *statement)
     }
 }
 
-statement_view statement_view_of(const journal_record &record, std::string_view output, uint64_t output_line)
+void statement_take(const journal_record &record, std::string_view output, uint64_t output_line)
 {
-    statement_view statement{};
     statement.record = &record;
     statement.row = record.done.result >= 0 ? &command_row_at(record.done.result) : nullptr;
     statement.line = record.done.head.line;
     statement.last_line = std::max(record.done.head.line, record.done.next_line - 1);
     statement.output = output;
     statement.output_line = output_line;
-    split_lines(&statement);
-    mark_lines_inside(&statement);
+    split_lines();
+    mark_lines_inside();
     statement.output_lines = statement.lines.size();
-    return statement;
 }
 
-bool is_broken(const statement_view &statement)
+bool arguments_failed()
 {
     return statement.row != nullptr && statement.record->done.fetched < 0;
 }
 
-std::vector<live_line> live_lines_of(const statement_view &statement)
+std::vector<live_line> joined_live_lines()
 {
     std::vector<live_line> found;
     for (const written_line &line : statement.lines)
@@ -78,13 +80,13 @@ std::vector<live_line> live_lines_of(const statement_view &statement)
     return found;
 }
 
-std::string_view output_between(const statement_view &statement, uint64_t from, uint64_t to)
+std::string_view output_between(uint64_t from, uint64_t to)
 {
     return statement.output.substr(static_cast<size_t>(from - statement.record->done.head.output_start),
                                    static_cast<size_t>(to - from));
 }
 
-std::vector<uint64_t> lines_of(const statement_view &statement, bool live)
+std::vector<uint64_t> lines_written(bool live)
 {
     std::vector<uint64_t> numbers;
     for (const written_line &line : statement.lines)
@@ -95,7 +97,7 @@ std::vector<uint64_t> lines_of(const statement_view &statement, bool live)
 
 // ---- Items ----
 
-report_item *add_item(script_report *report, const statement_view &statement, report_item item)
+report_item *add_item(report_item item)
 {
     item.line = statement.line;
     item.last_line = statement.last_line;
@@ -103,21 +105,20 @@ report_item *add_item(script_report *report, const statement_view &statement, re
     item.output_lines = statement.output_lines;
     if (statement.row != nullptr)
         item.command = statement.row->name;
-    report->items.push_back(std::move(item));
-    return &report->items.back();
+    judged_report->items.push_back(std::move(item));
+    return &judged_report->items.back();
 }
 
-report_item *add_item(script_report *report, const statement_view &statement, item_kind kind,
-                      std::string detail, std::vector<uint64_t> own)
+report_item *add_item(item_kind kind, std::string detail, std::vector<uint64_t> own)
 {
     report_item item{};
     item.kind = kind;
     item.detail = std::move(detail);
     item.own_lines = std::move(own);
-    return add_item(report, statement, std::move(item));
+    return add_item(std::move(item));
 }
 
-void own_heads(const statement_view &statement, report_item *item)
+void own_heads(report_item *item)
 {
     const std::vector<written_line> &lines = statement.lines;
     std::vector<uint64_t> heads;

@@ -1,6 +1,7 @@
-// A finished statement as the judgement sees it: its record, and its lines of the output. And its items.
+// The statement that was finished last, as the judgement sees it: its record, its lines of the output, and
+// the items that it gets.
 //
-// All of it is valid while the statement's record is handed over.
+// All of it is valid while the statement's record is handed over. One script is judged at a time.
 #pragma once
 
 #include "driver/journal.h"
@@ -30,15 +31,19 @@ struct statement_view {
     uint32_t last_line;      // and where it ends
     uint64_t output_line;    // of the output, where its own begins
     uint64_t output_lines;   // line ends in it, and 1 for a rest without one
+    std::string_view source; // its lines of the script, set by the judgement
     std::string_view output; // what was written, the indentation excepted
     std::vector<written_line> lines;
 };
 
-// Makes the view of a statement whose output begins in a line of the whole output.
-statement_view statement_view_of(const journal_record &record, std::string_view output, uint64_t output_line);
+extern statement_view statement;
+extern script_report *judged_report; // that the items are added to
 
-// True of a command whose arguments failed.
-bool is_broken(const statement_view &statement);
+// Makes the view of a statement whose output begins in a line of the whole output.
+void statement_take(const journal_record &record, std::string_view output, uint64_t output_line);
+
+// True if it is a command whose arguments failed.
+bool arguments_failed();
 
 // ---- Lines of the output ----
 
@@ -46,26 +51,25 @@ bool is_broken(const statement_view &statement);
 struct live_line {
     const written_line *first, *last;
 };
-std::vector<live_line> live_lines_of(const statement_view &statement);
+std::vector<live_line> joined_live_lines();
 
 // The line that an offset of the output is in; null if it is in none.
-const written_line *line_at(const statement_view &statement, uint64_t offset);
+const written_line *line_at(uint64_t offset);
 
 // A part of the statement's output, by offsets of the whole output.
-std::string_view output_between(const statement_view &statement, uint64_t from, uint64_t to);
+std::string_view output_between(uint64_t from, uint64_t to);
 
 // The lines that are live, or comments; numbers of the whole output.
-std::vector<uint64_t> lines_of(const statement_view &statement, bool live);
+std::vector<uint64_t> lines_written(bool live);
 
 // ---- Items ----
 
-// Adds an item of a statement, which has its kind and what is said of it, and fills in where it is.
-report_item *add_item(script_report *report, const statement_view &statement, report_item item);
+// Adds an item of the statement, which has its kind and what is said of it, and fills in where it is.
+report_item *add_item(report_item item);
 
 // The same with a detail. own are the lines of what is written now that it is about.
-report_item *add_item(script_report *report, const statement_view &statement, item_kind kind,
-                      std::string detail, std::vector<uint64_t> own);
+report_item *add_item(item_kind kind, std::string detail, std::vector<uint64_t> own);
 
 // Puts in the place of own lines that are inside of a text the ones where it begins, and sets how many follow
 // if there is one alone.
-void own_heads(const statement_view &statement, report_item *item);
+void own_heads(report_item *item);
