@@ -114,11 +114,10 @@ static bool is_constant(int32_t position)
     return text.find_first_of("'\"") == std::string_view::npos && expression_is_constant(text);
 }
 
-bool is_default(int32_t position, const rule_row *row)
+bool is_default(int32_t position)
 {
     return argument_number(position) == 0 && is_numeric(position) &&
-           ((argument_spec(position) & ARG_OPTIONAL) != 0 || is_attribute(row, position)) &&
-           is_constant(position);
+           ((argument_spec(position) & ARG_OPTIONAL) != 0 || is_attribute(position)) && is_constant(position);
 }
 
 // ---- Names ----
@@ -135,9 +134,9 @@ static std::string_view take_name(std::string_view *form)
     return name;
 }
 
-std::string argument_name(const rule_row *row, int32_t position)
+std::string argument_name(int32_t position)
 {
-    std::string_view form = row != nullptr ? row->old_form : "";
+    std::string_view form = statement.rule != nullptr ? statement.rule->old_form : "";
     for (int32_t at = 1; !form.empty();) {
         std::string_view name = take_name(&form);
         if (name == "...")
@@ -167,15 +166,15 @@ static bool is_numbered(const std::string &name)
            name[0] != 'z';
 }
 
-bool is_attribute(const rule_row *row, int32_t position)
+bool is_attribute(int32_t position)
 {
-    const std::string name = argument_name(row, position);
+    const std::string name = argument_name(position);
     return is_numbered(name) && name[0] == 'a';
 }
 
-std::string argument_shown(int32_t position, const rule_row *row)
+std::string argument_shown(int32_t position)
 {
-    std::string name = argument_name(row, position);
+    std::string name = argument_name(position);
     if (is_numbered(name))
         name = name[0] == 'a' ? "attribute" : "";
     else if (!name.empty() && !text_is(name[0], CHAR_LETTER))

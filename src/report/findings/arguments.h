@@ -3,7 +3,6 @@
 #pragma once
 
 #include "report/findings/statement.h"
-#include "rules/rule_table.h"
 
 #include <stddef.h>
 #include <stdint.h>
@@ -49,18 +48,18 @@ std::string lexer_text(std::string_view text);
 bool expression_is_constant(std::string_view text);
 
 // True of a constant 0 where nothing could be as well.
-bool is_default(int32_t position, const rule_row *row);
+bool is_default(int32_t position);
 
 // ---- Names, from the old forms of the rule tables ----
 
 // The name of an argument in the old form of its command. Empty if it has none, as what "..." stands for.
-std::string argument_name(const rule_row *row, int32_t position);
+std::string argument_name(int32_t position);
 
 // True of an attribute, whose name is the letter a and a number.
-bool is_attribute(const rule_row *row, int32_t position);
+bool is_attribute(int32_t position);
 
 // An argument in a detail: its number, its name if that says something, and its text as typed.
-std::string argument_shown(int32_t position, const rule_row *row);
+std::string argument_shown(int32_t position);
 
 // ---- What the output has ----
 

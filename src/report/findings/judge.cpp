@@ -128,9 +128,9 @@ static std::string_view script_lines(uint32_t first, uint32_t last)
     return lines_between(*judging.script, std::min<size_t>(first - 1, end), end);
 }
 
-static const char *byhand_detail(const rule_row *row)
+static const char *byhand_detail()
 {
-    bool there = strstr(row->new_form.text, "new MURL command syntax:") != nullptr;
+    bool there = strstr(statement.rule->new_form.text, "new MURL command syntax:") != nullptr;
     return there ? "the new form is a comment" : "a tip is in its place, and no new form";
 }
 
@@ -140,12 +140,12 @@ struct effect_item {
     const char *detail;
 };
 
-static effect_item effect_item_of(const rule_row *row)
+static effect_item effect_item_of()
 {
-    switch (row->effect) {
+    switch (statement.rule->effect) {
     case EFFECT_TIP: return {ITEM_CHECK, "the new command is below a tip"};
     case EFFECT_BY_HAND:
-    case EFFECT_BY_HAND_NO_TIP: return {ITEM_BYHAND, byhand_detail(row)};
+    case EFFECT_BY_HAND_NO_TIP: return {ITEM_BYHAND, byhand_detail()};
     case EFFECT_COMMENTED: return {ITEM_QUIET, "commented out"};
     case EFFECT_NOT_IMPLEMENTED: return {ITEM_GONE, "the new dialect has no such command"};
     case EFFECT_DROPPED: return {ITEM_LOST, "the statement has left nothing"};
@@ -166,12 +166,11 @@ static void judge_base()
 
 static void judge_command()
 {
-    if (rule_find(statement.row->id)->effect == EFFECT_SYSTEM) {
+    if (statement.rule == nullptr) {
         add_item(ITEM_DROPPED, "a system command" + arguments_in_detail(), {})->summed = true;
         return;
     }
-    const rule_row *row = rule_last.row;
-    effect_item item = effect_item_of(row);
+    effect_item item = effect_item_of();
     bool carried_out = item.kind == ITEM_CHECK || item.kind == item_kind_count;
     if (item.kind != item_kind_count)
         add_item(static_cast<item_kind>(item.kind),
@@ -216,8 +215,7 @@ static const char *guarded_fate()
     if (arguments_failed())
         return "no statement: its arguments failed";
     size_t count = statements_left();
-    bool by_hand = statement.row != nullptr && rule_find(statement.row->id)->effect != EFFECT_SYSTEM &&
-                   rule_is_by_hand(rule_last.row);
+    bool by_hand = statement.rule != nullptr && rule_is_by_hand(statement.rule);
     if (count > 1 || (count == 1 && by_hand))
         return "several statements; it guards only the first";
     if (count == 0)

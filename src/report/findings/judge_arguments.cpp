@@ -21,12 +21,12 @@ static void add_detail(std::string *detail, const std::string &text)
 // True if an argument is the word that its row stands for, such as dotprod: the row's form has it.
 static bool is_row_word(int32_t position)
 {
-    if (position != 1 || rule_last.row == nullptr || rule_last.row->when == nullptr)
+    if (position != 1 || statement.rule == nullptr || statement.rule->when == nullptr)
         return false;
-    std::string_view when = rule_last.row->when;
+    std::string_view when = statement.rule->when;
     std::string_view text = argument_text(position);
     std::string word(when.substr(when.rfind(' ') + 1));
-    return text_is_word(text.data(), text.size(), word.c_str()) && argument_name(rule_last.row, 1) == word;
+    return text_is_word(text.data(), text.size(), word.c_str()) && argument_name(1) == word;
 }
 
 static std::string surplus_shown()
@@ -39,7 +39,6 @@ static std::string surplus_shown()
 
 std::string arguments_in_detail()
 {
-    const rule_row *row = rule_find(statement.row->id)->effect == EFFECT_SYSTEM ? nullptr : rule_last.row;
     bool comment = !lines_written(false).empty();
     std::string there, lacking, empty; // the last: places after which something may come
     auto add_there = [&](const std::string &text) { add_detail(&there, std::exchange(empty, {}) + text); };
@@ -53,8 +52,8 @@ std::string arguments_in_detail()
             add_there(typed + (comment && has_dropped(position)
                                    ? " (the comment has " + shown_cut(use.written, text_shown) + ")"
                                    : ""));
-        else if (!is_left || !is_default(position, row))
-            add_detail(&lacking, argument_shown(position, row) +
+        else if (!is_left || !is_default(position))
+            add_detail(&lacking, argument_shown(position) +
                                      (is_left && use.value ? " (it has " + shown(use.written) + ")" : ""));
     }
     std::string detail = there.empty() ? "" : ": " + there;
@@ -137,7 +136,7 @@ static void add_decoded(int32_t position, const argument_use &use)
     for (char c : use.written)
         if (c == '\n')
             lines.push_back(lines.back() + 1);
-    add_finding(&findings.decoded, argument_shown(position, rule_last.row) + " has " + fault,
+    add_finding(&findings.decoded, argument_shown(position) + " has " + fault,
                 text_cut(use.written, SIZE_MAX), lines);
     findings.decoded.own_typed.emplace_back(typed);
 }
@@ -154,7 +153,7 @@ static void add_empty(int32_t position)
                      return line.live && line.text.find("\"\"") != std::string_view::npos;
                  });
     if (!there)
-        add_finding(&findings.lost, argument_shown(position, rule_last.row), typed, lines_written(true));
+        add_finding(&findings.lost, argument_shown(position), typed, lines_written(true));
 }
 
 // True if what was written of an argument that is no string stands in quotes, and so is a string now.
@@ -170,7 +169,7 @@ static bool is_quoted(int32_t position, const argument_use &use)
 // says so.
 static bool has_chosen(int32_t position)
 {
-    return position == 1 && rule_last.row->when != nullptr && rule_last.row->effect != EFFECT_TIP &&
+    return position == 1 && statement.rule->when != nullptr && statement.rule->effect != EFFECT_TIP &&
            is_numeric(position) && !expression_is_constant(argument_text(position));
 }
 
@@ -178,7 +177,7 @@ static bool has_chosen(int32_t position)
 static void judge_live(int32_t position, const argument_use &use)
 {
     std::string_view text = argument_text(position), written = text_trimmed(use.written);
-    auto argument = [&] { return argument_shown(position, rule_last.row); };
+    auto argument = [&] { return argument_shown(position); };
     if (use.text ? !is_quoted(position, use) : use.value && is_whole_value(position, use)) {
         if (has_chosen(position))
             add_frozen(
@@ -194,8 +193,8 @@ static void judge_live(int32_t position, const argument_use &use)
     } else if (use.value) {
         add_frozen(fmt::format("{} is fixed as {}", argument(), shown(written)), written, use.line,
                    item_of(use), text);
-    } else if (!is_default(position, rule_last.row)) {
-        findings.lost.summed &= is_attribute(rule_last.row, position);
+    } else if (!is_default(position)) {
+        findings.lost.summed &= is_attribute(position);
         add_finding(&findings.lost, argument(), text, lines_written(true));
     }
 }

@@ -55,6 +55,9 @@ void statement_take(const journal_record &record, std::string_view output, uint6
 {
     statement.record = &record;
     statement.row = record.done.result >= 0 ? &command_row_at(record.done.result) : nullptr;
+    bool converted = statement.row != nullptr && !arguments_failed() &&
+                     rule_find(statement.row->id)->effect != EFFECT_SYSTEM;
+    statement.rule = converted ? rule_last.row : nullptr;
     statement.line = record.done.head.line;
     statement.last_line = std::max(record.done.head.line, record.done.next_line - 1);
     statement.output = output;

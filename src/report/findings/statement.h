@@ -6,6 +6,7 @@
 
 #include "driver/journal.h"
 #include "report/item.h"
+#include "rules/rule_table.h"
 #include "statements/command_table.h"
 
 #include <stdint.h>
@@ -27,6 +28,7 @@ struct written_line {
 struct statement_view {
     const journal_record *record;
     const cmd_row *row;      // of a command; else null
+    const rule_row *rule;    // by which it was converted; null of one that failed and of a system command
     uint32_t line;           // of the script, where the statement begins
     uint32_t last_line;      // and where it ends
     uint64_t output_line;    // of the output, where its own begins
