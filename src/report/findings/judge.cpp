@@ -134,22 +134,22 @@ static const char *byhand_detail()
     return there ? "the new form is a comment" : "a tip is in its place, and no new form";
 }
 
-// The item of an effect; item_kind_count if it has none.
-struct effect_item {
-    int kind;
-    const char *detail;
-};
-
-static effect_item effect_item_of()
+// Adds the item of what has become of a command. True if its new form is carried out.
+static bool judge_effect()
 {
+    auto add = [](item_kind kind, const std::string &detail) {
+        bool carried_out = kind == ITEM_CHECK;
+        add_item(kind, carried_out ? detail : detail + arguments_in_detail(), lines_written(false));
+        return carried_out;
+    };
     switch (statement.rule->effect) {
-    case EFFECT_TIP: return {ITEM_CHECK, "the new command is below a tip"};
+    case EFFECT_TIP: return add(ITEM_CHECK, "the new command is below a tip");
     case EFFECT_BY_HAND:
-    case EFFECT_BY_HAND_NO_TIP: return {ITEM_BYHAND, byhand_detail()};
-    case EFFECT_COMMENTED: return {ITEM_QUIET, "commented out"};
-    case EFFECT_NOT_IMPLEMENTED: return {ITEM_GONE, "the new dialect has no such command"};
-    case EFFECT_DROPPED: return {ITEM_LOST, "the statement has left nothing"};
-    default: return {item_kind_count, ""};
+    case EFFECT_BY_HAND_NO_TIP: return add(ITEM_BYHAND, byhand_detail());
+    case EFFECT_COMMENTED: return add(ITEM_QUIET, "commented out");
+    case EFFECT_NOT_IMPLEMENTED: return add(ITEM_GONE, "the new dialect has no such command");
+    case EFFECT_DROPPED: return add(ITEM_LOST, "the statement has left nothing");
+    default: return true;
     }
 }
 
@@ -170,12 +170,7 @@ static void judge_command()
         add_item(ITEM_DROPPED, "a system command" + arguments_in_detail(), {})->summed = true;
         return;
     }
-    effect_item item = effect_item_of();
-    bool carried_out = item.kind == ITEM_CHECK || item.kind == item_kind_count;
-    if (item.kind != item_kind_count)
-        add_item(static_cast<item_kind>(item.kind),
-                 item.detail + (carried_out ? std::string() : arguments_in_detail()), lines_written(false));
-    judge_arguments(carried_out);
+    judge_arguments(judge_effect());
     judge_live_form();
     if (std::string_view(statement.row->name) == "ORDDIM")
         judge_base();
