@@ -195,8 +195,7 @@ static bool is_text_of(std::string_view written, std::string_view text)
 argument_use argument_use_of(int32_t position, bool live)
 {
     argument_use use;
-    for (int32_t i = 0; i < statement.record->write_count; i++) {
-        const emit_write &write = statement.record->writes[i];
+    for (const emit_write &write : statement.writes) {
         const written_line *line = write.slot == position ? line_at(write.from) : nullptr;
         if (line == nullptr || (line->live && !line->rest) != live)
             continue;

@@ -260,9 +260,9 @@ static size_t commas_missing(const emit_write &before, const emit_write &write)
 
 static void add_moved()
 {
-    for (int32_t i = 1; i < statement.record->write_count; i++) {
-        const emit_write &write = statement.record->writes[i];
-        size_t missing = commas_missing(statement.record->writes[i - 1], write);
+    for (size_t i = 1; i < statement.writes.size(); i++) {
+        const emit_write &write = statement.writes[i];
+        size_t missing = commas_missing(statement.writes[i - 1], write);
         if (missing > 0 && findings.lost.own_places == 0)
             add_clause(
                 fmt::format("argument {} has moved up: the empty one before it has no comma", write.slot), {},

@@ -121,8 +121,8 @@ std::string live_form_fault(std::string_view line, const std::vector<std::string
 static std::vector<emit_write> menu_options()
 {
     std::vector<emit_write> options;
-    for (int32_t i = 0; i < statement.record->write_count; i++)
-        if (const emit_write &write = statement.record->writes[i]; write.source == EMIT_OPTION)
+    for (const emit_write &write : statement.writes)
+        if (write.source == EMIT_OPTION)
             options.push_back(write);
     bool written =
         !options.empty() && (options.back().to > options.front().from ||
@@ -147,13 +147,11 @@ static std::string_view text_of(const live_line &line)
 // The writes of arguments in a line, those of nothing excepted.
 static std::vector<emit_write> writes_in(const live_line &line)
 {
+    uint64_t end = line.last->start + line.last->text.size();
     std::vector<emit_write> writes;
-    for (int32_t i = 0; i < statement.record->write_count; i++) {
-        const emit_write &write = statement.record->writes[i];
-        if (write.slot > 0 && write.from < write.to && write.from >= line.first->start &&
-            write.to <= line.last->start + line.last->text.size())
+    for (const emit_write &write : statement.writes)
+        if (write.slot > 0 && write.from < write.to && write.from >= line.first->start && write.to <= end)
             writes.push_back(write);
-    }
     return writes;
 }
 

@@ -36,8 +36,7 @@ const written_line *line_at(uint64_t offset)
 static void mark_lines_inside()
 {
     std::vector<written_line> &lines = statement.lines;
-    for (int32_t i = 0; i < statement.record->write_count; i++) {
-        const emit_write &write = statement.record->writes[i];
+    for (const emit_write &write : statement.writes) {
         const written_line *line = line_at(write.from);
         if (line == nullptr)
             continue;
@@ -62,6 +61,7 @@ void statement_take(const journal_record &record, std::string_view output, uint6
     statement.last_line = std::max(record.done.head.line, record.done.next_line - 1);
     statement.output = output;
     statement.output_line = output_line;
+    statement.writes.assign(record.writes, record.writes + record.write_count);
     split_lines();
     mark_lines_inside();
     statement.output_lines = statement.lines.size();

@@ -36,6 +36,7 @@ struct statement_view {
     std::string_view source; // its lines of the script, set by the judgement
     std::string_view output; // what was written, the indentation excepted
     std::vector<written_line> lines;
+    std::vector<emit_write> writes; // of its arguments, in order
 };
 
 extern statement_view statement;
