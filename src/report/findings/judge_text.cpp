@@ -80,18 +80,15 @@ std::string broken_hint(std::string_view command, std::string_view source)
 // True if a text has an equals sign that assigns.
 static bool has_assignment(std::string_view text)
 {
-    for (size_t at = text.find('='); at != std::string_view::npos; at = text.find('=', at + 1)) {
-        bool doubled = at + 1 < text.size() && text[at + 1] == '=';
-        bool compares =
-            doubled || (at > 0 && std::string_view("=<>!").find(text[at - 1]) != std::string_view::npos);
-        if (!compares)
+    for (size_t at = text.find('='); at != text.npos; at = text.find('=', at + 1))
+        if (text.substr(at + 1, 1) == "=")
+            at++;
+        else if (at == 0 || std::string_view("=<>!").find(text[at - 1]) == text.npos)
             return true;
-        at += doubled;
-    }
     return false;
 }
 
-static std::string unknown_reason(std::string_view text, std::string_view message, bool evaluated)
+static std::string unknown_reason(std::string_view text, bool evaluated)
 {
     if (text.substr(0, 3) == "\xEF\xBB\xBF")
         return "a byte order mark begins the line";
@@ -105,17 +102,15 @@ static std::string unknown_reason(std::string_view text, std::string_view messag
     if ((is_command(word) || word == "ON") && (next == '(' || next == ','))
         return fmt::format("a {} directly after {}", next == '(' ? "parenthesis" : "comma", word);
     if (has_assignment(text)) {
-        bool comment = comment_in(text) != std::string_view::npos;
-        return comment ? "the value wasn't taken: // on the line"
-                       : fmt::format("the assignment is faulty: {}",
-                                     message.empty() ? "syntax error" : shown(message));
+        if (comment_in(text) != text.npos)
+            return "the value wasn't taken: // on the line";
+        const char *message = statement.record->message;
+        return "the assignment is faulty: " + (message[0] == '\0' ? "syntax error" : shown(message));
     }
     if (evaluated)
         return "an expression that no variable gets";
-    return word.empty() || text_is(word[0], CHAR_DIGIT)
-               ? "it begins with no word"
-               : fmt::format("{} is no command",
-                             shown_cut(text.substr(0, text.find_first_of(" \t\r\n=(,")), 40));
+    bool no_word = word.empty() || text_is(word[0], CHAR_DIGIT);
+    return no_word ? "it begins with no word" : first_word(text) + " is no command";
 }
 
 constexpr size_t word_max = 127; // characters of a first word; the one after it may be gone
@@ -153,6 +148,5 @@ std::string unknown_detail()
     bool one_word = word_at(text, 0).size() == text.size() && text_is(text[0], CHAR_LETTER);
     if (evaluated && has_assignment(text))
         return {};
-    return unknown_reason(text, statement.record->message, evaluated && !one_word) +
-           "; it went through unchanged";
+    return unknown_reason(text, evaluated && !one_word) + "; it went through unchanged";
 }

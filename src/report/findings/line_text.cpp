@@ -81,7 +81,12 @@ std::string escapes_decoded(std::string_view text)
     return decoded;
 }
 
-// ---- Lists ----
+// ---- Words and lists ----
+
+std::string first_word(std::string_view text)
+{
+    return shown_cut(text.substr(0, text.find_first_of(" \t\r\n=(,", 1)), 40);
+}
 
 // Takes the next item off a list: up to a comma outside of quotes and parentheses.
 static std::string_view take_item(std::string_view *list, bool *more)

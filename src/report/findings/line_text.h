@@ -1,4 +1,4 @@
-// Lines of scripts and outputs as texts: their comments, their strings, and the items of their lists.
+// Lines of scripts and outputs as texts: their comments, strings, words, and the items of their lists.
 #pragma once
 
 #include <stddef.h>
@@ -21,6 +21,9 @@ bool has_open_string(std::string_view line);
 
 // A string's text with its escapes decoded.
 std::string escapes_decoded(std::string_view text);
+
+// What a text begins with, up to a blank, an equals sign, a parenthesis or a comma, to be shown.
+std::string first_word(std::string_view text);
 
 // The items of a line's list: what is between commas outside of quotes and parentheses, trimmed. The first
 // one begins after the line's word.

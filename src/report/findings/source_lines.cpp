@@ -1,5 +1,6 @@
 #include "report/findings/source_lines.h"
 
+#include "report/findings/line_text.h"
 #include "report/show.h"
 
 #include <fmt/core.h>
@@ -32,11 +33,6 @@ static std::string_view near_line(const text_lines &script, size_t number, int s
         line = line_of(script, number);
     } while (line.empty() && number > 0 && number <= line_count(script));
     return line;
-}
-
-static std::string first_word(std::string_view text)
-{
-    return shown_cut(text.substr(0, text.find_first_of(" \t\r\n=(,", 1)), 40);
 }
 
 bool unread_shown(const text_lines &script, const source_end &end, std::string *shown)

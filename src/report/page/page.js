@@ -163,13 +163,14 @@ function openAll(open) {
 
 // ---- Ways about ----
 
+const fields = ['command', 'output', 'text']; // of the filters, as the address has them, too
 let left = null; // where one was when a file was opened: the scroll offset and the cursor
 
 function addressOf(place) {
   const words = new URLSearchParams();
   if (place.file) words.set('file', place.file.path);
   if (place.kinds.size > 0) words.set('kind', [...place.kinds].map((kind) => kinds[kind].word).join(','));
-  for (const name of ['command', 'output', 'text']) if (place[name] !== '') words.set(name, place[name]);
+  for (const name of fields) if (place[name] !== '') words.set(name, place[name]);
   if (place.hideDone) words.set('hide', 'done');
   if (place.sort !== 'gravest' || place.up) words.set('sort', (place.up ? '-' : '') + place.sort);
   return words.toString();
@@ -247,8 +248,6 @@ function filterAgain() {
   writeAddress(false);
   showView();
 }
-
-const fields = ['command', 'output', 'text'];
 
 function showFilters() {
   for (const name of fields) $(name).value = view[name];
