@@ -192,16 +192,20 @@ static bool is_text_of(std::string_view written, std::string_view text)
     return without_quotes(written) == content || escapes_decoded(written) == content;
 }
 
-argument_use argument_use_of(int32_t position, bool live)
+void arguments_take()
 {
-    argument_use use;
+    const auto count = static_cast<size_t>(std::max(argument_last(), 0)) + 1;
+    for (std::vector<argument_use> &uses : statement.uses)
+        uses.assign(count, {});
     for (const emit_write &write : statement.writes) {
-        const written_line *line = write.slot == position ? line_at(write.from) : nullptr;
-        if (line == nullptr || (line->live && !line->rest) != live)
+        const written_line *line = line_at(write.from);
+        auto position = static_cast<size_t>(write.slot);
+        if (line == nullptr || position == 0 || position >= count)
             continue;
+        argument_use &use = statement.uses[line->live && !line->rest ? 1 : 0][position];
         std::string_view written = output_between(write.from, write.to);
         bool value = write.source == EMIT_VALUE || write.source == EMIT_CODE;
-        bool text = !value && is_text_of(written, argument_text(position));
+        bool text = !value && is_text_of(written, argument_text(write.slot));
         use.text |= text;
         use.value |= value;
         use.code |= write.source == EMIT_CODE;
@@ -210,7 +214,13 @@ argument_use argument_use_of(int32_t position, bool live)
             use.written = written;
         }
     }
-    return use;
+}
+
+argument_use argument_use_of(int32_t position, bool live)
+{
+    const std::vector<argument_use> &uses = statement.uses[live ? 1 : 0];
+    auto at = static_cast<size_t>(position);
+    return at < uses.size() ? uses[at] : argument_use{};
 }
 
 // A number is compared with what was written of it; the decimals of an expression may have no end. The word

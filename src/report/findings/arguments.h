@@ -63,15 +63,11 @@ std::string argument_shown(int32_t position);
 
 // ---- What the output has ----
 
-// What the lines of one sort have of an argument.
-struct argument_use {
-    bool text = false;        // its text, quotes apart
-    bool value = false;       // its value
-    bool code = false;        // what stands for its value; nothing where nothing does
-    uint64_t line = 0;        // number of the line that has it, the first one
-    std::string_view written; // what is there
-};
+// What comments or live lines have of an argument; of one that isn't there nothing.
 argument_use argument_use_of(int32_t position, bool live);
+
+// Finds that of all arguments of the statement that was taken.
+void arguments_take();
 
 // True of the value of a constant that is written as it is, or as the new form has it.
 bool is_whole_value(int32_t position, const argument_use &use);

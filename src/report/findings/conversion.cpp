@@ -3,6 +3,7 @@
 #include "driver/batch.h"
 #include "platform/platform.h"
 #include "report/files.h"
+#include "report/findings/arguments.h"
 #include "report/findings/statement.h"
 #include "statements/labels.h"
 #include "support/output.h"
@@ -39,6 +40,7 @@ static void take_record(const journal_record &record)
     converting.counted = start;
     std::string_view written = std::string_view(output).substr(start);
     statement_take(record, written, converting.line);
+    arguments_take();
     converting.statement_finished();
 }
 

@@ -25,6 +25,15 @@ struct written_line {
     bool rest;             // that text began in a comment, which is broken off
 };
 
+// What the lines of one sort have of an argument.
+struct argument_use {
+    bool text;                // its text, quotes apart
+    bool value;               // its value
+    bool code;                // what stands for its value; nothing where nothing does
+    uint64_t line;            // number of the line that has it, the first one; 0: none has
+    std::string_view written; // what is there
+};
+
 struct statement_view {
     const journal_record *record;
     const cmd_row *row;      // of a command; else null
@@ -36,7 +45,8 @@ struct statement_view {
     std::string_view source; // its lines of the script, set by the judgement
     std::string_view output; // what was written, the indentation excepted
     std::vector<written_line> lines;
-    std::vector<emit_write> writes; // of its arguments, in order
+    std::vector<emit_write> writes;    // of its arguments, in order
+    std::vector<argument_use> uses[2]; // by position: in comments, and in live lines
 };
 
 extern statement_view statement;
