@@ -246,6 +246,9 @@ TEST(findings, kept_oddities_of_live_lines_are_reported)
         {"LABEL 1,2,3,4,5,6,1,8,9,\"a\\nb\"", "form", "a comma directly after the word"},
         {"NOTE 1,2,\"a\\n// b\"", "form", "a blank between two values where a comma is expected"},
         {"GETCUR \"p\",1,2,x,y,z,v,,\"a\",\"b\"", "form", "an empty menu option that the script didn't have"},
+        {"PRINT (a", "form", "a parenthesis without its pair"},
+        {"PRINT a b", "form", "two values with neither a comma nor an operator between them"},
+        {"CLEAR a b c", "form", "two values with neither a comma nor an operator between them"},
         {"SET COLOR,,2", "lost", "no live line has argument 3: 2"},
         {"PRINT \"a\",,b", "lost", "no live line has argument 3: b"},
         {"INPUT \"%*d%d\",a,b", "lost", "no live line has argument 2: a, 3: b"},
@@ -286,7 +289,8 @@ TEST(findings, the_form_of_a_line)
         {"LINE -x, ~y, a == b, a <= b, a && b, a ? b : c", ""},
         {"a[0] = 1 + 2", ""},
         {"a[0] = \"1\"", ""},
-        {"TEXT \"abc\", 1 2, 0.0", "a blank between two values where a comma is expected"},
+        {"TEXT \"abc\", 1 2, 0.0", "two values with neither a comma nor an operator between them"},
+        {"PRINT a.b", "two values with neither a comma nor an operator between them"},
         {"LABEL, 1, 2", "a comma directly after the word"},
         {"PRINT \"abc", "an open quote"},
         {"LINE (1, 2", "a parenthesis without its pair"},
@@ -346,6 +350,7 @@ TEST(findings, failed_and_unknown_statements)
          "1: form CLOSE: a backslash at the line's end, which joins the next line to it: CLOSE f\\\n"
          "2: form EXEC: a backslash at the line's end, which joins the next line to it: // EXEC , c:\\t\\\n"
          "2: form EXEC: a backslash at the line's end, which joins the next line to it: EXEC c:\\t\\\n"
+         "2: form EXEC: a character that no expression has: EXEC c:\\t\\\n"
          "3: decoded PRINT: argument 1: \"a\\032b\" has become \"a\\x1ab\"; write it as \"a\\032b\"\n"},
         {"GOTO [x]\n", "1: unknown GOTO: a bracket after GOTO; it went through unchanged\n"},
         {"x = 1\nPRINT \"byte\"\n\x1a\n \x1a\x1a\n", ""},

@@ -208,6 +208,8 @@ TEST_F(report_test, an_edit_that_does_nothing_ends_no_item)
         {"GETMENU \"p\", \"a\\\\\", \"b\"\n", "a\\|b", "a\\\\|b", "1 decoded changed"},
         {"INPUT \"\\\\%d\", a\n", "\\%d", "\\\\%d", "1 decoded changed"},
         {"CLOSE f\\,\n", "f\\", "f", "1 form changed"},
+        {"PRINT a b, 1\n", "1", "2", "1 form open"},
+        {"PRINT a b, 1\n", "a b", "\"a b\"", "1 form changed"},
         {"NOTE 1,2,`a \"b\"`\n", "NOTE \"a \"b\"\", 1 2", "NOTE `a \"b\"`, 1, 2",
          "1 decoded changed\n1 form changed"},
         {"SET \"a,b\", 3\n", "\"a, b\"", "\"a,b\"", "1 decoded changed"},

@@ -31,6 +31,7 @@ static bool is_pair(char first, char second)
 }
 
 static constexpr const char *no_character = "a character that no expression has";
+static constexpr const char *no_operator = "two values with neither a comma nor an operator between them";
 
 // Walks the tokens of a text as operand, operator, operand. Why it is no expression; null if it is one.
 static const char *expression_fault(std::string_view item)
@@ -51,7 +52,7 @@ static const char *expression_fault(std::string_view item)
         bool marks = token.code == '\'' || token.code == '"';
         if (token.code == TOKEN_NUMBER || token.name.size > 0) {
             if (operand && at[-1] != '\'' && (at - 2 < text.data() || at[-2] != '\''))
-                return values_without_comma;
+                return no_operator;
             operand = true;
         } else if (opens) {
             open++;
@@ -80,10 +81,10 @@ static const char *expression_fault(std::string_view item)
 // ---- Lines ----
 
 // Why an item of a list is none; empty if it is well formed.
-static std::string item_fault(std::string_view item, const std::vector<std::string_view> &arguments)
+static std::string item_fault(std::string_view item, const std::vector<std::string_view> &names)
 {
-    if (item.empty() || item_is_string(item) ||
-        std::find(arguments.begin(), arguments.end(), item) != arguments.end())
+    bool plain = std::all_of(item.begin(), item.end(), [](char c) { return text_is(c, CHAR_DIGIT); });
+    if (plain || item_is_string(item) || std::find(names.begin(), names.end(), item) != names.end())
         return {};
     if (std::count(item.begin(), item.end(), '"') % 2 != 0 && item.front() == '"')
         return "an open quote";
@@ -91,7 +92,7 @@ static std::string item_fault(std::string_view item, const std::vector<std::stri
     return fault != nullptr ? fault : std::string();
 }
 
-std::string live_form_fault(std::string_view line, const std::vector<std::string_view> &arguments)
+std::string live_form_fault(std::string_view line, const std::vector<std::string_view> &names)
 {
     line = text_trimmed(line);
     if (comment_in(line) != line.npos)
@@ -105,12 +106,12 @@ std::string live_form_fault(std::string_view line, const std::vector<std::string
         return comma_after_word;
     if (line[word] != ' ') {
         std::string_view value = text_trimmed(line.substr(std::min(line.find('='), line.size() - 1) + 1));
-        return value.empty() ? "an assignment lacks its value" : item_fault(value, arguments);
+        return value.empty() ? "an assignment lacks its value" : item_fault(value, names);
     }
-    if (std::find(arguments.begin(), arguments.end(), text_trimmed(line.substr(word))) != arguments.end())
+    if (std::find(names.begin(), names.end(), text_trimmed(line.substr(word))) != names.end())
         return {};
     for (std::string_view item : list_items(line))
-        if (std::string fault = item_fault(item, arguments); !fault.empty())
+        if (std::string fault = item_fault(item, names); !fault.empty())
             return fault;
     return {};
 }
@@ -170,6 +171,13 @@ static std::string without_strings(const live_line &line, const std::vector<emit
     return text;
 }
 
+// True of an argument that is a name, a bare word or a label, and may be no expression.
+static bool is_name(int32_t position)
+{
+    uint8_t type = argument_spec(position) & ARG_TYPE;
+    return type == ARG_NAME || type == ARG_WORD;
+}
+
 static report_item *add_form(const live_line &line, const std::string &fault)
 {
     report_item item{};
@@ -177,12 +185,9 @@ static report_item *add_form(const live_line &line, const std::string &fault)
     item.detail = fault + ": " + shown_cut(text_trimmed(text_of(line)), 80);
     item.summed = true;
     item.own_texts.push_back(fault);
-    // Arguments that are no expressions, such as file names, stay right.
-    for (const emit_write &write : writes_in(line)) {
-        std::string_view text = text_trimmed(output_between(write.from, write.to));
-        if (!item_fault(text, {}).empty())
-            item.own_texts.emplace_back(text);
-    }
+    for (const emit_write &write : writes_in(line))
+        if (is_name(write.slot))
+            item.own_texts.emplace_back(text_trimmed(output_between(write.from, write.to)));
     for (const written_line *own = line.first; own <= line.last; own++)
         item.own_lines.push_back(own->number);
     if (fault != rest_of_text)
@@ -243,18 +248,18 @@ static void judge_menu(const live_line &line, const std::vector<emit_write> &opt
 void judge_live_form()
 {
     add_joining();
-    std::vector<std::string_view> arguments;
-    arguments.reserve(static_cast<size_t>(std::max(statement.record->done.fetched, 0)));
+    std::vector<std::string_view> names;
     for (int32_t position = 1; position <= statement.record->done.fetched; position++)
-        arguments.push_back(text_trimmed(argument_text(position)));
+        if (is_name(position))
+            names.push_back(text_trimmed(argument_text(position)));
     const std::vector<emit_write> options = menu_options();
     const written_line *menu = options.empty() ? nullptr : line_at(options.front().from);
     for (const live_line &line : joined_live_lines()) {
         const std::vector<emit_write> writes = writes_in(line);
         std::string fault =
-            line.first->rest ? rest_of_text : live_form_fault(without_strings(line, writes), arguments);
+            line.first->rest ? rest_of_text : live_form_fault(without_strings(line, writes), names);
         std::vector<std::string> beside = values_beside(writes);
-        if (!fault.empty() && (beside.empty() || fault != values_without_comma))
+        if (!fault.empty() && (beside.empty() || fault != no_operator))
             add_form(line, fault);
         if (!beside.empty())
             add_form(line, values_without_comma)->own_typed = std::move(beside);
@@ -265,14 +270,11 @@ void judge_live_form()
 
 // ---- Edits ----
 
-// True if a list has a comma between the two values that had a blank there. Of other values it has to have
-// one item more than it had.
+// True if a list has a comma between the two values that had a blank there.
 static bool has_comma_between(const std::vector<std::string> &values, std::string_view was,
                               std::string_view there)
 {
     std::vector<std::string_view> before = list_items(was), after = list_items(there);
-    if (values.size() != 2)
-        return after.size() > before.size();
     std::string_view first = text_trimmed(values[0]), second = text_trimmed(values[1]);
     for (size_t i = 1; i < after.size(); i++)
         if (after[i - 1] == first && after[i] == second)
@@ -318,6 +320,6 @@ bool form_is_mended(const report_item &item, std::string_view was, std::string_v
     if ((fault == values_without_comma && !has_comma_between(item.own_typed, was, there)) ||
         (fault == comma_after_word && list_items(there)[0].empty()))
         return false;
-    std::vector<std::string_view> arguments(item.own_texts.begin() + 1, item.own_texts.end());
-    return live_form_fault(there, arguments).empty();
+    std::vector<std::string_view> names(item.own_texts.begin() + 1, item.own_texts.end());
+    return live_form_fault(there, names).empty();
 }

@@ -29,9 +29,8 @@ void judge_live_form();
 // True if an argument is an option of the statement's menu string, which may be empty.
 bool is_option(int32_t position);
 
-// Why a line is no well-formed list, given the texts of the statement's arguments, which are right as they
-// are; empty if it is one.
-std::string live_form_fault(std::string_view line, const std::vector<std::string_view> &arguments);
+// Why a line is no well-formed list, given the names in it, which may be no expressions; empty if it is one.
+std::string live_form_fault(std::string_view line, const std::vector<std::string_view> &names);
 
 // True if the line that is there no longer has the fault of an item of the kind form, nor another one
 // instead.
