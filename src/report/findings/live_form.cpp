@@ -221,7 +221,7 @@ static std::vector<std::string> values_beside(const std::vector<emit_write> &wri
 // them.
 static void judge_menu(const live_line &line, const std::vector<emit_write> &options)
 {
-    const char *fault = nullptr;
+    std::string fault;
     std::vector<std::string> divided;
     auto type = [&](size_t i) { return argument_spec(options[i].slot) & ARG_TYPE; };
     size_t first = 0, end = options.size();
@@ -238,9 +238,11 @@ static void judge_menu(const live_line &line, const std::vector<emit_write> &opt
         if (bar != wanted && fault != option_added)
             fault = bar ? option_added : option_missing;
     }
-    if (fault == nullptr && divided.empty())
+    if (!divided.empty())
+        fault = option_divided;
+    if (fault.empty())
         return;
-    report_item *item = add_form(line, divided.empty() ? fault : option_divided);
+    report_item *item = add_form(line, fault);
     item->own_places = static_cast<uint32_t>(end - std::min(first + 1, end)); // bars that there should be
     item->own_typed = std::move(divided);
 }

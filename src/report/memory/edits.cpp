@@ -202,7 +202,7 @@ static bool is_touched(const report_item &item, const edit_view &view, size_t in
 // do, and the difference may have taken their copies for kept.
 static bool stands(const report_item &item, const edit_view &view)
 {
-    const auto &[before, after, changes] = view.pairs.texts;
+    const text_lines &before = view.pairs.texts.before, &after = view.pairs.texts.after;
     return std::any_of(item.own_lines.begin(), item.own_lines.end(), [&](uint64_t one) {
         size_t pair = pair_of(view, static_cast<size_t>(one - 1));
         return pair != no_line &&
