@@ -25,6 +25,8 @@ struct judge_state {
     size_t broken_item = 0;       // index of its item
     std::string broken_fault;     // why they failed
     std::string broken_left;      // what is left of it, and of the rest of its line
+    std::string broken_hint;      // from its lines of the script
+    uint32_t hint_end = 0;        // the last line that was searched for the hint; 0: none was
     uint32_t if_line = 0;         // of an IF whose statement hasn't come yet; else 0
     uint64_t if_output_line = 0;  // of the same IF
     size_t open_guard = SIZE_MAX; // index of a guarded item that doesn't know what its IF guards now
@@ -271,9 +273,11 @@ static void add_left()
     std::string_view text = text_trimmed(statement.output);
     if (!text.empty() && left.size() < 200)
         left += (left.empty() ? "" : ", ") + shown_cut(text.substr(0, text.find('\n')), 60);
-    std::string_view source = script_lines(broken.line, std::min(broken.last_line, broken.line + hint_lines));
-    broken.detail = judging.broken_fault + (left.empty() ? "; nothing is left" : "; left: " + left) +
-                    broken_hint(broken.command, source);
+    uint32_t hint_end = std::min(broken.last_line, broken.line + hint_lines);
+    if (std::exchange(judging.hint_end, hint_end) != hint_end) // a line may be left in very many rests
+        judging.broken_hint = broken_hint(broken.command, script_lines(broken.line, hint_end));
+    broken.detail =
+        judging.broken_fault + (left.empty() ? "; nothing is left" : "; left: " + left) + judging.broken_hint;
     judging.line_left = statement.record->done.line_left;
 }
 
@@ -282,6 +286,7 @@ static void judge_broken()
     judging.broken_item = judged_report->items.size();
     judging.broken_fault = broken_detail();
     judging.broken_left.clear();
+    judging.hint_end = 0;
     add_item(ITEM_BROKEN, {}, lines_written(true));
     add_left();
 }
