@@ -20,6 +20,12 @@ bool is_comment(std::string_view line)
            char_lower(line[2]) == 'm' && (line.size() == 3 || !text_is(line[3], CHAR_WORD));
 }
 
+bool is_live(std::string_view line)
+{
+    line = text_trimmed(line);
+    return !line.empty() && !is_comment(line);
+}
+
 // The end of the string or the sign of inches that begins at a quote: the character after it. npos if the
 // string isn't closed. A backslash takes its meaning from the character after it.
 static size_t string_end(std::string_view line, size_t at)

@@ -10,6 +10,9 @@
 // True if a line is a comment: it begins with // or with the word REM.
 bool is_comment(std::string_view line);
 
+// True if the new system carries a line out: it is neither empty nor a comment.
+bool is_live(std::string_view line);
+
 // Where a comment begins in a line, outside of strings; npos if there is none.
 size_t comment_in(std::string_view line);
 

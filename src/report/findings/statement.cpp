@@ -1,6 +1,7 @@
 #include "report/findings/statement.h"
 
 #include "report/findings/line_text.h"
+#include "report/show.h"
 
 #include <algorithm>
 #include <utility>
@@ -16,9 +17,7 @@ static void split_lines()
     for (uint64_t number = statement.output_line; !rest.empty(); number++) {
         size_t end = std::min(rest.find('\n'), rest.size());
         std::string_view text = rest.substr(0, end);
-        size_t white = std::min(text.find_first_not_of(" \t\r\v\f"), text.size());
-        bool live = white < text.size() && !is_comment(text.substr(white));
-        statement.lines.push_back({start, number, text, live, false, false});
+        statement.lines.push_back({start, number, text, is_live(text), false, false});
         size_t taken = std::min(end + 1, rest.size());
         start += taken;
         rest.remove_prefix(taken);
@@ -93,7 +92,7 @@ std::vector<uint64_t> lines_written(bool live)
 {
     std::vector<uint64_t> numbers;
     for (const written_line &line : statement.lines)
-        if (line.live == live && line.text.find_first_not_of(" \t\r") != std::string_view::npos)
+        if (line.live == live && !text_trimmed(line.text).empty())
             numbers.push_back(line.number);
     return numbers;
 }

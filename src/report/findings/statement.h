@@ -20,7 +20,7 @@ struct written_line {
     uint64_t start; // offset of its first byte in the output
     uint64_t number;
     std::string_view text; // without its line end
-    bool live;             // the new system carries it out: it is neither empty nor a comment
+    bool live;             // it is live, or begins inside of a text of a line that is
     bool inside;           // it begins inside of an argument's text
     bool rest;             // that text began in a comment, which is broken off
 };

@@ -79,7 +79,7 @@ size_t live_lines(const text_lines &text, size_t first, size_t count)
 {
     size_t live = 0;
     for (size_t i = first; i < first + count; i++)
-        live += !line_core(text, i).empty() && !is_comment(line_core(text, i));
+        live += is_live(line_core(text, i));
     return live;
 }
 

@@ -41,7 +41,7 @@ std::string_view lines_between(const text_lines &text, size_t first, size_t end)
 // A line by its index from 0, trimmed.
 std::string_view line_core(const text_lines &text, size_t index);
 
-// How many lines of a stretch are carried out: they are neither empty nor comments.
+// How many lines of a stretch the new system carries out.
 size_t live_lines(const text_lines &text, size_t first, size_t count);
 
 // The number of each line of a text: equal lines have equal numbers in all texts that are numbered by one
