@@ -18,14 +18,12 @@ static bool script_judge(script_run *run, rules_run_state *after)
     run->report.items.clear();
     run->report.statements = run->report.converted = 0;
     *after = run->started;
-    text_lines lines{};
-    judge_start(&run->report, lines);
-    bool is_read = file_read(run->report.path, &run->script);
-    if (is_read)
-        lines = text_split(run->script);
-    if (!is_read || !script_convert(run->report.path, after, &run->now, judge_statement))
+    if (!file_read(run->report.path, &run->script))
         return report_failed("read", run->report.path);
-    return true;
+    const text_lines lines = text_split(run->script);
+    judge_start(&run->report, lines);
+    return script_convert(run->report.path, after, &run->now, judge_statement) ||
+           report_failed("read", run->report.path);
 }
 
 // Reads the output that is there. False, and reported, if it is no text that a conversion can be compared

@@ -328,12 +328,12 @@ static void judge_kind()
 
 void judge_statement()
 {
+    statement.source = script_lines(statement.line, statement.last_line);
     if (statement_stops(statement.record->done.result)) {
         judge_end();
         return;
     }
     judged_report->statements++;
-    statement.source = script_lines(statement.line, statement.last_line);
     if (is_rest()) {
         judge_rest();
         return;
