@@ -1,7 +1,6 @@
 #include "report/files.h"
 
 #include <errno.h>
-#include <string.h>
 
 #include <algorithm>
 #include <fstream>

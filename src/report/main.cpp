@@ -10,6 +10,7 @@
 #include <stdio.h>
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 constexpr const char *description =

@@ -2,6 +2,7 @@
 
 #include "report/desktop.h"
 #include "report/files.h"
+#include "report/memory/accepted.h"
 #include "report/memory/renew.h"
 #include "report/messages.h"
 #include "report/outputs.h"
@@ -12,6 +13,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <set>

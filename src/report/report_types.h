@@ -8,7 +8,6 @@
 #include <bitset>
 #include <map>
 #include <string>
-#include <utility>
 #include <vector>
 
 struct report_options {

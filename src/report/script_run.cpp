@@ -6,6 +6,7 @@
 #include "report/memory/edits.h"
 #include "report/memory/text_lines.h"
 #include "report/messages.h"
+#include "report/scripts.h"
 #include "report/show.h"
 
 #include <algorithm>

@@ -1,10 +1,8 @@
 // One script: its conversion in memory, the output that is there, and its items.
 #pragma once
 
-#include "report/memory/accepted.h"
 #include "report/memory/memory.h"
 #include "report/report_types.h"
-#include "report/scripts.h"
 
 #include <optional>
 #include <string>

@@ -5,11 +5,10 @@
 #include "report/memory/memory.h"
 #include "report/messages.h"
 #include "report/show.h"
-#include "support/text.h"
 
-#include <algorithm>
 #include <charconv>
 #include <unordered_map>
+#include <utility>
 
 std::string output_path_of(const std::string &path)
 {

@@ -149,8 +149,8 @@ std::string argument_name(int32_t position)
         }
         // a1..a5 stands for five names.
         size_t digits = std::min(name.find_first_of("0123456789"), range);
-        int first = std::atoi(name.data() + digits);
-        int last = std::atoi(name.data() + range + 2 + digits);
+        int first = atoi(name.data() + digits);
+        int last = atoi(name.data() + range + 2 + digits);
         if (position <= at + last - first)
             return fmt::format("{}{}", name.substr(0, digits), first + position - at);
         at += last - first + 1;

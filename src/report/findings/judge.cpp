@@ -7,6 +7,7 @@
 #include "report/findings/line_text.h"
 #include "report/findings/live_form.h"
 #include "report/findings/source_lines.h"
+#include "report/findings/statement.h"
 #include "report/show.h"
 #include "rules/rule_table.h"
 #include "statements/statement_text.h"

@@ -3,6 +3,7 @@
 #include "report/findings/arguments.h"
 #include "report/findings/line_text.h"
 #include "report/findings/live_form.h"
+#include "report/findings/statement.h"
 #include "report/show.h"
 #include "rules/rule_table.h"
 #include "support/text.h"

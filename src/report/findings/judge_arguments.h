@@ -1,8 +1,6 @@
 // What has become of the arguments of a command that was converted.
 #pragma once
 
-#include "report/findings/statement.h"
-
 #include <string>
 
 // Adds the items of the statement's arguments: of one that is carried out frozen, lost and decoded, in this

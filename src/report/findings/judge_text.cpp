@@ -1,6 +1,7 @@
 #include "report/findings/judge_text.h"
 
 #include "report/findings/line_text.h"
+#include "report/findings/statement.h"
 #include "report/show.h"
 #include "statements/arg_text.h"
 #include "statements/statement_text.h"

@@ -2,8 +2,6 @@
 // unrecognised.
 #pragma once
 
-#include "report/findings/statement.h"
-
 #include <string>
 #include <string_view>
 

@@ -2,7 +2,6 @@
 
 #include "report/csv.h"
 #include "report/files.h"
-#include "report/messages.h"
 #include "report/show.h"
 
 #include <fmt/core.h>

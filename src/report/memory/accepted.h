@@ -13,7 +13,6 @@
 #include <functional>
 #include <map>
 #include <string>
-#include <string_view>
 
 inline constexpr char accepted_name[] = "accepted.csv";
 

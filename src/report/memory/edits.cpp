@@ -5,10 +5,10 @@
 #include "report/memory/line_pairs.h"
 #include "report/memory/line_words.h"
 #include "report/memory/text_lines.h"
-#include "report/show.h"
 #include "support/text.h"
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 
 struct edit_view {

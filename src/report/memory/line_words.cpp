@@ -5,6 +5,7 @@
 #include "support/text.h"
 
 #include <algorithm>
+#include <utility>
 
 // True of a character that makes one name or number with another beside it.
 static bool is_joining(char c)

@@ -8,8 +8,6 @@
 #include "report/csv.h"
 #include "rules/rule_table.h"
 
-#include <stdint.h>
-
 #include <map>
 #include <optional>
 #include <string>

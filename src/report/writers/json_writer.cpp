@@ -3,6 +3,8 @@
 #include "report/writers/json_text.h"
 #include "report/writers/writers.h"
 
+#include <utility>
+
 constexpr int json_version = 2; // of the form
 
 static bool first_script;

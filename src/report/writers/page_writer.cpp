@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <utility>
 
 constexpr size_t text_max = 4u << 20; // bytes of a text of which lines are shown
 constexpr size_t line_shown = 1000;   // bytes of a line

@@ -2,17 +2,18 @@
 #include "report/files.h"
 #include "report/memory/accepted.h"
 #include "report/memory/memory.h"
-#include "report/show.h"
 #include "report/writers/guide.h"
 #include "report/writers/json_text.h"
 #include "report/writers/writers.h"
 
 #include <fmt/core.h>
 
+#include <ctype.h>
 #include <string.h>
 
 #include <algorithm>
 #include <map>
+#include <utility>
 
 static bool first_result;
 static std::map<std::string, uint64_t> prints; // of the script's results, how many alike
