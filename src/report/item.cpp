@@ -1,6 +1,6 @@
 #include "report/item.h"
 
-const char *const state_words[] = {"none", "open", "changed", "accepted"};
+static const char *const state_words[] = {"none", "open", "changed", "accepted"};
 
 // clang-format off
 const kind_row kind_table[item_kind_count] = {

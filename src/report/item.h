@@ -50,7 +50,6 @@ enum item_state : uint8_t {
     STATE_CHANGED, // they no longer are: somebody has edited them
     STATE_ACCEPTED // somebody has said that it is all right as it is
 };
-extern const char *const state_words[];
 
 struct report_item {
     item_kind kind;
@@ -78,8 +77,9 @@ struct report_item {
     // Of frozen and decoded, what was typed for each text; of form, the two values that have no comma between
     // them, or the options of its menu that have bars.
     std::vector<std::string> own_typed;
-    uint32_t own_places; // of lost, empty places that the list of its line lacks; of form, bars of its menu
-    uint32_t own_more;   // of frozen, lost and form: lines after the own one into which a text of it goes on
+    uint32_t own_separators; // of lost, commas that its line lacks for empty arguments; of form, bars that
+                             // its menu should have
+    uint32_t own_more; // of frozen, lost and form: lines after the own one into which a text of it goes on
 };
 
 // The state of an item in a word, with a question mark if it is doubtful; none if it is for information

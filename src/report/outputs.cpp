@@ -103,7 +103,7 @@ static bool output_open(report_output *output)
     return output->file != nullptr;
 }
 
-// Closes an output; whole tells whether it is to take the place of what was there.
+// Closes an output, which replaces what was there if it is whole.
 static void output_close(const report_output &output, bool whole)
 {
     bool failed = ferror(output.file) != 0;

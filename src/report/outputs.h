@@ -21,10 +21,11 @@ struct report_output {
 using report_outputs = std::vector<report_output>;
 
 // Opens the outputs and starts them. False, and reported, if one can't be opened, or would go over a script,
-// the output of one, another output or a memory; then none is there.
+// the output of one, the ticks, another output or a memory; then none is there.
 bool outputs_open(const report_options &options, const std::vector<script_path> &scripts,
                   report_outputs *outputs);
 
+// Writes the report of a script.
 void outputs_script(const report_outputs &outputs, const script_run &run);
 
 // Ends the outputs and closes them.

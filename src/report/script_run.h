@@ -19,8 +19,9 @@ struct script_run {
     bool written = false;             // the output was written by this run
 };
 
-// Converts and judges a script. *carried is the run's state, which its memory goes before, unless the whole
-// is one run. False, and reported, if it can't be read.
+// Converts and judges a script, and compares its output. It starts from the state that its memory has, or
+// else the initial one; from *carried if all scripts are one run, or if its output was written from that.
+// *carried moves on to the state after the script. False, and reported, if it can't be read.
 bool script_examine(const report_options &options, const std::string &path, const folder_memory &memory,
                     rules_run_state *carried, script_run *run);
 

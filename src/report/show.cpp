@@ -4,11 +4,9 @@
 
 #include <fmt/core.h>
 
-#include <stdint.h>
-
 #include <algorithm>
 
-// Length of the legal UTF-8 sequence at a place, 0 if there is none; *point is the character.
+// Length of the legal UTF-8 sequence at an offset, 0 if there is none; *point is the character.
 static size_t utf8_sequence(std::string_view text, size_t at, uint32_t *point)
 {
     auto lead = static_cast<unsigned char>(text[at]);
@@ -108,12 +106,6 @@ std::string_view text_begin(std::string_view text, size_t size)
     while (begin > 0 && size - begin < 4 && (static_cast<unsigned char>(text[begin]) & 0xC0) == 0x80)
         begin--;
     return text.substr(0, size - begin < 4 ? begin : size);
-}
-
-std::string text_cut(std::string_view text, size_t size)
-{
-    std::string_view line = text.substr(0, text.find('\n'));
-    return std::string(text_begin(line, size)) + (line.size() <= size ? "" : "...");
 }
 
 std::string counted(uint64_t count, const char *thing)

@@ -28,9 +28,6 @@ std::string_view text_trimmed(std::string_view text);
 // At most size bytes from the beginning of a text; no UTF-8 character is cut in two.
 std::string_view text_begin(std::string_view text, size_t size);
 
-// The first characters of a text up to a line end, at most size of them.
-std::string text_cut(std::string_view text, size_t size);
-
 // A number of things: "1 line", "2 lines".
 std::string counted(uint64_t count, const char *thing);
 

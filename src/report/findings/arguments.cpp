@@ -107,7 +107,7 @@ bool expression_is_constant(std::string_view text)
     }
 }
 
-// True of a constant that has the same value outside of the drawing: it has no mark of feet or inches.
+// True of a constant that has the same value outside of the drawing: it has no sign of feet or inches.
 static bool is_constant(int32_t position)
 {
     std::string_view text = argument_text(position);

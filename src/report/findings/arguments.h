@@ -63,10 +63,10 @@ std::string argument_shown(int32_t position);
 
 // ---- What the output has ----
 
-// What comments or live lines have of an argument; of one that isn't there nothing.
+// What comments or live lines have of an argument; nothing of a position without one.
 argument_use argument_use_of(int32_t position, bool live);
 
-// Finds that of all arguments of the statement that was taken.
+// Finds that for all arguments, after statement_take.
 void arguments_take();
 
 // True of the value of a constant that is written as it is, or as the new form has it.

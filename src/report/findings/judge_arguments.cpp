@@ -41,7 +41,7 @@ static std::string surplus_shown()
 std::string arguments_in_detail()
 {
     bool comment = !lines_written(false).empty();
-    std::string there, lacking, empty; // the last: places after which something may come
+    std::string there, lacking, empty; // empty: the commas before the next one that is there
     auto add_there = [&](const std::string &text) { add_detail(&there, std::exchange(empty, {}) + text); };
     for (int32_t position = 1; position <= argument_last(); position++) {
         std::string typed = shown_cut(argument_typed(position), text_shown);
@@ -138,7 +138,7 @@ static void add_decoded(int32_t position, const argument_use &use)
         if (c == '\n')
             lines.push_back(lines.back() + 1);
     add_finding(&findings.decoded, argument_shown(position) + " has " + fault,
-                text_cut(use.written, SIZE_MAX), lines);
+                use.written.substr(0, use.written.find('\n')), lines);
     findings.decoded.own_typed.emplace_back(typed);
 }
 
@@ -157,7 +157,7 @@ static void add_empty(int32_t position)
         add_finding(&findings.lost, argument_shown(position), typed, lines_written(true));
 }
 
-// True if what was written of an argument that is no string stands in quotes, and so is a string now.
+// True if what was written of an argument that is no string is in quotes, and so is a string now.
 static bool is_quoted(int32_t position, const argument_use &use)
 {
     const char *first = statement.output.data();
@@ -213,7 +213,7 @@ static void judge_argument(int32_t position, bool carried_out)
         judge_live(position, use);
 }
 
-// ---- What is lost or changed beside whole arguments ----
+// ---- What is lost or changed apart from whole arguments ----
 
 static void add_clause(const std::string &clause, std::string_view text, std::vector<uint64_t> lines)
 {
@@ -264,11 +264,11 @@ static void add_moved()
     for (size_t i = 1; i < statement.writes.size(); i++) {
         const emit_write &write = statement.writes[i];
         size_t missing = commas_missing(statement.writes[i - 1], write);
-        if (missing > 0 && findings.lost.own_places == 0)
+        if (missing > 0 && findings.lost.own_separators == 0)
             add_clause(
                 fmt::format("argument {} has moved up: the empty one before it has no comma", write.slot), {},
                 lines_written(true));
-        findings.lost.own_places += static_cast<uint32_t>(missing);
+        findings.lost.own_separators += static_cast<uint32_t>(missing);
     }
 }
 

@@ -49,7 +49,7 @@ static const char *expression_fault(std::string_view item)
             break;
         bool opens = token.code == '(' || token.code == '[';
         bool closes = token.code == ')' || token.code == ']';
-        bool marks = token.code == '\'' || token.code == '"';
+        bool is_unit = token.code == '\'' || token.code == '"';
         if (token.code == TOKEN_NUMBER || token.name.size > 0) {
             if (operand && at[-1] != '\'' && (at - 2 < text.data() || at[-2] != '\''))
                 return no_operator;
@@ -57,7 +57,7 @@ static const char *expression_fault(std::string_view item)
         } else if (opens) {
             open++;
             operand = false;
-        } else if (closes || marks) {
+        } else if (closes || is_unit) {
             if (!operand && token.code != ')')
                 return no_operand;
             open -= closes;
@@ -157,7 +157,7 @@ static std::vector<emit_write> writes_in(const live_line &line)
     return writes;
 }
 
-// A line with x in the place of its strings: what escapes became may be anything.
+// A line with an x for each of its strings: what escapes became may be anything.
 static std::string without_strings(const live_line &line, const std::vector<emit_write> &writes)
 {
     std::string text(text_of(line));
@@ -204,7 +204,7 @@ static void add_joining()
 }
 
 // Two arguments that have only blanks between them; none if there are none.
-static std::vector<std::string> values_beside(const std::vector<emit_write> &writes)
+static std::vector<std::string> adjacent_values(const std::vector<emit_write> &writes)
 {
     for (size_t i = 1; i < writes.size(); i++) {
         const emit_write &before = writes[i - 1], &write = writes[i];
@@ -243,7 +243,7 @@ static void judge_menu(const live_line &line, const std::vector<emit_write> &opt
     if (fault.empty())
         return;
     report_item *item = add_form(line, fault);
-    item->own_places = static_cast<uint32_t>(end - std::min(first + 1, end)); // bars that there should be
+    item->own_separators = static_cast<uint32_t>(end - std::min(first + 1, end)); // bars that there should be
     item->own_typed = std::move(divided);
 }
 
@@ -260,11 +260,11 @@ void judge_live_form()
         const std::vector<emit_write> writes = writes_in(line);
         std::string fault =
             line.first->rest ? rest_of_text : live_form_fault(without_strings(line, writes), names);
-        std::vector<std::string> beside = values_beside(writes);
-        if (!fault.empty() && (beside.empty() || fault != no_operator))
+        std::vector<std::string> adjacent = adjacent_values(writes);
+        if (!fault.empty() && (adjacent.empty() || fault != no_operator))
             add_form(line, fault);
-        if (!beside.empty())
-            add_form(line, values_without_comma)->own_typed = std::move(beside);
+        if (!adjacent.empty())
+            add_form(line, values_without_comma)->own_typed = std::move(adjacent);
         if (line.first <= menu && menu <= line.last)
             judge_menu(line, options);
     }
@@ -302,9 +302,9 @@ static bool menu_is_mended(const report_item &item, std::string_view was, std::s
     };
     std::string_view before = menu_in(was), after = menu_in(there);
     if (item.own_texts[0] == option_added)
-        return bars(after) <= item.own_places && bars(after) < bars(before);
+        return bars(after) <= item.own_separators && bars(after) < bars(before);
     auto is_gone = [after](const std::string &option) { return after.find(option) == after.npos; };
-    return bars(after) == item.own_places &&
+    return bars(after) == item.own_separators &&
            std::all_of(item.own_typed.begin(), item.own_typed.end(), is_gone);
 }
 

@@ -25,11 +25,11 @@ struct written_line {
     bool rest;             // that text began in a comment, which is broken off
 };
 
-// What the lines of one sort have of an argument.
+// What the comments, or the live lines, of a statement have of an argument.
 struct argument_use {
     bool text;                // its text, quotes apart
     bool value;               // its value
-    bool code;                // what stands for its value; nothing where nothing does
+    bool code;                // its value in other words, which may be none: EMIT_CODE
     uint64_t line;            // number of the line that has it, the first one; 0: none has
     std::string_view written; // what is there
 };
@@ -42,7 +42,7 @@ struct statement_view {
     uint32_t last_line;      // and where it ends
     uint64_t output_line;    // of the output, where its own begins
     uint64_t output_lines;   // line ends in it, and 1 for a rest without one
-    std::string_view source; // its lines of the script, set by the judgement
+    std::string_view source; // its lines of the script; judge_statement sets them
     std::string_view output; // what was written, the indentation excepted
     std::vector<written_line> lines;
     std::vector<emit_write> writes;    // of its arguments, in order
@@ -83,6 +83,6 @@ report_item *add_item(report_item item);
 // The same with a detail. own are the lines of what is written now that it is about.
 report_item *add_item(item_kind kind, std::string detail, std::vector<uint64_t> own);
 
-// Puts in the place of own lines that are inside of a text the ones where it begins, and sets how many follow
-// if there is one alone.
+// Replaces own lines that are inside of a text by the one where it begins. If one is left, sets how many
+// lines belong to it.
 void own_heads(report_item *item);

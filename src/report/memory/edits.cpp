@@ -63,12 +63,12 @@ static size_t empty_items(std::string_view line)
 }
 
 // True if a line has the texts of arguments that weren't written in it, strings without their quotes, as an
-// option of a menu has none; and the empty places that its list lacked. frozen: of the same statement, whose
+// option of a menu has none; and the empty items that its list lacked. frozen: of the same statement, whose
 // values are gone from the line; or null.
 static bool has_won(const report_item &item, const report_item *frozen, std::string_view was,
                     std::string_view there)
 {
-    if (item.own_places > 0 && empty_items(there) < empty_items(was) + item.own_places)
+    if (item.own_separators > 0 && empty_items(there) < empty_items(was) + item.own_separators)
         return false;
     return std::all_of(item.own_texts.begin(), item.own_texts.end(), [&](const std::string &text) {
         auto replaced =
@@ -198,9 +198,9 @@ static bool is_touched(const report_item &item, const edit_view &view, size_t in
     return false;
 }
 
-// True if the own lines of an item stand as they are around one that is there. They begin as those of others
-// do, and the difference may have taken their copies for kept.
-static bool stands(const report_item &item, const edit_view &view)
+// True if the output has the own lines of an item unchanged around one that has a pair. They begin as those
+// of others do, and the difference may have taken their copies for kept.
+static bool has_copy(const report_item &item, const edit_view &view)
 {
     const text_lines &before = view.pairs.texts.before, &after = view.pairs.texts.after;
     return std::any_of(item.own_lines.begin(), item.own_lines.end(), [&](uint64_t one) {
@@ -234,7 +234,7 @@ static bool is_settled(const report_item &item, const edit_view &view)
     case ITEM_LOST:
     case ITEM_FORM: return done > 0 || (gone > 0 && gone == item.own_lines.size());
     case ITEM_GUARDED: return gone + done > 0 || guards_another(item, view);
-    default: return gone + done > 0 && !stands(item, view);
+    default: return gone + done > 0 && !has_copy(item, view);
     }
 }
 

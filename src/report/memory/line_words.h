@@ -10,7 +10,7 @@
 // remark behind a statement, and letters beyond ASCII, whose bytes depend on the encoding.
 std::string line_essence(std::string_view line);
 
-// The first word of a line, in small letters.
+// The first word of a line, in capitals.
 std::string leading_word(std::string_view line);
 
 // How often a text is in a line, and no part of a longer name or number. Blanks beside commas and operators
