@@ -322,6 +322,9 @@ TEST(findings, failed_and_unknown_statements)
          "1: broken PRINT: argument 1: something follows the closing quote; the string goes on over the next "
          "2 lines; left: a, \"\n"},
         {"LINE )\nEXIT\n", "1: broken LINE: argument 1: the parentheses don't pair up; left: )\n"},
+        {"LINE 1,2) PRINT \"a\nb\" x // c\n",
+         "1: broken LINE: argument 2: the parentheses don't pair up; left: 2), a, // c; a comment on the "
+         "command's line: give it a line of its own\n"},
         {"PRINT \"a\" // b\nEXIT\n",
          "1: broken PRINT: argument 1: something follows the closing quote; left: a, / b; a "
          "comment on the command's line: give it a line of its own\n"},
@@ -331,9 +334,6 @@ TEST(findings, failed_and_unknown_statements)
         {"IF x PRINT \"y\"\n",
          "1: broken IF: argument 1: syntax error; left: x; PRINT on the line of an IF: give "
          "it a line of its own\n"},
-        {"RETRUN\nENDIF\n",
-         "1: unknown RETRUN: RETRUN is no command; it went through unchanged\n"
-         "2: unknown ENDIF: ENDIF is no command; it went through unchanged\n"},
         {"LINE(0,0,0,1,1,0)\nEXIT,1\n",
          "1: unknown LINE: a parenthesis directly after LINE; it went through unchanged\n"
          "2: unknown EXIT: a comma directly after EXIT; it went through unchanged\n"},

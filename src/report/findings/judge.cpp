@@ -104,7 +104,7 @@ static bool is_comment_statement()
 static void judge_end()
 {
     const statement_result &done = statement.record->done;
-    // A comment needs no line end.
+    // A comment that the end cuts off is whole: it needs no line end.
     bool comment = done.result == STATEMENT_END && is_comment(statement.output);
     bool by_byte = done.head.kind == KIND_NONE || comment;
     source_end end{by_byte ? done.next_line : statement.last_line + 1, by_byte};

@@ -31,9 +31,9 @@ static std::string fetch_fault(const statement_result &done, std::string_view me
 
 std::string broken_detail()
 {
-    std::string fault = fetch_fault(statement.record->done, statement.record->message);
-    // A quote that nobody closed takes all lines up to the next one.
     const statement_result &done = statement.record->done;
+    std::string fault = fetch_fault(done, statement.record->message);
+    // A quote that nobody closed takes all lines up to the next one.
     uint32_t more = done.next_line - (done.line_left ? 0 : 1) - statement.line;
     if (done.fetched == FETCH_AFTER_QUOTE && more > 0)
         fault += fmt::format("; the string goes on over {}",
