@@ -208,6 +208,8 @@ static void pair_lines(pairing *pairing, const std::vector<line_change> &changes
         pairing->is_paired[after] = 1;
     };
     for (const auto &[shared, lines] : lines_left(*pairing, changes, key)) {
+        if (shared.empty() && key != nothing)
+            continue;
         const auto &[before, after] = lines;
         const size_t compared = before.size() * after.size();
         if (compared > 0 && compared <= compared_max) {
@@ -255,12 +257,13 @@ line_pairs lines_paired(const script_report &report, std::string_view now, std::
     far.assign(kept.size(), no_line);
     pairing.is_paired.resize(line_count(texts.after));
     pair_lines(&pairing, texts.changes, whole_text, 0, &far);
-    for (const line_change &change : texts.changes) {
+    for (const line_change &change : texts.changes)
         pair_lines(&pairing, {change}, line_essence, 0, &near);
+    pair_lines(&pairing, texts.changes, line_essence, 0, &far);
+    for (const line_change &change : texts.changes) {
         pair_lines(&pairing, {change}, leading_word, 0, &near);
         pair_lines(&pairing, {change}, nothing, 500, &near);
     }
-    pair_lines(&pairing, texts.changes, line_essence, 0, &far);
     pair_lines(&pairing, texts.changes, leading_word, 0, &far);
     for (const line_change &change : texts.changes)
         pair_rest(&pairing, change);

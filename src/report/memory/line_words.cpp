@@ -26,10 +26,17 @@ static std::string plain_spelling(std::string_view text)
     return result;
 }
 
-std::string line_essence(std::string_view line)
+// What a comment says.
+static std::string_view without_comment_marks(std::string_view line)
 {
     while (is_comment(line))
         line = text_trimmed(line.substr(line[0] == '/' ? 2 : 3));
+    return line;
+}
+
+std::string line_essence(std::string_view line)
+{
+    line = without_comment_marks(line);
     std::string text = plain_spelling(text_trimmed(line.substr(0, comment_in(line))));
     for (char &c : text)
         c = static_cast<char>(char_lower(c));
@@ -39,6 +46,7 @@ std::string line_essence(std::string_view line)
 
 std::string leading_word(std::string_view line)
 {
+    line = without_comment_marks(line);
     std::string word(line.substr(0, line.find_first_of(" \t,=([/")));
     return text_upper(std::move(word));
 }
