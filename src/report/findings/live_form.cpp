@@ -68,6 +68,8 @@ static const char *expression_fault(std::string_view item)
             operand = false;
             if (token.end < lex.end && is_pair(*at, *token.end))
                 token.end++;
+        } else if (operand) {
+            return no_character;
         }
         if (open < 0)
             break;
@@ -92,6 +94,13 @@ static std::string item_fault(std::string_view item, const std::vector<std::stri
     return fault != nullptr ? fault : std::string();
 }
 
+static bool has_comma_after_word(std::string_view line)
+{
+    line = text_trimmed(line);
+    auto end = std::find_if_not(line.begin(), line.end(), [](char c) { return text_is(c, CHAR_WORD); });
+    return end != line.end() && *end == ',';
+}
+
 std::string live_form_fault(std::string_view line, const std::vector<std::string_view> &names)
 {
     line = text_trimmed(line);
@@ -102,9 +111,7 @@ std::string live_form_fault(std::string_view line, const std::vector<std::string
         word++;
     if (word == line.size())
         return {};
-    if (line[word] == ',')
-        return comma_after_word;
-    if (line[word] != ' ') {
+    if (line[word] != ' ' && line[word] != ',') {
         std::string_view value = text_trimmed(line.substr(std::min(line.find('='), line.size() - 1) + 1));
         return value.empty() ? "an assignment lacks its value" : item_fault(value, names);
     }
@@ -186,8 +193,10 @@ static report_item *add_form(const live_line &line, const std::string &fault)
     item.summed = true;
     item.own_texts.push_back(fault);
     for (const emit_write &write : writes_in(line))
-        if (is_name(write.slot))
-            item.own_texts.emplace_back(text_trimmed(output_between(write.from, write.to)));
+        if (is_name(write.slot)) {
+            std::string_view name = output_between(write.from, write.to);
+            item.own_texts.emplace_back(text_trimmed(name.substr(0, comment_in(name))));
+        }
     for (const written_line *own = line.first; own <= line.last; own++)
         item.own_lines.push_back(own->number);
     if (fault != rest_of_text)
@@ -203,17 +212,16 @@ static void add_joining()
             add_form({&line, &line}, joins_next);
 }
 
-// Two arguments that have only blanks between them; none if there are none.
-static std::vector<std::string> adjacent_values(const std::vector<emit_write> &writes)
+// The second of two arguments that have only blanks between them; null if there are none.
+static const emit_write *adjacent_value(const std::vector<emit_write> &writes)
 {
     for (size_t i = 1; i < writes.size(); i++) {
         const emit_write &before = writes[i - 1], &write = writes[i];
         if (write.slot != before.slot && write.from > before.to &&
             output_between(before.to, write.from).find_first_not_of(' ') == std::string_view::npos)
-            return {std::string(output_between(before.from, before.to)),
-                    std::string(output_between(write.from, write.to))};
+            return &write;
     }
-    return {};
+    return nullptr;
 }
 
 // Options are divided by bars: from the first one that the command has to the last one that was typed there
@@ -247,6 +255,29 @@ static void judge_menu(const live_line &line, const std::vector<emit_write> &opt
     item->own_typed = std::move(divided);
 }
 
+// Judges a line as a list of items. Two values with a blank between them are one, and are reported apart.
+static void judge_list(const live_line &line, std::vector<std::string_view> names)
+{
+    const std::vector<emit_write> writes = writes_in(line);
+    const std::string text = without_strings(line, writes);
+    const emit_write *value = adjacent_value(writes);
+    std::string both;
+    if (value != nullptr) {
+        auto at = static_cast<size_t>(value[-1].from - line.first->start);
+        both =
+            text_trimmed(std::string_view(text).substr(at, static_cast<size_t>(value->to - value[-1].from)));
+        names.push_back(both);
+        report_item *item = add_form(line, values_without_comma);
+        for (const emit_write *one : {&value[-1], value})
+            item->own_typed.emplace_back(output_between(one->from, one->to));
+    }
+    if (has_comma_after_word(text))
+        add_form(line, comma_after_word);
+    std::string fault = live_form_fault(text, names);
+    if (!fault.empty())
+        add_form(line, fault)->own_texts.push_back(std::move(both));
+}
+
 void judge_live_form()
 {
     add_joining();
@@ -257,14 +288,10 @@ void judge_live_form()
     const std::vector<emit_write> options = menu_options();
     const written_line *menu = options.empty() ? nullptr : line_at(options.front().from);
     for (const live_line &line : joined_live_lines()) {
-        const std::vector<emit_write> writes = writes_in(line);
-        std::string fault =
-            line.first->rest ? rest_of_text : live_form_fault(without_strings(line, writes), names);
-        std::vector<std::string> adjacent = adjacent_values(writes);
-        if (!fault.empty() && (adjacent.empty() || fault != no_operator))
-            add_form(line, fault);
-        if (!adjacent.empty())
-            add_form(line, values_without_comma)->own_typed = std::move(adjacent);
+        if (line.first->rest)
+            add_form(line, rest_of_text);
+        else
+            judge_list(line, names);
         if (line.first <= menu && menu <= line.last)
             judge_menu(line, options);
     }
@@ -295,6 +322,17 @@ static std::string_view menu_in(std::string_view line)
     return menu != items.rend() ? *menu : std::string_view();
 }
 
+static size_t empty_options(std::string_view menu)
+{
+    size_t count = 0;
+    bool is_empty = true;
+    for (char c : without_quotes(menu)) {
+        count += c == '|' && is_empty ? 1 : 0;
+        is_empty = c == '|';
+    }
+    return count + (is_empty ? 1 : 0);
+}
+
 static bool menu_is_mended(const report_item &item, std::string_view was, std::string_view there)
 {
     auto bars = [](std::string_view menu) {
@@ -302,7 +340,7 @@ static bool menu_is_mended(const report_item &item, std::string_view was, std::s
     };
     std::string_view before = menu_in(was), after = menu_in(there);
     if (item.own_texts[0] == option_added)
-        return bars(after) <= item.own_separators && bars(after) < bars(before);
+        return bars(after) <= item.own_separators && empty_options(after) < empty_options(before);
     auto is_gone = [after](const std::string &option) { return after.find(option) == after.npos; };
     return bars(after) == item.own_separators &&
            std::all_of(item.own_typed.begin(), item.own_typed.end(), is_gone);
@@ -323,5 +361,7 @@ bool form_is_mended(const report_item &item, std::string_view was, std::string_v
         (fault == comma_after_word && list_items(there)[0].empty()))
         return false;
     std::vector<std::string_view> names(item.own_texts.begin() + 1, item.own_texts.end());
-    return live_form_fault(there, names).empty();
+    std::string left = live_form_fault(there, names);
+    bool apart = fault == values_without_comma || fault == comma_after_word; // from what items are
+    return left.empty() || (apart && left == live_form_fault(was, names));
 }
