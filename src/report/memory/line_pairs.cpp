@@ -139,18 +139,20 @@ static std::string nothing(std::string_view)
 
 constexpr size_t compared_max = 4096; // pairs of lines that are compared; where there are more, order decides
 
-// The lines of both sides of changes that have no pair yet, by their keys.
+// The lines of both sides of changes that have no pair yet, by their keys; empty ones are no pairs.
 static std::map<std::string, std::pair<line_indexes, line_indexes>>
 lines_left(const pairing &pairing, const std::vector<line_change> &changes, line_key key)
 {
+    const auto &[before, after, all] = pairing.pairs.texts;
     std::map<std::string, std::pair<line_indexes, line_indexes>> left;
     for (const line_change &change : changes) {
         for (size_t i = change.before_at; i < change.before_at + change.before_count; i++)
-            if (pairing.pairs.near[i] == no_line && pairing.pairs.far[i] == no_line)
-                left[key(line_core(pairing.pairs.texts.before, i))].first.push_back(i);
+            if (pairing.pairs.near[i] == no_line && pairing.pairs.far[i] == no_line &&
+                !line_core(before, i).empty())
+                left[key(line_core(before, i))].first.push_back(i);
         for (size_t i = change.after_at; i < change.after_at + change.after_count; i++)
-            if (pairing.is_paired[i] == 0)
-                left[key(line_core(pairing.pairs.texts.after, i))].second.push_back(i);
+            if (pairing.is_paired[i] == 0 && !line_core(after, i).empty())
+                left[key(line_core(after, i))].second.push_back(i);
     }
     return left;
 }
