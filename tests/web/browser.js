@@ -52,11 +52,17 @@ async function pick(page, field, what) {
   return outcome(page);
 }
 
-// Drops files and folders of this machine, as a hand would.
+// Drops files and folders of this machine, as a hand would; and again as long as nothing begins, since a busy browser
+// can lose the events.
 async function drop(page, paths) {
   const session = await page.context().newCDPSession(page);
   const at = { x: 300, y: 300, data: { items: [], files: paths, dragOperationsMask: 1 } };
-  for (const type of ['dragEnter', 'dragOver', 'drop']) await session.send('Input.dispatchDragEvent', { type, ...at });
+  for (let again = 5, begun = false; !begun; again--) {
+    for (const type of ['dragEnter', 'dragOver', 'drop']) await session.send('Input.dispatchDragEvent', { type, ...at });
+    begun = await page.waitForSelector('#start', { state: 'hidden', timeout: 60000 }).then(() => true, (error) => {
+      if (again === 0) throw error;
+    });
+  }
   return outcome(page);
 }
 
