@@ -247,6 +247,8 @@ TEST(findings, kept_oddities_of_live_lines_are_reported)
         {"NOTE 1,2,\"a\\n// b\"", "form", "a blank between two values where a comma is expected"},
         {"GETCUR \"p\",1,2,x,y,z,v,,\"a\",\"b\"", "form", "an empty menu option that the script didn't have"},
         {"PRINT (a", "form", "a parenthesis without its pair"},
+        {"GETENTXY 1, 2, (e", "form", "a parenthesis without its pair"},
+        {"NOTE 10, 20, (a, 3.5", "form", "a parenthesis without its pair"},
         {"TEXT 1, 2, Hello World", "form", "a blank between two values where a comma is expected"},
         {"TEXT 1, 2, Hello World", "form", "two values with neither a comma nor an operator between them"},
         {"LABEL 0,0,0,1,1,0,1,2,2,(a", "form", "a parenthesis without its pair"},
@@ -348,8 +350,8 @@ TEST(findings, failed_and_unknown_statements)
         {"w = 200 // width\n",
          "1: unknown w: the value wasn't taken: // on the line; it went through unchanged\n"},
         {"a = 1 / 0\nb = b(1\n",
-         "1: unknown a: the assignment is faulty: divide by zero; it went through unchanged\n"
-         "2: unknown b: the assignment is faulty: syntax error; it went through unchanged\n"},
+         "1: unknown a: its value couldn't be computed: divide by zero; it went through unchanged\n"
+         "2: unknown b: its value couldn't be computed: syntax error; it went through unchanged\n"},
         {"CLOSE f\\,\nEXEC , c:\\t\\,\nPRINT \"a\\032b\"\n",
          "1: form CLOSE: a backslash at the line's end, which joins the next line to it: CLOSE f\\\n"
          "2: form EXEC: a backslash at the line's end, which joins the next line to it: // EXEC , c:\\t\\\n"

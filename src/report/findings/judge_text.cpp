@@ -106,7 +106,7 @@ static std::string unknown_reason(std::string_view text, bool evaluated)
         if (comment_in(text) != text.npos)
             return "the value wasn't taken: // on the line";
         const char *message = statement.record->message;
-        return "the assignment is faulty: " + (message[0] == '\0' ? "syntax error" : shown(message));
+        return "its value couldn't be computed: " + (message[0] == '\0' ? "syntax error" : shown(message));
     }
     if (evaluated)
         return "an expression that no variable gets";

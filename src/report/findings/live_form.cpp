@@ -31,6 +31,7 @@ static bool is_pair(char first, char second)
 }
 
 static constexpr const char *no_character = "a character that no expression has";
+static constexpr const char *no_pair = "a parenthesis without its pair";
 static constexpr const char *no_operator = "two values with neither a comma nor an operator between them";
 
 // Walks the tokens of a text as operand, operator, operand. Why it is no expression; null if it is one.
@@ -76,7 +77,7 @@ static const char *expression_fault(std::string_view item)
         at = lex_skip(token.end);
     }
     if (open != 0)
-        return "a parenthesis without its pair";
+        return no_pair;
     return operand ? nullptr : no_operand;
 }
 
@@ -90,6 +91,9 @@ static std::string item_fault(std::string_view item, const std::vector<std::stri
         return {};
     if (std::count(item.begin(), item.end(), '"') % 2 != 0 && item.front() == '"')
         return "an open quote";
+    auto count = [&item](char c) { return std::count(item.begin(), item.end(), c); };
+    if (count('(') != count(')') || count('[') != count(']'))
+        return no_pair;
     const char *fault = expression_fault(item);
     return fault != nullptr ? fault : std::string();
 }
@@ -255,25 +259,30 @@ static void judge_menu(const live_line &line, const std::vector<emit_write> &opt
     item->own_typed = std::move(divided);
 }
 
-// Judges a line as a list of items. Two values with a blank between them are one, and are reported apart.
+// Judges a line as a list of items. Two values with a blank between them are reported apart, and then each is
+// an item.
 static void judge_list(const live_line &line, std::vector<std::string_view> names)
 {
     const std::vector<emit_write> writes = writes_in(line);
     const std::string text = without_strings(line, writes);
     const emit_write *value = adjacent_value(writes);
-    std::string both;
+    std::string both, fault;
     if (value != nullptr) {
+        report_item *item = add_form(line, values_without_comma);
+        for (const emit_write *one : {&value[-1], value}) {
+            item->own_typed.emplace_back(output_between(one->from, one->to));
+            if (fault.empty() && !argument_is_string(one->slot))
+                fault = item_fault(text_trimmed(item->own_typed.back()), names);
+        }
         auto at = static_cast<size_t>(value[-1].from - line.first->start);
         both =
             text_trimmed(std::string_view(text).substr(at, static_cast<size_t>(value->to - value[-1].from)));
         names.push_back(both);
-        report_item *item = add_form(line, values_without_comma);
-        for (const emit_write *one : {&value[-1], value})
-            item->own_typed.emplace_back(output_between(one->from, one->to));
     }
     if (has_comma_after_word(text))
         add_form(line, comma_after_word);
-    std::string fault = live_form_fault(text, names);
+    if (std::string other = live_form_fault(text, names); !other.empty())
+        fault = other;
     if (!fault.empty())
         add_form(line, fault)->own_texts.push_back(std::move(both));
 }
@@ -362,6 +371,11 @@ bool form_is_mended(const report_item &item, std::string_view was, std::string_v
         return false;
     std::vector<std::string_view> names(item.own_texts.begin() + 1, item.own_texts.end());
     std::string left = live_form_fault(there, names);
-    bool apart = fault == values_without_comma || fault == comma_after_word; // from what items are
-    return left.empty() || (apart && left == live_form_fault(was, names));
+    if (left.empty() || (fault != values_without_comma && fault != comma_after_word))
+        return left.empty();
+    // What else was wrong with the line is another item.
+    for (std::string_view one : list_items(was))
+        if (item.own_typed.size() == 2 && one.substr(0, item.own_typed[0].size()) == item.own_typed[0])
+            names.push_back(one);
+    return left == live_form_fault(was, names);
 }

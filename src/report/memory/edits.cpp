@@ -86,6 +86,25 @@ static bool has_typed(const report_item &item, std::string_view was, std::string
     return !item.own_typed.empty() && std::all_of(item.own_typed.begin(), item.own_typed.end(), is_back);
 }
 
+// True if a line has a string that differs from the typed one by backslashes and quotes alone, and has
+// backslashes: some of its escapes are still decoded.
+static bool is_half_typed(const report_item &item, std::string_view there)
+{
+    auto bare = [](std::string_view text) {
+        std::string result;
+        std::copy_if(text.begin(), text.end(), std::back_inserter(result),
+                     [](char c) { return c != '\\' && c != '"'; });
+        return result;
+    };
+    auto is_half = [&](const std::string &typed) {
+        std::string content =
+            typed.substr(1, std::max<size_t>(typed.size(), 2) - 2); // a menu has it without quotes
+        return there.find(content) == there.npos && bare(there).find(bare(content)) != std::string::npos;
+    };
+    return there.find('\\') != there.npos &&
+           std::any_of(item.own_typed.begin(), item.own_typed.end(), is_half);
+}
+
 // True if a line says something else than the one that an item is about.
 static bool says_another(const report_item &item, std::string_view was, std::string_view there)
 {
@@ -112,7 +131,7 @@ static bool is_done(const report_item &item, const report_item *frozen, std::str
         return !is_comment(there) && says_another(item, was, there) &&
                (is_typed() || has_lost(item, was, live));
     case ITEM_DECODED: // of a string over several lines, each of them has an open one
-        return !is_comment(there) && !has_open_string(there) &&
+        return !is_comment(there) && !has_open_string(there) && !is_half_typed(item, there) &&
                (has_typed(item, was, there) ||
                 (says_another(item, was, there) && (has_open_string(was) || has_lost(item, was, live))));
     case ITEM_LOST: return !is_comment(there) && (is_typed() || has_won(item, frozen, was, live));
