@@ -248,6 +248,8 @@ TEST_F(report_test, an_edit_that_does_nothing_ends_no_item)
          "1 lost open"},
         {"LABEL 0,0,0,1,1,0,1,2,2,\"R\",2.5\nHALF 1\n", "LABEL, 0, 0, 0, 1, 1, 0, 1, 2, 2, \"R\", 2.5\n",
          "\n", "1 form changed"},
+        {"CIRCLE 0,0,0,d/2,5\nCIRCLE 0,0,0,da/2 // outer\n", "CIRCLE 0, 0, 0, d/2, 0\n da",
+         "CIRCLE 0, 0, 0, d/2, 5\nCIRCLE 0, 0, 0, da/2, 0", "2 broken changed\n1 lost changed"},
         // The output of a statement is deleted, and the next one begins with the same lines.
         {"REDRAW 1\nREDRAW 2\n", "REM **** WARNING: REDRAW has NOT been implemented\nREM REDRAW 1\n", "",
          "1 gone changed\n2 gone open"},

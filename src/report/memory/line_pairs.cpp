@@ -157,15 +157,15 @@ lines_left(const pairing &pairing, const std::vector<line_change> &changes, line
     return left;
 }
 
-// How many characters two texts have in common at their beginnings and at their ends.
-static size_t likeness(std::string_view a, std::string_view b)
+// How much two texts have in common at their beginnings and at their ends, in characters of a thousand.
+static size_t alike_of(std::string_view a, std::string_view b)
 {
     size_t most = std::min(a.size(), b.size()), begin = 0, end = 0;
     while (begin < most && a[begin] == b[begin])
         begin++;
     while (end < most - begin && a[a.size() - 1 - end] == b[b.size() - 1 - end])
         end++;
-    return begin + end;
+    return (begin + end) * 1000 / std::max<size_t>(std::max(a.size(), b.size()), 1);
 }
 
 struct line_candidate {
@@ -185,9 +185,7 @@ static std::vector<line_candidate> candidates_of(const text_changes &texts, cons
     for (size_t b = 0; b < before.size(); b++) {
         const std::string was = line_essence(line_core(texts.before, before[b]));
         for (size_t a = 0; a < after.size(); a++) {
-            const std::string &is = after_essences[a];
-            size_t size = std::max<size_t>(std::max(was.size(), is.size()), 1);
-            size_t alike = likeness(was, is) * 1000 / size;
+            size_t alike = alike_of(was, after_essences[a]);
             if (alike >= alike_min)
                 candidates.push_back({alike, b > a ? b - a : a - b, before[b], after[a]});
         }
@@ -222,6 +220,22 @@ static void pair_lines(pairing *pairing, const std::vector<line_change> &changes
             for (size_t i = 0; i < std::min(before.size(), after.size()); i++)
                 pair(before[i], after[i]);
         }
+    }
+}
+
+// Makes pairs of lines that are much alike and in the same position of a change that has as many on both
+// sides.
+static void pair_in_place(pairing *pairing, const line_change &change)
+{
+    auto &[texts, kept, near, far] = pairing->pairs;
+    for (size_t i = 0; change.before_count == change.after_count && i < change.before_count; i++) {
+        size_t before = change.before_at + i, after = change.after_at + i;
+        if (near[before] != no_line || far[before] != no_line || pairing->is_paired[after] != 0 ||
+            alike_of(line_essence(line_core(texts.before, before)),
+                     line_essence(line_core(texts.after, after))) < 800)
+            continue;
+        near[before] = after;
+        pairing->is_paired[after] = 1;
     }
 }
 
@@ -263,6 +277,7 @@ line_pairs lines_paired(const script_report &report, std::string_view now, std::
         pair_lines(&pairing, {change}, line_essence, 0, &near);
     pair_lines(&pairing, texts.changes, line_essence, 0, &far);
     for (const line_change &change : texts.changes) {
+        pair_in_place(&pairing, change);
         pair_lines(&pairing, {change}, leading_word, 0, &near);
         pair_lines(&pairing, {change}, nothing, 500, &near);
     }
