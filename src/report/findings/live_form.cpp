@@ -31,15 +31,17 @@ static bool is_pair(char first, char second)
 }
 
 static constexpr const char *no_character = "a character that no expression has";
-static constexpr const char *no_pair = "a parenthesis without its pair";
 static constexpr const char *no_operator = "two values with neither a comma nor an operator between them";
 
-// Walks the tokens of a text as operand, operator, operand. Why it is no expression; null if it is one.
+// Walks the tokens of a text as operand, operator, operand. Why it is no expression; null if it is one. Where
+// parentheses don't pair up, other faults follow from that.
 static const char *expression_fault(std::string_view item)
 {
     constexpr const char *no_operand = "an operator lacks its operand";
     if (item.find('\0') != item.npos)
         return no_character;
+    const char *first = nullptr;
+    auto note = [&first](const char *fault) { first = first == nullptr ? fault : first; };
     const std::string text = lexer_text(item);
     lex_start(text.data(), text.size() - lex_slack);
     bool operand = false; // the token before can end one
@@ -53,32 +55,32 @@ static const char *expression_fault(std::string_view item)
         bool is_unit = token.code == '\'' || token.code == '"';
         if (token.code == TOKEN_NUMBER || token.name.size > 0) {
             if (operand && at[-1] != '\'' && (at - 2 < text.data() || at[-2] != '\''))
-                return no_operator;
+                note(no_operator);
             operand = true;
         } else if (opens) {
             open++;
             operand = false;
         } else if (closes || is_unit) {
             if (!operand && token.code != ')')
-                return no_operand;
+                note(no_operand);
             open -= closes;
             operand = true;
         } else if (!operand && !is_sign(token.code)) {
-            return is_binary(token.code) ? no_operand : no_character;
+            note(is_binary(token.code) ? no_operand : no_character);
         } else if (is_binary(token.code)) {
             operand = false;
             if (token.end < lex.end && is_pair(*at, *token.end))
                 token.end++;
         } else if (operand) {
-            return no_character;
+            note(no_character);
         }
         if (open < 0)
             break;
         at = lex_skip(token.end);
     }
-    if (open != 0)
-        return no_pair;
-    return operand ? nullptr : no_operand;
+    if (!operand)
+        note(no_operand);
+    return open == 0 ? first : "a parenthesis without its pair";
 }
 
 // ---- Lines ----
@@ -91,9 +93,6 @@ static std::string item_fault(std::string_view item, const std::vector<std::stri
         return {};
     if (std::count(item.begin(), item.end(), '"') % 2 != 0 && item.front() == '"')
         return "an open quote";
-    auto count = [&item](char c) { return std::count(item.begin(), item.end(), c); };
-    if (count('(') != count(')') || count('[') != count(']'))
-        return no_pair;
     const char *fault = expression_fault(item);
     return fault != nullptr ? fault : std::string();
 }
@@ -375,7 +374,7 @@ bool form_is_mended(const report_item &item, std::string_view was, std::string_v
         return left.empty();
     // What else was wrong with the line is another item.
     for (std::string_view one : list_items(was))
-        if (item.own_typed.size() == 2 && one.substr(0, item.own_typed[0].size()) == item.own_typed[0])
+        if (fault == values_without_comma && one.find(text_trimmed(item.own_typed[0])) == 0)
             names.push_back(one);
     return left == live_form_fault(was, names);
 }

@@ -124,6 +124,20 @@ struct pairing {
     std::vector<char> is_paired; // of lines after
 };
 
+static bool has_pair(const pairing &pairing, size_t before)
+{
+    return pairing.pairs.near[before] != no_line || pairing.pairs.far[before] != no_line;
+}
+
+// Makes two lines a pair, unless one of them has one.
+static void make_pair(pairing *pairing, line_indexes *pairs, size_t before, size_t after)
+{
+    if (has_pair(*pairing, before) || pairing->is_paired[after] != 0)
+        return;
+    (*pairs)[before] = after;
+    pairing->is_paired[after] = 1;
+}
+
 // What lines have alike that may be pairs.
 using line_key = std::string (*)(std::string_view line);
 
@@ -147,8 +161,7 @@ lines_left(const pairing &pairing, const std::vector<line_change> &changes, line
     std::map<std::string, std::pair<line_indexes, line_indexes>> left;
     for (const line_change &change : changes) {
         for (size_t i = change.before_at; i < change.before_at + change.before_count; i++)
-            if (pairing.pairs.near[i] == no_line && pairing.pairs.far[i] == no_line &&
-                !line_core(before, i).empty())
+            if (!has_pair(pairing, i) && !line_core(before, i).empty())
                 left[key(line_core(before, i))].first.push_back(i);
         for (size_t i = change.after_at; i < change.after_at + change.after_count; i++)
             if (pairing.is_paired[i] == 0 && !line_core(after, i).empty())
@@ -201,12 +214,6 @@ static std::vector<line_candidate> candidates_of(const text_changes &texts, cons
 static void pair_lines(pairing *pairing, const std::vector<line_change> &changes, line_key key,
                        size_t alike_min, line_indexes *pairs)
 {
-    auto pair = [&](size_t before, size_t after) {
-        if ((*pairs)[before] != no_line || pairing->is_paired[after] != 0)
-            return;
-        (*pairs)[before] = after;
-        pairing->is_paired[after] = 1;
-    };
     for (const auto &[shared, lines] : lines_left(*pairing, changes, key)) {
         if (shared.empty() && key != nothing)
             continue;
@@ -215,10 +222,10 @@ static void pair_lines(pairing *pairing, const std::vector<line_change> &changes
         if (compared > 0 && compared <= compared_max) {
             for (const line_candidate &candidate :
                  candidates_of(pairing->pairs.texts, before, after, alike_min))
-                pair(candidate.before, candidate.after);
+                make_pair(pairing, pairs, candidate.before, candidate.after);
         } else if (alike_min == 0) {
             for (size_t i = 0; i < std::min(before.size(), after.size()); i++)
-                pair(before[i], after[i]);
+                make_pair(pairing, pairs, before[i], after[i]);
         }
     }
 }
@@ -227,15 +234,12 @@ static void pair_lines(pairing *pairing, const std::vector<line_change> &changes
 // sides.
 static void pair_in_place(pairing *pairing, const line_change &change)
 {
-    auto &[texts, kept, near, far] = pairing->pairs;
+    constexpr size_t much_alike = 800; // characters in a thousand
+    const auto &[before, after, all] = pairing->pairs.texts;
     for (size_t i = 0; change.before_count == change.after_count && i < change.before_count; i++) {
-        size_t before = change.before_at + i, after = change.after_at + i;
-        if (near[before] != no_line || far[before] != no_line || pairing->is_paired[after] != 0 ||
-            alike_of(line_essence(line_core(texts.before, before)),
-                     line_essence(line_core(texts.after, after))) < 800)
-            continue;
-        near[before] = after;
-        pairing->is_paired[after] = 1;
+        size_t was = change.before_at + i, is = change.after_at + i;
+        if (alike_of(line_essence(line_core(before, was)), line_essence(line_core(after, is))) >= much_alike)
+            make_pair(pairing, &pairing->pairs.near, was, is);
     }
 }
 
